@@ -1,0 +1,128 @@
+#include "stream/CompressedBlock.h"
+
+#include <cstdlib>
+#include <limits>
+#include <utility>
+
+#include "ZVSmartFormat/LzmaReadBufferInStream.h"
+#include "ZVSmartLzma/LzmaTool.h"
+#include "ZVSmartSerial/Serial.h"
+#include "stream/Failures.h"
+#include "stream/PositionGuard.h"
+
+namespace ZVSmartFormat {
+
+using ZVSmartLzma::CZVFTLzmaTool;
+
+DecodedBlock::~DecodedBlock() {
+    std::free(buffer.data);
+}
+
+DecodedBlock::DecodedBlock(DecodedBlock&& other) noexcept
+    : buffer(std::exchange(other.buffer, {})), size(std::exchange(other.size, 0)) {}
+
+DecodedBlock& DecodedBlock::operator=(DecodedBlock&& other) noexcept {
+    std::swap(buffer, other.buffer);
+    std::swap(size, other.size);
+    return *this;
+}
+
+namespace {
+
+constexpr u64 frameBytes = 4;
+
+/// The coder's bytes of one block: reads end where the block ends.
+class BlockInStream final : public CZVFTInStream {
+  public:
+    BlockInStream(CZVFTInStream& stream, u64 start, u64 byteCount)
+        : inner(stream), start(start), size(byteCount) {}
+
+    bool Read(void* buffer, u64* byteCount) override {
+        if (*byteCount > size - pos) return false;
+        const u64 wanted = *byteCount;
+        if (!inner.Read(buffer, byteCount) || *byteCount != wanted) return false;
+        pos += wanted;
+        return true;
+    }
+    u64 GetPos() override { return pos; }
+    int Seek(u64 newPos) override {
+        if (newPos > size) ThrowOutOfData();
+        pos = newPos;
+        return inner.Seek(start + pos);
+    }
+    u64 GetSize() override { return size; }
+
+  private:
+    CZVFTInStream& inner;
+    u64 start;
+    u64 size;
+    u64 pos = 0;
+};
+
+/// Reads blockSize; 0 where it is below 4 or the block does not end within the stream.
+u64 ReadBlockSize(CZVFTInStream& in, u64 start) {
+    const u64 streamSize = in.GetSize();
+    if (start > streamSize || streamSize - start < frameBytes) return 0;
+    const u64 blockSize = ZVSmartSerial::CZVFTSerialReader(&in).ReadU32();
+    return blockSize < frameBytes || blockSize > streamSize - start ? 0 : blockSize;
+}
+
+}  // namespace
+
+void WriteCompressedBlock(CZVFTOutStream& out, const void* data, u64 byteCount) {
+    ZVSmartSerial::CZVFTSerialWriter writer(&out);
+    const u64 start = out.GetPos();
+    writer.WriteU32(0);
+
+    CZVFTLzmaReadBufferInStream content;
+    content.SetBuffer(data, byteCount);
+    if (!CZVFTLzmaTool::Encode(&content, &out, nullptr)) ThrowNotWritten();
+
+    const u64 end = out.GetPos();
+    if (end - start > std::numeric_limits<u32>::max()) ThrowNotWritten();
+    out.Seek(start);
+    writer.WriteU32(static_cast<u32>(end - start));
+    out.Seek(end);
+}
+
+bool ReadCompressedBlock(CZVFTInStream& in, u64 decodedLimit, DecodedBlock& block) {
+    const u64 start = in.GetPos();
+    const u64 blockSize = ReadBlockSize(in, start);
+    if (blockSize != 0) {
+        BlockInStream encoded(in, start + frameBytes, blockSize - frameBytes);
+        DecodedBlock decoded;
+        CZVFTAllocBufferOutStream out(&decoded.buffer);
+        if (CZVFTLzmaTool::Decode(&encoded, &out, decodedLimit)) {
+            decoded.size = out.GetPos();
+            in.Seek(start + blockSize);
+            block = std::move(decoded);
+            return true;
+        }
+    }
+    in.Seek(start);
+    return false;
+}
+
+u32 DecodedSizeOfBlock(CZVFTInStream& in) {
+    const PositionGuard guard(in);
+    const u64 start = in.GetPos();
+    const u64 blockSize = ReadBlockSize(in, start);
+    if (blockSize == 0) return 0;
+    BlockInStream encoded(in, start + frameBytes, blockSize - frameBytes);
+    unsigned int size = 0;
+    return CZVFTLzmaTool::GetAfterDecodeDataSize(&encoded, size) ? size : 0;
+}
+
+BlockFrame ReadBlockFrame(CZVFTInStream& in) {
+    const PositionGuard guard(in);
+    BlockFrame frame;
+    const u64 start = in.GetPos();
+    frame.blockSize = ReadBlockSize(in, start);
+    if (frame.blockSize == 0) return frame;
+    BlockInStream encoded(in, start + frameBytes, frame.blockSize - frameBytes);
+    u64 encodedSize = 0;
+    if (CZVFTLzmaTool::GetEncodedDataSize(&encoded, encodedSize)) frame.encodedSize = encodedSize;
+    return frame;
+}
+
+}  // namespace ZVSmartFormat

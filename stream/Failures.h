@@ -1,0 +1,29 @@
+#pragma once
+
+#include "ZVSmartFormat/StreamException.h"
+
+// What the library throws, a text in one place each.
+
+namespace ZVSmartFormat {
+
+/// Data ran out, or a count or position cannot fit the data.
+[[noreturn]] inline void ThrowOutOfData() {
+    throw CZVFTStreamException("seek over buffer size");
+}
+
+/// Something could not be written.
+[[noreturn]] inline void ThrowNotWritten() {
+    throw CZVFTStreamException("encode error");
+}
+
+/// A buffer could not be allocated.
+[[noreturn]] inline void ThrowNotAllocated() {
+    throw CZVFTStreamException("bad malloc memory");
+}
+
+/// A buffer could not grow.
+[[noreturn]] inline void ThrowNotGrown() {
+    throw CZVFTStreamException("bad relloc memory");
+}
+
+}  // namespace ZVSmartFormat

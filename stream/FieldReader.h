@@ -1,0 +1,118 @@
+#pragma once
+
+#include <bit>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "ZVSmartSerial/Serial.h"
+#include "stream/ByteOrder.h"
+#include "stream/Failures.h"
+#include "stream/WideText.h"
+
+namespace ZVSmartSerial {
+
+/// Visits the fields of a record to read them; the mirror of FieldWriter. A record's fields are
+/// told once, in a template over either.
+///
+/// `Source` is a stream that throws where bytes run out and hands them out by `Take`. Every
+/// count is checked against the bytes left before anything is sized.
+template <class Source>
+class FieldReader {
+  public:
+    static constexpr bool reading = true;
+
+    explicit FieldReader(Source& source) : source(source), serial(&source) {}
+
+    void U8(u8& value) { value = *source.Take(1); }
+    void U16(u16& value) { Number(value); }
+    void U32(u32& value) { Number(value); }
+    void U64(u64& value) { Number(value); }
+    void F64(double& value) {
+        u64 bits = 0;
+        Number(bits);
+        value = std::bit_cast<double>(bits);
+    }
+
+    void Text(std::wstring& text) {
+        const u64 unitCount = Count(2);
+        ZVSmartFormat::LoadUtf16(source.Take(2 * unitCount), unitCount, text);
+    }
+    void Key(SerialKey& key) {
+        Text(key.name);
+        if (!key.name.empty()) return;
+        u64 data1 = 0;
+        U64(data1);
+        key.guid.Data1 = static_cast<u32>(data1);
+        U16(key.guid.Data2);
+        U16(key.guid.Data3);
+        std::memcpy(key.guid.Data4, source.Take(sizeof key.guid.Data4), sizeof key.guid.Data4);
+    }
+
+    /// An object with a serial form of its own.
+    template <class Object>
+    void Plain(Object& object) {
+        object.ReadSerial(&serial, 1);
+    }
+    /// The same behind its serial version.
+    template <class Object>
+    void Versioned(Object& object) {
+        u32 version = 0;
+        U32(version);
+        object.ReadSerial(&serial, version);
+    }
+
+    /// A count and that many elements of at least `smallestBytes` each.
+    template <class Element, class Visit>
+    void List(std::vector<Element>& list, u64 smallestBytes, Visit visit) {
+        list.resize(Count(smallestBytes));
+        for (Element& element : list) visit(element);
+    }
+    void U32List(std::vector<u32>& list) {
+        list.resize(Count(sizeof(u32)));
+        serial.ReadU32Array(list.data(), list.size());
+    }
+
+    void F64PairList(std::vector<std::pair<double, double>>& list) {
+        static_assert(sizeof(std::pair<double, double>) == 2 * sizeof(double));
+        list.resize(Count(2 * sizeof(double)));
+        serial.ReadF64Array(reinterpret_cast<double*>(list.data()), 2 * u64{list.size()});
+    }
+
+    /// Frees a buffer whose record is about to be read, so that no throw leaves it beside a size
+    /// that is not its own.
+    void DropBuffer(u8*& bytes) {
+        std::free(bytes);
+        bytes = nullptr;
+    }
+    /// `byteCount` bytes into a buffer from `malloc`, which replaces the one at `bytes`.
+    void Buffer(u8*& bytes, u64 byteCount) {
+        DropBuffer(bytes);
+        if (byteCount == 0) return;
+        if (byteCount > source.BytesLeft()) ZVSmartFormat::ThrowOutOfData();
+        bytes = static_cast<u8*>(std::malloc(static_cast<std::size_t>(byteCount)));
+        if (bytes == nullptr) ZVSmartFormat::ThrowNotAllocated();
+        std::memcpy(bytes, source.Take(byteCount), static_cast<std::size_t>(byteCount));
+    }
+
+    u32 Count(u64 smallestBytes) {
+        u32 count = 0;
+        U32(count);
+        if (count > source.BytesLeft() / smallestBytes) ZVSmartFormat::ThrowOutOfData();
+        return count;
+    }
+
+    CZVFTSerialReader& Serial() { return serial; }
+
+  private:
+    template <class Unsigned>
+    void Number(Unsigned& value) {
+        value = ZVSmartFormat::LoadBigEndian<Unsigned>(source.Take(sizeof value));
+    }
+
+    Source& source;
+    CZVFTSerialReader serial;
+};
+
+}  // namespace ZVSmartSerial

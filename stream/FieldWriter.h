@@ -1,0 +1,70 @@
+#pragma once
+
+#include <utility>
+#include <vector>
+
+#include "ZVSmartSerial/Serial.h"
+#include "stream/Failures.h"
+
+namespace ZVSmartSerial {
+
+/// Visits the fields of a record to write them; the mirror of FieldReader.
+class FieldWriter {
+  public:
+    static constexpr bool reading = false;
+
+    /// `stream` throws what it cannot write.
+    explicit FieldWriter(ZVSmartFormat::CZVFTOutStream& stream) : serial(&stream) {}
+
+    void U8(u8 value) { serial.WriteU8(value); }
+    void U16(u16 value) { serial.WriteU16(value); }
+    void U32(u32 value) { serial.WriteU32(value); }
+    void U64(u64 value) { serial.WriteU64(value); }
+    void F64(double value) { serial.WriteF64(value); }
+    void Text(const std::wstring& text) { serial.WriteWString(text); }
+    void Key(const SerialKey& key) { serial.WriteKey(key); }
+
+    /// An object with a serial form of its own.
+    template <class Object>
+    void Plain(const Object& object) {
+        object.WriteSerial(&serial, 1);
+    }
+    /// The same behind its serial version.
+    template <class Object>
+    void Versioned(const Object& object) {
+        U32(1);
+        object.WriteSerial(&serial, 1);
+    }
+
+    /// A count and the elements; `smallestBytes` is the reader's concern.
+    template <class Element, class Visit>
+    void List(const std::vector<Element>& list, u64 /*smallestBytes*/, Visit visit) {
+        serial.WriteCount(list.size());
+        for (const Element& element : list) visit(element);
+    }
+    void U32List(const std::vector<u32>& list) {
+        serial.WriteCount(list.size());
+        serial.WriteU32Array(list.data(), list.size());
+    }
+
+    void F64PairList(const std::vector<std::pair<double, double>>& list) {
+        static_assert(sizeof(std::pair<double, double>) == 2 * sizeof(double));
+        serial.WriteCount(list.size());
+        serial.WriteF64Array(reinterpret_cast<const double*>(list.data()), 2 * u64{list.size()});
+    }
+
+    /// Nothing to drop: the mirror of FieldReader's.
+    void DropBuffer(const u8* /*bytes*/) {}
+    /// `byteCount` bytes; throws "encode error" where there are none.
+    void Buffer(const u8* bytes, u64 byteCount) {
+        if (byteCount != 0 && bytes == nullptr) ZVSmartFormat::ThrowNotWritten();
+        serial.WriteBytes(bytes, byteCount);
+    }
+
+    CZVFTSerialWriter& Serial() { return serial; }
+
+  private:
+    CZVFTSerialWriter serial;
+};
+
+}  // namespace ZVSmartSerial
