@@ -1,0 +1,96 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ZVSmartFormat/Stream.h"
+#include "ZVSmartZvg/BlockHeadInfo.h"
+#include "ZVSmartZvg/Comp.h"
+#include "ZVSmartZvg/CompIndex.h"
+#include "ZVSmartZvg/Export.h"
+#include "ZVSmartZvg/Geo.h"
+#include "ZVSmartZvg/GeoIndex.h"
+
+namespace ZVSmartZvg {
+
+/// Opens a block file and answers queries. `Init` reads the head and the index; geometry blocks
+/// and floors are decoded when they are asked for and kept in two small caches.
+///
+/// Untrusted files are safe: a query on a damaged file returns a neutral result or throws
+/// CZVFTStreamException, and takes no memory beyond what the file's bytes account for. Every
+/// query leaves the stream's position as it was. A block that does not decode is the same as
+/// one that is not there. Before `Init`, and after a failed one, lookups answer neutrally.
+///
+/// One thread at a time uses a reader and its stream; several readers, each with a stream of its
+/// own, may run in several threads.
+class ZVLG_API CZVLGBlockReader {
+  public:
+    CZVLGBlockReader();
+    ~CZVLGBlockReader();
+    CZVLGBlockReader(const CZVLGBlockReader&) = delete;
+    CZVLGBlockReader& operator=(const CZVLGBlockReader&) = delete;
+
+    /// The largest decoded size of a block, in bytes: one that announces more does not decode.
+    /// 0xFFFFFFFF unless set.
+    void SetDecodedBlockLimit(unsigned long long bytes);
+
+    /// Opens the file at `in`'s position, which becomes the file's base; `in` is borrowed and
+    /// must outlive the reader. The limits are numbers of decoded geometry blocks and floors
+    /// that are kept; 0 means 3 and 5. Call it once. False where the index does not decode: the
+    /// head, the floor count and the block count then stand as read. Throws
+    /// CZVFTStreamException "it's not zvg file format", "it's upper zvg format", or
+    /// "seek over buffer size" for a head that is cut short.
+    bool Init(ZVSmartFormat::CZVFTInStream* in, unsigned int geoBlockCacheLimit = 0,
+              unsigned int floorCacheLimit = 0);
+
+    /// The file's format version.
+    unsigned int GetVersion();
+    /// Copies what the file says about itself.
+    void GetHeadInfo(SZVLGZvgBlockHeadInfo& head);
+    /// The bytes that all blocks take when decoded, modulo 2³²; nothing is decoded.
+    unsigned int GetEstimatedDataSize();
+    /// Empties both caches.
+    void CleanInnerBuffer();
+
+    /// The number of floors.
+    unsigned int GetFloorNum();
+    /// The number of components on a floor; 0 for a floor that is not there.
+    unsigned int GetFloorCompNum(unsigned int floor);
+    /// The floor's name; empty for a floor that is not there. Decodes nothing.
+    std::wstring GetFloorNameByIndex(unsigned int floor);
+    /// The floor's order; 0xFFFFFFFF for a floor that is not there. Decodes nothing.
+    unsigned int GetFloorOrderByIndex(unsigned int floor);
+    /// Replaces `names` by the names of all floors, in order.
+    void GetAllFloorName(std::vector<std::wstring>& names);
+    /// Replaces `comp` by the component at `index`. False, with `comp` unchanged, where there is
+    /// none. Throws CZVFTStreamException, with `comp` unchanged, where its bytes are damaged.
+    bool GetCompByIndex(const SZVLGCompIndex& index, SZVLGZvgComp& comp);
+
+    /// Reads the geometry stored under `identification` into `geo`. Pass a fresh record: lists
+    /// that the stored one does not have keep what they held. False where there is none. Throws
+    /// CZVFTStreamException, with `geo` partly filled, where its bytes are damaged.
+    bool GetGeoByIdentification(const std::wstring& identification, SZVLGZvgGeo& geo);
+    /// The same for a geometry whose place is known.
+    bool GetGeoByIndex(const SZVLGZvgGeoIndex& index, SZVLGZvgGeo& geo);
+    /// Replaces `image` by a copy of the preview image. False, with `image` unchanged, where the
+    /// file has none.
+    bool GetPreviewImage(SZVLGZvgGeoImage& image);
+
+    /// The number of geometry blocks.
+    unsigned int GetGeoBlockNum();
+    /// The number of geometries in a block; 0 for a block that is not there.
+    unsigned int GetGeoNumInBlock(unsigned int block);
+    /// The number of identifications.
+    unsigned int GetGeoIdentificationNum();
+    /// The i-th identification in ascending order of its UTF-16 units, and where it leads. False,
+    /// with both unchanged, for an `i` that is not there.
+    bool GetGeoIdentificationByIndex(unsigned int i, std::wstring& identification,
+                                     SZVLGZvgGeoIndex& index);
+
+  private:
+    class Imp;
+    std::unique_ptr<Imp> imp;
+};
+
+}  // namespace ZVSmartZvg

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "ZVSmartFormat/Stream.h"
+#include "ZVSmartZvg/BlockHeadInfo.h"
+#include "ZVSmartZvg/Comp.h"
+#include "ZVSmartZvg/Export.h"
+#include "ZVSmartZvg/Geo.h"
+#include "ZVSmartZvg/ParamFace.h"
+
+namespace ZVSmartZvg {
+
+/// Writes one block file in one forward pass: `Init`, any number of adds in any order,
+/// `WriteEnd`. Geometries are compressed and written as their blocks fill; components are kept
+/// as their stored bytes until `WriteEnd`.
+///
+/// One thread at a time uses a saver and its stream; several savers may run in several threads.
+/// What cannot be written throws CZVFTStreamException "encode error"; the file is then
+/// incomplete and opens as such. Calls before `Init` throw "encode error" and store nothing.
+class ZVLG_API CZVLGBlockSaver {
+  public:
+    /// `version`, 0 to 4, is the format version of the file; older versions leave out fields.
+    explicit CZVLGBlockSaver(unsigned int version = 4);
+    /// Does not finish the file: without `WriteEnd` it stays incomplete.
+    ~CZVLGBlockSaver();
+    CZVLGBlockSaver(const CZVLGBlockSaver&) = delete;
+    CZVLGBlockSaver& operator=(const CZVLGBlockSaver&) = delete;
+
+    /// Begins the file at `out`'s position, which becomes the file's base. `out` is borrowed and
+    /// must live until `WriteEnd` returns. `head` is copied. `iniPath` names a file of component
+    /// displacement settings; a missing one is ignored. `geosPerBlock` is the number of
+    /// geometries per compressed block; 0 means 1000. Throws CZVFTStreamException
+    /// "bad relloc memory" where the 20 MiB scratch buffer cannot be had.
+    void Init(ZVSmartFormat::CZVFTOutStream* out, const SZVLGZvgBlockHeadInfo& head,
+              const std::string& iniPath = "", unsigned int geosPerBlock = 0);
+
+    /// Chooses the coder's faster, weaker setting for every saver of the process.
+    void SetEncodeFastMod(bool fast);
+
+    /// Stores `geo` under `identification`. An empty identification is ignored; one that is
+    /// already there keeps its first geometry. Ask `IsHaveIdentificationGeo` first: a repeated
+    /// geometry may still cost room in the file. Throws "encode error", with nothing stored, for
+    /// an image or blob that announces bytes and has none.
+    void AddIdentificationGeo(const std::wstring& identification, const SZVLGZvgGeo& geo);
+
+    /// Whether `identification` is not empty and has a geometry in this file.
+    bool IsHaveIdentificationGeo(const std::wstring& identification);
+
+    /// Stores the file's preview image; its name is replaced. False where the image has no
+    /// pixels or the file has a preview already.
+    bool AddPreviewImage(const SZVLGZvgGeoImage& image);
+
+    /// Stores a component and the geometries it brings. A component whose `compGuidName` is on
+    /// its floor already is dropped. Throws "encode error", with nothing stored, where a
+    /// reference's image or blob announces bytes and has none.
+    void AddComp(const SZVLGZvgComp& comp);
+
+    /// Stores `geo` under a key that the saver makes up, and returns the key.
+    std::wstring CreateIncludeBlockGeo(const SZVLGZvgGeo& geo);
+
+    /// Finds or stores the shared geometry of a cylinder face. Faces whose radius, swept angle,
+    /// height and local shell agree within 0.001 share one. False, with `rel` unchanged and
+    /// nothing stored, for a face that is degenerate or holds a number that is not finite.
+    bool GetRelIncludeByCylinderFace(const SZVLGParamCylinderFace& face,
+                                     SZVLGZvgGeoRelInclude& rel);
+
+    /// The same for a profile swept about an axis. For a sweep too short to sample
+    /// `rel.transform` is set although the result is false.
+    bool GetRelIncludeByRevolvedFace(const SZVLGParamRevolvedFace& face,
+                                     SZVLGZvgGeoRelInclude& rel);
+
+    /// The same for a ruled face.
+    bool GetRelIncludeByRuledFace(const SZVLGParamRuledFace& face, SZVLGZvgGeoRelInclude& rel);
+
+    /// Writes the rest of the file. Call it once. Does not flush or close the stream.
+    void WriteEnd();
+
+    /// Writes a small building to memory, reads it back and says whether it came back whole.
+    static bool Test();
+
+  private:
+    class Imp;
+    std::unique_ptr<Imp> imp;
+};
+
+}  // namespace ZVSmartZvg

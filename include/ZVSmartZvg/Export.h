@@ -1,0 +1,13 @@
+#pragma once
+
+#include "ZVSmartFormat/Api.h"
+
+/// Marks what the shared library exports.
+#define ZVLG_API ZVFT_API
+
+namespace ZVSmartZvg {
+
+/// Stands for "none" in every row number, block number and position.
+constexpr unsigned int ZVLG_NONE = 0xFFFFFFFF;
+
+}  // namespace ZVSmartZvg
