@@ -1,0 +1,51 @@
+#pragma once
+
+#include "ZVSmartFormat/Stream.h"
+
+// An indexed section, the one structure of every table:
+//   0   u8   tableWidth   0x00, 0x40, 0x80: offsets of 1, 2, 4 bytes
+//   1   u32  totalSize    from the head's first byte to the end of the offset table
+//   5   u32  count        of records
+//   9   u32  tableOffset  from the head's first byte to the offset table
+//   13  the records, back to back
+//   tableOffset  count offsets, each from the head's first byte to its record
+
+namespace ZVSmartZvg {
+
+using ZVSmartFormat::u32;
+using ZVSmartFormat::u64;
+using ZVSmartFormat::u8;
+
+struct SZVLGSectionHead {
+    static constexpr u32 byteSize = 13;
+
+    u8 tableWidth = 0;
+    u32 totalSize = byteSize;
+    u32 count = 0;
+    u32 tableOffset = byteSize;
+
+    /// The head of a finished section whose records end at `tableOffset`. Throws "encode error"
+    /// where its size passes 32 bits.
+    static SZVLGSectionHead Of(u64 count, u64 tableOffset);
+
+    /// Bytes of one entry of the offset table.
+    u32 EntryWidth() const;
+
+    /// Whether head, records and table can lie in `bytesAvailable` bytes.
+    bool IsPossible(u64 bytesAvailable) const;
+
+    /// Makes an untrusted head safe to use: one that is not possible has no records, a count is
+    /// cut to what the table holds.
+    void CutTo(u64 bytesAvailable);
+};
+
+/// The 13 bytes of a head, told once for both directions.
+template <class Visitor, class Head>
+void VisitSectionHead(Visitor& visitor, Head& head) {
+    visitor.U8(head.tableWidth);
+    visitor.U32(head.totalSize);
+    visitor.U32(head.count);
+    visitor.U32(head.tableOffset);
+}
+
+}  // namespace ZVSmartZvg
