@@ -1,0 +1,117 @@
+#include "geometry/GeoBlockStore.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "geometry/GeoSerial.h"
+#include "stream/CompressedBlock.h"
+#include "stream/Failures.h"
+#include "stream/FieldWriter.h"
+#include "stream/WideText.h"
+
+namespace ZVSmartZvg {
+
+using ZVSmartFormat::AllocBuffer;
+using ZVSmartFormat::CZVFTAllocBufferOutStream;
+using ZVSmartFormat::CZVFTOutStream;
+using ZVSmartFormat::KeyTable;
+
+namespace {
+
+std::string KeyOf(const std::wstring& identification) {
+    std::string key;
+    ZVSmartFormat::AppendUtf16(identification, key);
+    return key;
+}
+
+}  // namespace
+
+GeoBlockStore::GeoBlockStore(CZVFTOutStream& out, AllocBuffer& scratch, unsigned int version,
+                             u32 geosPerBlock)
+    : out(out), scratch(scratch), version(version), geosPerBlock(geosPerBlock), section(out) {}
+
+void GeoBlockStore::Add(const std::wstring& identification, const SZVLGZvgGeo& geo) {
+    if (identification.empty()) return;
+    CheckBuffers(geo);
+    const u32 block = geoCount / geosPerBlock;
+    if (block != currentBlock) {
+        WriteBlock();
+        currentBlock = block;
+    }
+
+    const std::string key = KeyOf(identification);
+    u32 position = blockKeys.Find(key);
+    if (position == KeyTable::none) {
+        position = blockKeys.Count();
+        AppendToBlock(key, geo);
+    }
+    if (keys.Find(key) != KeyTable::none) return;
+    indices.resize(keys.Count() + std::size_t{1});  // one more, or what a throw below left behind
+    indices.back() = {block, position};
+    keys.Add(key);
+}
+
+void GeoBlockStore::AppendToBlock(const std::string& key, const SZVLGZvgGeo& geo) {
+    if (geoCount == KeyTable::none) ZVSmartFormat::ThrowNotWritten();
+    CZVFTAllocBufferOutStream bytes(&scratch);
+    WriteGeo(bytes, geo, version);
+    blockRows.Append(
+        {reinterpret_cast<const char*>(scratch.data), static_cast<std::size_t>(bytes.GetPos())});
+    try {
+        blockKeys.Add(key);
+    } catch (...) {
+        blockRows.RemoveLast();
+        throw;
+    }
+    ++geoCount;
+}
+
+bool GeoBlockStore::Has(const std::wstring& identification) const {
+    return !identification.empty() && keys.Find(KeyOf(identification)) != KeyTable::none;
+}
+
+void GeoBlockStore::WriteBlock() {
+    CZVFTAllocBufferOutStream content(&scratch);
+    SectionWriter records(content);
+    ZVSmartSerial::CZVFTSerialWriter writer(&content);
+    for (u32 i = 0; i < blockRows.Count(); ++i) {
+        const std::string_view row = blockRows.Row(i);
+        records.BeginRecord();
+        writer.WriteU32(static_cast<u32>(row.size()));
+        writer.WriteBytes(row.data(), row.size());
+    }
+    records.End();
+
+    section.BeginRecord();
+    ZVSmartFormat::WriteCompressedBlock(out, scratch.data, content.GetPos());
+    blockRows.Clear();
+    blockKeys.Clear();
+}
+
+void GeoBlockStore::Finish() {
+    if (geoCount != 0) WriteBlock();
+    section.End();
+}
+
+std::vector<u32> GeoBlockStore::NumbersInKeyOrder() const {
+    std::vector<u32> numbers(keys.Count());
+    std::iota(numbers.begin(), numbers.end(), 0U);
+    // char_traits<char> compares bytes as unsigned, so this is the order of the units.
+    std::sort(numbers.begin(), numbers.end(),
+              [this](u32 a, u32 b) { return keys.Key(a) < keys.Key(b); });
+    return numbers;
+}
+
+void GeoBlockStore::WriteIdentifications(CZVFTOutStream& stream) const {
+    ZVSmartSerial::CZVFTSerialWriter writer(&stream);
+    writer.WriteU32(keys.Count());
+    for (const u32 number : NumbersInKeyOrder()) {
+        const std::string_view key = keys.Key(number);
+        writer.WriteU32(static_cast<u32>(key.size() / 2));
+        writer.WriteBytes(key.data(), key.size());
+        writer.WriteU32(indices[number].blockIndex);
+        writer.WriteU32(indices[number].indexInBlock);
+    }
+}
+
+}  // namespace ZVSmartZvg

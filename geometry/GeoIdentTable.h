@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ZVSmartZvg/GeoIndex.h"
+#include "stream/RecordInStream.h"
+
+namespace ZVSmartZvg {
+
+/// The identifications of an open file. They are compared where they lie in the decoded index
+/// block: big-endian UTF-16 orders under memcmp as its units do.
+class GeoIdentTable {
+  public:
+    GeoIdentTable() = default;
+
+    /// Reads the table at `in`'s position; the bytes behind `in` must outlive the table. Entries
+    /// may stand in any order; of equal identifications the first counts. Throws
+    /// "seek over buffer size" where the table is cut short.
+    explicit GeoIdentTable(ZVSmartFormat::RecordInStream& in);
+
+    u32 Count() const { return static_cast<u32>(entries.size()); }
+
+    /// False, with `index` unchanged, for an identification that is not there.
+    bool Find(const std::wstring& identification, SZVLGZvgGeoIndex& index) const;
+
+    /// The i-th in ascending order; `i` is below the count.
+    void Get(u32 i, std::wstring& identification, SZVLGZvgGeoIndex& index) const;
+
+    /// Whether the file's entries stood in strictly ascending order.
+    bool WasInOrder() const { return inOrder; }
+
+  private:
+    std::string_view KeyAt(const u8* entry) const;
+    SZVLGZvgGeoIndex IndexAt(const u8* entry) const;
+    void Sort();
+
+    const u8* bytes = nullptr;
+    std::vector<u32> entries;  // offsets of the entries, ascending by key
+    bool inOrder = true;
+};
+
+}  // namespace ZVSmartZvg

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "ZVSmartFormat/Stream.h"
+#include "ZVSmartZvg/Geo.h"
+#include "stream/RecordInStream.h"
+
+namespace ZVSmartZvg {
+
+/// Appends the record's serial form to `out`. Throws "encode error" where an image or blob
+/// announces bytes and has none.
+void WriteGeo(ZVSmartFormat::CZVFTOutStream& out, const SZVLGZvgGeo& geo, unsigned int version);
+
+/// Reads a record from untrusted bytes. Lists that it does not have keep what `geo` held; on a
+/// throw `geo` is partly filled.
+void ReadGeo(ZVSmartFormat::RecordInStream& in, SZVLGZvgGeo& geo, unsigned int version);
+
+/// Throws "encode error" where `WriteGeo` would for want of bytes.
+void CheckBuffers(const SZVLGZvgGeo& geo);
+
+}  // namespace ZVSmartZvg
