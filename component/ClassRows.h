@@ -1,0 +1,16 @@
+#pragma once
+
+#include "ZVSmartZvg/Comp.h"
+#include "component/ComponentFields.h"
+#include "container/layout/SectionLocator.h"
+#include "stream/RecordInStream.h"
+
+namespace ZVSmartZvg {
+
+/// Fills in what the classification tables hold for a component. `index` reads the decoded index
+/// block, in which `level2` is the outermost table. A row number that leads nowhere leaves its
+/// fields empty. Throws "seek over buffer size" where a row is damaged.
+void ResolveClassRows(ZVSmartFormat::RecordInStream& index, const Section& level2,
+                      const EntryRows& rows, unsigned int version, SZVLGZvgComp& comp);
+
+}  // namespace ZVSmartZvg

@@ -1,0 +1,163 @@
+#pragma once
+
+#include "ZVSmartZvg/Comp.h"
+#include "component/DisplayAttrFields.h"
+
+// A component entry:
+//   GUID name   compGuidName
+//   u8          entryFlags
+//   properties  compProperties                             0x01
+//   u32 count, GUID names  relatedGuidNames                0x02
+//   GUID name   groupGuidName                              0x04
+//   u32         row in the owner table                     0x08
+//   u32         rows in the tables of levels 2, 3, 4, 2b   0x10, 0x20, 0x40, 0x80
+//   u32 count, geometry references
+//   attributes  compAttr                                   version 2 on
+// A geometry reference:
+//   u8, u32, u32  refKind, refValueA, refValueB
+//   u32 count, u32s  rows in the floor's identification table
+//   u32 count, materials                                   version 1 on
+// A material: u32 key, GUID name, two texts, properties.
+// An identification row: GUID name, two texts.
+// An owner row: GUID name, text ownerTextA, u8 ownerFlags, text ownerTextB (0x40),
+//   GUID name ownerSecondGuidName and text ownerTextC (0x80).
+// A class row begins with its name and its u32 id; levels 4 and 2b go on with attributes.
+// A floor record begins with its name, its u32 order and two values of 8 bytes.
+
+namespace ZVSmartZvg {
+
+constexpr bool HasCompAttr(unsigned int version) {
+    return version >= 2;
+}
+constexpr bool HasMaterials(unsigned int version) {
+    return version != 0;
+}
+
+/// The rows that a component entry refers to.
+struct EntryRows {
+    u32 owner = ZVLG_NONE;
+    u32 level2 = ZVLG_NONE;
+    u32 level3 = ZVLG_NONE;
+    u32 level4 = ZVLG_NONE;
+    u32 level2b = ZVLG_NONE;
+};
+
+/// Per geometry reference its rows in the floor's identification table.
+using ReferenceRows = std::vector<std::vector<u32>>;
+
+inline u8 EntryFlagsOf(const SZVLGZvgComp& comp, const EntryRows& rows) {
+    u32 flags = 0;
+    if (!comp.compProperties.empty()) flags |= 0x01;
+    if (!comp.relatedGuidNames.empty()) flags |= 0x02;
+    if (comp.groupGuidName.name != L"none") flags |= 0x04;
+    if (rows.owner != ZVLG_NONE) flags |= 0x08;
+    if (rows.level2 != ZVLG_NONE) flags |= 0x10;
+    if (rows.level3 != ZVLG_NONE) flags |= 0x20;
+    if (rows.level4 != ZVLG_NONE) flags |= 0x40;
+    if (rows.level2b != ZVLG_NONE) flags |= 0x80;
+    return static_cast<u8>(flags);
+}
+
+template <class Visitor, class Material>
+void VisitMaterial(Visitor& visitor, Material& material) {
+    visitor.Key(material.guidName);
+    visitor.Text(material.textA);
+    visitor.Text(material.textB);
+    VisitProperties(visitor, material.properties);
+}
+
+/// A map is no list: the two directions walk it each in their own way.
+template <class Visitor, class Materials>
+void VisitMaterials(Visitor& visitor, Materials& materials) {
+    if constexpr (Visitor::reading) {
+        constexpr u64 smallestMaterial = 4 + 6 + 12;
+        for (u32 count = visitor.Count(smallestMaterial); count != 0; --count) {
+            u32 key = 0;
+            SZVLGZvgMaterial material;
+            visitor.U32(key);
+            VisitMaterial(visitor, material);
+            materials.emplace(key, std::move(material));
+        }
+    } else {
+        visitor.Serial().WriteCount(materials.size());
+        for (const auto& [key, material] : materials) {
+            visitor.U32(key);
+            VisitMaterial(visitor, material);
+        }
+    }
+}
+
+template <class Visitor, class Reference, class Rows>
+void VisitGeoReference(Visitor& visitor, Reference& reference, Rows& rows, unsigned int version) {
+    visitor.U8(reference.refKind);
+    visitor.U32(reference.refValueA);
+    visitor.U32(reference.refValueB);
+    visitor.U32List(rows);
+    if (HasMaterials(version)) VisitMaterials(visitor, reference.materials);
+}
+
+template <class Visitor, class Comp, class Rows, class RefRows>
+void VisitComponentEntry(Visitor& visitor, Comp& comp, Rows& rows, RefRows& refRows,
+                         unsigned int version) {
+    visitor.Key(comp.compGuidName);
+    u8 flags = 0;
+    if constexpr (!Visitor::reading) flags = EntryFlagsOf(comp, rows);
+    visitor.U8(flags);
+    if (flags & 0x01) VisitProperties(visitor, comp.compProperties);
+    if (flags & 0x02) visitor.List(comp.relatedGuidNames, 6, [&](auto& key) { visitor.Key(key); });
+    if (flags & 0x04) visitor.Key(comp.groupGuidName);
+    if (flags & 0x08) visitor.U32(rows.owner);
+    if (flags & 0x10) visitor.U32(rows.level2);
+    if (flags & 0x20) visitor.U32(rows.level3);
+    if (flags & 0x40) visitor.U32(rows.level4);
+    if (flags & 0x80) visitor.U32(rows.level2b);
+
+    const u64 smallestReference = 13 + (HasMaterials(version) ? 4 : 0);
+    std::size_t i = 0;
+    visitor.List(comp.geoRefs, smallestReference, [&](auto& reference) {
+        if constexpr (Visitor::reading) refRows.emplace_back();
+        VisitGeoReference(visitor, reference, refRows[i++], version);
+    });
+    if (HasCompAttr(version)) VisitDisplayAttr(visitor, comp.compAttr, version);
+}
+
+template <class Visitor, class Row>
+void VisitGeoIdRow(Visitor& visitor, Row& row) {
+    visitor.Key(row.guidName);
+    visitor.Text(row.textA);
+    visitor.Text(row.textB);
+}
+
+inline u8 OwnerFlagsOf(const SZVLGZvgComp& comp) {
+    const bool hasSecond = comp.ownerSecondGuidName != SerialKey() || !comp.ownerTextC.empty();
+    return static_cast<u8>((comp.ownerTextB.empty() ? 0 : 0x40) | (hasSecond ? 0x80 : 0));
+}
+
+template <class Visitor, class Comp>
+void VisitOwnerRow(Visitor& visitor, Comp& comp) {
+    visitor.Key(comp.ownerGuidName);
+    visitor.Text(comp.ownerTextA);
+    u8 flags = 0;
+    if constexpr (!Visitor::reading) flags = OwnerFlagsOf(comp);
+    visitor.U8(flags);
+    if (flags & 0x40) visitor.Text(comp.ownerTextB);
+    if ((flags & 0x80) == 0) return;
+    visitor.Key(comp.ownerSecondGuidName);
+    visitor.Text(comp.ownerTextC);
+}
+
+template <class Visitor, class Name, class Id>
+void VisitClassName(Visitor& visitor, Name& name, Id& id) {
+    visitor.Text(name);
+    visitor.U32(id);
+}
+
+template <class Visitor, class Comp>
+void VisitFloorFields(Visitor& visitor, Comp& comp) {
+    visitor.Text(comp.classLevel1Name);
+    visitor.U32(comp.classLevel1Id);
+    visitor.U64(comp.classLevel1DataA);
+    visitor.U64(comp.classLevel1DataB);
+}
+
+}  // namespace ZVSmartZvg

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <string>
+
+#include "ZVSmartFormat/Stream.h"
+#include "ZVSmartZvg/Comp.h"
+#include "component/ComponentFields.h"
+#include "container/layout/SectionLocator.h"
+#include "stream/CheckedInStream.h"
+#include "stream/CompressedBlock.h"
+
+namespace ZVSmartZvg {
+
+/// What a floor record says ahead of its block.
+struct FloorFields {
+    std::wstring classLevel1Name;
+    u32 classLevel1Id = ZVLG_NONE;
+    u64 classLevel1DataA = 0;
+    u64 classLevel1DataB = 0;
+};
+
+/// Reads the fields at `in`'s position and leaves it at the block.
+FloorFields ReadFloorFields(ZVSmartFormat::CheckedInStream& in);
+
+/// A floor of an open file, decoded.
+class FloorBlock {
+  public:
+    /// Takes a decoded block. Throws "seek over buffer size" where its two sections are not there.
+    FloorBlock(FloorFields fields, ZVSmartFormat::DecodedBlock block);
+
+    u32 ComponentCount() const { return components.Count(); }
+
+    /// Reads component `i`, below the count: the floor's fields, the entry's own fields and the
+    /// identification rows of its references. `rows` tells where the classes are.
+    void ReadComponent(u32 i, unsigned int version, SZVLGZvgComp& comp, EntryRows& rows) const;
+
+    const ZVSmartFormat::DecodedBlock& Block() const { return block; }
+    const Section& Components() const { return components; }
+    const Section& GeoIds() const { return geoIds; }
+
+  private:
+    FloorFields fields;
+    ZVSmartFormat::DecodedBlock block;
+    Section components;
+    Section geoIds;
+};
+
+}  // namespace ZVSmartZvg

@@ -1,0 +1,78 @@
+#include "component/FloorTables.h"
+
+#include <algorithm>
+
+#include "component/IdentityKey.h"
+#include "stream/CompressedBlock.h"
+
+namespace ZVSmartZvg {
+
+using ZVSmartFormat::AllocBuffer;
+using ZVSmartFormat::CZVFTAllocBufferOutStream;
+using ZVSmartFormat::CZVFTOutStream;
+using ZVSmartSerial::FieldWriter;
+
+u32 FloorTables::Enter(const SZVLGZvgComp& comp) {
+    const std::wstring& name = comp.classLevel1Name;
+    const u32 number = fields.FindOrAdd(NameKey(name.empty() ? L"none" : name), [&] {
+        return buffer.Fill([&](FieldWriter& writer) { VisitFloorFields(writer, comp); });
+    });
+    if (floors.size() <= number) floors.resize(std::size_t{number} + 1);
+    return number;
+}
+
+bool FloorTables::HasComponent(u32 floor, const SZVLGZvgComp& comp) const {
+    return floors[floor].components.Has(IdentityKey(comp.compGuidName));
+}
+
+u32 FloorTables::EnterGeoId(Floor& floor, const SZVLGZvgGeoId& row) {
+    return floor.geoIds.FindOrAdd(IdentityKey(row), [&] {
+        return buffer.Fill([&](FieldWriter& writer) { VisitGeoIdRow(writer, row); });
+    });
+}
+
+std::vector<u32> FloorTables::EnterReference(Floor& floor, const SZVLGZvgCompGeoRef& reference) {
+    const std::wstring& identification = reference.geoIdentification;
+    std::vector<u32> numbers;
+    bool leadsThere = identification.empty();
+    for (const SZVLGZvgGeoId& row : reference.geoIds) {
+        numbers.push_back(EnterGeoId(floor, row));
+        leadsThere = leadsThere || GetGeoIdentification(row) == identification;
+    }
+    if (leadsThere) return numbers;
+
+    SZVLGZvgGeoId row;
+    if (identification == row.guidName.name) {
+        row.textA = identification;
+    } else {
+        row.guidName.name = identification;
+    }
+    numbers.push_back(EnterGeoId(floor, row));
+    return numbers;
+}
+
+void FloorTables::AddComponent(u32 floorNumber, const SZVLGZvgComp& comp, const EntryRows& rows) {
+    Floor& floor = floors[floorNumber];
+    ReferenceRows referenceRows;
+    referenceRows.reserve(comp.geoRefs.size());
+    for (const SZVLGZvgCompGeoRef& reference : comp.geoRefs)
+        referenceRows.push_back(EnterReference(floor, reference));
+    floor.components.Add(IdentityKey(comp.compGuidName), buffer.Fill([&](FieldWriter& writer) {
+        VisitComponentEntry(writer, comp, rows, referenceRows, version);
+    }));
+}
+
+void FloorTables::Write(CZVFTOutStream& out, AllocBuffer& scratch) const {
+    SectionWriter section(out);
+    for (u32 i = 0; i < fields.Count(); ++i) {
+        section.BeginRecord();
+        out.Write(fields.Row(i).data(), fields.Row(i).size());
+        CZVFTAllocBufferOutStream block(&scratch);
+        WriteRowSection(block, floors[i].components);
+        WriteRowSection(block, floors[i].geoIds);
+        ZVSmartFormat::WriteCompressedBlock(out, scratch.data, block.GetPos());
+    }
+    section.End();
+}
+
+}  // namespace ZVSmartZvg
