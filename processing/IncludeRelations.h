@@ -1,0 +1,51 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+
+#include "ZVSmartZvg/Geo.h"
+#include "ZVSmartZvg/ParamFace.h"
+#include "processing/CylinderFace.h"
+#include "processing/IncludeKeys.h"
+#include "processing/RevolvedFace.h"
+#include "processing/RuledFace.h"
+
+namespace ZVSmartZvg {
+
+/// The part of one saver that makes up keys: for geometries that the caller includes elsewhere,
+/// and for the shapes that parametric faces share.
+///
+/// Where storing throws, the exception passes; tables and `rel` are then as before, and the
+/// number that was taken is lost.
+class IncludeRelations {
+  public:
+    /// Stores a geometry under a key, as CZVLGBlockSaver::AddIdentificationGeo does.
+    using StoreGeo = std::function<void(const std::wstring& key, const SZVLGZvgGeo& geo)>;
+
+    explicit IncludeRelations(StoreGeo store);
+
+    std::wstring CreateIncludeBlockGeo(const SZVLGZvgGeo& geo);
+
+    /// Each finds or stores the geometry that `face` shares with others of its shape. False for
+    /// a face that is refused: nothing is stored, no number is taken and `rel` is unchanged, but
+    /// for the transform of a revolved face too short to sample.
+    bool RelateCylinderFace(const SZVLGParamCylinderFace& face, SZVLGZvgGeoRelInclude& rel);
+    bool RelateRevolvedFace(const SZVLGParamRevolvedFace& face, SZVLGZvgGeoRelInclude& rel);
+    bool RelateRuledFace(const SZVLGParamRuledFace& face, SZVLGZvgGeoRelInclude& rel);
+
+  private:
+    template <class Key>
+    using Table = std::map<Key, std::wstring>;
+
+    template <class Key>
+    void Relate(Table<Key>& table, DerivedFace<Key> derived, SZVLGZvgGeoRelInclude& rel);
+
+    StoreGeo store;
+    IncludeKeys keys;
+    Table<CylinderKey> cylinders;
+    Table<RevolvedKey> revolved;
+    Table<RuledKey> ruled;
+};
+
+}  // namespace ZVSmartZvg
