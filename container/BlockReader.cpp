@@ -1,0 +1,99 @@
+#include "ZVSmartZvg/BlockReader.h"
+
+#include <utility>
+
+#include "container/BlockReaderImp.h"
+#include "geometry/PreviewImage.h"
+
+namespace ZVSmartZvg {
+
+CZVLGBlockReader::CZVLGBlockReader() : imp(std::make_unique<Imp>()) {}
+
+CZVLGBlockReader::~CZVLGBlockReader() = default;
+
+void CZVLGBlockReader::SetDecodedBlockLimit(unsigned long long bytes) {
+    imp->decodedLimit = bytes;
+}
+
+bool CZVLGBlockReader::Init(ZVSmartFormat::CZVFTInStream* in, unsigned int geoBlockCacheLimit,
+                            unsigned int floorCacheLimit) {
+    return imp->Init(*in, geoBlockCacheLimit, floorCacheLimit);
+}
+
+unsigned int CZVLGBlockReader::GetVersion() {
+    return imp->head.version;
+}
+
+void CZVLGBlockReader::GetHeadInfo(SZVLGZvgBlockHeadInfo& head) {
+    head = imp->head.info;
+}
+
+unsigned int CZVLGBlockReader::GetEstimatedDataSize() {
+    return imp->EstimatedDataSize();
+}
+
+void CZVLGBlockReader::CleanInnerBuffer() {
+    imp->CleanInnerBuffer();
+}
+
+unsigned int CZVLGBlockReader::GetFloorNum() {
+    return imp->floorSection.Count();
+}
+
+unsigned int CZVLGBlockReader::GetFloorCompNum(unsigned int floor) {
+    return imp->FloorCompNum(floor);
+}
+
+std::wstring CZVLGBlockReader::GetFloorNameByIndex(unsigned int floor) {
+    FloorFields fields;
+    imp->ReadFloor(floor, fields);
+    return fields.classLevel1Name;
+}
+
+unsigned int CZVLGBlockReader::GetFloorOrderByIndex(unsigned int floor) {
+    FloorFields fields;
+    return imp->ReadFloor(floor, fields) ? fields.classLevel1Id : ZVLG_NONE;
+}
+
+void CZVLGBlockReader::GetAllFloorName(std::vector<std::wstring>& names) {
+    names = imp->AllFloorNames();
+}
+
+bool CZVLGBlockReader::GetCompByIndex(const SZVLGCompIndex& index, SZVLGZvgComp& comp) {
+    return imp->ReadComp(index, comp);
+}
+
+bool CZVLGBlockReader::GetGeoByIdentification(const std::wstring& identification,
+                                              SZVLGZvgGeo& geo) {
+    return imp->ReadGeo(identification, geo);
+}
+
+bool CZVLGBlockReader::GetGeoByIndex(const SZVLGZvgGeoIndex& index, SZVLGZvgGeo& geo) {
+    return imp->ReadGeo(index, geo);
+}
+
+bool CZVLGBlockReader::GetPreviewImage(SZVLGZvgGeoImage& image) {
+    SZVLGZvgGeo record;
+    return imp->ReadGeo(previewIdentification, record) && TakePreview(std::move(record), image);
+}
+
+unsigned int CZVLGBlockReader::GetGeoBlockNum() {
+    return imp->geoSection.Count();
+}
+
+unsigned int CZVLGBlockReader::GetGeoNumInBlock(unsigned int block) {
+    return imp->GeoNumInBlock(block);
+}
+
+unsigned int CZVLGBlockReader::GetGeoIdentificationNum() {
+    return imp->identifications.Count();
+}
+
+bool CZVLGBlockReader::GetGeoIdentificationByIndex(unsigned int i, std::wstring& identification,
+                                                   SZVLGZvgGeoIndex& index) {
+    if (i >= imp->identifications.Count()) return false;
+    imp->identifications.Get(i, identification, index);
+    return true;
+}
+
+}  // namespace ZVSmartZvg

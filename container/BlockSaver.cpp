@@ -1,0 +1,217 @@
+#include "ZVSmartZvg/BlockSaver.h"
+
+#include <cstdlib>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "ZVSmartFormat/IniFile.h"
+#include "ZVSmartFormat/MemoryStream.h"
+#include "ZVSmartLzma/LzmaTool.h"
+#include "component/ClassTables.h"
+#include "component/FloorTables.h"
+#include "container/BlockSelfTest.h"
+#include "container/layout/FileHead.h"
+#include "geometry/GeoBlockStore.h"
+#include "geometry/GeoSerial.h"
+#include "geometry/PreviewImage.h"
+#include "processing/IncludeRelations.h"
+#include "stream/CheckedOutStream.h"
+#include "stream/CompressedBlock.h"
+
+// A file, in order:
+//   head                      ends with floorSectionOffset, written last
+//   geometry block section    a compressed block per record
+//   floor section             a floor record per record
+//   index block, compressed   the classification tables, then the identification table
+
+namespace ZVSmartZvg {
+
+using ZVSmartFormat::AllocBuffer;
+using ZVSmartFormat::CheckedOutStream;
+using ZVSmartFormat::CZVFTAllocBufferOutStream;
+using ZVSmartFormat::CZVFTIniFile;
+using ZVSmartFormat::CZVFTOutStream;
+
+namespace {
+
+/// One buffer serves every serialisation, so that a block is built without growing it.
+class Scratch {
+  public:
+    Scratch() = default;
+    ~Scratch() { std::free(buffer.data); }
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
+
+    void Allocate() {
+        constexpr std::size_t byteCount = 20 << 20;
+        void* const data = std::realloc(buffer.data, byteCount);
+        if (data == nullptr) ZVSmartFormat::ThrowNotGrown();
+        buffer.data = static_cast<u8*>(data);
+        buffer.capacity = byteCount;
+    }
+    AllocBuffer& Buffer() { return buffer; }
+
+  private:
+    AllocBuffer buffer;
+};
+
+/// A file under way, from `Init` on.
+class BlockFile {
+  public:
+    BlockFile(CZVFTOutStream& stream, const FileHead& head, AllocBuffer& scratch, u32 geosPerBlock)
+        : out(stream),
+          scratch(scratch),
+          basePos(out.GetPos()),
+          floorOffsetPos(WriteHead(head)),
+          geos(out, scratch, head.version, geosPerBlock),
+          floors(head.version),
+          classes(head.version) {}
+
+    GeoBlockStore& Geos() { return geos; }
+    void AddComp(const SZVLGZvgComp& comp, const CZVFTIniFile& settings);
+    void Finish();
+
+  private:
+    u64 WriteHead(const FileHead& head) {
+        WriteFileHead(out, head);
+        const u64 position = out.GetPos();
+        ZVSmartSerial::CZVFTSerialWriter(&out).WriteU32(0);
+        return position;
+    }
+    void WriteFloorOffset();
+    void WriteIndexBlock();
+
+    CheckedOutStream out;
+    AllocBuffer& scratch;
+    u64 basePos;
+    u64 floorOffsetPos;
+    GeoBlockStore geos;
+    FloorTables floors;
+    ClassTables classes;
+};
+
+void BlockFile::AddComp(const SZVLGZvgComp& comp, const CZVFTIniFile& settings) {
+    for (const SZVLGZvgCompGeoRef& reference : comp.geoRefs) CheckBuffers(reference.geo);
+
+    const u32 floor = floors.Enter(comp);
+    const EntryRows rows = classes.Enter(comp, settings);
+    if (floors.HasComponent(floor, comp)) return;
+    for (const SZVLGZvgCompGeoRef& reference : comp.geoRefs) {
+        const std::wstring& identification = reference.geoIdentification;
+        if (identification.empty() || reference.geo.IsEmpty()) continue;
+        if (!geos.Has(identification)) geos.Add(identification, reference.geo);
+    }
+    floors.AddComponent(floor, comp, rows);
+}
+
+void BlockFile::WriteFloorOffset() {
+    const u64 here = out.GetPos();
+    if (here - basePos > std::numeric_limits<u32>::max()) ZVSmartFormat::ThrowNotWritten();
+    out.Seek(floorOffsetPos);
+    ZVSmartSerial::CZVFTSerialWriter(&out).WriteU32(static_cast<u32>(here - basePos));
+    out.Seek(here);
+}
+
+void BlockFile::WriteIndexBlock() {
+    CZVFTAllocBufferOutStream index(&scratch);
+    classes.Write(index);
+    geos.WriteIdentifications(index);
+    ZVSmartFormat::WriteCompressedBlock(out, scratch.data, index.GetPos());
+}
+
+void BlockFile::Finish() {
+    geos.Finish();
+    WriteFloorOffset();
+    floors.Write(out, scratch);
+    WriteIndexBlock();
+}
+
+}  // namespace
+
+class CZVLGBlockSaver::Imp {
+  public:
+    explicit Imp(unsigned int version)
+        : includes([this](const std::wstring& key, const SZVLGZvgGeo& geo) {
+              File().Geos().Add(key, geo);
+          }) {
+        head.version = version;
+    }
+
+    /// The file; there is none before `Init`.
+    BlockFile& File() {
+        if (!file) ZVSmartFormat::ThrowNotWritten();
+        return *file;
+    }
+
+    FileHead head;
+    u32 geosPerBlock = 1000;
+    CZVFTIniFile settings;
+    Scratch scratch;
+    std::optional<BlockFile> file;
+    IncludeRelations includes;
+};
+
+CZVLGBlockSaver::CZVLGBlockSaver(unsigned int version) : imp(std::make_unique<Imp>(version)) {}
+
+CZVLGBlockSaver::~CZVLGBlockSaver() = default;
+
+void CZVLGBlockSaver::Init(CZVFTOutStream* out, const SZVLGZvgBlockHeadInfo& head,
+                           const std::string& iniPath, unsigned int geosPerBlock) {
+    if (geosPerBlock != 0) imp->geosPerBlock = geosPerBlock;
+    imp->head.info = head;
+    imp->settings.LoadFile(iniPath);
+    imp->scratch.Allocate();
+    imp->file.emplace(*out, imp->head, imp->scratch.Buffer(), imp->geosPerBlock);
+}
+
+void CZVLGBlockSaver::SetEncodeFastMod(bool fast) {
+    ZVSmartLzma::CZVFTLzmaTool::SetEocodeFastMod(fast);
+}
+
+void CZVLGBlockSaver::AddIdentificationGeo(const std::wstring& identification,
+                                           const SZVLGZvgGeo& geo) {
+    imp->File().Geos().Add(identification, geo);
+}
+
+bool CZVLGBlockSaver::IsHaveIdentificationGeo(const std::wstring& identification) {
+    return imp->file && imp->file->Geos().Has(identification);
+}
+
+bool CZVLGBlockSaver::AddPreviewImage(const SZVLGZvgGeoImage& image) {
+    return AddPreview(imp->File().Geos(), image);
+}
+
+void CZVLGBlockSaver::AddComp(const SZVLGZvgComp& comp) {
+    imp->File().AddComp(comp, imp->settings);
+}
+
+std::wstring CZVLGBlockSaver::CreateIncludeBlockGeo(const SZVLGZvgGeo& geo) {
+    return imp->includes.CreateIncludeBlockGeo(geo);
+}
+
+bool CZVLGBlockSaver::GetRelIncludeByCylinderFace(const SZVLGParamCylinderFace& face,
+                                                  SZVLGZvgGeoRelInclude& rel) {
+    return imp->includes.RelateCylinderFace(face, rel);
+}
+
+bool CZVLGBlockSaver::GetRelIncludeByRevolvedFace(const SZVLGParamRevolvedFace& face,
+                                                  SZVLGZvgGeoRelInclude& rel) {
+    return imp->includes.RelateRevolvedFace(face, rel);
+}
+
+bool CZVLGBlockSaver::GetRelIncludeByRuledFace(const SZVLGParamRuledFace& face,
+                                               SZVLGZvgGeoRelInclude& rel) {
+    return imp->includes.RelateRuledFace(face, rel);
+}
+
+void CZVLGBlockSaver::WriteEnd() {
+    imp->File().Finish();
+}
+
+bool CZVLGBlockSaver::Test() {
+    return SelfTest();
+}
+
+}  // namespace ZVSmartZvg

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ZVSmartFormat/StreamException.h"
+#include "ZVSmartZvg/BlockVerifier.h"
+
+namespace ZVSmartZvg {
+
+/// Gathers what is wrong with a file.
+class Findings {
+  public:
+    explicit Findings(std::vector<SZVLGBlockFinding>& list) : list(list) { list.clear(); }
+
+    void Add(unsigned long long position, const std::string& reason) {
+        if (list.size() < largestCount) list.push_back({position, reason});
+    }
+
+    /// Runs `check`; what it throws is a finding about `what`.
+    template <class Check>
+    bool Guard(unsigned long long position, const std::string& what, Check check) {
+        try {
+            check();
+            return true;
+        } catch (const ZVSmartFormat::CZVFTStreamException& damage) {
+            Add(position, what + ": " + damage.what());
+            return false;
+        }
+    }
+
+  private:
+    static constexpr std::size_t largestCount = 1000;
+    std::vector<SZVLGBlockFinding>& list;
+};
+
+}  // namespace ZVSmartZvg
