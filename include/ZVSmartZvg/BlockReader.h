@@ -89,7 +89,7 @@ class ZVLG_API CZVLGBlockReader {
                                      SZVLGZvgGeoIndex& index);
 
   private:
-    class Imp;
+    class ZVFT_LOCAL Imp;
     std::unique_ptr<Imp> imp;
 };
 

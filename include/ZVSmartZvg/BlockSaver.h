@@ -81,7 +81,7 @@ class ZVLG_API CZVLGBlockSaver {
     static bool Test();
 
   private:
-    class Imp;
+    class ZVFT_LOCAL Imp;
     std::unique_ptr<Imp> imp;
 };
 
