@@ -1,0 +1,36 @@
+# `cpack` in the build folder makes one .deb of each part.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME zvsmartzvg)
+set(CPACK_PACKAGE_VENDOR "The ZVSmartZvg maintainers")
+set(CPACK_PACKAGE_CONTACT "The ZVSmartZvg maintainers <maintainers@zvsmartzvg.invalid>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_COMPONENTS_ALL lib dev)
+if(ZVG_BUILD_TOOL)
+  list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
+set(CPACK_COMPONENTS_GROUPING IGNORE)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
+
+set(CPACK_DEBIAN_LIB_PACKAGE_NAME libzvsmartzvg${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_LIB_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIB_DESCRIPTION "block files of building models: shared library")
+set(CPACK_DEBIAN_LIB_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/triggers)
+file(WRITE ${PROJECT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
+
+set(CPACK_DEBIAN_DEV_PACKAGE_NAME libzvsmartzvg-dev)
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEV_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS
+    "libzvsmartzvg${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), liblzma-dev (>= 5.4.1)")
+set(CPACK_DEBIAN_DEV_DESCRIPTION "block files of building models: headers and build files")
+
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME zvg)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS
+    "libzvsmartzvg${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_TOOLS_DESCRIPTION "block files of building models: command-line tool")
+include(CPack)
