@@ -71,7 +71,9 @@ template <class Visitor, class Materials>
 void VisitMaterials(Visitor& visitor, Materials& materials) {
     if constexpr (Visitor::reading) {
         constexpr u64 smallestMaterial = 4 + 6 + 12;
-        for (u32 count = visitor.Count(smallestMaterial); count != 0; --count) {
+        u32 count = visitor.Count(smallestMaterial);
+        visitor.Charge(count, sizeof(SZVLGZvgMaterial));
+        for (; count != 0; --count) {
             u32 key = 0;
             SZVLGZvgMaterial material;
             visitor.U32(key);

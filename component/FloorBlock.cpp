@@ -48,6 +48,7 @@ void FloorBlock::ReadComponent(u32 i, unsigned int version, SZVLGZvgComp& comp,
             if (number >= geoIds.Count()) continue;
             SeekRecord(in, geoIds, number);
             const u64 start = in.GetPos();
+            reader.Charge(1, sizeof(SZVLGZvgGeoId));
             VisitGeoIdRow(reader, comp.geoRefs[r].geoIds.emplace_back());
             const u64 byteCount = in.GetPos() - start;
             if (byteCount > budget) ZVSmartFormat::ThrowOutOfData();

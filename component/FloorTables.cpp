@@ -68,8 +68,9 @@ void FloorTables::Write(CZVFTOutStream& out, AllocBuffer& scratch) const {
         section.BeginRecord();
         out.Write(fields.Row(i).data(), fields.Row(i).size());
         CZVFTAllocBufferOutStream block(&scratch);
-        WriteRowSection(block, floors[i].components);
-        WriteRowSection(block, floors[i].geoIds);
+        const Floor& floor = TableBelow(floors, i);
+        WriteRowSection(block, floor.components);
+        WriteRowSection(block, floor.geoIds);
         ZVSmartFormat::WriteCompressedBlock(out, scratch.data, block.GetPos());
     }
     section.End();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 #include "ZVSmartFormat/MemoryStream.h"
 #include "ZVSmartZvg/Export.h"
@@ -54,6 +55,14 @@ class RowTable {
     ZVSmartFormat::KeyTable keys;
     ZVSmartFormat::RowStore rows;
 };
+
+/// The tables below the rows of another, read only; a list that stayed behind its rows when
+/// memory ran out reads as if it went on with empty tables.
+template <class Below>
+const Below& TableBelow(const std::vector<Below>& tables, u32 row) {
+    static const Below empty;
+    return row < tables.size() ? tables[row] : empty;
+}
 
 /// Writes the rows as one indexed section; `below(i)` writes what hangs under row i.
 template <class WriteBelow>

@@ -11,10 +11,15 @@ namespace ZVSmartZvg {
 /// Gathers what is wrong with a file.
 class Findings {
   public:
+    /// Thrown by the last finding that there is room for: a file of nothing but damage costs no
+    /// more time than one with a little.
+    struct Full {};
+
     explicit Findings(std::vector<SZVLGBlockFinding>& list) : list(list) { list.clear(); }
 
     void Add(unsigned long long position, const std::string& reason) {
-        if (list.size() < largestCount) list.push_back({position, reason});
+        list.push_back({position, reason});
+        if (list.size() == largestCount) throw Full();
     }
 
     /// Runs `check`; what it throws is a finding about `what`.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 
 #include "container/Findings.h"
@@ -37,7 +38,8 @@ inline void CheckHead(const SZVLGSectionHead& head, u64 bytesAvailable, unsigned
 /// Checks a section and its records, which must follow each other without gaps.
 /// `visit(i)` reads record i, to whose first byte `in` was moved, and leaves `in` behind it.
 /// Records that overlap are findings and not visited, so that the work stays in proportion to
-/// the bytes. Leaves `in` behind the section and returns it.
+/// the bytes. Leaves `in` behind the section and behind all that was visited, so that the same
+/// bytes are never met again from another place; returns the section.
 template <class Source, class Visit>
 Section CheckSection(Source& in, const Place& place, const std::string& what, Findings& findings,
                      Visit visit) {
@@ -65,7 +67,7 @@ Section CheckSection(Source& in, const Place& place, const std::string& what, Fi
     }
     if (cursor != recordsEnd)
         findings.Add(place.Of(cursor), name + ": the records do not end at the offset table");
-    in.Seek(section.End());
+    in.Seek(std::max(section.End(), cursor));
     return section;
 }
 

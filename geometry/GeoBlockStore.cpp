@@ -32,6 +32,7 @@ GeoBlockStore::GeoBlockStore(CZVFTOutStream& out, AllocBuffer& scratch, unsigned
 
 void GeoBlockStore::Add(const std::wstring& identification, const SZVLGZvgGeo& geo) {
     if (identification.empty()) return;
+    if (closed) ZVSmartFormat::ThrowNotWritten();
     CheckBuffers(geo);
     const u32 block = geoCount / geosPerBlock;
     if (block != currentBlock) {
@@ -82,14 +83,18 @@ void GeoBlockStore::WriteBlock() {
     }
     records.End();
 
+    closed = true;
     section.BeginRecord();
     ZVSmartFormat::WriteCompressedBlock(out, scratch.data, content.GetPos());
+    closed = false;
     blockRows.Clear();
     blockKeys.Clear();
 }
 
 void GeoBlockStore::Finish() {
+    if (closed) ZVSmartFormat::ThrowNotWritten();
     if (geoCount != 0) WriteBlock();
+    closed = true;
     section.End();
 }
 

@@ -29,13 +29,16 @@ class GeoBlockStore {
                   unsigned int version, u32 geosPerBlock);
 
     /// Stores `geo` under `identification`, unless that is empty or in the current block. An
-    /// identification that is known already keeps leading to its first geometry.
+    /// identification that is known already keeps leading to its first geometry. Throws
+    /// "encode error" once a block could not be written whole: the numbers of those behind it
+    /// would be wrong.
     void Add(const std::wstring& identification, const SZVLGZvgGeo& geo);
 
     /// Whether an identification leads to a geometry; never for an empty one.
     bool Has(const std::wstring& identification) const;
 
-    /// Writes the last block and the end of the section.
+    /// Writes the last block and the end of the section; nothing can be added afterwards. Throws
+    /// "encode error" where it was called before or a block could not be written whole.
     void Finish();
 
     /// Writes the identification table to `out`.
@@ -52,6 +55,7 @@ class GeoBlockStore {
     u32 geosPerBlock;
     SectionWriter section;
 
+    bool closed = false;  // finished, or a block was left half-written
     u32 geoCount = 0;
     u32 currentBlock = 0;
     ZVSmartFormat::KeyTable blockKeys;  // of the current block

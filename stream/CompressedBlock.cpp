@@ -70,6 +70,8 @@ u64 ReadBlockSize(CZVFTInStream& in, u64 start) {
 }  // namespace
 
 void WriteCompressedBlock(CZVFTOutStream& out, const void* data, u64 byteCount) {
+    // More than that no reader decodes.
+    if (byteCount > std::numeric_limits<u32>::max()) ThrowNotWritten();
     ZVSmartSerial::CZVFTSerialWriter writer(&out);
     const u64 start = out.GetPos();
     writer.WriteU32(0);

@@ -28,7 +28,7 @@ class DecodedBlock {
 };
 
 /// Compresses `byteCount` bytes at `data` into a block at `out`'s position. Throws
-/// "encode error" where that fails.
+/// "encode error" where that fails and where 32 bits cannot count the bytes.
 void WriteCompressedBlock(CZVFTOutStream& out, const void* data, u64 byteCount);
 
 /// Decodes the block at `in`'s position and moves `in` behind it. False, with `block` and the

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstdlib>
 #include <cstring>
@@ -17,13 +18,15 @@ namespace ZVSmartSerial {
 /// told once, in a template over either.
 ///
 /// `Source` is a stream that throws where bytes run out and hands them out by `Take`. Every
-/// count is checked against the bytes left before anything is sized.
+/// count is checked against the bytes left before anything is sized, and what the elements of all
+/// lists take in memory against a budget: an empty element of four stored bytes may take hundreds.
 template <class Source>
 class FieldReader {
   public:
     static constexpr bool reading = true;
 
-    explicit FieldReader(Source& source) : source(source), serial(&source) {}
+    explicit FieldReader(Source& source)
+        : source(source), serial(&source), memoryBudget(BudgetFor(source.GetSize())) {}
 
     void U8(u8& value) { value = *source.Take(1); }
     void U16(u16& value) { Number(value); }
@@ -66,8 +69,16 @@ class FieldReader {
     /// A count and that many elements of at least `smallestBytes` each.
     template <class Element, class Visit>
     void List(std::vector<Element>& list, u64 smallestBytes, Visit visit) {
-        list.resize(Count(smallestBytes));
+        const u32 count = Count(smallestBytes);
+        Charge(count, sizeof(Element));
+        list.resize(count);
         for (Element& element : list) visit(element);
+    }
+    /// Takes `count` elements of `elementBytes` in memory from the budget. Throws
+    /// "seek over buffer size" where it does not hold them.
+    void Charge(u64 count, u64 elementBytes) {
+        if (count > memoryBudget / elementBytes) ZVSmartFormat::ThrowOutOfData();
+        memoryBudget -= count * elementBytes;
     }
     void U32List(std::vector<u32>& list) {
         list.resize(Count(sizeof(u32)));
@@ -106,6 +117,14 @@ class FieldReader {
     CZVFTSerialReader& Serial() { return serial; }
 
   private:
+    /// Room for a chain of a million nested geometries, and for 16 bytes per stored byte besides.
+    static u64 BudgetFor(u64 storedBytes) {
+        constexpr u64 base = 2ULL << 30;
+        constexpr u64 perByte = 16;
+        constexpr u64 mostBytes = 1ULL << 40;
+        return base + perByte * std::min(storedBytes, mostBytes);
+    }
+
     template <class Unsigned>
     void Number(Unsigned& value) {
         value = ZVSmartFormat::LoadBigEndian<Unsigned>(source.Take(sizeof value));
@@ -113,6 +132,7 @@ class FieldReader {
 
     Source& source;
     CZVFTSerialReader serial;
+    u64 memoryBudget;
 };
 
 }  // namespace ZVSmartSerial

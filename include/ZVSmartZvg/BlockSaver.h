@@ -18,7 +18,9 @@ namespace ZVSmartZvg {
 ///
 /// One thread at a time uses a saver and its stream; several savers may run in several threads.
 /// What cannot be written throws CZVFTStreamException "encode error"; the file is then
-/// incomplete and opens as such. Calls before `Init` throw "encode error" and store nothing.
+/// incomplete and opens as such, and every later call that would write throws the same. Calls
+/// before `Init` throw "encode error" and store nothing. A call that ran out of memory before it
+/// wrote anything can be made again.
 class ZVLG_API CZVLGBlockSaver {
   public:
     /// `version`, 0 to 4, is the format version of the file; older versions leave out fields.
@@ -74,7 +76,8 @@ class ZVLG_API CZVLGBlockSaver {
     /// The same for a ruled face.
     bool GetRelIncludeByRuledFace(const SZVLGParamRuledFace& face, SZVLGZvgGeoRelInclude& rel);
 
-    /// Writes the rest of the file. Call it once. Does not flush or close the stream.
+    /// Writes the rest of the file. Call it once: another call throws "encode error". Does not
+    /// flush or close the stream.
     void WriteEnd();
 
     /// Writes a small building to memory, reads it back and says whether it came back whole.

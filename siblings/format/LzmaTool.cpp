@@ -7,6 +7,7 @@
 #include <atomic>
 #include <limits>
 #include <memory>
+#include <new>
 
 // An encoded block is one .xz stream (the .xz file format, version 1.1.0, tukaani.org/xz):
 //   stream header 12 bytes
@@ -99,6 +100,12 @@ u64 TailSize(u64 unpaddedSize, u64 decodedSize) {
     return (records + 3) / 4 * 4 + 4 + LZMA_STREAM_HEADER_SIZE;
 }
 
+/// Whether the coder went well. Being out of memory says nothing about the data and is thrown.
+bool IsOk(lzma_ret result) {
+    if (result == LZMA_MEM_ERROR) throw std::bad_alloc();
+    return result == LZMA_OK;
+}
+
 bool DecodeBlockHeader(const u8* bytes, lzma_check check, lzma_block& block) {
     lzma_filter filters[LZMA_FILTERS_MAX + 1];
     block = {};
@@ -106,7 +113,7 @@ bool DecodeBlockHeader(const u8* bytes, lzma_check check, lzma_block& block) {
     block.check = check;
     block.header_size = lzma_block_header_size_decode(bytes[0]);
     block.filters = filters;
-    if (lzma_block_header_decode(&block, nullptr, bytes) != LZMA_OK) return false;
+    if (!IsOk(lzma_block_header_decode(&block, nullptr, bytes))) return false;
     lzma_filters_free(filters, nullptr);
     block.filters = nullptr;
     return block.compressed_size != LZMA_VLI_UNKNOWN && block.uncompressed_size != LZMA_VLI_UNKNOWN;
@@ -155,12 +162,12 @@ class StreamDecoder {
     StreamDecoder& operator=(const StreamDecoder&) = delete;
 
     bool Run(CZVFTInStream& in, CZVFTOutStream& out, const Headers& headers) {
-        if (lzma_stream_decoder(&coder, decoderMemoryLimit, 0) != LZMA_OK) return false;
+        if (!IsOk(lzma_stream_decoder(&coder, decoderMemoryLimit, 0))) return false;
         coder.next_in = headers.bytes.data();
         coder.avail_in = headers.byteCount;
         u64 unread = headers.encodedSize - headers.byteCount;
         lzma_ret result = LZMA_OK;
-        while (result == LZMA_OK) {
+        while (IsOk(result)) {
             if (coder.avail_in == 0 && unread != 0 && !ReadPiece(in, unread)) return false;
             coder.next_out = piece.get() + pieceBytes;
             coder.avail_out = pieceBytes;
@@ -202,8 +209,8 @@ bool CZVFTLzmaTool::Encode(CZVFTInStream* in, CZVFTOutStream* out, const CZVFTEn
     const auto output = std::make_unique_for_overwrite<u8[]>(bound);
     std::size_t outputSize = 0;
     // The single-call encoder: it alone puts the sizes into the block's header.
-    if (lzma_stream_buffer_encode(filters, LZMA_CHECK_CRC64, nullptr, input.data.get(), input.size,
-                                  output.get(), &outputSize, bound) != LZMA_OK)
+    if (!IsOk(lzma_stream_buffer_encode(filters, LZMA_CHECK_CRC64, nullptr, input.data.get(),
+                                        input.size, output.get(), &outputSize, bound)))
         return false;
     return out->Write(output.get(), outputSize) == outputSize;
 }

@@ -61,6 +61,7 @@ CZVIMShell MeshToShell(const CZVIMMesh& mesh) {
     if (!IsFullGrid(mesh) || mesh.GetPoints().size() > INT_MAX) return shell;
     shell.AddPts(mesh.GetPoints());
     const int column = mesh.GetColumn();
+    if (column < 2) return shell;  // rows without points may be announced by the billion
     std::vector<int> quad(4);
     for (int r = 0; r + 1 < mesh.GetRow(); ++r) {
         for (int c = 0; c + 1 < column; ++c) {

@@ -16,7 +16,7 @@
 #define ZVFT_API __attribute__((visibility("default")))
 #endif
 
-#if defined(_WIN32)
+#if defined(ZVSMARTZVG_STATIC) || defined(_WIN32)
 #define ZVFT_LOCAL
 #else
 #define ZVFT_LOCAL __attribute__((visibility("hidden")))
