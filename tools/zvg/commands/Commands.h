@@ -1,0 +1,17 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "tools/zvg/Command.h"
+
+// Each function adds one command to `app`: its options, its help with an example, and the
+// callback that runs it. `common` is filled while the command line is parsed, before a callback
+// runs, and must outlive `app`. A callback ends with ToolError where the command fails.
+
+void RegisterPack(CLI::App& app, CommonOptions& common);
+void RegisterInfo(CLI::App& app, CommonOptions& common);
+void RegisterTree(CLI::App& app, CommonOptions& common);
+void RegisterList(CLI::App& app, CommonOptions& common);
+void RegisterShow(CLI::App& app, CommonOptions& common);
+void RegisterGeo(CLI::App& app, CommonOptions& common);
+void RegisterVerify(CLI::App& app, CommonOptions& common);

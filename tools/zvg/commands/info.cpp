@@ -1,0 +1,52 @@
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "tools/zvg/commands/Commands.h"
+#include "tools/zvg/commands/Reading.h"
+#include "tools/zvg/reading/CountsDocument.h"
+#include "tools/zvg/reading/OpenedBlock.h"
+#include "tools/zvg/reading/RecordDocument.h"
+#include "tools/zvg/text/Document.h"
+#include "tools/zvg/text/Utf8.h"
+
+using namespace ZVSmartZvg;
+
+namespace {
+
+void AddHead(Document& document, CZVLGBlockReader& reader) {
+    SZVLGZvgBlockHeadInfo head;
+    reader.GetHeadInfo(head);
+    document["version"] = reader.GetVersion();
+    document["firstText"] = ToUtf8(head.firstText);
+    document["secondText"] = ToUtf8(head.secondText);
+    document["flags"] = HexNumber(head.flags, 2);
+    if (head.optionalValue != -1) document["optionalValue"] = head.optionalValue;
+    if (!head.optionalText.empty()) document["optionalText"] = ToUtf8(head.optionalText);
+    if (!head.transf.identity()) document["transf"] = TransfDocument(head.transf);
+}
+
+void Info(const std::string& file, bool asJson) {
+    OpenedBlock block(file);
+    CZVLGBlockReader& reader = block.Reader();
+    Document document = NewDocument(file);
+    AddHead(document, reader);
+    document.update(CountsDocument(block));
+    const std::optional<SZVLGZvgGeoImage> preview = block.ReadPreview();
+    document["preview"] = nullptr;
+    if (preview) document["preview"] = {{"width", preview->width}, {"height", preview->height}};
+    document["fileBytes"] = block.FileBytes();
+    document["decodedBytes"] = reader.GetEstimatedDataSize();
+    PrintDocument(document, asJson);
+    block.ThrowIfDamaged();
+}
+
+}  // namespace
+
+void RegisterInfo(CLI::App& app, CommonOptions& common) {
+    const auto file = std::make_shared<std::string>();
+    AddReadingCommand(app, "info",
+                      "Print what a block file says about itself and how much it holds",
+                      "zvg info house.zvg", *file)
+        ->callback([file, &common] { Info(*file, common.json); });
+}

@@ -1,0 +1,114 @@
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "tools/zvg/commands/Commands.h"
+#include "tools/zvg/commands/Reading.h"
+#include "tools/zvg/reading/OpenedBlock.h"
+#include "tools/zvg/reading/RecordDocument.h"
+#include "tools/zvg/text/Document.h"
+#include "tools/zvg/text/StandardOutput.h"
+#include "tools/zvg/text/Utf8.h"
+
+using namespace ZVSmartZvg;
+
+namespace {
+
+struct ListOptions {
+    std::string file;
+    std::string floor;
+    std::string className;
+    CLI::Option* floorOption = nullptr;
+    CLI::Option* classOption = nullptr;
+};
+
+Document EntryDocument(const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
+    return {{"component", PlaceText(index.floorIndex, index.compIndex)},
+            {"classLevel2", ToUtf8(comp.classLevel2Name)},
+            {"classLevel3", ToUtf8(comp.classLevel3Name)},
+            {"compGuidName", KeyText(comp.compGuidName)},
+            {"properties", comp.compProperties.size()},
+            {"geoRefs", comp.geoRefs.size()}};
+}
+
+/// The entry's values, tab by tab; tabs within a value are escaped.
+std::string TextLine(const Document& entry) {
+    std::string line;
+    for (const Document& value : entry) {
+        if (!line.empty()) line += '\t';
+        line +=
+            value.is_string() ? EscapeControls(value.get_ref<const std::string&>()) : value.dump();
+    }
+    return line + '\n';
+}
+
+/// Prints entries as they come, so that a list of any length takes no memory.
+class EntryPrinter {
+  public:
+    EntryPrinter(const std::string& file, bool asJson) : asJson(asJson) {
+        if (!asJson) return;
+        const std::string head = ToJson(NewDocument(file));
+        WriteOutput(head.substr(0, head.size() - 1) + ",\"components\":[");
+    }
+
+    void Print(const Document& entry) {
+        if (asJson) {
+            WriteOutput((count == 0 ? "\n" : ",\n") + ToJson(entry));
+        } else {
+            WriteOutput(TextLine(entry));
+        }
+        ++count;
+    }
+
+    void End() {
+        if (asJson) WriteOutput("]}\n");
+    }
+
+    unsigned long long Count() const { return count; }
+
+  private:
+    bool asJson;
+    unsigned long long count = 0;
+};
+
+bool IsOfClass(const SZVLGZvgComp& comp, const std::wstring& name) {
+    return comp.classLevel2Name == name || comp.classLevel3Name == name ||
+           comp.classLevel4Name == name || comp.classLevel2bName == name;
+}
+
+void List(const ListOptions& options, bool asJson) {
+    OpenedBlock block(options.file);
+    unsigned int floor = 0;
+    unsigned int floorEnd = block.Reader().GetFloorNum();
+    if (options.floorOption->count() != 0) {
+        floor = block.FindFloor(options.floor);
+        floorEnd = floor + 1;
+    }
+    const bool anyClass = options.classOption->count() == 0;
+    const std::wstring className = FromUtf8(options.className);
+    EntryPrinter printer(options.file, asJson);
+    const auto printIfWanted = [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
+        if (anyClass || IsOfClass(comp, className)) printer.Print(EntryDocument(index, comp));
+    };
+    for (; floor < floorEnd; ++floor) block.ForEachComp(floor, printIfWanted);
+    printer.End();
+    block.ThrowIfDamaged();
+    if (anyClass || printer.Count() != 0) return;
+    throw block.Error(ExitStatus::NotFound, "no component of class '" + options.className + "'");
+}
+
+}  // namespace
+
+void RegisterList(CLI::App& app, CommonOptions& common) {
+    const auto options = std::make_shared<ListOptions>();
+    CLI::App* const command = AddReadingCommand(
+        app, "list",
+        "Print one line per component: FLOOR:POS, class level 2, class level 3, GUID name, number "
+        "of properties, number of geometry references",
+        "zvg list house.zvg --floor 0 --class IfcWall", options->file);
+    options->floorOption = command->add_option("--floor", options->floor,
+                                               "Only this floor, by its number or its name");
+    options->classOption = command->add_option(
+        "--class", options->className, "Only components with a class of this name, on any level");
+    command->callback([options, &common] { List(*options, common.json); });
+}

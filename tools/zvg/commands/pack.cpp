@@ -1,0 +1,152 @@
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "tools/zvg/commands/Commands.h"
+#include "tools/zvg/import/ChildProcess.h"
+#include "tools/zvg/output/OutputFile.h"
+#include "tools/zvg/pack/PackJob.h"
+#include "tools/zvg/text/StandardOutput.h"
+
+namespace {
+
+struct Arguments {
+    std::string model, output, settings, preview;
+    unsigned int geosPerBlock = 0;
+    unsigned int formatVersion = 4;
+    bool fast = false;
+    bool force = false;
+};
+
+/// Prints what the child says: warnings up to a number that a person reads, progress on a
+/// terminal only.
+class Listener {
+  public:
+    explicit Listener(bool quiet) : quiet(quiet), onTerminal(!quiet && isatty(STDERR_FILENO)) {}
+
+    void Take(ChildMessage kind, const std::string& text) {
+        switch (kind) {
+            case ChildMessage::Warning:
+                Warn(text);
+                break;
+            case ChildMessage::Progress:
+                ShowProgress(text);
+                break;
+            case ChildMessage::Result:
+            case ChildMessage::Failure:
+                lastWords = text;
+                break;
+        }
+    }
+
+    /// Removes the progress and tells how many warnings were not printed.
+    void Finish() {
+        if (progressShown) std::fputs("\r\033[K", stderr);
+        progressShown = false;
+        if (warnings <= mostWarnings) return;
+        Print("warning: " + std::to_string(warnings - mostWarnings) + " more warnings");
+    }
+
+    void Print(const std::string& text) {
+        if (quiet) return;
+        if (progressShown) std::fputs("\r\033[K", stderr);
+        progressShown = false;
+        WriteMessage(text);
+    }
+
+    const std::string& LastWords() const { return lastWords; }
+
+  private:
+    static constexpr int mostWarnings = 20;
+
+    void Warn(const std::string& text) {
+        if (++warnings <= mostWarnings) Print("warning: " + text);
+    }
+
+    void ShowProgress(const std::string& percent) {
+        if (!onTerminal) return;
+        std::fprintf(stderr, "\rimporting %s %%", percent.c_str());
+        progressShown = true;
+    }
+
+    bool quiet;
+    bool onTerminal;
+    bool progressShown = false;
+    int warnings = 0;
+    std::string lastWords;
+};
+
+/// Tells of a missing input before anything is made.
+void CheckReadable(const std::string& path) {
+    if (path.empty() || access(path.c_str(), R_OK) == 0) return;
+    throw ToolError(ExitStatus::InputOutput, path + ": " + std::strerror(errno));
+}
+
+PackOptions OptionsOf(const Arguments& arguments) {
+    PackOptions options;
+    options.modelPath = arguments.model.c_str();
+    options.outputPath = arguments.output.c_str();
+    options.settingsPath = arguments.settings.c_str();
+    options.previewPath = arguments.preview.c_str();
+    options.geosPerBlock = arguments.geosPerBlock;
+    options.formatVersion = arguments.formatVersion;
+    options.fast = arguments.fast;
+    return options;
+}
+
+int Import(const Arguments& arguments, int descriptor, Listener& listener) {
+    try {
+        return RunInChild(
+            PackJobArguments(OptionsOf(arguments)), descriptor,
+            [&](ChildMessage kind, const std::string& text) { listener.Take(kind, text); });
+    } catch (const ToolError& error) {
+        listener.Finish();
+        throw ToolError(error.Status(), arguments.model + ": " + error.what());
+    }
+}
+
+void Pack(const Arguments& arguments, const CommonOptions& common) {
+    CheckReadable(arguments.model);
+    CheckReadable(arguments.settings);
+    CheckReadable(arguments.preview);
+    OutputFile output(arguments.output, arguments.force);
+    Listener listener(common.quiet);
+    const int status = Import(arguments, output.Descriptor(), listener);
+    listener.Finish();
+    if (status != 0) throw ToolError(static_cast<ExitStatus>(status), listener.LastWords());
+    output.Commit();
+    listener.Print(arguments.output + ": " + listener.LastWords() + ", " +
+                   std::to_string(std::filesystem::file_size(arguments.output)) + " bytes");
+}
+
+}  // namespace
+
+void RegisterPack(CLI::App& app, CommonOptions& common) {
+    auto arguments = std::make_shared<Arguments>();
+    CLI::App* command = app.add_subcommand("pack", "Pack a building model into a block file");
+    command
+        ->add_option("model", arguments->model,
+                     "The model: IFC, glTF, OBJ, STL, PLY, FBX or Collada")
+        ->required();
+    command->add_option("-o,--output", arguments->output, "The block file to write")->required();
+    command
+        ->add_option("--geos-per-block", arguments->geosPerBlock,
+                     "Geometries per compressed block (default: by their sizes)")
+        ->check(CLI::Range(1U, 0xFFFFFFFFU));
+    command->add_flag("--fast", arguments->fast, "Compress faster and weaker");
+    command
+        ->add_option("--format-version", arguments->formatVersion,
+                     "Format version, 0 to 4 (default 4)")
+        ->check(CLI::Range(0U, 4U));
+    command->add_option("--settings", arguments->settings,
+                        "Component displacement settings (CompDisplacement.ini)");
+    command->add_option("--preview", arguments->preview, "A PNG image to show for the file");
+    command->add_flag("--force", arguments->force, "Replace an existing output file");
+    command->footer("Example:\n  zvg pack house.ifc -o house.zvg --preview house.png");
+    command->callback([arguments, &common] { Pack(*arguments, common); });
+}

@@ -1,0 +1,102 @@
+#include <array>
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tools/zvg/commands/Commands.h"
+#include "tools/zvg/commands/Reading.h"
+#include "tools/zvg/reading/OpenedBlock.h"
+#include "tools/zvg/text/Document.h"
+#include "tools/zvg/text/StandardOutput.h"
+#include "tools/zvg/text/Utf8.h"
+
+using namespace ZVSmartZvg;
+
+namespace {
+
+using ClassNames = std::array<std::wstring, 3>;  // of levels 2, 3 and 4
+
+/// Counts `components` in the entry called `name` of the list `parent["classes"]`, which is
+/// filled in the order of the names; returns the entry.
+Document& CountClass(Document& parent, const std::string& name, unsigned long long components) {
+    Document& list = parent["classes"];
+    if (list.empty() || list.back()["name"] != name) {
+        list.push_back({{"name", name}, {"components", 0}});
+    }
+    Document& entry = list.back();
+    entry["components"] = entry["components"].get<unsigned long long>() + components;
+    return entry;
+}
+
+Document FloorDocument(OpenedBlock& block, unsigned int floor) {
+    std::map<ClassNames, unsigned long long> counts;
+    block.ForEachComp(floor, [&counts](const SZVLGCompIndex&, const SZVLGZvgComp& comp) {
+        ++counts[{comp.classLevel2Name, comp.classLevel3Name, comp.classLevel4Name}];
+    });
+    Document document = {{"floor", floor},
+                         {"name", ToUtf8(block.Reader().GetFloorNameByIndex(floor))},
+                         {"order", block.Reader().GetFloorOrderByIndex(floor)},
+                         {"components", block.FloorCompNum(floor)},
+                         {"classes", Document::array()}};
+    for (const auto& [names, components] : counts) {
+        Document* at = &document;
+        for (const std::wstring& name : names) at = &CountClass(*at, ToUtf8(name), components);
+    }
+    return document;
+}
+
+std::string NameAndCount(const Document& entry) {
+    const std::string name = EscapeControls(entry["name"].get_ref<const std::string&>());
+    return (name.empty() ? "(no name)" : name) + ": " + entry["components"].dump() + '\n';
+}
+
+using Line = std::pair<std::size_t, const Document*>;  // indentation, class
+
+void PushClasses(std::vector<Line>& stack, std::size_t indent, const Document& entry) {
+    if (!entry.contains("classes")) return;
+    const Document& list = entry["classes"];
+    for (std::size_t i = list.size(); i > 0; --i) stack.emplace_back(indent, &list[i - 1]);
+}
+
+void WriteTree(const Document& document) {
+    std::vector<Line> stack;
+    for (const Document& floor : document["floors"]) {
+        WriteOutput(floor["floor"].dump() + " (order " + floor["order"].dump() + ") " +
+                    NameAndCount(floor));
+        PushClasses(stack, 2, floor);
+        while (!stack.empty()) {
+            const auto [indent, entry] = stack.back();
+            stack.pop_back();
+            WriteOutput(std::string(indent, ' ') + NameAndCount(*entry));
+            PushClasses(stack, indent + 2, *entry);
+        }
+    }
+}
+
+void Tree(const std::string& file, bool asJson) {
+    OpenedBlock block(file);
+    Document document = NewDocument(file);
+    document["floors"] = Document::array();
+    const unsigned int floors = block.Reader().GetFloorNum();
+    for (unsigned int floor = 0; floor < floors; ++floor) {
+        document["floors"].push_back(FloorDocument(block, floor));
+    }
+    if (asJson) {
+        PrintDocument(document, asJson);
+    } else {
+        WriteTree(document);
+    }
+    block.ThrowIfDamaged();
+}
+
+}  // namespace
+
+void RegisterTree(CLI::App& app, CommonOptions& common) {
+    const auto file = std::make_shared<std::string>();
+    AddReadingCommand(app, "tree", "Print floors, their classes and the number of components",
+                      "zvg tree house.zvg", *file)
+        ->callback([file, &common] { Tree(*file, common.json); });
+}

@@ -1,0 +1,74 @@
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ZVSmartZvg/BlockVerifier.h"
+#include "tools/zvg/commands/Commands.h"
+#include "tools/zvg/commands/Reading.h"
+#include "tools/zvg/reading/CountsDocument.h"
+#include "tools/zvg/reading/OpenedBlock.h"
+#include "tools/zvg/text/Document.h"
+#include "tools/zvg/text/StandardOutput.h"
+#include "tools/zvg/text/Utf8.h"
+
+using namespace ZVSmartZvg;
+
+namespace {
+
+std::vector<SZVLGBlockFinding> FindFaults(const std::string& path) {
+    OpenedFile file(path);
+    std::vector<SZVLGBlockFinding> findings;
+    const bool good = CZVLGBlockVerifier().Verify(&file.Stream(), findings);
+    if (!good && findings.empty()) findings.push_back({0, "the file does not verify"});
+    return findings;
+}
+
+void WriteText(const Document& document) {
+    for (const Document& finding : document["findings"]) {
+        WriteOutput(finding["position"].dump() + ": " +
+                    EscapeControls(finding["reason"].get_ref<const std::string&>()) + '\n');
+    }
+    if (!document["ok"].get<bool>()) return;
+    std::string line;
+    for (const auto& [name, count] : document["counts"].items()) {
+        line += (line.empty() ? "ok: " : ", ") + name + ' ' + count.dump();
+    }
+    WriteOutput(line + '\n');
+}
+
+void Verify(const std::string& file, bool asJson) {
+    const std::vector<SZVLGBlockFinding> findings = FindFaults(file);
+    Document document = NewDocument(file);
+    document["ok"] = findings.empty();
+    document["findings"] = Document::array();
+    for (const SZVLGBlockFinding& finding : findings) {
+        document["findings"].push_back(
+            {{"position", finding.position}, {"reason", finding.reason}});
+    }
+    if (findings.empty()) {
+        OpenedBlock block(file);
+        document["counts"] = CountsDocument(block);
+    }
+    if (asJson) {
+        PrintDocument(document, asJson);
+    } else {
+        WriteText(document);
+    }
+    if (findings.empty()) return;
+    const SZVLGBlockFinding& first = findings.front();
+    const std::string faults =
+        std::to_string(findings.size()) + (findings.size() == 1 ? " fault" : " faults");
+    throw ToolError(ExitStatus::Damaged, file + ": " + faults + ", first at position " +
+                                             std::to_string(first.position) + ": " + first.reason);
+}
+
+}  // namespace
+
+void RegisterVerify(CLI::App& app, CommonOptions& common) {
+    const auto file = std::make_shared<std::string>();
+    AddReadingCommand(app, "verify",
+                      "Check everything in a block file; print the position and the reason of each "
+                      "fault",
+                      "zvg verify house.zvg", *file)
+        ->callback([file, &common] { Verify(*file, common.json); });
+}

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+#include "tools/zvg/import/ImportReport.h"
+#include "tools/zvg/import/Model.h"
+
+/// Reads an IFC file (STEP form, IFC2X to IFC4) from its bytes. Elements whose body fails come
+/// without it, with a warning. Throws ImportError for what holds no building.
+Model ImportIfc(std::string bytes, const ImportReport& report);

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+// A building model as the importers hand it on. Lengths are metres, Z is up.
+
+struct Colour {
+    std::uint8_t red = 0, green = 0, blue = 0;
+    std::uint8_t alpha = 0xFF;  ///< 255 is opaque
+
+    friend auto operator<=>(const Colour&, const Colour&) = default;
+};
+
+struct ModelPoint {
+    double x = 0, y = 0, z = 0;
+
+    friend auto operator<=>(const ModelPoint&, const ModelPoint&) = default;
+};
+
+/// Three rows of (X axis, Y axis, Z axis, origin): local coordinates to the model's.
+using Placement = std::array<double, 12>;
+
+constexpr Placement identityPlacement = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
+
+/// A connected surface of triangles, counter-clockwise as seen from outside.
+struct ModelShell {
+    std::vector<ModelPoint> points;
+    std::vector<std::array<std::uint32_t, 3>> triangles;  ///< indices into `points`
+};
+
+/// The shells of a shape that look the same.
+struct ShapePart {
+    std::optional<Colour> colour;
+    std::wstring styleName;  ///< of the colour; may be empty
+    std::vector<ModelShell> shells;
+};
+
+/// A body in local coordinates, which elements place.
+struct Shape {
+    std::vector<ShapePart> parts;
+    std::wstring key;  ///< made from the content; unique within the model
+};
+
+struct PlacedShape {
+    std::size_t shape = 0;  ///< index into Model::shapes
+    Placement placement = identityPlacement;
+};
+
+/// (name, value) in the order of the source.
+using ModelProperties = std::vector<std::pair<std::wstring, std::wstring>>;
+
+struct ModelMaterial {
+    std::wstring name;
+    std::wstring category;
+    ModelProperties properties;
+};
+
+struct ModelStorey {
+    std::wstring name;     ///< unique within the model
+    double elevation = 0;  ///< metres
+    double height = 0;     ///< metres up to the next storey; 0 for the topmost
+};
+
+struct ModelBuilding {
+    std::wstring globalId, name, longName;
+    std::wstring siteGlobalId, siteName;
+};
+
+struct ModelElement {
+    std::wstring globalId;
+    std::wstring entityType;  ///< such as IfcWall
+    std::wstring typeName;
+    std::wstring predefinedType;
+    std::optional<std::size_t> storey;    ///< index into Model::storeys
+    std::optional<std::size_t> building;  ///< index into Model::buildings
+    std::vector<std::wstring> belongsTo;  ///< GlobalIds of the host and of the aggregates
+    ModelProperties properties;           ///< names as "set.property"
+    std::vector<ModelMaterial> materials;
+    std::vector<PlacedShape> shapes;
+};
+
+struct Model {
+    std::wstring schema;               ///< of the source, such as IFC2X3
+    std::vector<ModelStorey> storeys;  ///< by elevation
+    std::vector<ModelBuilding> buildings;
+    std::vector<Shape> shapes;
+    std::vector<ModelElement> elements;  ///< in the order of the source
+};

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "tools/zvg/import/ImportReport.h"
+#include "tools/zvg/import/Model.h"
+#include "tools/zvg/import/ifc/IfcMaterials.h"
+
+class BuildingModel;
+class IfcElement;
+
+/// Makes the bodies of elements, openings cut out.
+class IfcShapes {
+  public:
+    /// `report` is borrowed.
+    IfcShapes(const std::shared_ptr<BuildingModel>& model, const ImportReport& report);
+    ~IfcShapes();
+
+    struct Body {
+        Shape shape;  ///< in the element's own coordinates, metres; not yet in one form
+        Placement placement = identityPlacement;
+    };
+
+    /// The element's body; without parts where it has none. What cannot be made is left out with
+    /// a warning. Surfaces without a colour of their own take that of the first material that
+    /// has one.
+    Body BodyOf(const std::shared_ptr<IfcElement>& element,
+                const std::vector<IfcMaterialUse>& materials);
+
+  private:
+    class Maker;
+    std::unique_ptr<Maker> maker;
+};

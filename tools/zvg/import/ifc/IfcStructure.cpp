@@ -1,0 +1,181 @@
+#include "tools/zvg/import/ifc/IfcStructure.h"
+
+#include <ifcpp/IFC4/include/IfcAxis2Placement3D.h>
+#include <ifcpp/IFC4/include/IfcBuilding.h>
+#include <ifcpp/IFC4/include/IfcBuildingStorey.h>
+#include <ifcpp/IFC4/include/IfcCartesianPoint.h>
+#include <ifcpp/IFC4/include/IfcElement.h>
+#include <ifcpp/IFC4/include/IfcFeatureElementSubtraction.h>
+#include <ifcpp/IFC4/include/IfcGloballyUniqueId.h>
+#include <ifcpp/IFC4/include/IfcLabel.h>
+#include <ifcpp/IFC4/include/IfcLengthMeasure.h>
+#include <ifcpp/IFC4/include/IfcLocalPlacement.h>
+#include <ifcpp/IFC4/include/IfcOpeningElement.h>
+#include <ifcpp/IFC4/include/IfcRelAggregates.h>
+#include <ifcpp/IFC4/include/IfcRelContainedInSpatialStructure.h>
+#include <ifcpp/IFC4/include/IfcRelFillsElement.h>
+#include <ifcpp/IFC4/include/IfcRelNests.h>
+#include <ifcpp/IFC4/include/IfcRelVoidsElement.h>
+#include <ifcpp/IFC4/include/IfcSite.h>
+#include <ifcpp/model/BuildingModel.h>
+
+#include <algorithm>
+
+#include "tools/zvg/import/ifc/Metres.h"
+#include "tools/zvg/import/ifc/Texts.h"
+
+namespace {
+
+using Object = std::shared_ptr<IfcObjectDefinition>;
+
+/// Longer chains of belonging than this are taken for circles.
+constexpr int longestChain = 64;
+
+/// What `object` is a part of; null where it stands alone.
+Object WholeOf(const IfcObjectDefinition& object) {
+    for (const auto& weakRelation : object.m_Decomposes_inverse) {
+        const auto relation = weakRelation.lock();
+        if (relation && relation->m_RelatingObject) return relation->m_RelatingObject;
+    }
+    for (const auto& weakRelation : object.m_Nests_inverse) {
+        const auto relation = weakRelation.lock();
+        if (relation && relation->m_RelatingObject) return relation->m_RelatingObject;
+    }
+    return nullptr;
+}
+
+/// The wall, slab or roof whose opening a door or window fills.
+Object HostOf(const IfcElement& element) {
+    for (const auto& weakRelation : element.m_FillsVoids_inverse) {
+        const auto fills = weakRelation.lock();
+        if (!fills || !fills->m_RelatingOpeningElement) continue;
+        const auto voids = fills->m_RelatingOpeningElement->m_VoidsElements_inverse.lock();
+        if (voids && voids->m_RelatingBuildingElement) return voids->m_RelatingBuildingElement;
+    }
+    return nullptr;
+}
+
+Object ContainerOf(const IfcElement& element) {
+    for (const auto& weakRelation : element.m_ContainedInStructure_inverse) {
+        const auto relation = weakRelation.lock();
+        if (relation && relation->m_RelatingStructure) return relation->m_RelatingStructure;
+    }
+    return nullptr;
+}
+
+/// One step from an object towards the project.
+Object Above(const IfcObjectDefinition& object) {
+    const auto* element = dynamic_cast<const IfcElement*>(&object);
+    if (!element) return WholeOf(object);
+    if (Object container = ContainerOf(*element)) return container;
+    if (Object whole = WholeOf(object)) return whole;
+    return HostOf(*element);
+}
+
+template <typename Type, typename Model>
+std::vector<std::shared_ptr<Type>> EntitiesOf(const Model& model) {
+    std::vector<std::shared_ptr<Type>> found;
+    for (const auto& [id, entity] : model.getMapIfcEntities()) {
+        if (auto typed = std::dynamic_pointer_cast<Type>(entity)) found.push_back(typed);
+    }
+    return found;
+}
+
+/// The height of a placement's origin over the chain it is relative to, in the file's unit.
+double PlacementHeight(const std::shared_ptr<IfcObjectPlacement>& placement) {
+    double height = 0;
+    auto local = std::dynamic_pointer_cast<IfcLocalPlacement>(placement);
+    for (int step = 0; local && step < longestChain; ++step) {
+        const auto axes =
+            std::dynamic_pointer_cast<IfcAxis2Placement3D>(local->m_RelativePlacement);
+        const bool has = axes && axes->m_Location && axes->m_Location->m_Coordinates.size() > 2 &&
+                         axes->m_Location->m_Coordinates[2];
+        if (has) height += axes->m_Location->m_Coordinates[2]->m_value;
+        local = std::dynamic_pointer_cast<IfcLocalPlacement>(local->m_PlacementRelTo);
+    }
+    return height;
+}
+
+double ElevationOf(const IfcBuildingStorey& storey) {
+    return storey.m_Elevation ? storey.m_Elevation->m_value
+                              : PlacementHeight(storey.m_ObjectPlacement);
+}
+
+/// A name that no storey has yet.
+std::wstring UniqueName(std::wstring name, const std::vector<ModelStorey>& storeys) {
+    if (name.empty()) name = L"storey";
+    const auto taken = [&storeys](const std::wstring& candidate) {
+        return std::any_of(storeys.begin(), storeys.end(),
+                           [&](const ModelStorey& s) { return s.name == candidate; });
+    };
+    std::wstring unique = name;
+    for (int number = 2; taken(unique); ++number) {
+        unique = name + L" (" + std::to_wstring(number) + L')';
+    }
+    return unique;
+}
+
+std::wstring NameOf(const IfcSpatialElement& element) {
+    std::wstring name = TextOf(element.m_Name);
+    return name.empty() ? TextOf(element.m_LongName) : name;
+}
+
+}  // namespace
+
+IfcStructure::IfcStructure(const BuildingModel& model, double unitInMetres) {
+    AddStoreys(EntitiesOf<IfcBuildingStorey>(model), unitInMetres);
+    for (const auto& building : EntitiesOf<IfcBuilding>(model)) AddBuilding(*building);
+}
+
+void IfcStructure::AddStoreys(const std::vector<std::shared_ptr<IfcBuildingStorey>>& found,
+                              double unit) {
+    auto sorted = found;
+    std::stable_sort(sorted.begin(), sorted.end(), [](const auto& a, const auto& b) {
+        return ElevationOf(*a) < ElevationOf(*b);
+    });
+    for (const auto& storey : sorted) {
+        storeyByEntity[storey->m_entity_id] = storeys.size();
+        storeys.push_back(
+            {UniqueName(NameOf(*storey), storeys), InMetres(ElevationOf(*storey), unit), 0});
+    }
+    for (std::size_t i = 0; i < storeys.size(); ++i) {
+        const auto next = std::find_if(
+            storeys.begin(), storeys.end(),
+            [&](const ModelStorey& other) { return other.elevation > storeys[i].elevation; });
+        if (next != storeys.end())
+            storeys[i].height = InMetres(next->elevation - storeys[i].elevation, 1);
+    }
+}
+
+void IfcStructure::AddBuilding(const IfcBuilding& building) {
+    ModelBuilding record;
+    record.globalId = TextOf(building.m_GlobalId);
+    record.name = TextOf(building.m_Name);
+    record.longName = TextOf(building.m_LongName);
+    Object above = WholeOf(building);
+    for (int step = 0; above && step < longestChain; ++step, above = WholeOf(*above)) {
+        const auto site = std::dynamic_pointer_cast<IfcSite>(above);
+        if (!site) continue;
+        record.siteGlobalId = TextOf(site->m_GlobalId);
+        record.siteName = NameOf(*site);
+        break;
+    }
+    buildingByEntity[building.m_entity_id] = buildings.size();
+    buildings.push_back(record);
+}
+
+void IfcStructure::Place(const IfcElement& source, ModelElement& element) const {
+    for (const Object& owner : {WholeOf(source), HostOf(source)}) {
+        const auto ownerElement = std::dynamic_pointer_cast<IfcElement>(owner);
+        if (ownerElement) element.belongsTo.push_back(TextOf(ownerElement->m_GlobalId));
+    }
+    Object above = Above(source);
+    for (int step = 0; above && step < longestChain; ++step, above = Above(*above)) {
+        const auto storey = storeyByEntity.find(above->m_entity_id);
+        if (storey != storeyByEntity.end() && !element.storey) element.storey = storey->second;
+        const auto building = buildingByEntity.find(above->m_entity_id);
+        if (building != buildingByEntity.end() && !element.building) {
+            element.building = building->second;
+        }
+    }
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tools/zvg/import/Model.h"
+
+class BuildingModel;
+class IfcElement;
+class IfcBuilding;
+class IfcBuildingStorey;
+
+/// The storeys and buildings of a file, and who belongs where. Relations that run in a circle
+/// end nowhere.
+class IfcStructure {
+  public:
+    explicit IfcStructure(const BuildingModel& model, double unitInMetres);
+
+    std::vector<ModelStorey> storeys;      ///< by elevation
+    std::vector<ModelBuilding> buildings;  ///< in the file's order
+
+    /// Fills in the element's storey and building, and the elements it belongs to: what it is a
+    /// part of, and the wall whose opening it fills.
+    void Place(const IfcElement& source, ModelElement& element) const;
+
+  private:
+    void AddStoreys(const std::vector<std::shared_ptr<IfcBuildingStorey>>& found, double unit);
+    void AddBuilding(const IfcBuilding& building);
+
+    std::map<int, std::size_t> storeyByEntity, buildingByEntity;
+};

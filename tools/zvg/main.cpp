@@ -1,0 +1,96 @@
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <new>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tools/zvg/Command.h"
+#include "tools/zvg/commands/Commands.h"
+#include "tools/zvg/import/ChildProcess.h"
+#include "tools/zvg/import/Importers.h"
+#include "tools/zvg/text/StandardOutput.h"
+
+namespace {
+
+constexpr const char* exitStatusHelp =
+    "Exit status: 0 done, 1 internal error, 2 wrong command line, 3 input or output failed, "
+    "4 the file is damaged or not a block file, 5 not found.\n"
+    "Example:\n"
+    "  zvg info house.zvg --json";
+
+std::string VersionText() {
+    std::string text = "zvg " ZVG_VERSION "\nimporters:";
+    const std::vector<std::string> names = ImporterNames();
+    for (const std::string& name : names) text += ' ' + name;
+    return names.empty() ? text + " none" : text;
+}
+
+void RegisterAll(CLI::App& app, CommonOptions& common) {
+    app.require_subcommand(1);
+    app.fallthrough();  // so that the common options may stand behind the command's name
+    app.set_version_flag("--version", VersionText, "Print the version and the importers");
+    app.add_flag("-q,--quiet", common.quiet, "Print nothing but errors on standard error");
+    app.add_flag("--json", common.json, "Print JSON where a command inspects a file");
+    app.footer(exitStatusHelp);
+    RegisterPack(app, common);
+    RegisterInfo(app, common);
+    RegisterTree(app, common);
+    RegisterList(app, common);
+    RegisterShow(app, common);
+    RegisterGeo(app, common);
+    RegisterVerify(app, common);
+}
+
+/// Prints the help or the version that was asked for; everything else that ends the parsing is
+/// the user's mistake.
+void AnswerParser(const CLI::App& app, const CLI::ParseError& end) {
+    if (end.get_exit_code() != 0) {
+        const bool unknownCommand = app.get_subcommands().empty() && !app.remaining().empty();
+        const std::string reason =
+            unknownCommand ? "unknown command or option: " + app.remaining().front() : end.what();
+        throw ToolError(ExitStatus::Usage, reason + " (see zvg --help)");
+    }
+    std::ostringstream text;
+    app.exit(end, text, text);
+    WriteOutput(text.str());
+}
+
+void Run(int argc, char** argv) {
+    CommonOptions common;
+    CLI::App app("Packs building models into block files and reads block files", "zvg");
+    RegisterAll(app, common);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& end) {
+        AnswerParser(app, end);
+    }
+    FinishOutput();
+}
+
+ExitStatus Fail(ExitStatus status, const std::string& message) {
+    WriteMessage(message);
+    return status;
+}
+
+ExitStatus RunAndReport(int argc, char** argv) {
+    try {
+        Run(argc, argv);
+        return ExitStatus::Done;
+    } catch (const ToolError& error) {
+        return Fail(error.Status(), error.what());
+    } catch (const std::bad_alloc&) {
+        return Fail(ExitStatus::Internal, "out of memory");
+    } catch (const std::exception& error) {
+        return Fail(ExitStatus::Internal, std::string("internal error: ") + error.what());
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const int childStatus = RunChildIfAsked(argc, argv);
+    if (childStatus != -1) return childStatus;
+    PrepareStandardStreams();
+    return static_cast<int>(RunAndReport(argc, argv));
+}

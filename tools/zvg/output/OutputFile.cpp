@@ -1,0 +1,84 @@
+#include "tools/zvg/output/OutputFile.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+
+#include "tools/zvg/Command.h"
+#include "tools/zvg/output/SignalCleanup.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Where `path` leads if it is a symbolic link; a dangling link leads to the file it would make.
+fs::path FollowLinks(fs::path path) {
+    constexpr int mostLinks = 40;
+    std::error_code ignored;
+    for (int i = 0; i < mostLinks && fs::is_symlink(path, ignored); ++i) {
+        path = path.parent_path() / fs::read_symlink(path, ignored);
+    }
+    return path;
+}
+
+}  // namespace
+
+OutputFile::OutputFile(const std::string& target, bool force)
+    : target(FollowLinks(target).string()), force(force) {
+    std::error_code ignored;
+    const fs::file_status status = fs::status(this->target, ignored);
+    if (fs::exists(status) && !fs::is_regular_file(status)) Fail("it is not a regular file");
+    if (fs::exists(status) && !force) Fail("it exists (--force replaces it)");
+    CreateTemporary();
+}
+
+OutputFile::~OutputFile() {
+    if (descriptor >= 0) close(descriptor);
+    if (!temporary.empty()) unlink(temporary.c_str());
+    RemoveOnSignal(nullptr);
+}
+
+void OutputFile::CreateTemporary() {
+    const fs::path path(target);
+    const std::string stem = '.' + path.filename().string() + '.' + std::to_string(getpid());
+    constexpr int mostTries = 100;  // a process of this number may have died here before
+    for (int i = 0; descriptor < 0 && i < mostTries; ++i) {
+        temporary = (path.parent_path() / (stem + '-' + std::to_string(i) + ".tmp")).string();
+        descriptor = open(temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (descriptor < 0 && errno != EEXIST) break;
+    }
+    if (descriptor < 0) Fail(std::strerror(errno));
+    RemoveOnSignal(temporary.c_str());
+}
+
+void OutputFile::Commit() {
+    Close();
+    Rename();
+    temporary.clear();
+    RemoveOnSignal(nullptr);
+}
+
+void OutputFile::Close() {
+    const int closing = descriptor;
+    descriptor = -1;
+    if (close(closing) != 0) Fail(std::strerror(errno));
+}
+
+/// Without `force` a target that has appeared meanwhile is not replaced, where the file system
+/// can promise that.
+void OutputFile::Rename() {
+    const char* from = temporary.c_str();
+    if (!force) {
+        if (renameat2(AT_FDCWD, from, AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) return;
+        if (errno != EINVAL && errno != ENOSYS) Fail(std::strerror(errno));
+    }
+    if (std::rename(from, target.c_str()) != 0) Fail(std::strerror(errno));
+}
+
+void OutputFile::Fail(const std::string& reason) const {
+    throw ToolError(ExitStatus::InputOutput, "cannot write " + target + ": " + reason);
+}

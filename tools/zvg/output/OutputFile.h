@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+
+/// A file that appears whole or not at all: it is written under a temporary name beside its
+/// target, which `Commit` gives it. Without `Commit`, and on a signal, the temporary file goes
+/// and the target stays as it was. One at a time may exist.
+class OutputFile {
+  public:
+    /// Creates the temporary file. Throws ToolError InputOutput where that fails, where the target
+    /// exists and `force` is false, or where it is no regular file. A target that is a symbolic
+    /// link is written where it leads.
+    OutputFile(const std::string& target, bool force);
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    /// The temporary file, open for reading and writing; owned by this object.
+    int Descriptor() const { return descriptor; }
+
+    /// Closes the file and gives it the target's name. Throws ToolError InputOutput where that
+    /// fails; the temporary file is gone then.
+    void Commit();
+
+  private:
+    void CreateTemporary();
+    void Close();
+    void Rename();
+    [[noreturn]] void Fail(const std::string& reason) const;
+
+    std::string target;
+    std::string temporary;
+    bool force;
+    int descriptor = -1;
+};

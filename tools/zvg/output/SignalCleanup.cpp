@@ -1,0 +1,48 @@
+#include "tools/zvg/output/SignalCleanup.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+
+namespace {
+
+constexpr int caughtSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+std::atomic<const char*> unfinishedFile = nullptr;
+std::atomic<pid_t> childProcess = 0;
+
+static_assert(std::atomic<const char*>::is_always_lock_free &&
+                  std::atomic<pid_t>::is_always_lock_free,
+              "a signal handler reads them");
+
+void CleanUpAndEnd(int signal) {
+    const pid_t child = childProcess.exchange(0);
+    if (child > 0) kill(child, SIGKILL);
+    if (const char* path = unfinishedFile.exchange(nullptr)) unlink(path);
+    std::signal(signal, SIG_DFL);
+    raise(signal);
+}
+
+void CatchSignals() {
+    static const bool caught = [] {
+        for (const int number : caughtSignals) {
+            // What the caller ignores, as nohup does with SIGHUP, stays ignored.
+            if (std::signal(number, CleanUpAndEnd) == SIG_IGN) std::signal(number, SIG_IGN);
+        }
+        return true;
+    }();
+    static_cast<void>(caught);
+}
+
+}  // namespace
+
+void RemoveOnSignal(const char* path) {
+    CatchSignals();
+    unfinishedFile = path;
+}
+
+void KillOnSignal(pid_t process) {
+    CatchSignals();
+    childProcess = process;
+}

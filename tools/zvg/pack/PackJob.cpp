@@ -1,0 +1,109 @@
+#include "tools/zvg/pack/PackJob.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <string_view>
+
+#include "ZVSmartFormat/StreamException.h"
+#include "tools/zvg/Command.h"
+#include "tools/zvg/import/ChildProcess.h"
+#include "tools/zvg/import/Importers.h"
+#include "tools/zvg/output/FileSink.h"
+
+namespace {
+
+using Words = std::vector<std::string_view>;
+
+constexpr std::size_t wordCount = 7;
+
+/// The words point into `argv`, so each ends in a zero byte. Nothing of them is copied: what the
+/// importers make of a model may depend on where memory lies, and it must not lie elsewhere
+/// because a path is longer.
+PackOptions OptionsOf(const Words& words) {
+    PackOptions options;
+    options.modelPath = words[0].data();
+    options.outputPath = words[1].data();
+    options.settingsPath = words[2].data();
+    options.previewPath = words[3].data();
+    options.geosPerBlock = static_cast<unsigned int>(std::strtoul(words[4].data(), nullptr, 10));
+    options.formatVersion = static_cast<unsigned int>(std::strtoul(words[5].data(), nullptr, 10));
+    options.fast = words[6] == "fast";
+    return options;
+}
+
+int Fail(ExitStatus status, const std::string& message) {
+    TellParent(ChildMessage::Failure, message);
+    return static_cast<int>(status);
+}
+
+void TellProgress(double fraction) {
+    static int told = -1;
+    const int percent = static_cast<int>(fraction * 100);
+    if (percent == told) return;
+    told = percent;
+    TellParent(ChildMessage::Progress, std::to_string(percent));
+}
+
+Model Imported(const char* path) {
+    const ImportReport report = {
+        [](const std::string& message) { TellParent(ChildMessage::Warning, message); },
+        TellProgress};
+    return ImportModel(path, report);
+}
+
+std::string Told(const PackSummary& summary) {
+    return std::to_string(summary.components) + " components on " + std::to_string(summary.floors) +
+           " floors, " + std::to_string(summary.shapes) + " shapes placed " +
+           std::to_string(summary.placements) + " times";
+}
+
+int Write(const Model& model, const PackOptions& options) {
+    const std::string cannotWrite = std::string("cannot write ") + options.outputPath + ": ";
+    FileSink sink(childOutput);
+    try {
+        const PackSummary summary = PackModel(model, options, sink);
+        if (sink.Close()) {
+            TellParent(ChildMessage::Result, Told(summary));
+            return static_cast<int>(ExitStatus::Done);
+        }
+    } catch (const ZVSmartFormat::CZVFTStreamException& error) {
+        if (sink.Failure() == 0) return Fail(ExitStatus::InputOutput, cannotWrite + error.what());
+    }
+    return Fail(ExitStatus::InputOutput, cannotWrite + std::strerror(sink.Failure()));
+}
+
+int RunPackJob(const PackOptions& options) {
+    const auto failInput = [&options](const char* reason) {
+        return Fail(ExitStatus::InputOutput, std::string(options.modelPath) + ": " + reason);
+    };
+    try {
+        const Model model = Imported(options.modelPath);
+        return Write(model, options);
+    } catch (const ToolError& error) {
+        return Fail(error.Status(), error.what());
+    } catch (const std::bad_alloc&) {
+        return failInput("out of memory");
+    } catch (const std::exception& error) {
+        return failInput(error.what());  // whatever an importer throws, its input is the reason
+    }
+}
+
+}  // namespace
+
+std::vector<std::string> PackJobArguments(const PackOptions& options) {
+    return {options.modelPath,
+            options.outputPath,
+            options.settingsPath,
+            options.previewPath,
+            std::to_string(options.geosPerBlock),
+            std::to_string(options.formatVersion),
+            options.fast ? "fast" : "best"};
+}
+
+int RunChildIfAsked(int argc, char** argv) {
+    const auto words = ChildArguments(argc, argv);
+    if (!words) return -1;
+    if (words->size() != wordCount) return static_cast<int>(ExitStatus::Usage);
+    return RunPackJob(OptionsOf(*words));
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+
+#include "ZVSmartFormat/Stream.h"
+#include "tools/zvg/import/Model.h"
+
+/// How to write a block file.
+struct PackOptions {
+    const char* modelPath = "";
+    const char* outputPath = "";     ///< for messages only
+    const char* settingsPath = "";   ///< displacement settings; empty for none
+    const char* previewPath = "";    ///< a PNG file; empty for none
+    unsigned int geosPerBlock = 0;   ///< 0 chooses by the sizes of the geometries
+    unsigned int formatVersion = 4;  ///< 0 to 4
+    bool fast = false;               ///< compress faster and weaker
+};
+
+/// What was written.
+struct PackSummary {
+    std::size_t floors = 0;
+    std::size_t components = 0;
+    std::size_t shapes = 0;
+    std::size_t placements = 0;
+};
+
+/// Writes `model` as a block file at the stream's position. Floors stand in order of elevation,
+/// within a floor what has one class and type stands together, and each shape stands before the
+/// first component that places it. The same model gives the same bytes. Throws what the saver
+/// throws, and ToolError for a preview image that cannot be read.
+PackSummary PackModel(const Model& model, const PackOptions& options,
+                      ZVSmartFormat::CZVFTOutStream& out);

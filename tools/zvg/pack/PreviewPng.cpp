@@ -1,0 +1,64 @@
+#include "tools/zvg/pack/PreviewPng.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+#include <string>
+
+#include "tools/zvg/Command.h"
+
+#ifdef ZVG_HAVE_PNG
+
+#include <png.h>
+
+namespace {
+
+constexpr std::uint64_t mostBytes = 64 << 20;
+
+/// libpng's simplified reader; freed with this object.
+class PngFile {
+  public:
+    explicit PngFile(const char* path) : path(path) {
+        image.version = PNG_IMAGE_VERSION;
+        if (!png_image_begin_read_from_file(&image, path)) Fail(image.message);
+        image.format = PNG_FORMAT_RGBA;
+    }
+    ~PngFile() { png_image_free(&image); }
+    PngFile(const PngFile&) = delete;
+    PngFile& operator=(const PngFile&) = delete;
+
+    ZVSmartZvg::SZVLGZvgGeoImage Decoded() {
+        ZVSmartZvg::SZVLGZvgGeoImage result;
+        if (std::uint64_t{image.width} * image.height * 4 > mostBytes)
+            Fail("the image is too large");
+        result.width = image.width;
+        result.height = image.height;
+        result.pixels = static_cast<std::uint8_t*>(std::malloc(result.PixelBytes()));
+        if (!result.pixels) throw std::bad_alloc();
+        if (!png_image_finish_read(&image, nullptr, result.pixels, 0, nullptr)) Fail(image.message);
+        return result;
+    }
+
+  private:
+    [[noreturn]] void Fail(const std::string& reason) {
+        throw ToolError(ExitStatus::InputOutput, std::string(path) + ": " + reason);
+    }
+
+    const char* path;
+    png_image image = {};
+};
+
+}  // namespace
+
+ZVSmartZvg::SZVLGZvgGeoImage ReadPng(const char* path) {
+    return PngFile(path).Decoded();
+}
+
+#else
+
+ZVSmartZvg::SZVLGZvgGeoImage ReadPng(const char* path) {
+    throw ToolError(ExitStatus::InputOutput,
+                    std::string(path) + ": this build reads no PNG (it needs libpng)");
+}
+
+#endif

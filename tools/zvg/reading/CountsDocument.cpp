@@ -1,0 +1,16 @@
+#include "tools/zvg/reading/CountsDocument.h"
+
+Document CountsDocument(OpenedBlock& block) {
+    ZVSmartZvg::CZVLGBlockReader& reader = block.Reader();
+    const unsigned int floors = reader.GetFloorNum();
+    const unsigned int geoBlocks = reader.GetGeoBlockNum();
+    unsigned long long components = 0;
+    for (unsigned int floor = 0; floor < floors; ++floor) components += block.FloorCompNum(floor);
+    unsigned long long geometries = 0;
+    for (unsigned int i = 0; i < geoBlocks; ++i) geometries += block.GeoNumInBlock(i);
+    return {{"floors", floors},
+            {"components", components},
+            {"geometryBlocks", geoBlocks},
+            {"geometries", geometries},
+            {"identifications", reader.GetGeoIdentificationNum()}};
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+#include "ZVIM/Transf.h"
+#include "ZVSmartZvg/Comp.h"
+#include "ZVSmartZvg/DisplayAttr.h"
+#include "tools/zvg/text/Document.h"
+
+// The library's records as documents. Members bear the names of the records' fields.
+
+/// The name of a GUID name, or its GUID in braces where the name is empty.
+std::string KeyText(const ZVSmartZvg::SerialKey& key);
+
+/// The rows of the transform, 3 arrays of 4 numbers.
+Document TransfDocument(const ZVIM::GeometryPrimitiveResource::CZVIMTransf& transf);
+
+/// The (name, value) pairs, in their order.
+Document PropertiesDocument(const ZVSmartZvg::PropertyList& properties);
+
+/// The two flag words and the fields that they announce.
+Document DisplayAttrDocument(const ZVSmartZvg::SZVLGZvgDisplayAttr& attr);
+
+/// Every field of a component but what its geometry references lead to.
+Document CompDocument(const ZVSmartZvg::SZVLGZvgComp& comp);

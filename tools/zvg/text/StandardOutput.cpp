@@ -1,0 +1,43 @@
+#include "tools/zvg/text/StandardOutput.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "tools/zvg/Command.h"
+#include "tools/zvg/text/Utf8.h"
+
+namespace {
+
+[[noreturn]] void ThrowWriteFailure() {
+    throw ToolError(ExitStatus::InputOutput,
+                    std::string("standard output: ") + std::strerror(errno));
+}
+
+}  // namespace
+
+void PrepareStandardStreams() {
+    for (int number = 0; number <= 2; ++number) {
+        if (fcntl(number, F_GETFD) != -1 || errno != EBADF) continue;
+        // Takes the lowest free number, which is this one; writing to it fails.
+        if (open("/dev/null", O_RDONLY) != number) return;
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+void WriteOutput(std::string_view data) {
+    if (std::fwrite(data.data(), 1, data.size(), stdout) != data.size()) ThrowWriteFailure();
+}
+
+void FinishOutput() {
+    if (std::fflush(stdout) != 0) ThrowWriteFailure();
+}
+
+void WriteMessage(std::string_view message) {
+    const std::string line = "zvg: " + EscapeControls(message) + '\n';
+    std::fwrite(line.data(), 1, line.size(), stderr);
+}
