@@ -4,6 +4,8 @@
 
 #include "component/IdentityKey.h"
 #include "stream/CompressedBlock.h"
+#include "stream/FieldReader.h"
+#include "stream/RecordInStream.h"
 
 namespace ZVSmartZvg {
 
@@ -11,6 +13,19 @@ using ZVSmartFormat::AllocBuffer;
 using ZVSmartFormat::CZVFTAllocBufferOutStream;
 using ZVSmartFormat::CZVFTOutStream;
 using ZVSmartSerial::FieldWriter;
+
+namespace {
+
+/// A row as it is stored: of rows with one GUID the first stands, and it may lead elsewhere.
+SZVLGZvgGeoId StoredGeoId(std::string_view bytes) {
+    ZVSmartFormat::RecordInStream in(bytes.data(), bytes.size());
+    ZVSmartSerial::FieldReader<ZVSmartFormat::RecordInStream> reader(in);
+    SZVLGZvgGeoId row;
+    VisitGeoIdRow(reader, row);
+    return row;
+}
+
+}  // namespace
 
 u32 FloorTables::Enter(const SZVLGZvgComp& comp) {
     const std::wstring& name = comp.classLevel1Name;
@@ -36,8 +51,10 @@ std::vector<u32> FloorTables::EnterReference(Floor& floor, const SZVLGZvgCompGeo
     std::vector<u32> numbers;
     bool leadsThere = identification.empty();
     for (const SZVLGZvgGeoId& row : reference.geoIds) {
-        numbers.push_back(EnterGeoId(floor, row));
-        leadsThere = leadsThere || GetGeoIdentification(row) == identification;
+        const u32 number = EnterGeoId(floor, row);
+        numbers.push_back(number);
+        leadsThere = leadsThere ||
+                     GetGeoIdentification(StoredGeoId(floor.geoIds.Row(number))) == identification;
     }
     if (leadsThere) return numbers;
 

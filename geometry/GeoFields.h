@@ -71,19 +71,6 @@ constexpr u64 SubGeo(unsigned int version) {
 using RecordReader = ZVSmartSerial::FieldReader<ZVSmartFormat::RecordInStream>;
 using RecordWriter = ZVSmartSerial::FieldWriter;
 
-inline void VisitPositions(RecordReader& reader, std::vector<CZVIMPosition>& positions) {
-    ReadPositions(&reader.Serial(), positions);
-}
-inline void VisitPositions(RecordWriter& writer, const std::vector<CZVIMPosition>& positions) {
-    WritePositions(&writer.Serial(), positions);
-}
-inline void VisitVectors(RecordReader& reader, std::vector<CZVIMVector>& vectors) {
-    ReadVectors(&reader.Serial(), vectors);
-}
-inline void VisitVectors(RecordWriter& writer, const std::vector<CZVIMVector>& vectors) {
-    WriteVectors(&writer.Serial(), vectors);
-}
-
 template <class Visitor, class Blob>
 void VisitBlob(Visitor& visitor, Blob& blob, unsigned int version) {
     visitor.DropBuffer(blob.data);
@@ -99,10 +86,10 @@ template <class Visitor, class Mesh>
 void VisitRenderMesh(Visitor& visitor, Mesh& mesh, unsigned int version) {
     u8 leadByte = 0;
     if (HasMeshLeadByte(version)) visitor.U8(leadByte);
-    VisitPositions(visitor, mesh.points);
+    visitor.F64List(mesh.points);
     visitor.U32List(mesh.pointIndices);
-    visitor.F64PairList(mesh.coordPairs);
-    VisitVectors(visitor, mesh.vectors);
+    visitor.F64List(mesh.coordPairs);
+    visitor.F64List(mesh.vectors);
     if (HasExtraIndices(version)) visitor.U32List(mesh.extraIndices);
 }
 
@@ -114,7 +101,7 @@ void VisitNamedTransf(Visitor& visitor, NamedTransf& named) {
 
 template <class Visitor, class PointList>
 void VisitPointList(Visitor& visitor, PointList& list) {
-    VisitPositions(visitor, list.points);
+    visitor.F64List(list.points);
     visitor.U64(list.valueA);
     visitor.U64(list.valueB);
 }

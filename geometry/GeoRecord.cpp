@@ -45,12 +45,13 @@ SZVLGZvgGeoBlob& SZVLGZvgGeoBlob::operator=(const SZVLGZvgGeoBlob& other) {
 }
 
 SZVLGZvgGeoBlob& SZVLGZvgGeoBlob::operator=(SZVLGZvgGeoBlob&& other) noexcept {
-    str1 = std::move(other.str1);
-    str2 = std::move(other.str2);
-    str3 = std::move(other.str3);
-    std::swap(dataSize, other.dataSize);
-    std::swap(data, other.data);
-    transf = other.transf;
+    SZVLGZvgGeoBlob taken(std::move(other));
+    str1.swap(taken.str1);
+    str2.swap(taken.str2);
+    str3.swap(taken.str3);
+    std::swap(dataSize, taken.dataSize);
+    std::swap(data, taken.data);
+    transf = taken.transf;
     return *this;
 }
 
@@ -79,11 +80,12 @@ SZVLGZvgGeoImage& SZVLGZvgGeoImage::operator=(const SZVLGZvgGeoImage& other) {
 }
 
 SZVLGZvgGeoImage& SZVLGZvgGeoImage::operator=(SZVLGZvgGeoImage&& other) noexcept {
-    std::swap(width, other.width);
-    std::swap(height, other.height);
-    name = std::move(other.name);
-    std::swap(pixels, other.pixels);
-    transf = other.transf;
+    SZVLGZvgGeoImage taken(std::move(other));
+    std::swap(width, taken.width);
+    std::swap(height, taken.height);
+    name.swap(taken.name);
+    std::swap(pixels, taken.pixels);
+    transf = taken.transf;
     return *this;
 }
 

@@ -3,7 +3,7 @@
 namespace ZVSmartZvg {
 
 std::wstring IncludeKeys::Next() {
-    const std::wstring key =
+    std::wstring key =
         L"mater_include_key_" + std::to_wstring(static_cast<std::int32_t>(counter));
     ++counter;
     return key;

@@ -77,7 +77,7 @@ std::optional<DerivedFace<RevolvedKey>> DeriveRevolvedFace(const SZVLGParamRevol
         smallestRevolvedRadius);
     if (!frame) return std::nullopt;
     const double steps = StepCount(*frame);
-    const double rows = static_cast<double>(face.profile.size());
+    const auto rows = static_cast<double>(face.profile.size());
     if (!(steps <= mostSteps) || !(rows * (steps + 1.0) <= mostMeshPoints)) return std::nullopt;
     if (!IsUsable(face.profile)) return std::nullopt;
 

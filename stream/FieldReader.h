@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstdlib>
 #include <cstring>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -80,15 +81,11 @@ class FieldReader {
         if (count > memoryBudget / elementBytes) ZVSmartFormat::ThrowOutOfData();
         memoryBudget -= count * elementBytes;
     }
-    void U32List(std::vector<u32>& list) {
-        list.resize(Count(sizeof(u32)));
-        serial.ReadU32Array(list.data(), list.size());
-    }
-
-    void F64PairList(std::vector<std::pair<double, double>>& list) {
-        static_assert(sizeof(std::pair<double, double>) == 2 * sizeof(double));
-        list.resize(Count(2 * sizeof(double)));
-        serial.ReadF64Array(reinterpret_cast<double*>(list.data()), 2 * u64{list.size()});
+    void U32List(std::vector<u32>& list) { NumberList<u32>(list); }
+    /// A count and that many elements that consist of doubles alone, such as points.
+    template <class Element>
+    void F64List(std::vector<Element>& list) {
+        NumberList<u64>(list);
     }
 
     /// Frees a buffer whose record is about to be read, so that no throw leaves it beside a size
@@ -128,6 +125,17 @@ class FieldReader {
     template <class Unsigned>
     void Number(Unsigned& value) {
         value = ZVSmartFormat::LoadBigEndian<Unsigned>(source.Take(sizeof value));
+    }
+
+    /// Elements that consist of numbers as wide as `Unsigned`: straight from the source's bytes.
+    template <class Unsigned, class Element>
+    void NumberList(std::vector<Element>& list) {
+        static_assert(std::is_standard_layout_v<Element> &&
+                      std::is_trivially_copy_constructible_v<Element> &&
+                      sizeof(Element) % sizeof(Unsigned) == 0);
+        list.resize(Count(sizeof(Element)));
+        const u64 byteCount = u64{list.size()} * sizeof(Element);
+        ZVSmartFormat::LoadBigEndianArray<Unsigned>(source.Take(byteCount), byteCount, list.data());
     }
 
     Source& source;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <utility>
+#include <type_traits>
 #include <vector>
 
 #include "ZVSmartSerial/Serial.h"
@@ -47,10 +47,15 @@ class FieldWriter {
         serial.WriteU32Array(list.data(), list.size());
     }
 
-    void F64PairList(const std::vector<std::pair<double, double>>& list) {
-        static_assert(sizeof(std::pair<double, double>) == 2 * sizeof(double));
+    /// A count and elements that consist of doubles alone, such as points.
+    template <class Element>
+    void F64List(const std::vector<Element>& list) {
+        static_assert(std::is_standard_layout_v<Element> &&
+                      std::is_trivially_copy_constructible_v<Element> &&
+                      sizeof(Element) % sizeof(double) == 0);
         serial.WriteCount(list.size());
-        serial.WriteF64Array(reinterpret_cast<const double*>(list.data()), 2 * u64{list.size()});
+        serial.WriteF64Array(reinterpret_cast<const double*>(list.data()),
+                             u64{list.size()} * (sizeof(Element) / sizeof(double)));
     }
 
     /// Nothing to drop: the mirror of FieldReader's.

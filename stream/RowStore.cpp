@@ -10,8 +10,8 @@ namespace ZVSmartFormat {
 
 namespace {
 
-constexpr u64 smallestPiece = 4 * 1024;
-constexpr u64 largestPiece = 256 * 1024;
+constexpr u64 smallestPiece = u64{4} * 1024;
+constexpr u64 largestPiece = u64{256} * 1024;
 
 }  // namespace
 

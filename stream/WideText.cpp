@@ -1,5 +1,9 @@
 #include "stream/WideText.h"
 
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
 #include "stream/ByteOrder.h"
 
 namespace ZVSmartFormat {
@@ -53,16 +57,62 @@ void AppendUtf16(const std::wstring& text, std::string& bytes) {
     StoreUtf16(text, reinterpret_cast<u8*>(bytes.data() + start));
 }
 
-void LoadUtf16(const u8* bytes, u64 unitCount, std::wstring& text) {
-    text.resize(static_cast<std::size_t>(unitCount));
-    wchar_t* out = text.data();
-    u32 anySurrogate = 0;
-    for (u64 i = 0; i < unitCount; ++i) {
+namespace {
+
+/// Vectors of units, of the wide characters that they become and of what comparing them yields.
+struct EightUnits {
+    static constexpr std::size_t count = 8;
+    using Units [[gnu::vector_size(8 * sizeof(u16))]] = u16;
+    using Wide [[gnu::vector_size(8 * sizeof(wchar_t))]] = wchar_t;
+    using Flags [[gnu::vector_size(8 * sizeof(u16))]] = std::int16_t;
+};
+struct FourUnits {
+    static constexpr std::size_t count = 4;
+    using Units [[gnu::vector_size(4 * sizeof(u16))]] = u16;
+    using Wide [[gnu::vector_size(4 * sizeof(wchar_t))]] = wchar_t;
+    using Flags [[gnu::vector_size(4 * sizeof(u16))]] = std::int16_t;
+};
+
+template <class Vector>
+typename Vector::Flags LoadVector(const u8* bytes, wchar_t* out) {
+    typename Vector::Units units;
+    std::memcpy(&units, bytes, sizeof units);
+    if constexpr (std::endian::native == std::endian::little) units = units << 8 | units >> 8;
+    const auto wide = __builtin_convertvector(units, typename Vector::Wide);
+    std::memcpy(out, &wide, sizeof wide);
+    return (units & 0xF800) == 0xD800;
+}
+
+/// Loads at least a vector of units and says whether one is a surrogate. The last step goes
+/// back, to end where the units end.
+template <class Vector>
+bool LoadVectors(const u8* bytes, std::size_t unitCount, wchar_t* out) {
+    const std::size_t last = unitCount - Vector::count;
+    typename Vector::Flags surrogates = LoadVector<Vector>(bytes + 2 * last, out + last);
+    for (std::size_t i = 0; i < last; i += Vector::count)
+        surrogates |= LoadVector<Vector>(bytes + 2 * i, out + i);
+    const typename Vector::Flags none = {};
+    return std::memcmp(&surrogates, &none, sizeof none) != 0;
+}
+
+bool LoadUnits(const u8* bytes, std::size_t unitCount, wchar_t* out) {
+    if (unitCount >= 8) return LoadVectors<EightUnits>(bytes, unitCount, out);
+    if (unitCount >= 4) return LoadVectors<FourUnits>(bytes, unitCount, out);
+    bool anySurrogate = false;
+    for (std::size_t i = 0; i < unitCount; ++i) {
         const u32 unit = LoadBigEndian<u16>(bytes + 2 * i);
-        anySurrogate |= (unit & 0xF800) == 0xD800 ? 1U : 0U;
+        anySurrogate = anySurrogate || (unit & 0xF800) == 0xD800;
         out[i] = static_cast<wchar_t>(unit);
     }
-    if (wideIsUtf16 || anySurrogate == 0) return;
+    return anySurrogate;
+}
+
+}  // namespace
+
+void LoadUtf16(const u8* bytes, u64 unitCount, std::wstring& text) {
+    text.resize(static_cast<std::size_t>(unitCount));
+    const bool anySurrogate = LoadUnits(bytes, text.size(), text.data());
+    if (wideIsUtf16 || !anySurrogate) return;
 
     std::size_t kept = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {

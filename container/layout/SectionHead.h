@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include "ZVSmartFormat/Stream.h"
 
 // An indexed section, the one structure of every table:
@@ -18,6 +20,8 @@ using ZVSmartFormat::u8;
 
 struct SZVLGSectionHead {
     static constexpr u32 byteSize = 13;
+    static constexpr u8 width2 = 0x40;  ///< the least `tableWidth` of 2-byte offsets
+    static constexpr u8 width4 = 0x80;  ///< and of 4-byte offsets
 
     u8 tableWidth = 0;
     u32 totalSize = byteSize;
@@ -29,14 +33,23 @@ struct SZVLGSectionHead {
     static SZVLGSectionHead Of(u64 count, u64 tableOffset);
 
     /// Bytes of one entry of the offset table.
-    u32 EntryWidth() const;
+    u32 EntryWidth() const {
+        if (tableWidth < width2) return 1;
+        return tableWidth < width4 ? 2 : 4;
+    }
 
     /// Whether head, records and table can lie in `bytesAvailable` bytes.
-    bool IsPossible(u64 bytesAvailable) const;
+    bool IsPossible(u64 bytesAvailable) const {
+        return tableOffset >= byteSize && tableOffset <= totalSize && totalSize <= bytesAvailable;
+    }
 
     /// Makes an untrusted head safe to use: one that is not possible has no records, a count is
     /// cut to what the table holds.
-    void CutTo(u64 bytesAvailable);
+    void CutTo(u64 bytesAvailable) {
+        const u32 entries =
+            IsPossible(bytesAvailable) ? (totalSize - tableOffset) / EntryWidth() : 0;
+        count = std::min(count, entries);
+    }
 };
 
 /// The 13 bytes of a head, told once for both directions.

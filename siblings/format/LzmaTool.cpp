@@ -29,8 +29,8 @@ constexpr u32 smallestDictionary = 4 * 1024;
 constexpr u32 largestDictionary = 64 * 1024 * 1024;
 constexpr u64 decoderMemoryLimit = 80ULL * 1024 * 1024;
 constexpr u64 largestRatio = 16'384;
-constexpr u64 ratioSlack = 64 * 1024;
-constexpr std::size_t pieceBytes = 64 * 1024;
+constexpr u64 ratioSlack = 65'536;
+constexpr std::size_t pieceBytes = 65'536;
 
 std::atomic<bool> fastMode{false};
 
