@@ -1,0 +1,165 @@
+// The coder: what its bytes are, what it refuses, and that damage is seen.
+
+#include <cstdio>
+#include <random>
+
+#include "ZVSmartFormat/FileStream.h"
+#include "support.h"
+
+namespace {
+
+using namespace support;
+using ZVSmartLzma::CZVFTEncodeOpt;
+
+Bytes Encoded(const Bytes& content, const CZVFTEncodeOpt* opt = nullptr) {
+    return Streamed([&](CZVFTOutStream& out) {
+        CZVFTReadBufferInStream in(content.data(), content.size());
+        EXPECT_TRUE(CZVFTLzmaTool::Encode(&in, &out, opt));
+    });
+}
+
+bool Decodes(const Bytes& encoded, Bytes& content, u64 limit = 0xFFFFFFFF) {
+    bool ok = false;
+    content = Streamed([&](CZVFTOutStream& out) {
+        CZVFTReadBufferInStream in(encoded.data(), encoded.size());
+        ok = CZVFTLzmaTool::Decode(&in, &out, limit);
+    });
+    return ok;
+}
+
+/// Bytes that compress, but not to nothing.
+Bytes Content(std::size_t size) {
+    std::mt19937 random(1);
+    Bytes content(size);
+    for (u8& byte : content) byte = static_cast<u8>(random() % 7);
+    return content;
+}
+
+TEST(Coder, WritesOneXzStreamThatTellsItsSizes) {
+    for (const std::size_t size : {0U, 1U, 100U, 65'735U, 65'736U, 300'000U}) {
+        const Bytes content = Content(size);
+        const Bytes encoded = Encoded(content);
+        // Stream header of CRC64; a block header that has both sizes, or no block; footer.
+        EXPECT_EQ(ToHex(Slice(encoded, 0, 12)), Plain("FD377A585A00 0004 E6D6B446"));
+        EXPECT_EQ(encoded[12] == 0, size == 0);
+        EXPECT_EQ(size == 0 ? encoded.size() == 32 : encoded[13] == 0xC0, true);
+        EXPECT_EQ(ToHex(Slice(encoded, encoded.size() - 4, encoded.size())), "0004595A");
+
+        const Bytes padded = Bytes(3, 1) + encoded + Bytes(9, 2);
+        CZVFTReadBufferInStream in(padded.data(), padded.size());
+        unsigned int decodedSize = 5;
+        u64 encodedSize = 0;
+        in.Seek(3);
+        EXPECT_TRUE(CZVFTLzmaTool::GetAfterDecodeDataSize(&in, decodedSize));
+        EXPECT_EQ(decodedSize, size);
+        in.Seek(3);
+        EXPECT_TRUE(CZVFTLzmaTool::GetEncodedDataSize(&in, encodedSize));
+        EXPECT_EQ(encodedSize, encoded.size());
+        in.Seek(3);
+        EXPECT_TRUE(content == Streamed([&](CZVFTOutStream& out) {
+                        EXPECT_TRUE(CZVFTLzmaTool::Decode(&in, &out));
+                    }));
+        EXPECT_EQ(in.GetPos(), 3 + encoded.size()) << "reads its own bytes exactly";
+    }
+}
+
+TEST(Coder, OptionsAndFastModeChangeTheBytesAlone) {
+    const auto dictionaryByte = [](const Bytes& encoded) {
+        // Block header: size, flags, two sizes, then filter 0x21, property size 1, dictionary.
+        std::size_t at = 14;
+        for (int number = 0; number < 2; ++number)
+            while ((encoded[at++] & 0x80) != 0) continue;
+        EXPECT_EQ(encoded[at], 0x21);
+        return encoded[at + 2];
+    };
+    const Bytes content = Content(50'000), zeros(5 << 20);
+    const CZVFTEncodeOpt asDefault, weak{0, 0}, small{0xFFFFFFFF, 1}, large{6, 0xFFFFFFFF};
+    const Bytes normal = Encoded(content);
+    EXPECT_TRUE(Encoded(content, &asDefault) == normal);
+    EXPECT_FALSE(Encoded(content, &weak) == normal);
+    EXPECT_EQ(dictionaryByte(normal), 8) << "64 KiB, the next size above the content";
+    EXPECT_EQ(dictionaryByte(Encoded(content, &small)), 0) << "4 KiB";
+    EXPECT_EQ(dictionaryByte(Encoded(content, &large)), 28) << "64 MiB";
+    EXPECT_EQ(dictionaryByte(Encoded(zeros)), 20) << "4 MiB";
+    CZVFTLzmaTool::SetEocodeFastMod(true);
+    const Bytes fast = Encoded(content);
+    EXPECT_EQ(dictionaryByte(Encoded(zeros)), 18) << "2 MiB";
+    CZVFTLzmaTool::SetEocodeFastMod(false);
+    EXPECT_FALSE(fast == normal);
+    EXPECT_TRUE(Encoded(content) == normal);
+    for (const Bytes& encoded : {fast, Encoded(content, &weak), Encoded(content, &large)}) {
+        Bytes decoded;
+        EXPECT_TRUE(Decodes(encoded, decoded) && decoded == content);
+    }
+}
+
+/// Delivers at most three bytes at a time.
+class SlowStream : public CZVFTReadBufferInStream {
+  public:
+    using CZVFTReadBufferInStream::CZVFTReadBufferInStream;
+    bool Read(void* buffer, u64* byteCount) override {
+        *byteCount = std::min<u64>({*byteCount, 3, size - pos});
+        return CZVFTReadBufferInStream::Read(buffer, byteCount);
+    }
+};
+
+TEST(Coder, FollowsWhatItsStreamsSay) {
+    const Bytes content = Content(1000);
+    SlowStream slow(content.data(), content.size());
+    slow.Seek(100);
+    const Bytes encoded = Streamed(
+        [&](CZVFTOutStream& out) { EXPECT_TRUE(CZVFTLzmaTool::Encode(&slow, &out, nullptr)); });
+    EXPECT_TRUE(encoded == Encoded(Slice(content, 100, 1000)));
+    OwnedBuffer buffer;
+    FullStream first(&buffer, 20), second(&buffer, 20);
+    slow.Seek(0);
+    EXPECT_FALSE(CZVFTLzmaTool::Encode(&slow, &first, nullptr));
+    CZVFTReadBufferInStream in(encoded.data(), encoded.size());
+    EXPECT_FALSE(CZVFTLzmaTool::Decode(&in, &second));
+}
+
+TEST(Coder, RefusesWhatItCannotTrust) {
+    const Bytes encoded = Encoded(Content(1000));
+    Bytes decoded;
+    EXPECT_TRUE(Decodes(encoded, decoded, 1000));
+    EXPECT_FALSE(Decodes(encoded, decoded, 999));
+    for (std::size_t at = 0; at < encoded.size(); ++at) {
+        EXPECT_FALSE(Decodes(Slice(encoded, 0, at), decoded)) << at;
+        Bytes damaged = encoded;
+        damaged[at] ^= static_cast<u8>(1 << at % 8);
+        EXPECT_FALSE(Decodes(damaged, decoded)) << at;
+    }
+    // A block header without sizes, as encoders write that do not know them beforehand.
+    Bytes unsized = FromHex("FD377A585A00 0004 E6D6B446 02 00 21 01 16 000000 742FE5A3");
+    unsized.resize(64);
+    unsigned int size = 5;
+    CZVFTReadBufferInStream in(unsized.data(), unsized.size());
+    EXPECT_FALSE(CZVFTLzmaTool::GetAfterDecodeDataSize(&in, size));
+    EXPECT_EQ(size, 5U);
+    EXPECT_FALSE(Decodes(unsized, decoded));
+}
+
+TEST(Coder, PayloadCutOutOfAFileOpensAsPlainXz) {
+    if (std::system("xz --version > /dev/null 2>&1") != 0) GTEST_SKIP() << "no xz here";
+    const Bytes file =
+        Saved(4, 0, [](CZVLGBlockSaver& saver) { saver.AddIdentificationGeo(L"k", FullGeo()); });
+    const Parts parts(file);
+    const std::string path = testing::TempDir() + "zvg_coder_test_payload";
+    for (const auto& [at, content] : {std::make_pair(parts.geoSection.at[0], parts.geoBlocks[0]),
+                                      std::make_pair(parts.indexPos, parts.index)}) {
+        ZVSmartFormat::CZVFTFileOutStream out(path + ".xz");
+        ASSERT_TRUE(out.Open());
+        out.Write(file.data() + at + 4, BlockEnd(file, at) - at - 4);
+        out.Close();
+        ASSERT_EQ(std::system(("xz -d -f " + path + ".xz").c_str()), 0);
+        ZVSmartFormat::CZVFTFileInStream in(path);
+        ASSERT_TRUE(in.Open());
+        Bytes decoded(content.size() + 1);
+        u64 size = decoded.size();
+        in.Read(decoded.data(), &size);
+        EXPECT_TRUE(Slice(decoded, 0, size) == content);
+    }
+    std::remove(path.c_str());
+}
+
+}  // namespace
