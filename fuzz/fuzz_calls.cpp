@@ -1,0 +1,151 @@
+// Calls of a saver that the input chooses, written, read again and compared.
+
+#include <cstdlib>
+#include <cstring>
+#include <map>
+
+#include "hostile_support.h"
+
+namespace {
+
+using namespace Hostile;
+
+/// Hands the input out piece by piece; zeros behind its end.
+class Choices {
+  public:
+    Choices(const u8* data, std::size_t size) : data(data), left(size) {}
+
+    bool AnyLeft() const { return left != 0; }
+    u8 Byte() {
+        if (left == 0) return 0;
+        --left;
+        return *data++;
+    }
+    u32 Number() { return Byte() * 0x01000193U ^ Byte(); }
+    double Real() {
+        const u64 bits = u64{Number()} << 40 ^ Number();
+        double value;
+        std::memcpy(&value, &bits, sizeof value);
+        return value;
+    }
+    /// Units of UTF-16, so that what is written can come back the same.
+    std::wstring Text() {
+        std::wstring text;
+        for (u8 length = Byte() % 6; length != 0; --length)
+            text += static_cast<wchar_t>(Byte() << 3 ^ 'a');
+        return text;
+    }
+
+  private:
+    const u8* data;
+    std::size_t left;
+};
+
+CZVIMPosition Point(Choices& choices) {
+    return {choices.Real(), choices.Real(), choices.Real()};
+}
+
+void AddBuffers(SZVLGZvgGeo& geo, Choices& choices) {
+    SZVLGZvgGeoBlob& blob = geo.blobs.emplace_back();
+    blob.str1 = choices.Text();
+    blob.dataSize = choices.Byte();
+    blob.data = static_cast<u8*>(std::calloc(1, blob.dataSize + std::size_t{1}));
+    SZVLGZvgGeoImage& image = geo.images.emplace_back();
+    image.width = choices.Byte() % 8;
+    image.height = choices.Byte() % 8;
+    image.pixels = static_cast<u8*>(std::calloc(1, image.PixelBytes() + std::size_t{1}));
+}
+
+/// What is there when the record is written comes back; an empty buffer comes back as null.
+SZVLGZvgGeo ChosenGeo(Choices& choices) {
+    SZVLGZvgGeo geo;
+    for (u8 lists = choices.Byte() % 8; lists != 0; --lists) {
+        const u8 kind = choices.Byte() % 8;
+        if (kind == 0) geo.lineSegments.emplace_back(Point(choices), Point(choices));
+        if (kind == 1) geo.shells.emplace_back().AddPts({Point(choices)});
+        if (kind == 2) geo.polylines.emplace_back().AddPoint(Point(choices));
+        if (kind == 3) geo.pointLists.push_back({{Point(choices)}, choices.Number(), 1});
+        if (kind == 4) geo.renderMeshes.emplace_back().pointIndices = {choices.Number()};
+        if (kind == 5) geo.namedTransfs.push_back({choices.Text(), {}});
+        if (kind == 6) AddBuffers(geo, choices);
+        if (kind == 7) {
+            SZVLGZvgGeo outer;
+            outer.subGeos.resize(1 + choices.Byte() % 2U);
+            outer.subGeos[0].attr.flags = 0x80;
+            outer.subGeos[0].attr.styleName = choices.Text();
+            outer.subGeos.back().geo = std::move(geo);
+            geo = std::move(outer);
+        }
+    }
+    return geo;
+}
+
+SZVLGZvgComp ChosenComp(Choices& choices) {
+    SZVLGZvgComp comp;
+    comp.classLevel1Name = choices.Byte() % 2 ? L"low" : L"high";
+    comp.classLevel2Name = choices.Text();
+    comp.classLevel3Name = choices.Text();
+    comp.classLevel4Name = choices.Text();
+    comp.classLevel2bName = choices.Text();
+    comp.ownerGuidName = choices.Text();
+    comp.compGuidName = choices.Text() + L"c";
+    comp.groupGuidName = choices.Text() + L"g";
+    if (choices.Byte() % 2) comp.compProperties = {{choices.Text(), choices.Text()}};
+    SZVLGZvgCompGeoRef& reference = comp.geoRefs.emplace_back();
+    reference.refValueA = choices.Number();
+    SZVLGZvgGeoId& row = reference.geoIds.emplace_back();
+    row.guidName = choices.Text() + L"i";
+    return comp;
+}
+
+void Require(bool condition) {
+    if (!condition) std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
+    Choices choices(data, size);
+    std::map<std::wstring, std::string> geos;
+    std::map<std::pair<std::wstring, std::wstring>, std::string> comps;
+    const unsigned int version = 2 + choices.Byte() % 3U;
+    const unsigned int geosPerBlock = 1 + choices.Byte() % 4U;
+    const Bytes file = Written(
+        {[&](CZVLGBlockSaver& saver, CZVFTOutStream& out) {
+            saver.Init(&out, {}, "", geosPerBlock);
+            for (int calls = 0; choices.AnyLeft() && calls < 40; ++calls) {
+                if (choices.Byte() % 2 != 0) {
+                    const std::wstring key = choices.Text();
+                    const SZVLGZvgGeo geo = ChosenGeo(choices);
+                    saver.AddIdentificationGeo(key, geo);
+                    if (!key.empty()) geos.try_emplace(key, Dump(geo));
+                } else {
+                    const SZVLGZvgComp comp = ChosenComp(choices);
+                    saver.AddComp(comp);
+                    comps.try_emplace({comp.classLevel1Name, comp.compGuidName.name}, Dump(comp));
+                }
+            }
+            saver.WriteEnd();
+        }},
+        version);
+
+    CZVFTReadBufferInStream in(file.data(), file.size());
+    std::vector<SZVLGBlockFinding> findings;
+    Require(CZVLGBlockVerifier().Verify(&in, findings));
+    CZVLGBlockReader reader;
+    Require(reader.Init(&in) && reader.GetGeoIdentificationNum() == geos.size());
+    for (const auto& [key, dump] : geos) {
+        SZVLGZvgGeo geo;
+        Require(reader.GetGeoByIdentification(key, geo) && Dump(geo) == dump);
+    }
+    for (u32 floor = 0; floor < reader.GetFloorNum(); ++floor)
+        for (u32 i = 0; i < reader.GetFloorCompNum(floor); ++i) {
+            SZVLGZvgComp comp;
+            Require(reader.GetCompByIndex({floor, i}, comp));
+            const auto stored = comps.find({comp.classLevel1Name, comp.compGuidName.name});
+            Require(stored != comps.end() && stored->second == Dump(comp));
+            comps.erase(stored);
+        }
+    Require(comps.empty());
+    return 0;
+}

@@ -1,0 +1,39 @@
+// Writes the seeds that every fuzzer starts from into the folders below the one that is named.
+
+#include <filesystem>
+#include <fstream>
+
+#include "hostile_support.h"
+
+namespace {
+
+using namespace Hostile;
+
+void WriteSeed(const std::filesystem::path& path, const Bytes& bytes) {
+    std::filesystem::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) return 2;
+    const std::filesystem::path folder = argv[1];
+    for (unsigned int version = 0; version <= 4; ++version) {
+        const std::string name = "sample-version-" + std::to_string(version);
+        Parts parts;
+        if (!TakeApart(SampleFile(version), parts)) return 1;
+        WriteSeed(folder / "file" / name, PutTogether(parts));
+        for (Block* const block : parts.Blocks()) block->encoded.clear();
+        WriteSeed(folder / "blocks" / name, PutTogether(parts));
+    }
+    const std::vector<SaverStep> empty = {SampleSteps().front(), SampleSteps().back()};
+    WriteSeed(folder / "file" / "empty", Written(empty, 4));
+    Bytes calls;
+    for (u32 i = 0; i < 600; ++i) calls.push_back(static_cast<u8>(i * i / 7));
+    WriteSeed(folder / "calls" / "mixed", calls);
+    WriteSeed(folder / "calls" / "geometries", Bytes(300, 0x0F));
+    WriteSeed(folder / "calls" / "components", Bytes(300, 0x04));
+    return 0;
+}

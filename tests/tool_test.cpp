@@ -1,0 +1,293 @@
+// Runs the built tool on small files, on damaged ones and on hostile ones.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ZVSmartFormat/FileStream.h"
+#include "ZVSmartZvg/ZVSmartZvg.h"
+
+using namespace ZVSmartZvg;
+
+namespace {
+
+struct Outcome {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+std::string ReadAll(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void WriteAll(const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+SZVLGZvgComp MakeComp(const wchar_t* floor, const wchar_t* name) {
+    SZVLGZvgComp comp;
+    comp.classLevel1Name = floor;
+    comp.classLevel2Name = L"Wall";
+    comp.classLevel3Name = L"Thick wall";
+    comp.classLevel4Name = L"Concrete";
+    comp.classLevel4Attr.flags = 0x10;
+    comp.classLevel4Attr.red = 0xAB;
+    comp.compGuidName = SerialKey(name);
+    comp.compProperties = {{L"Fire rating", L"F90"}};
+    comp.geoRefs.resize(1);
+    comp.geoRefs[0].geoIdentification = std::wstring(L"body of ") + name;
+    CZVIMShell shell;
+    shell.AddPts({{0, 0, 0}, {1, 0, 0}, {1, 2, 3}});
+    shell.AddFaceIndex({0, 1, 2});
+    comp.geoRefs[0].geo.shells.push_back(shell);
+    return comp;
+}
+
+/// Floor 0 "Ground" with components "a" and "b", floor 1 "Upper:1" with "c"; three geometries in
+/// two blocks, then "arc", then "deep" with 20000 levels.
+void WriteBlock(const std::string& path) {
+    ZVSmartFormat::CZVFTFileOutStream stream(path);
+    ASSERT_TRUE(stream.Open());
+    CZVLGBlockSaver saver;
+    saver.Init(&stream, {}, "", 2);
+    saver.AddComp(MakeComp(L"Ground", L"a"));
+    saver.AddComp(MakeComp(L"Ground", L"b"));
+    saver.AddComp(MakeComp(L"Upper:1", L"c"));
+    SZVLGZvgGeo arc;  // from (1, 0) over (0, 1) to (-1, 0)
+    arc.boundArcs.emplace_back(CZVIMPosition(), CZVIMVector(0, 0, 1), CZVIMPosition(1, 0, 0),
+                               3.14159265358979);
+    saver.AddIdentificationGeo(L"arc", arc);
+    SZVLGZvgGeo deep;
+    for (int level = 0; level < 20000; ++level) {
+        SZVLGZvgGeo outer;
+        outer.subGeos.resize(1);
+        outer.subGeos[0].geo = std::move(deep);
+        deep = std::move(outer);
+    }
+    saver.AddIdentificationGeo(L"deep", deep);
+    saver.WriteEnd();
+    stream.Close();
+}
+
+class ToolTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string name = testing::TempDir() + "zvgtool-XXXXXX";
+        ASSERT_NE(mkdtemp(name.data()), nullptr);
+        folder = name + "/";
+        good = folder + "good.zvg";
+        WriteBlock(good);
+        bytes = ReadAll(good);
+    }
+
+    void TearDown() override { std::filesystem::remove_all(folder); }
+
+    Outcome Run(const std::string& arguments, const std::string& redirect = "") const {
+        const std::string output = redirect.empty() ? ">" + folder + "out" : redirect;
+        const std::string command =
+            ZVG_BINARY " " + arguments + " " + output + " 2>" + folder + "err";
+        const int status = std::system(command.c_str());  // NOLINT(cert-env33-c)
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadAll(folder + "out"),
+                ReadAll(folder + "err")};
+    }
+
+    nlohmann::json RunJson(const std::string& arguments) const {
+        const Outcome outcome = Run(arguments + " --json");
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        nlohmann::json document = nlohmann::json::parse(outcome.out, nullptr, false);
+        EXPECT_EQ(document.value("schema", 0), 1) << arguments;
+        return document;
+    }
+
+    /// The good file with one byte changed inside its n-th compressed block: geometry blocks 0 to
+    /// 2, floors 3 and 4, the index 5.
+    std::string DamagedBlock(int n) const {
+        std::size_t at = bytes.find(
+            "\xFD"
+            "7zXZ");
+        for (int i = 0; i < n; ++i)
+            at = bytes.find(
+                "\xFD"
+                "7zXZ",
+                at + 1);
+        EXPECT_LT(at, bytes.size());
+        std::string damaged = bytes;
+        damaged[at + 40] ^= 0x55;
+        WriteAll(folder + "damaged.zvg", damaged);
+        return folder + "damaged.zvg";
+    }
+
+    std::string folder, good, bytes;
+};
+
+void ExpectOneLine(const std::string& text) {
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1) << text;
+    EXPECT_EQ(text.rfind("zvg: ", 0), 0U) << text;
+}
+
+TEST_F(ToolTest, FailuresHaveTheirStatusAndOneLine) {
+    WriteAll(folder + "text.zvg", "not a block file at all, only a text");
+    WriteAll(folder + "cut.zvg", bytes.substr(0, bytes.size() / 2));
+    WriteAll(folder + "empty.zvg", "");
+    const std::string& f = folder;
+    const struct {
+        std::string arguments;
+        int status;
+        std::string says;
+    } cases[] = {
+        {"", 2, "subcommand"},
+        {"info", 2, "FILE"},
+        {"info --nonsense " + good, 2, "--nonsense"},
+        {"show " + good + " 0", 2, "FLOOR:POS"},
+        {"show " + good + " 0:-1", 2, "0:-1"},
+        {"info " + f + "missing.zvg", 3, "missing.zvg: No such file"},
+        {"info " + f, 3, "directory"},
+        {"verify " + f + "missing.zvg", 3, "missing.zvg"},
+        {"info " + f + "text.zvg", 4, "text.zvg: head: it's not zvg file format"},
+        {"info " + f + "empty.zvg", 4, "empty.zvg: "},
+        {"tree " + f + "cut.zvg", 4, "cut.zvg: "},
+        {"verify " + f + "cut.zvg", 4, "cut.zvg: "},
+        {"verify " + f + "text.zvg", 4, "text.zvg: "},
+        {"show " + good + " Nowhere:0", 5, "good.zvg: no floor 'Nowhere'"},
+        {"show " + good + " Ground:2", 5, "no component Ground:2"},
+        {"show " + good + " 4294967296:0", 5, "no floor"},
+        {"list --floor 2 " + good, 5, "no floor '2'"},
+        {"list --class Door " + good, 5, "Door"},
+        {"geo " + good + " unknown", 5, "no geometry 'unknown'"},
+        {"geo " + good + " 0:2", 5, "no geometry '0:2'"},
+        {"geo " + good + " 4294967295:0", 5, "no geometry"},
+    };
+    for (const auto& [arguments, status, says] : cases) {
+        const Outcome outcome = Run(arguments);
+        EXPECT_EQ(outcome.status, status) << arguments << '\n' << outcome.err;
+        EXPECT_NE(outcome.err.find(says), std::string::npos) << arguments << '\n' << outcome.err;
+        ExpectOneLine(outcome.err);
+    }
+}
+
+TEST_F(ToolTest, UnwritableOutputIsAFailure) {
+    int ends[2];  // a pipe that nobody reads
+    ASSERT_EQ(pipe(ends), 0);
+    close(ends[0]);
+    for (const std::string& redirect :
+         {std::string(">/dev/full"), std::string(">&-"), ">&" + std::to_string(ends[1])}) {
+        for (const char* command : {"info ", "tree --json ", "list ", "verify "}) {
+            const Outcome outcome = Run(command + good, redirect);
+            EXPECT_EQ(outcome.status, 3) << command << redirect;
+            EXPECT_NE(outcome.err.find("standard output"), std::string::npos) << outcome.err;
+        }
+    }
+    close(ends[1]);
+    EXPECT_EQ(Run("--version", ">/dev/full").status, 3);
+    EXPECT_EQ(ReadAll(good), bytes);
+}
+
+TEST_F(ToolTest, DamageShowsBesideWhatIsReadable) {
+    const Outcome floor = Run("list --json " + DamagedBlock(3));
+    EXPECT_EQ(floor.status, 4);
+    EXPECT_NE(floor.err.find("damaged.zvg: floor 0 cannot be read: "), std::string::npos)
+        << floor.err;
+    const nlohmann::json list = nlohmann::json::parse(floor.out, nullptr, false);
+    ASSERT_EQ(list["components"].size(), 1U);
+    EXPECT_EQ(list["components"][0]["component"], "1:0");
+    EXPECT_EQ(Run("show " + folder + "damaged.zvg 0:0").status, 4);
+    EXPECT_EQ(Run("show " + folder + "damaged.zvg 1:0").status, 0);
+    EXPECT_EQ(Run("geo " + DamagedBlock(0) + " 'body of a'").status, 4);
+    EXPECT_EQ(Run("info " + folder + "damaged.zvg").status, 4);
+    EXPECT_EQ(Run("geo " + folder + "damaged.zvg arc").status, 0);
+    EXPECT_EQ(Run("tree " + DamagedBlock(5)).status, 4);
+}
+
+TEST_F(ToolTest, HostileTextStaysOneHarmlessLine) {
+    const std::wstring evil =
+        std::wstring(L"x\n\x1B[2J\t../") + wchar_t(0x202E) + L"/etc/" + wchar_t(0xD800);
+    SZVLGZvgComp comp = MakeComp(L"", L"a");
+    comp.classLevel1Name = comp.classLevel2Name = comp.classLevel3Name = evil;
+    comp.compGuidName = SerialKey(evil);
+    comp.compProperties = {{evil, evil}};
+    comp.geoRefs[0].geoIdentification = evil;
+    SZVLGZvgBlockHeadInfo head;
+    head.firstText = evil;
+    ZVSmartFormat::CZVFTFileOutStream stream(folder + "evil.zvg");
+    ASSERT_TRUE(stream.Open());
+    CZVLGBlockSaver saver;
+    saver.Init(&stream, head);
+    saver.AddComp(comp);
+    saver.WriteEnd();
+    stream.Close();
+
+    const std::string inText = "x\\n\\x1B[2J\\t../\\u202E/etc/\xEF\xBF\xBD";
+    const std::string inJson = std::string("x\n\x1B[2J\t../\xE2") + "\x80\xAE/etc/\xEF\xBF\xBD";
+    for (const std::string arguments : {"info ", "tree ", "list ", "show 0:0 ", "geo 0:0 "}) {
+        const std::size_t blank = arguments.find(' ');
+        const std::string call =
+            arguments.substr(0, blank) + " " + folder + "evil.zvg" + arguments.substr(blank);
+        const Outcome outcome = Run(call);
+        EXPECT_EQ(outcome.status, 0) << call << outcome.err;
+        EXPECT_NE(outcome.out.find(inText), std::string::npos) << outcome.out;
+        EXPECT_EQ(outcome.out.find('\x1B'), std::string::npos) << call;
+        EXPECT_NE(RunJson(call).dump().find(nlohmann::json(inJson).dump()), std::string::npos)
+            << call;
+    }
+    const Outcome list = Run("list " + folder + "evil.zvg");
+    EXPECT_EQ(std::count(list.out.begin(), list.out.end(), '\t'), 5);
+    EXPECT_EQ(std::count(list.out.begin(), list.out.end(), '\n'), 1);
+    const Outcome missing = Run("info '" + folder + "a\nb\x1B'");
+    EXPECT_EQ(missing.status, 3);
+    ExpectOneLine(missing.err);
+    EXPECT_EQ(missing.err.find('\x1B'), std::string::npos);
+}
+
+TEST_F(ToolTest, JsonTellsWhatIsStored) {
+    const nlohmann::json info = RunJson("info " + good);
+    const std::pair<const char*, int> counts[] = {{"version", 4},
+                                                  {"floors", 2},
+                                                  {"components", 3},
+                                                  {"geometries", 5},
+                                                  {"geometryBlocks", 3},
+                                                  {"identifications", 5},
+                                                  {"fileBytes", static_cast<int>(bytes.size())}};
+    for (const auto& [name, count] : counts) EXPECT_EQ(info[name], count) << name;
+    const nlohmann::json verify = RunJson("verify " + good);
+    EXPECT_EQ(verify["ok"], true);
+    EXPECT_EQ(verify["counts"]["components"], 3);
+
+    const nlohmann::json floors = RunJson("tree " + good)["floors"];
+    EXPECT_EQ(floors[1]["name"], "Upper:1");
+    EXPECT_EQ(floors[0]["classes"][0]["classes"][0]["classes"][0]["name"], "Concrete");
+    EXPECT_EQ(floors[0]["classes"][0]["classes"][0]["classes"][0]["components"], 2);
+    EXPECT_EQ(RunJson("list --class Wall " + good)["components"].size(), 3U);
+    EXPECT_EQ(RunJson("list --floor Upper:1 --class Concrete " + good)["components"].size(), 1U);
+
+    const nlohmann::json comp = RunJson("show " + good + " Upper:1:0");
+    EXPECT_EQ(comp["compGuidName"]["name"], "c");
+    EXPECT_EQ(comp["classLevel4"]["attr"]["colour"], "#AB0000FF");
+    EXPECT_EQ(comp["compProperties"][0]["value"], "F90");
+    EXPECT_EQ(comp["geoRefs"][0]["geoIds"][0]["geoIdentification"], "body of c");
+
+    const nlohmann::json body = RunJson("geo " + good + " 'body of c'");
+    EXPECT_EQ(body["geometry"], "1:0");
+    EXPECT_EQ(body["total"]["faces"], 1);
+    EXPECT_EQ(body["total"]["boundingBox"], nlohmann::json({{0., 0., 0.}, {1., 2., 3.}}));
+    const nlohmann::json box = RunJson("geo " + good + " arc")["total"]["boundingBox"];
+    EXPECT_NEAR(box[0][0], -1, 1e-9);
+    EXPECT_NEAR(box[0][1], 0, 1e-9);
+    EXPECT_NEAR(box[1][1], 1, 1e-9);
+    const nlohmann::json deep = RunJson("geo " + good + " deep");
+    EXPECT_EQ(deep["records"].size(), 20001U);
+    EXPECT_EQ(deep["records"][20000]["parent"], 19999);
+}
+
+}  // namespace
