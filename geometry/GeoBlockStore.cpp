@@ -84,11 +84,11 @@ void GeoBlockStore::WriteBlock() {
     records.End();
 
     closed = true;
+    blockRows.Clear();  // before the coder takes memory of its own
+    blockKeys.Clear();
     section.BeginRecord();
     ZVSmartFormat::WriteCompressedBlock(out, scratch.data, content.GetPos());
     closed = false;
-    blockRows.Clear();
-    blockKeys.Clear();
 }
 
 void GeoBlockStore::Finish() {

@@ -64,10 +64,16 @@ void GrowFor(AllocBuffer& buffer, u64 byteCount) {
 CZVFTAllocBufferOutStream::CZVFTAllocBufferOutStream(AllocBuffer* buffer) : target(buffer) {}
 
 u64 CZVFTAllocBufferOutStream::Write(const void* buffer, u64 size) {
-    if (size > target->capacity - pos) GrowFor(*target, size);
-    if (size != 0) std::memcpy(target->data + pos, buffer, size);
-    pos += size;
+    u8* const bytes = Extend(size);
+    if (size != 0) std::memcpy(bytes, buffer, size);
     return size;
+}
+
+u8* CZVFTAllocBufferOutStream::Extend(u64 size) {
+    if (size > target->capacity - pos) GrowFor(*target, size);
+    u8* const bytes = target->data + pos;
+    pos += size;
+    return bytes;
 }
 
 u64 CZVFTAllocBufferOutStream::GetPos() {

