@@ -39,7 +39,12 @@ void RegisterAll(CLI::App& app, CommonOptions& common) {
     RegisterList(app, common);
     RegisterShow(app, common);
     RegisterGeo(app, common);
+    RegisterPlan(app, common);
+    RegisterExport(app, common);
+    RegisterPreview(app, common);
     RegisterVerify(app, common);
+    RegisterMan(app);
+    RegisterCompletion(app);
 }
 
 /// Prints the help or the version that was asked for; everything else that ends the parsing is

@@ -14,4 +14,11 @@ void RegisterTree(CLI::App& app, CommonOptions& common);
 void RegisterList(CLI::App& app, CommonOptions& common);
 void RegisterShow(CLI::App& app, CommonOptions& common);
 void RegisterGeo(CLI::App& app, CommonOptions& common);
+void RegisterPlan(CLI::App& app, CommonOptions& common);
+void RegisterExport(CLI::App& app, CommonOptions& common);
+void RegisterPreview(CLI::App& app, CommonOptions& common);
 void RegisterVerify(CLI::App& app, CommonOptions& common);
+
+// These two speak of the command line itself.
+void RegisterMan(CLI::App& app);
+void RegisterCompletion(CLI::App& app);

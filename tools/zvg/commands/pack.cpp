@@ -20,6 +20,7 @@ struct Arguments {
     unsigned int geosPerBlock = 0;
     unsigned int formatVersion = 4;
     bool fast = false;
+    bool noPreview = false;
     bool force = false;
 };
 
@@ -96,6 +97,7 @@ PackOptions OptionsOf(const Arguments& arguments) {
     options.geosPerBlock = arguments.geosPerBlock;
     options.formatVersion = arguments.formatVersion;
     options.fast = arguments.fast;
+    options.drawPreview = !arguments.noPreview;
     return options;
 }
 
@@ -110,6 +112,14 @@ int Import(const Arguments& arguments, int descriptor, Listener& listener) {
     }
 }
 
+/// A library may end the child in its own way, without a word.
+ToolError ImportFailure(const Arguments& arguments, int status, const std::string& lastWords) {
+    if (lastWords.empty() || status > static_cast<int>(ExitStatus::NotFound)) {
+        return {ExitStatus::InputOutput, arguments.model + ": the importer failed"};
+    }
+    return {static_cast<ExitStatus>(status), lastWords};
+}
+
 void Pack(const Arguments& arguments, const CommonOptions& common) {
     CheckReadable(arguments.model);
     CheckReadable(arguments.settings);
@@ -118,7 +128,7 @@ void Pack(const Arguments& arguments, const CommonOptions& common) {
     Listener listener(common.quiet);
     const int status = Import(arguments, output.Descriptor(), listener);
     listener.Finish();
-    if (status != 0) throw ToolError(static_cast<ExitStatus>(status), listener.LastWords());
+    if (status != 0) throw ImportFailure(arguments, status, listener.LastWords());
     output.Commit();
     listener.Print(arguments.output + ": " + listener.LastWords() + ", " +
                    std::to_string(std::filesystem::file_size(arguments.output)) + " bytes");
@@ -136,7 +146,7 @@ void RegisterPack(CLI::App& app, CommonOptions& common) {
     command->add_option("-o,--output", arguments->output, "The block file to write")->required();
     command
         ->add_option("--geos-per-block", arguments->geosPerBlock,
-                     "Geometries per compressed block (default: by their sizes)")
+                     "Geometries per compressed block (chosen by their sizes unless given)")
         ->check(CLI::Range(1U, 0xFFFFFFFFU));
     command->add_flag("--fast", arguments->fast, "Compress faster and weaker");
     command
@@ -145,7 +155,11 @@ void RegisterPack(CLI::App& app, CommonOptions& common) {
         ->check(CLI::Range(0U, 4U));
     command->add_option("--settings", arguments->settings,
                         "Component displacement settings (CompDisplacement.ini)");
-    command->add_option("--preview", arguments->preview, "A PNG image to show for the file");
+    command
+        ->add_option("--preview", arguments->preview,
+                     "A PNG image to show for the file (default: a picture of the model is drawn)")
+        ->excludes(command->add_flag("--no-preview", arguments->noPreview,
+                                     "Store no picture of the model"));
     command->add_flag("--force", arguments->force, "Replace an existing output file");
     command->footer("Example:\n  zvg pack house.ifc -o house.zvg --preview house.png");
     command->callback([arguments, &common] { Pack(*arguments, common); });

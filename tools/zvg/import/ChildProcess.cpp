@@ -71,6 +71,7 @@ pid_t Start(const std::vector<std::string>& arguments, int messages, int output)
     std::vector<std::string> words = {"zvg", childFlag};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) pointers.push_back(word.data());
     pointers.push_back(nullptr);
     const pid_t child = fork();

@@ -17,6 +17,7 @@
 #include "tools/zvg/import/ShapeStore.h"
 #include "tools/zvg/import/StepText.h"
 #include "tools/zvg/import/ifc/IfcMaterials.h"
+#include "tools/zvg/import/ifc/IfcPlanCurves.h"
 #include "tools/zvg/import/ifc/IfcProperties.h"
 #include "tools/zvg/import/ifc/IfcShapes.h"
 #include "tools/zvg/import/ifc/IfcStructure.h"
@@ -37,7 +38,8 @@ void PassOn(void* report, std::shared_ptr<StatusCallback::Message> message) {
 StepText Prepared(const std::string& bytes) {
     StepText step = PrepareStepText(bytes);
     if (step.entityNumbersTooLarge) throw ImportError("entity numbers above 2147483647");
-    if (!step.dataEnds) throw ImportError("the file is cut short: its data section does not end");
+    if (!step.dataEnds)
+        throw ImportError("the file is cut short or damaged: its data section does not end");
     return step;
 }
 
@@ -96,6 +98,13 @@ ModelElement Described(const IfcElement& source) {
     return element;
 }
 
+/// A shape of its own, so that bodies which are the same are stored once whatever their axes.
+Shape PlanOf(const IfcElement& element, const IfcUnits& units) {
+    Shape shape;
+    shape.curves = PlanCurvesOf(element, units);
+    return shape;
+}
+
 }  // namespace
 
 Model ImportIfc(std::string bytes, const ImportReport& report) {
@@ -107,6 +116,7 @@ Model ImportIfc(std::string bytes, const ImportReport& report) {
     if (elements.empty()) throw ImportError("no building element (schema " + step.schema + ')');
 
     const double unit = source->getUnitConverter()->getLengthInMeterFactor();
+    const IfcUnits units = {unit, source->getUnitConverter()->getAngleInRadiantFactor()};
     const IfcStructure structure(*source, unit);
     IfcShapes bodies(source, report);
     ShapeStore store;
@@ -124,6 +134,8 @@ Model ImportIfc(std::string bytes, const ImportReport& report) {
         IfcShapes::Body body = bodies.BodyOf(sourceElement, materials);
         const auto shape = store.Add(std::move(body.shape));
         if (shape) element.shapes.push_back({*shape, body.placement});
+        const auto plan = store.Add(PlanOf(*sourceElement, units));
+        if (plan) element.shapes.push_back({*plan, body.placement});
         model.elements.push_back(std::move(element));
     }
     model.storeys = structure.storeys;

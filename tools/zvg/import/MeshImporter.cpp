@@ -7,7 +7,6 @@
 #include <assimp/BaseImporter.h>
 #include <algorithm>
 #include <assimp/Importer.hpp>
-#include <cmath>
 #include <map>
 #include <set>
 #include <string>
@@ -40,22 +39,14 @@ aiMatrix4x4 ToModelAxes(const aiScene& scene, std::string_view extension) {
     return upAxis == 1 ? scale * fromYUp : scale;
 }
 
-double WithoutNoise(double value) {
-    return std::abs(value) < 1e-12 ? 0 : value;
-}
-
 Placement PlacementOf(const aiMatrix4x4& matrix) {
     Placement placement = {};
     for (unsigned int row = 0; row < 3; ++row) {
         for (unsigned int column = 0; column < 4; ++column) {
-            placement[row * 4 + column] = WithoutNoise(double{matrix[row][column]});
+            placement[row * 4 + column] = double{matrix[row][column]};
         }
     }
-    return placement;
-}
-
-std::uint8_t ColourByte(float value) {
-    return static_cast<std::uint8_t>(std::lround(std::clamp(value, 0.0F, 1.0F) * 255));
+    return WithoutNoise(placement);
 }
 
 std::optional<Colour> ColourOf(const aiMaterial& material) {
@@ -65,8 +56,7 @@ std::optional<Colour> ColourOf(const aiMaterial& material) {
     if (!has) return std::nullopt;
     float opacity = colour.a;
     material.Get(AI_MATKEY_OPACITY, opacity);
-    return Colour{ColourByte(colour.r), ColourByte(colour.g), ColourByte(colour.b),
-                  ColourByte(opacity)};
+    return MakeColour(double{colour.r}, double{colour.g}, double{colour.b}, double{opacity});
 }
 
 ModelShell ShellOf(const aiMesh& mesh) {
@@ -85,9 +75,26 @@ ModelShell ShellOf(const aiMesh& mesh) {
     return shell;
 }
 
-bool HasLinesOrPoints(const aiScene& scene) {
+/// The straight lines among a mesh's faces, the only curves that these formats have.
+void AddLines(const aiMesh& mesh, Shape& shape) {
+    ModelCurves lines;
+    lines.name = L"lines";
+    for (unsigned int i = 0; i < mesh.mNumFaces; ++i) {
+        const aiFace& face = mesh.mFaces[i];
+        if (face.mNumIndices != 2) continue;
+        const unsigned int* end = face.mIndices;
+        if (std::max(end[0], end[1]) >= mesh.mNumVertices) continue;
+        const aiVector3D& a = mesh.mVertices[end[0]];
+        const aiVector3D& b = mesh.mVertices[end[1]];
+        lines.segments.push_back(
+            {{double{a.x}, double{a.y}, double{a.z}}, {double{b.x}, double{b.y}, double{b.z}}});
+    }
+    if (!lines.IsEmpty()) shape.curves.push_back(std::move(lines));
+}
+
+bool HasPoints(const aiScene& scene) {
     return std::any_of(scene.mMeshes, scene.mMeshes + scene.mNumMeshes, [](const aiMesh* mesh) {
-        return (mesh->mPrimitiveTypes & (aiPrimitiveType_POINT | aiPrimitiveType_LINE)) != 0;
+        return (mesh->mPrimitiveTypes & aiPrimitiveType_POINT) != 0;
     });
 }
 
@@ -144,7 +151,7 @@ class SceneReader {
     }
 
     void ReadNode(const aiNode& node, const aiMatrix4x4& toModel, const std::wstring& parentPath) {
-        Shape shape;
+        Shape shape, lines;
         ModelElement element;
         for (unsigned int i = 0; i < node.mNumMeshes; ++i) {
             const aiMesh& mesh = *scene.mMeshes[node.mMeshes[i]];
@@ -152,11 +159,14 @@ class SceneReader {
             if (element.typeName.empty()) element.typeName = Wide(mesh.mName);
             const std::wstring materialName = FromUtf8(material.GetName().C_Str());
             shape.parts.push_back({ColourOf(material), materialName, {ShellOf(mesh)}});
+            AddLines(mesh, lines);
             AddMaterial(element, materialName);
         }
-        const auto placed = store.Add(std::move(shape));
-        if (!placed) return;
-        element.shapes.push_back({*placed, PlacementOf(toModel)});
+        for (Shape* each : {&shape, &lines}) {
+            const auto placed = store.Add(std::move(*each));
+            if (placed) element.shapes.push_back({*placed, PlacementOf(toModel)});
+        }
+        if (element.shapes.empty()) return;
         element.globalId = UniqueId(Wide(node.mName));
         element.entityType = L"Mesh";
         AddProperties(node, parentPath, element);
@@ -208,6 +218,13 @@ std::string ExtensionOf(std::string_view path) {
     return extension;
 }
 
+/// Of a file that is damaged near its beginning the library says only that it knows no reader.
+std::string Reason(const Assimp::Importer& importer, const std::string& extension) {
+    const std::string reason = importer.GetErrorString();
+    const bool unknown = reason.starts_with("No suitable reader") || reason.empty();
+    return unknown ? "damaged, or not a " + extension + " file" : reason;
+}
+
 }  // namespace
 
 Model ImportMesh(const char* path, const ImportReport& report) {
@@ -216,10 +233,10 @@ Model ImportMesh(const char* path, const ImportReport& report) {
     importer.UnregisterLoader(importer.GetImporter("ifc"));
     const aiScene* scene =
         importer.ReadFile(path, aiProcess_Triangulate | aiProcess_JoinIdenticalVertices);
-    if (!scene || !scene->mRootNode) throw ImportError(importer.GetErrorString());
-    if (HasLinesOrPoints(*scene)) report.warn("points and lines are left out");
+    if (!scene || !scene->mRootNode) throw ImportError(Reason(importer, extension));
+    if (HasPoints(*scene)) report.warn("points are left out");
     Model model = SceneReader(*scene).Read(ToModelAxes(*scene, extension));
-    if (model.elements.empty()) throw ImportError("the file holds no triangle");
+    if (model.elements.empty()) throw ImportError("the file holds no triangle and no line");
     model.schema.assign(extension.begin(), extension.end());
     return model;
 }

@@ -8,6 +8,9 @@
 #include <utility>
 #include <vector>
 
+#include "tools/zvg/import/ModelCurves.h"
+#include "tools/zvg/import/ModelPoint.h"
+
 // A building model as the importers hand it on. Lengths are metres, Z is up.
 
 struct Colour {
@@ -17,16 +20,16 @@ struct Colour {
     friend auto operator<=>(const Colour&, const Colour&) = default;
 };
 
-struct ModelPoint {
-    double x = 0, y = 0, z = 0;
-
-    friend auto operator<=>(const ModelPoint&, const ModelPoint&) = default;
-};
+/// From parts of 0 to 1; what lies outside is cut.
+Colour MakeColour(double red, double green, double blue, double alpha);
 
 /// Three rows of (X axis, Y axis, Z axis, origin): local coordinates to the model's.
 using Placement = std::array<double, 12>;
 
 constexpr Placement identityPlacement = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
+
+/// Sets to zero what is meant as zero: turned axes leave numbers such as 6e-17.
+Placement WithoutNoise(const Placement& placement);
 
 /// A connected surface of triangles, counter-clockwise as seen from outside.
 struct ModelShell {
@@ -41,9 +44,10 @@ struct ShapePart {
     std::vector<ModelShell> shells;
 };
 
-/// A body in local coordinates, which elements place.
+/// A body, or the curves beside it, in local coordinates, which elements place.
 struct Shape {
     std::vector<ShapePart> parts;
+    std::vector<ModelCurves> curves;
     std::wstring key;  ///< made from the content; unique within the model
 };
 

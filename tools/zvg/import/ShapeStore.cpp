@@ -22,6 +22,9 @@ class Hasher {
         std::memcpy(&bits, &value, sizeof bits);
         Add(bits);
     }
+    void Add(const std::wstring& text) {
+        for (const wchar_t c : text) Add(static_cast<std::uint64_t>(c));
+    }
     std::uint64_t Value() const { return hash; }
 
   private:
@@ -98,7 +101,8 @@ bool SamePart(const ShapePart& a, const ShapePart& b) {
 }
 
 bool SameShape(const Shape& a, const Shape& b) {
-    return std::equal(a.parts.begin(), a.parts.end(), b.parts.begin(), b.parts.end(), SamePart);
+    return a.curves == b.curves &&
+           std::equal(a.parts.begin(), a.parts.end(), b.parts.begin(), b.parts.end(), SamePart);
 }
 
 /// Parts that look the same become one, in the order in which the looks first appear.
@@ -116,6 +120,10 @@ Shape Canonical(const Shape& shape) {
             target->shells.push_back(std::move(canonical));
         }
     }
+    for (const ModelCurves& curves : shape.curves) {
+        ModelCurves rounded = RoundedCurves(curves, ShapeStore::coordinateStep);
+        if (!rounded.IsEmpty()) result.curves.push_back(std::move(rounded));
+    }
     return result;
 }
 
@@ -126,7 +134,7 @@ std::uint64_t HashOf(const Shape& shape) {
         hasher.Add(std::uint64_t{part.colour.has_value()} << 32 | std::uint64_t{colour.red} << 24 |
                    std::uint64_t{colour.green} << 16 | std::uint64_t{colour.blue} << 8 |
                    std::uint64_t{colour.alpha});
-        for (const wchar_t c : part.styleName) hasher.Add(static_cast<std::uint64_t>(c));
+        hasher.Add(part.styleName);
         hasher.Add(std::uint64_t{part.shells.size()});
         for (const ModelShell& shell : part.shells) {
             hasher.Add(std::uint64_t{shell.points.size()});
@@ -139,6 +147,10 @@ std::uint64_t HashOf(const Shape& shape) {
                 for (const std::uint32_t corner : triangle) hasher.Add(std::uint64_t{corner});
             }
         }
+    }
+    for (const ModelCurves& curves : shape.curves) {
+        hasher.Add(curves.name);
+        for (const double number : NumbersOf(curves)) hasher.Add(number);
     }
     return hasher.Value();
 }
@@ -155,7 +167,7 @@ std::wstring KeyOf(std::uint64_t hash, std::ptrdiff_t sameHash) {
 
 std::optional<std::size_t> ShapeStore::Add(Shape shape) {
     Shape canonical = Canonical(shape);
-    if (canonical.parts.empty()) return std::nullopt;
+    if (canonical.parts.empty() && canonical.curves.empty()) return std::nullopt;
     const std::uint64_t hash = HashOf(canonical);
     const auto [first, last] = shapeByHash.equal_range(hash);
     for (auto i = first; i != last; ++i) {

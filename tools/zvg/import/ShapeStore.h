@@ -13,14 +13,16 @@
 /// Shapes are brought into one form before they are compared, so that the order in which an
 /// importer yields points and triangles does not matter: coordinates are rounded to
 /// `coordinateStep`, points that then coincide are one, triangles that then vanish are dropped,
-/// points stand in ascending order, and so do the triangles. The key is made from that form.
+/// points stand in ascending order, and so do the triangles. Curves are rounded too, and stay in
+/// their order. The key is made from that form.
 class ShapeStore {
   public:
     /// 2^-24 m, 0.06 µm: far below what any model means, and a power of two, so that the low
     /// bits of every stored coordinate are zero and compress away.
     static constexpr double coordinateStep = 1.0 / 16777216;
 
-    /// The number of `shape` in `Shapes()`; nothing where it has no triangle left. Coordinates
+    /// The number of `shape` in `Shapes()`; nothing where it has no triangle and no
+    /// curve left. Coordinates
     /// that are not finite take their triangles with them.
     std::optional<std::size_t> Add(Shape shape);
 

@@ -38,8 +38,9 @@ OutputFile::OutputFile(const std::string& target, bool force)
 
 OutputFile::~OutputFile() {
     if (descriptor >= 0) close(descriptor);
-    if (!temporary.empty()) unlink(temporary.c_str());
-    RemoveOnSignal(nullptr);
+    if (temporary.empty()) return;
+    unlink(temporary.c_str());
+    KeepOnSignal(temporary.c_str());
 }
 
 void OutputFile::CreateTemporary() {
@@ -58,8 +59,8 @@ void OutputFile::CreateTemporary() {
 void OutputFile::Commit() {
     Close();
     Rename();
+    KeepOnSignal(temporary.c_str());
     temporary.clear();
-    RemoveOnSignal(nullptr);
 }
 
 void OutputFile::Close() {

@@ -4,7 +4,7 @@
 
 /// A file that appears whole or not at all: it is written under a temporary name beside its
 /// target, which `Commit` gives it. Without `Commit`, and on a signal, the temporary file goes
-/// and the target stays as it was. One at a time may exist.
+/// and the target stays as it was. Two at a time may exist.
 class OutputFile {
   public:
     /// Creates the temporary file. Throws ToolError InputOutput where that fails, where the target

@@ -9,7 +9,7 @@ namespace {
 
 constexpr int caughtSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
-std::atomic<const char*> unfinishedFile = nullptr;
+std::atomic<const char*> unfinishedFiles[2] = {};
 std::atomic<pid_t> childProcess = 0;
 
 static_assert(std::atomic<const char*>::is_always_lock_free &&
@@ -19,7 +19,9 @@ static_assert(std::atomic<const char*>::is_always_lock_free &&
 void CleanUpAndEnd(int signal) {
     const pid_t child = childProcess.exchange(0);
     if (child > 0) kill(child, SIGKILL);
-    if (const char* path = unfinishedFile.exchange(nullptr)) unlink(path);
+    for (auto& file : unfinishedFiles) {
+        if (const char* path = file.exchange(nullptr)) unlink(path);
+    }
     std::signal(signal, SIG_DFL);
     raise(signal);
 }
@@ -39,7 +41,17 @@ void CatchSignals() {
 
 void RemoveOnSignal(const char* path) {
     CatchSignals();
-    unfinishedFile = path;
+    for (auto& file : unfinishedFiles) {
+        const char* free = nullptr;
+        if (file.compare_exchange_strong(free, path)) return;
+    }
+}
+
+void KeepOnSignal(const char* path) {
+    for (auto& file : unfinishedFiles) {
+        const char* registered = path;
+        file.compare_exchange_strong(registered, nullptr);
+    }
 }
 
 void KillOnSignal(pid_t process) {

@@ -15,7 +15,7 @@ namespace {
 
 using Words = std::vector<std::string_view>;
 
-constexpr std::size_t wordCount = 7;
+constexpr std::size_t wordCount = 8;
 
 /// The words point into `argv`, so each ends in a zero byte. Nothing of them is copied: what the
 /// importers make of a model may depend on where memory lies, and it must not lie elsewhere
@@ -29,6 +29,7 @@ PackOptions OptionsOf(const Words& words) {
     options.geosPerBlock = static_cast<unsigned int>(std::strtoul(words[4].data(), nullptr, 10));
     options.formatVersion = static_cast<unsigned int>(std::strtoul(words[5].data(), nullptr, 10));
     options.fast = words[6] == "fast";
+    options.drawPreview = words[7] == "draw";
     return options;
 }
 
@@ -52,10 +53,13 @@ Model Imported(const char* path) {
     return ImportModel(path, report);
 }
 
+std::string Counted(std::size_t count, const char* noun) {
+    return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
+}
+
 std::string Told(const PackSummary& summary) {
-    return std::to_string(summary.components) + " components on " + std::to_string(summary.floors) +
-           " floors, " + std::to_string(summary.shapes) + " shapes placed " +
-           std::to_string(summary.placements) + " times";
+    return Counted(summary.components, "component") + " on " + Counted(summary.floors, "floor") +
+           ", " + Counted(summary.shapes, "shape") + " in " + Counted(summary.placements, "place");
 }
 
 int Write(const Model& model, const PackOptions& options) {
@@ -63,6 +67,9 @@ int Write(const Model& model, const PackOptions& options) {
     FileSink sink(childOutput);
     try {
         const PackSummary summary = PackModel(model, options, sink);
+        if (!summary.previewFailure.empty()) {
+            TellParent(ChildMessage::Warning, "no preview: " + summary.previewFailure);
+        }
         if (sink.Close()) {
             TellParent(ChildMessage::Result, Told(summary));
             return static_cast<int>(ExitStatus::Done);
@@ -98,12 +105,14 @@ std::vector<std::string> PackJobArguments(const PackOptions& options) {
             options.previewPath,
             std::to_string(options.geosPerBlock),
             std::to_string(options.formatVersion),
-            options.fast ? "fast" : "best"};
+            options.fast ? "fast" : "best",
+            options.drawPreview ? "draw" : "none"};
 }
 
 int RunChildIfAsked(int argc, char** argv) {
     const auto words = ChildArguments(argc, argv);
     if (!words) return -1;
     if (words->size() != wordCount) return static_cast<int>(ExitStatus::Usage);
-    return RunPackJob(OptionsOf(*words));
+    // Without taking down what an importer holds: that would cost time, and may crash as well.
+    std::_Exit(RunPackJob(OptionsOf(*words)));
 }

@@ -1,6 +1,7 @@
 #include "tools/zvg/pack/PackModel.h"
 
 #include <algorithm>
+#include <exception>
 #include <optional>
 #include <set>
 #include <string>
@@ -10,8 +11,11 @@
 
 #include "ZVSmartZvg/BlockSaver.h"
 #include "tools/zvg/pack/Components.h"
+#include "tools/zvg/pack/ModelScene.h"
 #include "tools/zvg/pack/PreviewPng.h"
 #include "tools/zvg/pack/ShapeRecords.h"
+#include "tools/zvg/preview/PreviewImage.h"
+#include "tools/zvg/preview/Renderer.h"
 #include "tools/zvg/text/Utf8.h"
 
 using namespace ZVSmartZvg;
@@ -62,6 +66,28 @@ SZVLGZvgBlockHeadInfo Head(const Model& model, const PackOptions& options) {
     return head;
 }
 
+/// A model whose picture cannot be drawn is packed all the same.
+std::optional<SZVLGZvgGeoImage> Drawn(const Model& model,
+                                      const std::vector<const ModelElement*>& elements,
+                                      std::string& failure) {
+    try {
+        return RenderPreview(SceneOf(model, elements), previewWidth, previewHeight);
+    } catch (const std::exception& error) {
+        failure = error.what();
+        return std::nullopt;
+    }
+}
+
+void AddPreview(const Model& model, const std::vector<const ModelElement*>& elements,
+                const PackOptions& options, PackSummary& summary, CZVLGBlockSaver& saver) {
+    if (*options.previewPath) {
+        saver.AddPreviewImage(ReadPng(options.previewPath));
+    } else if (options.drawPreview && CanRender()) {
+        const auto image = Drawn(model, elements, summary.previewFailure);
+        if (image) saver.AddPreviewImage(*image);
+    }
+}
+
 }  // namespace
 
 PackSummary PackModel(const Model& model, const PackOptions& options,
@@ -71,13 +97,14 @@ PackSummary PackModel(const Model& model, const PackOptions& options,
     const unsigned int geosPerBlock =
         options.geosPerBlock != 0 ? options.geosPerBlock : ChosenGeosPerBlock(model);
     saver.Init(&out, Head(model, options), options.settingsPath, geosPerBlock);
-    if (*options.previewPath) saver.AddPreviewImage(ReadPng(options.previewPath));
-
+    const std::vector<const ModelElement*> ordered = Ordered(model);
     PackSummary summary;
+    AddPreview(model, ordered, options, summary, saver);
+
     std::vector<bool> stored(model.shapes.size());
     std::set<std::optional<std::size_t>> floors;
     ComponentMaker maker(model, options.formatVersion);
-    for (const ModelElement* element : Ordered(model)) {
+    for (const ModelElement* element : ordered) {
         for (const PlacedShape& placed : element->shapes) {
             ++summary.placements;
             if (stored[placed.shape]) continue;

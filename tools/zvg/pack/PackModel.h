@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 
 #include "ZVSmartFormat/Stream.h"
 #include "tools/zvg/import/Model.h"
@@ -11,6 +12,7 @@ struct PackOptions {
     const char* outputPath = "";     ///< for messages only
     const char* settingsPath = "";   ///< displacement settings; empty for none
     const char* previewPath = "";    ///< a PNG file; empty for none
+    bool drawPreview = true;         ///< where there is no such file and this build can draw
     unsigned int geosPerBlock = 0;   ///< 0 chooses by the sizes of the geometries
     unsigned int formatVersion = 4;  ///< 0 to 4
     bool fast = false;               ///< compress faster and weaker
@@ -22,6 +24,7 @@ struct PackSummary {
     std::size_t components = 0;
     std::size_t shapes = 0;
     std::size_t placements = 0;
+    std::string previewFailure;  ///< why no preview could be drawn; else empty
 };
 
 /// Writes `model` as a block file at the stream's position. Floors stand in order of elevation,

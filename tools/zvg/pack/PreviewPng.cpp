@@ -54,11 +54,30 @@ ZVSmartZvg::SZVLGZvgGeoImage ReadPng(const char* path) {
     return PngFile(path).Decoded();
 }
 
+std::string EncodePng(const ZVSmartZvg::SZVLGZvgGeoImage& image) {
+    png_image head = {};
+    head.version = PNG_IMAGE_VERSION;
+    head.width = image.width;
+    head.height = image.height;
+    head.format = PNG_FORMAT_RGBA;
+    std::string bytes(PNG_IMAGE_PNG_SIZE_MAX(head), '\0');
+    png_alloc_size_t size = bytes.size();
+    const int done =
+        png_image_write_to_memory(&head, bytes.data(), &size, 0, image.pixels, 0, nullptr);
+    if (!done) throw ToolError(ExitStatus::Internal, std::string("PNG: ") + head.message);
+    bytes.resize(size);
+    return bytes;
+}
+
 #else
 
 ZVSmartZvg::SZVLGZvgGeoImage ReadPng(const char* path) {
     throw ToolError(ExitStatus::InputOutput,
                     std::string(path) + ": this build reads no PNG (it needs libpng)");
+}
+
+std::string EncodePng(const ZVSmartZvg::SZVLGZvgGeoImage&) {
+    throw ToolError(ExitStatus::Usage, "this build writes no PNG (it needs libpng)");
 }
 
 #endif

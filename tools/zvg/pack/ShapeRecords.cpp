@@ -24,6 +24,34 @@ CZVIMShell ShellRecord(const ModelShell& shell) {
     return record;
 }
 
+CZVIMPosition Position(const ModelPoint& point) {
+    return {point.x, point.y, point.z};
+}
+
+CZVIMVector Vector(const ModelPoint& direction) {
+    return {direction.x, direction.y, direction.z};
+}
+
+SZVLGZvgGeo CurvesRecord(const ModelCurves& curves) {
+    SZVLGZvgGeo record;
+    for (const ModelPolyline& source : curves.polylines) {
+        CZVIMPolyline3D& polyline = record.polylines.emplace_back();
+        for (const ModelPoint& point : source.points) polyline.AddPoint(Position(point));
+        polyline.SetClosedFlag(source.closed);
+    }
+    for (const ModelSegment& segment : curves.segments) {
+        record.lineSegments.emplace_back(Position(segment.from), Position(segment.to));
+    }
+    for (const ModelArc& arc : curves.arcs) {
+        record.boundArcs.emplace_back(Position(arc.center), Vector(arc.normal), Position(arc.from),
+                                      Position(arc.to), arc.sweepRadians);
+    }
+    for (const ModelCircle& circle : curves.circles) {
+        record.circles.emplace_back(Position(circle.center), Vector(circle.normal), circle.radius);
+    }
+    return record;
+}
+
 CZVIMTransf TransfRecord(const Placement& placement) {
     CZVIMTransf transf;
     for (int row = 0; row < 3; ++row) {
@@ -63,6 +91,12 @@ SZVLGZvgGeo ShapeRecord(const Shape& shape, unsigned int version) {
         if (!part.styleName.empty()) sub.attr.flags |= styleNameFlag;
         sub.geo.shells = std::move(shells);
     }
+    for (const ModelCurves& curves : shape.curves) {
+        SZVLGZvgSubGeo& sub = record.subGeos.emplace_back();
+        sub.attr.styleName = curves.name;
+        if (!curves.name.empty()) sub.attr.flags |= styleNameFlag;
+        sub.geo = CurvesRecord(curves);
+    }
     return record;
 }
 
@@ -83,6 +117,7 @@ std::size_t ShapeRecordBytes(const Shape& shape) {
             bytes += 8 + shell.points.size() * 24 + shell.triangles.size() * 16;
         }
     }
+    for (const ModelCurves& curves : shape.curves) bytes += 40 + NumbersOf(curves).size() * 8;
     return bytes;
 }
 

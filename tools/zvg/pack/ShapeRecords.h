@@ -13,7 +13,8 @@ ZVSmartZvg::SZVLGZvgDisplayAttr ColourAttr(const std::optional<Colour>& colour,
                                            unsigned int version);
 
 /// A shape as a geometry record: what has no colour as shells, the rest as one sub-geometry per
-/// colour with the colour and its style's name as display attribute.
+/// colour with the colour and its style's name as display attribute. Then the curves, one
+/// sub-geometry per set, whose name stands as the style's name.
 ZVSmartZvg::SZVLGZvgGeo ShapeRecord(const Shape& shape, unsigned int version);
 
 /// An element's body as a geometry record: the keys of its shapes and where they are.

@@ -8,7 +8,6 @@
 #include <ifcpp/model/BuildingModel.h>
 
 #include <algorithm>
-#include <cmath>
 #include <new>
 
 #include "tools/zvg/import/ifc/Texts.h"
@@ -22,10 +21,6 @@ struct Look {
 
 using Appearances = std::vector<std::shared_ptr<AppearanceData>>;
 using MeshSet = carve::mesh::MeshSet<3>;
-
-std::uint8_t ColourByte(double value) {
-    return static_cast<std::uint8_t>(std::lround(std::clamp(value, 0.0, 1.0) * 255));
-}
 
 /// Whether a representation is something else than the body: its plan, its axis, its box.
 bool IsNoBody(const std::wstring& identifier) {
@@ -70,19 +65,14 @@ void AddMeshes(const std::vector<std::shared_ptr<MeshSet>>& sets, ShapePart& par
     }
 }
 
-/// Rotations leave entries such as 6e-17 where zero is meant.
-double WithoutNoise(double value) {
-    return std::abs(value) < 1e-12 ? 0 : value;
-}
-
 Placement PlacementOf(const carve::math::Matrix& matrix) {
     Placement placement = {};
     for (std::size_t row = 0; row < 3; ++row) {
         for (std::size_t column = 0; column < 4; ++column) {
-            placement[row * 4 + column] = WithoutNoise(matrix.m[column][row]);
+            placement[row * 4 + column] = matrix.m[column][row];
         }
     }
-    return placement;
+    return WithoutNoise(placement);
 }
 
 std::string Narrow(const std::wstring& text) {
@@ -156,8 +146,7 @@ class IfcShapes::Maker {
                 appearance->m_apply_to_geometry_type != AppearanceData::GEOM_TYPE_TEXT;
             if (!ofSurface) continue;
             const vec4& colour = appearance->m_color_diffuse;
-            return {Colour{ColourByte(colour.r()), ColourByte(colour.g()), ColourByte(colour.b()),
-                           ColourByte(appearance->m_transparency)},
+            return {MakeColour(colour.r(), colour.g(), colour.b(), appearance->m_transparency),
                     StyleName(appearance->m_step_style_id)};
         }
         return {};

@@ -1,0 +1,118 @@
+#include <unistd.h>
+
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "tools/zvg/commands/Commands.h"
+#include "tools/zvg/commands/Reading.h"
+#include "tools/zvg/output/FileSink.h"
+#include "tools/zvg/output/OutputFile.h"
+#include "tools/zvg/pack/PreviewPng.h"
+#include "tools/zvg/preview/PreviewImage.h"
+#include "tools/zvg/preview/Renderer.h"
+#include "tools/zvg/reading/OpenedBlock.h"
+#include "tools/zvg/scene/SceneReader.h"
+#include "tools/zvg/text/StandardOutput.h"
+
+using ZVSmartZvg::SZVLGZvgGeoImage;
+
+namespace {
+
+struct Arguments {
+    std::string file, output, size;
+    bool force = false;
+};
+
+struct Size {
+    unsigned int width, height;
+};
+
+constexpr unsigned int longestSide = 8192;
+
+Size ParseSize(const std::string& text) {
+    const std::size_t cross = text.find('x');
+    if (cross != std::string::npos) {
+        const auto width = ParseNumber(std::string_view(text).substr(0, cross));
+        const auto height = ParseNumber(std::string_view(text).substr(cross + 1));
+        const auto isGood = [](const std::optional<unsigned int>& side) {
+            return side && *side >= 1 && *side <= longestSide;
+        };
+        if (isGood(width) && isGood(height)) return {*width, *height};
+    }
+    throw ToolError(ExitStatus::Usage,
+                    "--render: '" + text + "' is no WIDTHxHEIGHT, each 1 to 8192");
+}
+
+SZVLGZvgGeoImage Stored(OpenedBlock& block) {
+    const std::optional<SZVLGZvgGeoImage> image = block.ReadPreview();
+    block.ThrowIfDamaged();
+    if (!image) {
+        throw block.Error(ExitStatus::NotFound, "it holds no preview image (--render draws one)");
+    }
+    // The file counts bytes in 32 bits, so the sides of a hostile one may promise more.
+    const std::uint64_t bytes = std::uint64_t{image->width} * image->height * 4;
+    if (image->pixels == nullptr || bytes == 0 || bytes != image->PixelBytes()) {
+        throw block.Error(ExitStatus::Damaged, "the preview image has no pixels");
+    }
+    return *image;
+}
+
+SZVLGZvgGeoImage Drawn(OpenedBlock& block, const Size& size) {
+    SceneReader reader(block);
+    const unsigned int floors = block.Reader().GetFloorNum();
+    for (unsigned int floor = 0; floor < floors; ++floor) {
+        block.ForEachComp(floor, [&](const ZVSmartZvg::SZVLGCompIndex&,
+                                     const ZVSmartZvg::SZVLGZvgComp& comp) { reader.Add(comp); });
+    }
+    block.ThrowIfDamaged();
+    const auto image = RenderPreview(reader.Take(), size.width, size.height);
+    if (!image) throw block.Error(ExitStatus::NotFound, "it holds no surfaces to draw");
+    return *image;
+}
+
+void WritePng(const SZVLGZvgGeoImage& image, const Arguments& arguments) {
+    const std::string png = EncodePng(image);
+    OutputFile output(arguments.output, arguments.force);
+    FileSink sink(dup(output.Descriptor()));
+    sink.Write(png.data(), png.size());
+    if (!sink.Close()) {
+        throw ToolError(ExitStatus::InputOutput,
+                        "cannot write " + arguments.output + ": " + std::strerror(sink.Failure()));
+    }
+    output.Commit();
+}
+
+void Preview(const Arguments& arguments, const CommonOptions& common) {
+    std::optional<Size> size;
+    if (!arguments.size.empty()) size = ParseSize(arguments.size);
+    if (size && !CanRender()) {
+        throw ToolError(ExitStatus::Usage, "this build draws no pictures (it needs embree)");
+    }
+    OpenedBlock block(arguments.file);
+    const SZVLGZvgGeoImage image = size ? Drawn(block, *size) : Stored(block);
+    WritePng(image, arguments);
+    if (common.quiet) return;
+    WriteMessage(arguments.output + ": " + std::to_string(image.width) + " x " +
+                 std::to_string(image.height) + " pixels");
+}
+
+}  // namespace
+
+void RegisterPreview(CLI::App& app, CommonOptions& common) {
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::App* const command = AddReadingCommand(
+        app, "preview", "Write the file's preview image as PNG, or draw its components anew",
+        "zvg preview house.zvg -o house.png --render 1920x1080", arguments->file);
+    command->add_option("-o,--output", arguments->output, "The PNG file to write")->required();
+    command
+        ->add_option("--render", arguments->size,
+                     "Draw a picture of this size instead of writing the stored one")
+        ->type_name("WIDTHxHEIGHT");
+    command->add_flag("--force", arguments->force, "Replace an existing output file");
+    command->callback([arguments, &common] { Preview(*arguments, common); });
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/zvg/reading/OpenedBlock.h"
+#include "tools/zvg/scene/Scene.h"
+
+/// Named values that go along with a node; all texts are UTF-8.
+using Extras = nlohmann::json;
+
+/// A node that holds others: a site, a building, a floor or a class. Groups stand behind the group
+/// that holds them.
+struct ExportGroup {
+    std::optional<std::size_t> parent;  ///< none for what the model itself holds
+    std::string name;                   ///< UTF-8
+    Extras extras;
+};
+
+struct ExportComponent {
+    std::size_t group = 0;
+    std::string name;  ///< UTF-8
+    Extras extras;     ///< GlobalId, classification, properties and so on
+};
+
+/// What is exported of a block file.
+struct ExportModel {
+    std::string name;    ///< of the file
+    std::string source;  ///< what the file says of its origin
+    std::vector<ExportGroup> groups;
+    std::vector<ExportComponent> components;
+    Scene scene;  ///< its components are those above
+    std::size_t missingGeometries = 0;
+};
+
+/// Which components are wanted; empty texts take all.
+struct ExportSelection {
+    std::optional<std::string> floor;      ///< by number or name
+    std::optional<std::string> className;  ///< on any level
+};
+
+/// Reads components and their bodies. Throws ToolError Damaged for whatever cannot be read, so
+/// that nothing is exported in part without a word, and NotFound where nothing is selected.
+ExportModel ReadExport(OpenedBlock& block, const ExportSelection& selection);

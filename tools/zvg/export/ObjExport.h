@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+#include "ZVSmartFormat/Stream.h"
+#include "tools/zvg/export/ExportModel.h"
+
+/// Writes the model as Wavefront OBJ, Y up as most programs take it: an object per component,
+/// named by its floor, class and name; triangles only. OBJ places nothing, so each placement is
+/// written out. `materialFile` is the name of the file that WriteMtl fills. Throws ToolError
+/// InputOutput above 100 million points.
+void WriteObj(const ExportModel& model, const std::string& materialFile,
+              ZVSmartFormat::CZVFTOutStream& out);
+
+/// Writes the colours that go with WriteObj.
+void WriteMtl(const ExportModel& model, ZVSmartFormat::CZVFTOutStream& out);

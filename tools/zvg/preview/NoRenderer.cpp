@@ -1,0 +1,11 @@
+#include <stdexcept>
+
+#include "tools/zvg/preview/Renderer.h"
+
+bool CanRender() {
+    return false;
+}
+
+Picture Render(const Scene&, unsigned int, unsigned int) {
+    throw std::runtime_error("this build draws no pictures (it needs embree)");
+}

@@ -1,0 +1,20 @@
+#include "tools/zvg/preview/PreviewImage.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "tools/zvg/preview/Renderer.h"
+
+std::optional<ZVSmartZvg::SZVLGZvgGeoImage> RenderPreview(const Scene& scene, unsigned int width,
+                                                          unsigned int height) {
+    const Picture picture = Render(scene, width, height);
+    if (picture.pixels.empty()) return std::nullopt;
+    ZVSmartZvg::SZVLGZvgGeoImage image;
+    image.width = picture.width;
+    image.height = picture.height;
+    image.pixels = static_cast<std::uint8_t*>(std::malloc(picture.pixels.size()));
+    if (image.pixels == nullptr) throw std::bad_alloc();
+    std::memcpy(image.pixels, picture.pixels.data(), picture.pixels.size());
+    return image;
+}

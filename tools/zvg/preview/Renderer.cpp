@@ -1,0 +1,180 @@
+#include "tools/zvg/preview/Renderer.h"
+
+#include <atomic>
+#include <optional>
+#include <thread>
+
+#include "tools/zvg/preview/Camera.h"
+#include "tools/zvg/preview/RayScene.h"
+#include "tools/zvg/preview/Shading.h"
+
+namespace {
+
+constexpr unsigned int stripRows = 8;  // pixels; what a thread draws at once
+constexpr int glassLayers = 4;
+constexpr Vec lineColour = {0.012F, 0.013F, 0.016F};
+
+/// What is seen at one place within a pixel.
+struct Sample {
+    bool hit = false;
+    SurfacePoint surface;
+    Vec point;
+};
+
+/// How strongly the border between two neighbouring samples is drawn, seen from the first.
+float LineStrength(const Sample& a, const Sample& b, float pixelSize) {
+    constexpr float outline = 0.85F, crease = 0.6F, seam = 0.45F;
+    constexpr float creaseCosine = 0.85F;  // 32 degrees: facets of round bodies stay smooth
+    if (!b.hit) return outline;
+    // A step: the other point is off this surface, and farther from the eye.
+    const float offPlane = std::fabs(Dot(b.point - a.point, a.surface.normal));
+    const float step = 12 * pixelSize * a.surface.distance;
+    const bool isStep = offPlane > step;
+    if (isStep) return a.surface.distance < b.surface.distance ? outline : 0;
+    if (Dot(a.surface.normal, b.surface.normal) < creaseCosine) return crease;
+    return a.surface.component != b.surface.component ? seam : 0;
+}
+
+/// Draws strips of rows; each strip by itself, so that any number of threads gives one picture.
+class Painter {
+  public:
+    Painter(const Camera& camera, const RayScene& rays, const Shading& shading, Picture& picture)
+        : camera(camera),
+          rays(rays),
+          shading(shading),
+          picture(picture),
+          across(picture.width * samplesAcross + 2) {}
+
+    void Paint(unsigned int firstRow) const {
+        const unsigned int rows = std::min(stripRows, picture.height - firstRow);
+        const unsigned int sampleRows = rows * samplesAcross + 2;
+        std::vector<Sample> samples(std::size_t{sampleRows} * across);
+        for (unsigned int y = 0; y < sampleRows; ++y) {
+            for (unsigned int x = 0; x < across; ++x) {
+                const Vec direction = DirectionOf(x, y, firstRow);
+                samples[std::size_t{y} * across + x] = Look(direction);
+            }
+        }
+        for (unsigned int row = 0; row < rows; ++row) {
+            for (unsigned int column = 0; column < picture.width; ++column) {
+                PaintPixel(samples, firstRow, row, column);
+            }
+        }
+    }
+
+  private:
+    /// Samples have a border of one around the picture and around each strip.
+    Vec DirectionOf(unsigned int x, unsigned int y, unsigned int firstRow) const {
+        const float column = (static_cast<float>(x) - 0.5F) / samplesAcross;
+        const float row = (static_cast<float>(y) - 0.5F) / samplesAcross;
+        return camera.Direction(column, row + static_cast<float>(firstRow));
+    }
+
+    Sample Look(Vec direction) const {
+        const auto surface = rays.FirstOpaque(camera.Position(), direction);
+        if (!surface) return {};
+        return {true, *surface, camera.Position() + direction * surface->distance};
+    }
+
+    void PaintPixel(const std::vector<Sample>& samples, unsigned int firstRow, unsigned int row,
+                    unsigned int column) const {
+        Vec light;
+        float cover = 0;
+        for (unsigned int i = 0; i < samplesPerPixel; ++i) {
+            const unsigned int x = column * samplesAcross + i % samplesAcross + 1;
+            const unsigned int y = row * samplesAcross + i / samplesAcross + 1;
+            const std::size_t at = std::size_t{y} * across + x;
+            Vec seen;
+            float share = 0;
+            if (samples[at].hit) {
+                const Vec lit = shading.Light(samples[at].surface, samples[at].point, i);
+                seen = Mix(lit, lineColour, Line(samples, at));
+                share = 1;
+            }
+            LookThrough(DirectionOf(x, y, firstRow), samples[at], seen, share);
+            light = light + seen * share;
+            cover += share;
+        }
+        Store(firstRow + row, column, light, cover);
+    }
+
+    float Line(const std::vector<Sample>& samples, std::size_t at) const {
+        float strength = 0;
+        for (const std::size_t other : {at - 1, at + 1, at - across, at + across}) {
+            strength = std::max(strength, LineStrength(samples[at], samples[other],
+                                                       camera.PixelSize() / samplesAcross));
+        }
+        return strength;
+    }
+
+    /// Lays what is transparent over what is seen behind it, `seen` with `share` of the sample.
+    void LookThrough(Vec direction, const Sample& behind, Vec& seen, float& share) const {
+        const float end = behind.hit ? behind.surface.distance - rays.Skin()
+                                     : std::numeric_limits<float>::infinity();
+        Vec front;
+        float left = 1;  // of what is behind
+        float from = 0;
+        for (int layer = 0; layer < glassLayers && from < end; ++layer) {
+            const auto glass = rays.FirstTransparent(camera.Position(), direction, from, end);
+            if (!glass) break;
+            const float hides = shading.GlassShare(*glass);
+            front = front + shading.GlassLight(*glass) * (left * hides);
+            left *= 1 - hides;
+            from = glass->distance + rays.Skin();
+        }
+        if (left == 1) return;
+        const float together = 1 - left + left * share;
+        seen = (front + seen * (left * share)) * (1 / together);
+        share = together;
+    }
+
+    void Store(unsigned int row, unsigned int column, Vec light, float cover) const {
+        if (cover <= 0) return;
+        std::uint8_t* const pixel =
+            picture.pixels.data() + (std::size_t{row} * picture.width + column) * 4;
+        const float values[3] = {light.x / cover, light.y / cover, light.z / cover};
+        for (int channel = 0; channel < 3; ++channel) {
+            pixel[channel] = static_cast<std::uint8_t>(std::lround(Encoded(values[channel]) * 255));
+        }
+        pixel[3] = static_cast<std::uint8_t>(std::lround(cover / samplesPerPixel * 255));
+    }
+
+    const Camera& camera;
+    const RayScene& rays;
+    const Shading& shading;
+    Picture& picture;
+    unsigned int across;  ///< samples in a row
+};
+
+void PaintAll(const Painter& painter, unsigned int height) {
+    std::atomic<unsigned int> next = 0;
+    const auto work = [&] {
+        for (unsigned int row = next.fetch_add(stripRows); row < height;
+             row = next.fetch_add(stripRows)) {
+            painter.Paint(row);
+        }
+    };
+    constexpr unsigned int mostThreads = 16;
+    const unsigned int threads = std::clamp(std::thread::hardware_concurrency(), 1U, mostThreads);
+    std::vector<std::jthread> workers;
+    for (unsigned int i = 1; i < threads; ++i) workers.emplace_back(work);
+    work();
+}
+
+}  // namespace
+
+bool CanRender() {
+    return true;
+}
+
+Picture Render(const Scene& scene, unsigned int width, unsigned int height) {
+    const SceneBox box = BoxOf(scene);
+    if (box.IsEmpty()) return {};
+    const Camera camera(scene, box, width, height);
+    const RayScene rays(scene, camera.Center(), camera.Radius());
+    const Shading shading(scene, rays, camera);
+    Picture picture = {width, height, {}};
+    picture.pixels.resize(std::size_t{width} * height * 4);
+    PaintAll(Painter(camera, rays, shading, picture), height);
+    return picture;
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "tools/zvg/scene/Scene.h"
+
+/// Rows of red, green, blue and alpha, top row first; alpha is not multiplied in.
+struct Picture {
+    unsigned int width = 0, height = 0;
+    std::vector<std::uint8_t> pixels;
+};
+
+/// Whether this build can draw; it needs a ray tracer.
+bool CanRender();
+
+/// Draws a three-quarter view of the whole scene on a transparent ground: ambient light that is
+/// weaker where surroundings hide the sky (ambient occlusion), a key light with soft shadows, and
+/// lines where surfaces or components end. Nothing is random: the same scene and size give the
+/// same bytes. Width and height are 1 to 8192. A scene without anything to show gives an empty
+/// picture, 0 × 0. Throws std::runtime_error where the ray tracer fails.
+Picture Render(const Scene& scene, unsigned int width, unsigned int height);

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "ZVSmartZvg/Comp.h"
+#include "tools/zvg/reading/OpenedBlock.h"
+#include "tools/zvg/scene/RecordWalk.h"
+#include "tools/zvg/scene/SceneBuilder.h"
+
+/// Reads the bodies of a block file's components into a scene. Each stored geometry is read once.
+///
+/// Untrusted files are safe: walks end (see WalkPlacements), and memory stays in proportion to
+/// the decoded geometries and to the number of placements, which has a limit.
+class SceneReader {
+  public:
+    /// `block` is borrowed.
+    explicit SceneReader(OpenedBlock& block) : block(block) {}
+
+    /// Adds a component with its body; components are numbered in the order in which they come.
+    /// Throws ToolError Damaged for a geometry that cannot be decoded, and for more placements
+    /// than a scene can have. A name under which no geometry is stored is counted and left out.
+    void Add(const ZVSmartZvg::SZVLGZvgComp& comp);
+
+    /// The number of different names that led to no stored geometry.
+    std::size_t MissingGeometries() const { return missing; }
+
+    Scene Take() { return builder.Take(); }
+
+  private:
+    struct Stored {
+        bool there = false;
+        std::optional<std::size_t> shape;
+        NamedPlacements placements;
+    };
+
+    const Stored& Read(const std::wstring& name);
+    bool ReadGeo(const std::wstring& name, ZVSmartZvg::SZVLGZvgGeo& geo);
+    bool IsIdentification(const std::wstring& name);
+    std::size_t OwnLook(const ZVSmartZvg::SZVLGZvgComp& comp);
+
+    OpenedBlock& block;
+    SceneBuilder builder;
+    std::unordered_map<std::wstring, Stored> storedByName;
+    std::optional<std::unordered_set<std::wstring>> identifications;  ///< filled when asked for
+    std::size_t missing = 0;
+};
