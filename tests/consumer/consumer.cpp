@@ -1,3 +1,5 @@
 #include <ZVSmartZvg/ZVSmartZvg.h>
 
-int main() { return ZVSmartZvg::CZVLGBlockSaver::Test() ? 0 : 1; }
+int main() {
+    return ZVSmartZvg::CZVLGBlockSaver::Test() ? 0 : 1;
+}
