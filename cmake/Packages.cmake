@@ -30,7 +30,8 @@ set(CPACK_DEBIAN_DEV_DESCRIPTION "block files of building models: headers and bu
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME zvg)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
-set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS
-    "libzvsmartzvg${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
+get_property(toolPackages GLOBAL PROPERTY ZVG_TOOL_PACKAGES)
+list(PREPEND toolPackages "libzvsmartzvg${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
+list(JOIN toolPackages ", " CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS)
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION "block files of building models: command-line tool")
 include(CPack)
