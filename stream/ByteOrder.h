@@ -36,7 +36,7 @@ Unsigned LoadBigEndian(const u8* bytes) {
 /// `byteCount` bytes of numbers as wide as `Unsigned`, to `values`, whatever their own type.
 template <class Unsigned>
 void LoadBigEndianArray(const u8* bytes, u64 byteCount, void* values) {
-    u8* const out = static_cast<u8*>(values);
+    auto* const out = static_cast<u8*>(values);
     for (u64 i = 0; i < byteCount; i += sizeof(Unsigned)) {
         const Unsigned value = LoadBigEndian<Unsigned>(bytes + i);
         std::memcpy(out + i, &value, sizeof value);

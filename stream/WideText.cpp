@@ -91,8 +91,9 @@ bool LoadVectors(const u8* bytes, std::size_t unitCount, wchar_t* out) {
     typename Vector::Flags surrogates = LoadVector<Vector>(bytes + 2 * last, out + last);
     for (std::size_t i = 0; i < last; i += Vector::count)
         surrogates |= LoadVector<Vector>(bytes + 2 * i, out + i);
-    const typename Vector::Flags none = {};
-    return std::memcmp(&surrogates, &none, sizeof none) != 0;
+    bool any = false;
+    for (std::size_t i = 0; i < Vector::count; ++i) any = any || surrogates[i] != 0;
+    return any;
 }
 
 bool LoadUnits(const u8* bytes, std::size_t unitCount, wchar_t* out) {
