@@ -1,10 +1,10 @@
 // Files whose blocks hold anything. The mutator works on decoded blocks and compresses them
 // again, so that what it changes gets past the checksums to the decoders of records.
 
-#include "hostile_support.h"
+#include "support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
-    Hostile::Exercise(Hostile::Bytes(data, data + size), 64 << 20);
+    support::Exercise(support::Bytes(data, data + size));
     return 0;
 }
 
@@ -18,17 +18,17 @@ extern "C" std::size_t LLVMFuzzerMutate(unsigned char* data, std::size_t size, s
 extern "C" std::size_t LLVMFuzzerCustomMutator(unsigned char* data, std::size_t size,
                                                std::size_t most, unsigned int seed) {
     std::minstd_rand random(seed);
-    Hostile::Parts parts;
-    if (random() % 16 == 0 || !Hostile::TakeApart(Hostile::Bytes(data, data + size), parts))
+    support::Parts parts;
+    if (random() % 16 == 0 || !support::TakeApart(support::Bytes(data, data + size), parts))
         return LLVMFuzzerMutate(data, size, most);
     const auto blocks = parts.Blocks();
-    Hostile::Block& block = *blocks[random() % blocks.size()];
+    support::Block& block = *blocks[random() % blocks.size()];
     const std::size_t contentSize = block.content.size();
     block.content.resize(contentSize + 256);
     block.content.resize(LLVMFuzzerMutate(block.content.data(), contentSize, block.content.size()));
     block.encoded.clear();
     if (random() % 8 == 0) parts.head[1].bytes[3] = static_cast<unsigned char>(random() % 5);
-    const Hostile::Bytes file = Hostile::PutTogether(parts);
+    const support::Bytes file = support::PutTogether(parts);
     if (file.size() > most) return LLVMFuzzerMutate(data, size, most);
     std::copy(file.begin(), file.end(), data);
     return file.size();

@@ -4,11 +4,11 @@
 #include <cstring>
 #include <map>
 
-#include "hostile_support.h"
+#include "support.h"
 
 namespace {
 
-using namespace Hostile;
+using namespace support;
 
 /// Hands the input out piece by piece; zeros behind its end.
 class Choices {
@@ -110,24 +110,20 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     std::map<std::pair<std::wstring, std::wstring>, std::string> comps;
     const unsigned int version = 2 + choices.Byte() % 3U;
     const unsigned int geosPerBlock = 1 + choices.Byte() % 4U;
-    const Bytes file = Written(
-        {[&](CZVLGBlockSaver& saver, CZVFTOutStream& out) {
-            saver.Init(&out, {}, "", geosPerBlock);
-            for (int calls = 0; choices.AnyLeft() && calls < 40; ++calls) {
-                if (choices.Byte() % 2 != 0) {
-                    const std::wstring key = choices.Text();
-                    const SZVLGZvgGeo geo = ChosenGeo(choices);
-                    saver.AddIdentificationGeo(key, geo);
-                    if (!key.empty()) geos.try_emplace(key, Dump(geo));
-                } else {
-                    const SZVLGZvgComp comp = ChosenComp(choices);
-                    saver.AddComp(comp);
-                    comps.try_emplace({comp.classLevel1Name, comp.compGuidName.name}, Dump(comp));
-                }
+    const Bytes file = Saved(version, geosPerBlock, [&](CZVLGBlockSaver& saver) {
+        for (int calls = 0; choices.AnyLeft() && calls < 40; ++calls) {
+            if (choices.Byte() % 2 != 0) {
+                const std::wstring key = choices.Text();
+                const SZVLGZvgGeo geo = ChosenGeo(choices);
+                saver.AddIdentificationGeo(key, geo);
+                if (!key.empty()) geos.try_emplace(key, Dump(geo));
+            } else {
+                const SZVLGZvgComp comp = ChosenComp(choices);
+                saver.AddComp(comp);
+                comps.try_emplace({comp.classLevel1Name, comp.compGuidName.name}, Dump(comp));
             }
-            saver.WriteEnd();
-        }},
-        version);
+        }
+    });
 
     CZVFTReadBufferInStream in(file.data(), file.size());
     std::vector<SZVLGBlockFinding> findings;

@@ -1,8 +1,8 @@
 // Any bytes as a file: everything is asked and verified.
 
-#include "hostile_support.h"
+#include "support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
-    Hostile::Exercise(Hostile::Bytes(data, data + size), 64 << 20);
+    support::Exercise(support::Bytes(data, data + size));
     return 0;
 }

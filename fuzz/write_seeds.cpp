@@ -3,11 +3,11 @@
 #include <filesystem>
 #include <fstream>
 
-#include "hostile_support.h"
+#include "support.h"
 
 namespace {
 
-using namespace Hostile;
+using namespace support;
 
 void WriteSeed(const std::filesystem::path& path, const Bytes& bytes) {
     std::filesystem::create_directories(path.parent_path());
@@ -22,14 +22,12 @@ int main(int argc, char** argv) {
     const std::filesystem::path folder = argv[1];
     for (unsigned int version = 0; version <= 4; ++version) {
         const std::string name = "sample-version-" + std::to_string(version);
-        Parts parts;
-        if (!TakeApart(SampleFile(version), parts)) return 1;
+        Parts parts = PartsOf(SampleFile(version));
         WriteSeed(folder / "file" / name, PutTogether(parts));
         for (Block* const block : parts.Blocks()) block->encoded.clear();
         WriteSeed(folder / "blocks" / name, PutTogether(parts));
     }
-    const std::vector<SaverStep> empty = {SampleSteps().front(), SampleSteps().back()};
-    WriteSeed(folder / "file" / "empty", Written(empty, 4));
+    WriteSeed(folder / "file" / "empty", Saved(4, 0, [](CZVLGBlockSaver&) {}));
     Bytes calls;
     for (u32 i = 0; i < 600; ++i) calls.push_back(static_cast<u8>(i * i / 7));
     WriteSeed(folder / "calls" / "mixed", calls);

@@ -1,5 +1,7 @@
 // The coder: what its bytes are, what it refuses, and that damage is seen.
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <random>
@@ -11,13 +13,6 @@ namespace {
 
 using namespace support;
 using ZVSmartLzma::CZVFTEncodeOpt;
-
-Bytes Encoded(const Bytes& content, const CZVFTEncodeOpt* opt = nullptr) {
-    return Streamed([&](CZVFTOutStream& out) {
-        CZVFTReadBufferInStream in(content.data(), content.size());
-        EXPECT_TRUE(CZVFTLzmaTool::Encode(&in, &out, opt));
-    });
-}
 
 bool Decodes(const Bytes& encoded, Bytes& content, u64 limit = 0xFFFFFFFF) {
     bool ok = false;
@@ -158,13 +153,12 @@ TEST(Coder, PayloadCutOutOfAFileOpensAsPlainXz) {
     if (std::system("xz --version > /dev/null 2>&1") != 0) GTEST_SKIP() << "no xz here";
     const Bytes file =
         Saved(4, 0, [](CZVLGBlockSaver& saver) { saver.AddIdentificationGeo(L"k", FullGeo()); });
-    const Parts parts(file);
+    const Parts parts = PartsOf(file);
     const std::string path = testing::TempDir() + "zvg_coder_test_payload";
-    for (const auto& [at, content] : {std::make_pair(parts.geoSection.at[0], parts.geoBlocks[0]),
-                                      std::make_pair(parts.indexPos, parts.index)}) {
+    for (const auto& [content, encoded] : {parts.geoBlocks.at(0), parts.index}) {
         ZVSmartFormat::CZVFTFileOutStream out(path + ".xz");
         ASSERT_TRUE(out.Open());
-        out.Write(file.data() + at + 4, BlockEnd(file, at) - at - 4);
+        out.Write(encoded.data(), encoded.size());
         out.Close();
         ASSERT_EQ(std::system(("xz -d -f " + path + ".xz").c_str()), 0);
         ZVSmartFormat::CZVFTFileInStream in(path);

@@ -11,13 +11,13 @@
 #include <random>
 
 #include "alloc_hooks.h"
-#include "hostile_support.h"
+#include "support.h"
 
-namespace Hostile {
 namespace {
 
+using namespace support;
+
 constexpr std::size_t stepCount = 9;
-constexpr std::size_t mebibyte = 1 << 20;
 
 /// Calls that may fail as the library does. False where one did.
 template <class Call>
@@ -133,8 +133,7 @@ TEST(Faults, AllocationsInWriting) {
 
 TEST(Faults, AllocationsInReading) {
     const Bytes file = SampleFile(4);
-    CZVFTReadBufferInStream pristine(file.data(), file.size());
-    const std::vector<std::string> right = Answers(pristine);
+    const std::vector<std::string> right = Answers(file);
     WithEveryAllocationFailing([&](long n, bool forGood) {
         CZVFTReadBufferInStream in(file.data(), file.size());
         std::optional<CZVLGBlockReader> reader;
@@ -220,8 +219,7 @@ struct FaultyInStream : CZVFTReadBufferInStream {
 
 TEST(Faults, FailingInStream) {
     const Bytes file = SampleFile(4);
-    CZVFTReadBufferInStream pristine(file.data(), file.size());
-    const std::vector<std::string> right = Answers(pristine);
+    const std::vector<std::string> right = Answers(file);
     for (const auto kind :
          {FaultyInStream::shortRead, FaultyInStream::failingRead, FaultyInStream::throwingSeek}) {
         long n = 0;
@@ -274,24 +272,20 @@ TEST(Faults, NestedAMillionDeep) {
     constexpr std::pair<bool, bool> shapes[] = {{false, false}, {true, false}, {false, true}};
     for (const auto& [isAhead, isBehind] : shapes) {
         auto geo = std::make_unique<SZVLGZvgGeo>(NestedGeo(1'000'000, isAhead, isBehind));
-        const Bytes file = Written({SampleSteps()[0],
-                                    [&](CZVLGBlockSaver& saver, CZVFTOutStream&) {
-                                        saver.AddIdentificationGeo(L"a", *geo);
-                                    },
-                                    SampleSteps()[6], SampleSteps()[8]},
-                                   4);
+        const Bytes file = Saved(4, 0, [&](CZVLGBlockSaver& saver) {
+            saver.AddIdentificationGeo(L"a", *geo);
+            saver.AddIdentificationGeo(L"b", SampleGeo(2));
+        });
         const std::vector<std::size_t> stored = ShapeOf(*geo);
         auto moved = std::make_unique<SZVLGZvgGeo>(std::move(*geo));
         geo.reset();
         EXPECT_EQ(ShapeOf(SZVLGZvgGeo(*moved)), stored);
-        CZVFTReadBufferInStream in(file.data(), file.size());
-        CZVLGBlockReader reader;
-        ASSERT_TRUE(reader.Init(&in));
+        Opened opened(file);
         SZVLGZvgGeo read;
-        EXPECT_TRUE(reader.GetGeoByIndex({0, 1}, read));
+        EXPECT_TRUE(opened.reader.GetGeoByIndex({0, 1}, read));
         EXPECT_EQ(Dump(read), Dump(SampleGeo(2)));
         *moved = SZVLGZvgGeo();
-        EXPECT_TRUE(reader.GetGeoByIndex({0, 0}, *moved));
+        EXPECT_TRUE(opened.reader.GetGeoByIndex({0, 0}, *moved));
         EXPECT_EQ(ShapeOf(*moved), stored);
     }
 }
@@ -318,11 +312,10 @@ void AskForHugeDictionary(Bytes& encoded) {
 
 TEST(Faults, BombsDoNotDecode) {
     constexpr std::size_t limit = mebibyte;
-    Parts parts;
-    ASSERT_TRUE(TakeApart(SampleFile(4), parts));
+    const Parts parts = PartsOf(SampleFile(4));
     const Block large = {{}, Encoded(Bytes(64 * mebibyte))};
     for (std::size_t kind = 0; kind < 2; ++kind)
-        for (std::size_t i = 0; i < parts.Blocks().size(); ++i) {
+        for (std::size_t i = 0; i < 5; ++i) {
             Parts bomb = parts;
             Block& block = *bomb.Blocks()[i];
             if (kind == 0) block = large;
@@ -333,7 +326,7 @@ TEST(Faults, BombsDoNotDecode) {
             CZVFTReadBufferInStream in(file.data(), file.size());
             CZVLGBlockReader reader;
             reader.SetDecodedBlockLimit(limit);
-            EXPECT_EQ(reader.Init(&in), i + 1 < parts.Blocks().size());
+            EXPECT_EQ(reader.Init(&in), i != 4);
             EXPECT_EQ(reader.GetGeoNumInBlock(0) == 0, i == 0 || i == 4);
             EXPECT_EQ(reader.GetGeoNumInBlock(1) == 0, i == 1 || i == 4);
             EXPECT_EQ(reader.GetFloorCompNum(0) == 0, i == 2 || i == 4);
@@ -393,4 +386,3 @@ TEST(Faults, MoreThan32BitsCount) {
 }
 
 }  // namespace
-}  // namespace Hostile

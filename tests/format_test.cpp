@@ -1,6 +1,8 @@
 // The format, byte by byte: what is written is compared with bytes worked out by hand from the
 // layout, and the same bytes are read and written again.
 
+#include <gtest/gtest.h>
+
 #include <functional>
 
 #include "support.h"
@@ -20,7 +22,7 @@ TEST(Format, EmptyFile) {
     EXPECT_EQ(ToHex(Slice(file, 0, 52)),
               Plain("7A 76 67 62 6C 6F 63 6B 00 00000004 00000000 00000000 00 00000027"
                     "00 0000000D 00000000 0000000D 00 0000000D 00000000 0000000D"));
-    EXPECT_EQ(ToHex(Decoded(file, 52)), Plain("00 0000000D 00000000 0000000D 00000000"));
+    EXPECT_EQ(ToHex(PartsOf(file).index.content), Plain("00 0000000D 00000000 0000000D 00000000"));
 }
 
 TEST(Format, Head) {
@@ -109,7 +111,7 @@ TEST(Format, OffsetWidthsAtTheirBoundaries) {
         geo.blobs = {SomeBlob(each.tableOffset - 43)};
         const Bytes file =
             Saved(3, 0, [&](CZVLGBlockSaver& saver) { saver.AddIdentificationGeo(L"k", geo); });
-        const Bytes block = Parts(file).geoBlocks.at(0);
+        const Bytes block = PartsOf(file).geoBlocks.at(0).content;
         EXPECT_EQ(ToHex(Slice(block, 0, 13)), Plain(each.head));
         EXPECT_EQ(ToHex(Slice(block, each.tableOffset, block.size())), each.table);
         EXPECT_TRUE(Opened(file).reader.GetGeoByIdentification(L"k", read));
@@ -265,7 +267,7 @@ Bytes FullCompFile(unsigned int version) {
     const Bytes rows = Section({FromHex("00000001 0069 00000001 0074 00000000"),
                                 FromHex("00000004 006E006F006E0065 00000001 006A 00000001 0075")});
     const Bytes floor = FromHex("00000001 0046 00000002 0102030405060708 0000000000000009") +
-                        Block(Section({entry}) + rows);
+                        Framed(Section({entry}) + rows);
     const Bytes owners = Section(
         {FromHex("00000001 006F 00000001 0061 C0 00000001 0062 00000001 0073 00000001 0063")});
     const Bytes level4 = Section({FromHex("00000001 0034 00000044 0400" + flags2 + "0B") + owners});
@@ -312,12 +314,12 @@ TEST(Format, EntryAndOwnerFlags) {
         SZVLGZvgComp comp, read;
         each.change(comp);
         const Bytes file = Saved(4, 0, [&](CZVLGBlockSaver& saver) { saver.AddComp(comp); });
-        const Parts parts(file);
+        const Parts parts = PartsOf(file);
         // Behind a section's head and the name "none".
-        EXPECT_EQ(ToHex(Slice(parts.floorBlocks.at(0), 25, 26)), each.entry);
+        EXPECT_EQ(ToHex(Slice(parts.floors.at(0).block.content, 25, 26)), each.entry);
         // Behind the heads and fields of the nameless rows of levels 2 to 4, then the owner's own.
         const std::size_t owner = 13 + 8 + 13 + 8 + 13 + 8 + 6 + 13;
-        EXPECT_EQ(ToHex(Slice(parts.index, owner + 16, owner + 17)), each.owner);
+        EXPECT_EQ(ToHex(Slice(parts.index.content, owner + 16, owner + 17)), each.owner);
         ASSERT_TRUE(Opened(file).reader.GetCompByIndex({0, 0}, read));
         EXPECT_EQ(read.ownerTextB + read.ownerTextC, comp.ownerTextB + comp.ownerTextC);
         EXPECT_EQ(read.ownerSecondGuidName, comp.ownerSecondGuidName);
@@ -330,7 +332,7 @@ TEST(Format, IdentificationsStandInTheOrderOfTheirUnits) {
     const Bytes file = Saved(4, 0, [&](CZVLGBlockSaver& saver) {
         for (const std::wstring& key : keys) saver.AddIdentificationGeo(key, SZVLGZvgGeo());
     });
-    EXPECT_EQ(ToHex(Parts(file).index),
+    EXPECT_EQ(ToHex(PartsOf(file).index.content),
               Plain("00 0000000D 00000000 0000000D 00000006"
                     "00000001 0042 00000000 00000005 00000001 0061 00000000 00000004"
                     "00000002 00610061 00000000 00000003 00000001 0062 00000000 00000001"

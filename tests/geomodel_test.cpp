@@ -2,10 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,14 +14,14 @@
 #include "ZVIM/Shell.h"
 #include "ZVIM/Transf.h"
 #include "ZVIM/Visual.h"
-#include "ZVSmartFormat/MemoryStream.h"
-#include "ZVSmartFormat/StreamException.h"
+#include "support.h"
 
 namespace {
 
 using namespace ZVIM::GeometryPrimitiveResource;
 using namespace ZVIM::GeometryModelResource;
-using Bytes = std::vector<unsigned char>;
+using support::Bytes;
+using support::Streamed;
 using LenientStream = ZVSmartFormat::CZVFTReadBufferInStream;
 
 constexpr double pi = 3.14159265358979323846;
@@ -41,13 +40,10 @@ class StrictStream : public LenientStream {
 
 template <class Object>
 Bytes Written(const Object& object) {
-    ZVSmartFormat::AllocBuffer buffer;
-    ZVSmartFormat::CZVFTAllocBufferOutStream stream(&buffer);
-    ZVSmartSerial::CZVFTSerialWriter writer(&stream);
-    object.WriteSerial(&writer, 1);
-    const Bytes bytes(buffer.data, buffer.data + stream.GetPos());
-    std::free(buffer.data);
-    return bytes;
+    return Streamed([&](ZVSmartFormat::CZVFTOutStream& stream) {
+        ZVSmartSerial::CZVFTSerialWriter writer(&stream);
+        object.WriteSerial(&writer, 1);
+    });
 }
 
 /// Reads as some version of the future and says how many bytes that took.
@@ -60,16 +56,11 @@ std::size_t Read(const Bytes& bytes, Object& object) {
 }
 
 /// Hex digits in groups: 4 digits are a double's sign, exponent and first bits, the rest zero.
-Bytes FromHex(const std::string& text) {
-    Bytes bytes;
-    for (std::size_t i = 0; i < text.size();) {
-        const std::size_t end = std::min(text.find(' ', i), text.size());
-        for (std::size_t at = i; at < end; at += 2)
-            bytes.push_back(static_cast<unsigned char>(std::stoi(text.substr(at, 2), nullptr, 16)));
-        if (end - i == 4) bytes.insert(bytes.end(), 6, 0);
-        i = end + 1;
-    }
-    return bytes;
+Bytes FromGroups(const std::string& text) {
+    std::string hex, group;
+    for (std::istringstream groups(text); groups >> group;)
+        hex += group + std::string(group.size() == 4 ? 12 : 0, '0');
+    return support::FromHex(hex);
 }
 
 /// `object` holds 1, 2, 3 … as doubles, in the order of the layout. `offsetsOfCounts` are where
@@ -78,18 +69,19 @@ template <class Object>
 void ExpectLayout(const Object& object, const std::string& hex,
                   const std::vector<std::size_t>& offsetsOfCounts = {}) {
     SCOPED_TRACE(hex);
-    const Bytes bytes = FromHex(hex);
+    const Bytes bytes = FromGroups(hex);
     EXPECT_EQ(Written(object), bytes);
     Object copy;
     EXPECT_EQ(Read(bytes, copy), bytes.size());
     EXPECT_EQ(Written(copy), bytes);
     for (std::size_t length = 0; length < bytes.size(); ++length) {
-        const Bytes prefix(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length));
-        EXPECT_THROW(Read(prefix, copy), ZVSmartFormat::CZVFTStreamException) << length;
+        EXPECT_THROW(Read(support::Slice(bytes, 0, length), copy),
+                     ZVSmartFormat::CZVFTStreamException)
+            << length;
     }
     for (const std::size_t offset : offsetsOfCounts) {
         Bytes oversized = bytes;
-        std::fill_n(oversized.begin() + static_cast<std::ptrdiff_t>(offset), 4, 0xFF);
+        support::SetU32(oversized, offset, 0xFFFFFFFF);
         // This stream does not throw by itself: the count is refused before it is used.
         EXPECT_THROW(Read<LenientStream>(oversized, copy), ZVSmartFormat::CZVFTStreamException)
             << offset;

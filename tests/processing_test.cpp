@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 #include <map>
 #include <random>
@@ -13,8 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "ZVSmartFormat/MemoryStream.h"
-#include "ZVSmartZvg/ZVSmartZvg.h"
+#include "support.h"
 
 namespace {
 
@@ -136,7 +134,6 @@ TEST(Outline, ManyEdgesInAnyOrder) {
 /// A saver that writes to memory.
 struct Building {
     Building() { saver.Init(&out, {}); }
-    ~Building() { std::free(buffer.data); }
 
     bool Relate(const SZVLGParamCylinderFace& face, SZVLGZvgGeoRelInclude& rel) {
         return saver.GetRelIncludeByCylinderFace(face, rel);
@@ -165,8 +162,8 @@ struct Building {
         EXPECT_EQ(rel.transform, before);
     }
     CZVLGBlockSaver saver;
-    ZVSmartFormat::AllocBuffer buffer;
-    ZVSmartFormat::CZVFTAllocBufferOutStream out{&buffer};
+    support::OwnedBuffer buffer;
+    support::CZVFTAllocBufferOutStream out{&buffer};
 };
 
 CZVIMPosition At(const CZVIMTransf& frame, double radius, double angle, double height) {
@@ -332,7 +329,7 @@ TEST(ParamFace, SharedGeometryLiesOnTheFace) {
     }
 
     building.saver.WriteEnd();
-    ZVSmartFormat::CZVFTReadBufferInStream in(building.buffer.data, building.out.GetPos());
+    support::CZVFTReadBufferInStream in(building.buffer.data, building.out.GetPos());
     CZVLGBlockReader reader;
     ASSERT_TRUE(reader.Init(&in));
     EXPECT_LT(reader.GetGeoIdentificationNum(), placed.size() / 2);  // they do share

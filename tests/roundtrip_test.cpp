@@ -1,6 +1,8 @@
 // Whole files: what is read back and written again is the same file, whatever the version, the
 // place in the stream and the stream; records that copy and move.
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
 
 #include "ZVSmartFormat/FileStream.h"
@@ -173,9 +175,6 @@ TEST(Records, OwnTheirBuffers) {
     CheckOwnership([] { return SomeBlob(8); }, &SZVLGZvgGeoBlob::data, &SZVLGZvgGeoBlob::dataSize);
     CheckOwnership([] { return SomeImage(2, 1); }, &SZVLGZvgGeoImage::pixels,
                    &SZVLGZvgGeoImage::width);
-    SZVLGZvgGeoImage wrapping;
-    wrapping.width = wrapping.height = 0x10001;
-    EXPECT_EQ(wrapping.PixelBytes(), 0x80004U) << "in 32 bits";
 
     // A record takes over one that lies inside itself.
     SZVLGZvgGeo geo = FullGeo(), copy = geo;

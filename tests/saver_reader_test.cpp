@@ -1,6 +1,8 @@
 // Saver and reader: where records go, what is kept decoded, and what is left when something is
 // wrong.
 
+#include <gtest/gtest.h>
+
 #include <functional>
 
 #include "ZVSmartFormat/FileStream.h"
@@ -72,7 +74,7 @@ TEST(Routing, RepeatedIdentifications) {
     EXPECT_EQ(reader.GetGeoBlockNum(), 2U);
     EXPECT_EQ(reader.GetGeoNumInBlock(0), 2U);
     EXPECT_EQ(reader.GetGeoNumInBlock(1), 2U);
-    EXPECT_EQ(NumberAt(Parts(file).index, 13), 3U) << "each once in the file itself";
+    EXPECT_EQ(NumberAt(PartsOf(file).index.content, 13), 3U) << "each once in the file itself";
     EXPECT_EQ(Place(reader, L"a"), Pair(0, 0));
     EXPECT_EQ(Place(reader, L"c"), Pair(1, 1));
     const u64 values[] = {0, 2, 3, 5};
@@ -192,9 +194,9 @@ TEST(Reader, AnswersNeutrallyWhenNotOpen) {
     unopened.GetAllFloorName(names);
     EXPECT_TRUE(names.empty());
 
-    Bytes file = SmallFile();
-    file[Parts(file).indexPos + 20] ^= 1;
-    file = Bytes(5) + file;
+    Parts parts = PartsOf(SmallFile());
+    parts.index.encoded[16] ^= 1;
+    const Bytes file = Bytes(5) + PutTogether(parts);
     CZVFTReadBufferInStream in(file.data(), file.size());
     in.Seek(5);
     CZVLGBlockReader reader;
@@ -217,17 +219,16 @@ TEST(Reader, AnswersNeutrallyWhenNotOpen) {
 }
 
 TEST(Reader, ABlockThatDoesNotDecodeIsNotThere) {
-    Bytes file = SmallFile();
-    const Parts parts(file);
-    std::size_t total = parts.index.size();
-    for (const auto* blocks : {&parts.geoBlocks, &parts.floorBlocks})
-        for (const Bytes& block : *blocks) total += block.size();
-    EXPECT_EQ(Opened(file).reader.GetEstimatedDataSize(), total);
-    file[parts.geoSection.at[1] + 4] ^= 1;
-    file[parts.floorSection.at[0] + 24 + 2 + 4] ^= 1;
-    Opened opened(file);
+    Parts parts = PartsOf(SmallFile());
+    std::size_t total = 0;
+    for (const Block* const block : parts.Blocks()) total += block->content.size();
+    EXPECT_EQ(Opened(SmallFile()).reader.GetEstimatedDataSize(), total);
+    Block &geoBlock = parts.geoBlocks.at(1), &floorBlock = parts.floors.at(0).block;
+    geoBlock.encoded[0] ^= 1;
+    floorBlock.encoded[0] ^= 1;
+    Opened opened(PutTogether(parts));
     EXPECT_EQ(opened.reader.GetEstimatedDataSize(),
-              total - parts.geoBlocks[1].size() - parts.floorBlocks[0].size());
+              total - geoBlock.content.size() - floorBlock.content.size());
     SZVLGZvgGeo geo;
     SZVLGZvgComp comp;
     for (int again = 0; again < 2; ++again) {
@@ -260,7 +261,7 @@ TEST(Reader, TakesTheFileAsItStands) {
         "00000000 0000 00000000");
     const Bytes row = FromHex("00000001 0072 00000000 00000000");
     const Bytes floor = FromHex("00000001 0046 00000000 0000000000000000 0000000000000000") +
-                        Block(Section({entry}) + Section({row}));
+                        Framed(Section({entry}) + Section({row}));
     Opened opened(FileOf(4, {geos}, {floor}, index));
     ASSERT_TRUE(opened.ok);
     EXPECT_EQ(Place(opened.reader, L"b"), Pair(0, 0)) << "the first counts";

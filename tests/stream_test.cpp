@@ -1,5 +1,7 @@
 // Streams and the values on them: growth, bounds, exact texts, literal bytes.
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
 #include <limits>
 

@@ -1,5 +1,7 @@
 // The tables that components share, what their references lead to, and displacement settings.
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
 
 #include "ZVSmartFormat/FileStream.h"
@@ -75,7 +77,7 @@ TEST(Tables, TheFirstRowStandsAndADroppedComponentLeavesItsClasses) {
         }
         EXPECT_FALSE(saver.IsHaveIdentificationGeo(L"k"));
     });
-    EXPECT_EQ(Table(Parts(file).index, 0).count, 2U);
+    EXPECT_EQ(Table(PartsOf(file).index.content, 0).count, 2U);
     const std::vector<SZVLGZvgComp> comps = AllComps(file);
     ASSERT_EQ(comps.size(), 3U);
     for (u32 i = 0; i < 3; ++i) {
@@ -133,7 +135,7 @@ TEST(References, RowsAndWhereTheyLead) {
             saver.AddComp(comp);
             EXPECT_EQ(saver.IsHaveIdentificationGeo(each.identification), named);
         });
-        const Bytes block = Parts(file).floorBlocks.at(0);
+        const Bytes block = PartsOf(file).floors.at(0).block.content;
         EXPECT_EQ(Table(block, Table(block, 0).end).count, each.stored);
         Opened opened(file);
         ASSERT_TRUE(opened.reader.GetCompByIndex({0, 0}, read));

@@ -9,10 +9,11 @@
 #include <thread>
 
 #include "ZVSmartFormat/FileStream.h"
-#include "hostile_support.h"
+#include "support.h"
 
-namespace Hostile {
 namespace {
+
+using namespace support;
 
 TEST(Threads, EightReadersAndASaver) {
     constexpr int rounds = 1000;
@@ -21,8 +22,7 @@ TEST(Threads, EightReadersAndASaver) {
         std::filesystem::temp_directory_path() / ("zvg-threads-" + std::to_string(getpid()));
     std::ofstream(path, std::ios::binary)
         .write(reinterpret_cast<const char*>(file.data()), std::streamsize(file.size()));
-    CZVFTReadBufferInStream memory(file.data(), file.size());
-    const std::vector<std::string> right = Answers(memory);
+    const std::vector<std::string> right = Answers(file);
 
     std::atomic<int> readersLeft{8}, mistakes{0};
     std::vector<std::thread> threads;
@@ -36,9 +36,7 @@ TEST(Threads, EightReadersAndASaver) {
     threads.emplace_back([&] {
         for (bool isFast = true; readersLeft != 0; isFast = !isFast) {
             CZVLGBlockSaver().SetEncodeFastMod(isFast);
-            const Bytes written = SampleFile(4);
-            CZVFTReadBufferInStream in(written.data(), written.size());
-            mistakes += Answers(in) != right;
+            mistakes += Answers(SampleFile(4)) != right;
         }
     });
     for (std::thread& thread : threads) thread.join();
@@ -48,4 +46,3 @@ TEST(Threads, EightReadersAndASaver) {
 }
 
 }  // namespace
-}  // namespace Hostile

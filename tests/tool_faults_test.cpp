@@ -1,0 +1,219 @@
+// Runs the built tool where its output, its memory or its import child fails, and on hostile text.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "ZVSmartFormat/FileStream.h"
+#include "ZVSmartZvg/ZVSmartZvg.h"
+
+using namespace ZVSmartZvg;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string ReadAll(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+SZVLGZvgComp Comp(const std::wstring& text, const std::wstring& value) {
+    SZVLGZvgComp comp;
+    comp.classLevel1Name = comp.classLevel2Name = comp.classLevel3Name = text;
+    comp.classLevel4Name = comp.ownerTextA = comp.ownerTextC = text;
+    comp.compGuidName = SerialKey(text);
+    comp.compProperties = {{text, value}, {L"Element.Name", text}};
+    comp.geoRefs.resize(1);
+    comp.geoRefs[0].geoIdentification = text;
+    CZVIMShell shell;
+    shell.AddPts({{0, 0, 0}, {4, 0, 0}, {0, 3, 2}});
+    shell.AddFaceIndex({0, 1, 2});
+    comp.geoRefs[0].geo.shells.push_back(shell);
+    return comp;
+}
+
+void WriteBlock(const std::string& path, const std::wstring& text, const std::wstring& value) {
+    ZVSmartFormat::CZVFTFileOutStream stream(path);
+    ASSERT_TRUE(stream.Open());
+    SZVLGZvgBlockHeadInfo head;
+    head.firstText = text;
+    CZVLGBlockSaver saver;
+    saver.Init(&stream, head);
+    saver.AddComp(Comp(text, value));
+    saver.WriteEnd();
+}
+
+class ToolFaults : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string name = testing::TempDir() + "zvgfault-XXXXXX";
+        ASSERT_NE(mkdtemp(name.data()), nullptr);
+        folder = name + "/";
+        fs::create_directory(folder + "in");
+        fs::create_directory(folder + "out");
+        // A model that never comes keeps the importer waiting for as long as a test needs it.
+        ASSERT_EQ(mkfifo((folder + "in/endless.obj").c_str(), 0600), 0);
+        // Big enough to pass the limit on files.
+        std::ofstream model(folder + "in/big.obj");
+        for (int i = 0; i < 6000; ++i) {
+            model << "v " << i % 251 << ' ' << i % 1009 << ' ' << i % 877 << '\n';
+            if (i > 1) model << "f " << i - 1 << ' ' << i << ' ' << i + 1 << '\n';
+        }
+        model.close();
+        WriteBlock(folder + "in/good.zvg", L"good", L"value");
+    }
+    void TearDown() override { fs::remove_all(folder); }
+
+    /// Runs a shell's words in the folder, $Z being the tool, and gives its exit status.
+    int Run(const std::string& words) {
+        const std::string command = "cd " + folder + "; Z=" ZVG_BINARY "; (" + words + ") 2>err";
+        const int status = std::system(command.c_str());  // NOLINT(cert-env33-c)
+        err = ReadAll(folder + "err");
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    std::set<std::string> Names(const std::string& where) const {
+        std::set<std::string> names;
+        for (const auto& entry : fs::directory_iterator(folder + where)) {
+            names.insert(entry.path().filename().string());
+        }
+        return names;
+    }
+
+    std::string folder, err;
+};
+
+TEST_F(ToolFaults, FaultsHaveTheirStatusOneLineAndNoFile) {
+    const std::string pack = "$Z pack -q in/big.obj -o out/x.zvg";
+    const std::string packEndless = "$Z pack -q in/endless.obj -o out/x.zvg";
+    const std::string killChild =
+        " & P=$!; for i in $(seq 500); do C=$(pgrep -P $P) && break; sleep 0.01; done; "
+        "sleep 0.2; kill -9 $C; wait $P";
+    const struct {
+        std::string words;
+        int status;
+        std::string says;
+    } cases[] = {
+        {"$Z pack -q in/big.obj -o - >/dev/full", 3, "standard output: No space"},
+        {"$Z pack -q in/big.obj -o - >&-", 3, "standard output: "},
+        {"$Z export in/good.zvg -o - >/dev/full", 3, "standard output: No space"},
+        {"$Z plan in/good.zvg -o - >/dev/full", 3, "standard output: No space"},
+        {"$Z list --csv in/good.zvg >/dev/full", 3, "standard output: No space"},
+        {"$Z diff in/good.zvg in/good.zvg >&-", 3, "standard output: "},
+        {"$Z info - </dev/null", 4, "standard input: "},
+        {"$Z info - <in", 3, "standard input: Is a directory"},
+        {"$Z pack - -o out/x.zvg", 2, "standard input"},
+        {"$Z diff in/good.zvg in/big.obj", 4, "in/big.obj: head"},
+        {"ulimit -f 8; " + pack, 3, "cannot write out/x.zvg: File too large"},
+        {"ulimit -f 1; $Z plan in/good.zvg -o out/x.svg", 3, "out/x.svg: File too large"},
+        {"ulimit -f 1; $Z export in/good.zvg -o out/x.glb", 3, "out/x.glb: File too large"},
+        {"ulimit -f 1; $Z plan in/good.zvg -o - | cat", 3, "standard output: File too large"},
+        {"ulimit -f 1; cat in/big.obj | $Z info -", 3, "temporary file: File too large"},
+        {packEndless + killChild, 3, "in/endless.obj: the importer was killed"},
+    };
+    for (const auto& [words, status, says] : cases) {
+        // The status of a pipe is its last command's.
+        const bool piped = words.find("| cat") != std::string::npos;
+        EXPECT_EQ(Run(words), piped ? 0 : status) << words << '\n' << err;
+        EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), 1) << words << '\n' << err;
+        EXPECT_EQ(err.rfind("zvg: ", 0), 0U) << words << '\n' << err;
+        EXPECT_NE(err.find(says), std::string::npos) << words << '\n' << err;
+        EXPECT_TRUE(Names("out").empty()) << words;
+    }
+}
+
+TEST_F(ToolFaults, SignalsLeaveNothingBehind) {
+    for (const char* signal : {"INT", "TERM", "HUP"}) {
+        const std::string words = std::string("timeout --foreground --preserve-status -s ") +
+                                  signal + " 1 $Z pack -q in/endless.obj -o out/x.zvg";
+        EXPECT_GT(Run(words), 128) << signal << err;
+        EXPECT_TRUE(Names("out").empty()) << signal;
+    }
+}
+
+TEST_F(ToolFaults, BlocksGoThroughPipes) {
+    ASSERT_EQ(Run("$Z pack -q in/big.obj -o - | cat >out/piped.zvg"), 0) << err;
+    ASSERT_EQ(Run("$Z pack -q in/big.obj -o out/named.zvg"), 0) << err;
+    EXPECT_EQ(ReadAll(folder + "out/piped.zvg"), ReadAll(folder + "out/named.zvg"));
+    EXPECT_EQ(Run("cat out/named.zvg | $Z verify - >out/verified"), 0) << err;
+    EXPECT_EQ(Run("cat out/named.zvg | $Z diff - out/piped.zvg >out/diff"), 0) << err;
+    EXPECT_EQ(ReadAll(folder + "out/diff"), "no differences\n");
+    // A block file that stands behind something else in a file that can seek.
+    EXPECT_EQ(Run("(printf abc; cat in/good.zvg) >out/behind; "
+                  "(dd bs=1 count=3 of=/dev/null status=none; $Z verify -) <out/behind >out/ok"),
+              0)
+        << err;
+}
+
+/// The records of RFC 4180; empty where the text is none.
+std::vector<std::vector<std::string>> ParseCsv(const std::string& text) {
+    std::vector<std::vector<std::string>> records(1, {""});
+    bool quoted = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        std::string& field = records.back().back();
+        const bool end = text.compare(i, 2, "\r\n") == 0;
+        if (text[i] == '"') {
+            if (quoted && text.compare(i, 2, "\"\"") == 0) {
+                field += text[i++];
+            } else {
+                quoted = !quoted;
+            }
+        } else if (!quoted && text[i] == ',') {
+            records.back().emplace_back();
+        } else if (!quoted && end) {
+            records.push_back({""});
+            ++i;
+        } else if (!quoted && static_cast<unsigned char>(text[i]) < 0x20) {
+            return {};
+        } else {
+            field += text[i];
+        }
+    }
+    records.pop_back();
+    return records;
+}
+
+TEST_F(ToolFaults, HostileTextStaysText) {
+    const std::wstring evil = std::wstring(L"../../x\",\r\n<!--&]]>\x1B[2J/etc/") + wchar_t(0) +
+                              wchar_t(0xD800) + wchar_t(0x202E) + wchar_t(0xFFFF);
+    WriteBlock(folder + "in/evil.zvg", evil, L"a");
+    WriteBlock(folder + "in/other.zvg", evil, L"b");
+    const auto before = Names("in");
+    for (const char* words :
+         {"info in/evil.zvg", "tree in/evil.zvg", "list in/evil.zvg", "show in/evil.zvg 0:0",
+          "show --properties in/evil.zvg 0:0", "geo in/evil.zvg 0:0", "verify in/evil.zvg",
+          "diff in/evil.zvg in/other.zvg"}) {
+        ASSERT_EQ(Run(std::string("$Z --json ") + words + " >o"), 0) << words << err;
+        EXPECT_FALSE(nlohmann::json::parse(ReadAll(folder + "o"), nullptr, false).is_discarded())
+            << words;
+        ASSERT_EQ(Run(std::string("$Z ") + words + " >o"), 0) << words << err;
+        for (const char c : ReadAll(folder + "o")) {
+            EXPECT_TRUE(static_cast<unsigned char>(c) >= 0x20 || c == '\n' || c == '\t') << words;
+        }
+    }
+    ASSERT_EQ(Run("$Z list --csv in/evil.zvg >o"), 0);
+    const auto records = ParseCsv(ReadAll(folder + "o"));
+    ASSERT_EQ(records.size(), 2U);
+    EXPECT_EQ(records[1].size(), records[0].size());
+    EXPECT_EQ(records[1][1].rfind("../../x\",\r\n<!--&]]>\\x1B", 0), 0U) << records[1][1];
+
+    ASSERT_EQ(Run("$Z plan in/evil.zvg -o out/p.svg && $Z export in/evil.zvg -o out/e.obj"), 0);
+    const std::string svg = ReadAll(folder + "out/p.svg");
+    EXPECT_EQ(svg.find("<!--"), std::string::npos);
+    EXPECT_EQ(svg.find_first_of(std::string("\0\x1B", 2)), std::string::npos);
+    EXPECT_EQ(Names("out"), (std::set<std::string>{"p.svg", "e.obj", "e.mtl"}));
+    EXPECT_EQ(Names("in"), before);
+}
+
+}  // namespace
