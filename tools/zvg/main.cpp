@@ -9,6 +9,7 @@
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/import/ChildProcess.h"
 #include "tools/zvg/import/Importers.h"
+#include "tools/zvg/text/Colour.h"
 #include "tools/zvg/text/StandardOutput.h"
 
 namespace {
@@ -32,6 +33,11 @@ void RegisterAll(CLI::App& app, CommonOptions& common) {
     app.set_version_flag("--version", VersionText, "Print the version and the importers");
     app.add_flag("-q,--quiet", common.quiet, "Print nothing but errors on standard error");
     app.add_flag("--json", common.json, "Print JSON where a command inspects a file");
+    app.add_option_function<std::string>(
+           "--color", ChooseColour,
+           "Colour in headings and errors: auto (on a terminal, unless NO_COLOR is set), always or "
+           "never")
+        ->check(CLI::IsMember({"auto", "always", "never"}));
     app.footer(exitStatusHelp);
     RegisterPack(app, common);
     RegisterInfo(app, common);
@@ -39,6 +45,7 @@ void RegisterAll(CLI::App& app, CommonOptions& common) {
     RegisterList(app, common);
     RegisterShow(app, common);
     RegisterGeo(app, common);
+    RegisterDiff(app, common);
     RegisterPlan(app, common);
     RegisterExport(app, common);
     RegisterPreview(app, common);
@@ -74,7 +81,7 @@ void Run(int argc, char** argv) {
 }
 
 ExitStatus Fail(ExitStatus status, const std::string& message) {
-    WriteMessage(message);
+    WriteError(message);
     return status;
 }
 

@@ -13,6 +13,7 @@
 #include "tools/zvg/export/ObjExport.h"
 #include "tools/zvg/output/FileSink.h"
 #include "tools/zvg/output/OutputFile.h"
+#include "tools/zvg/text/Progress.h"
 #include "tools/zvg/text/StandardOutput.h"
 
 namespace fs = std::filesystem;
@@ -34,27 +35,29 @@ void Fill(const OutputFile& output, const std::string& path, const Write& write)
     write(sink);
     if (sink.Close()) return;
     throw ToolError(ExitStatus::InputOutput,
-                    "cannot write " + path + ": " + std::strerror(sink.Failure()));
+                    "cannot write " + TargetName(path) + ": " + std::strerror(sink.Failure()));
 }
 
 enum class Format { Glb, Obj };
 
 Format FormatOf(const std::string& path) {
+    if (path == "-") return Format::Glb;  // OBJ is two files
     const std::string extension = fs::path(path).extension().string();
     if (extension == ".glb" || extension == ".GLB") return Format::Glb;
     if (extension == ".obj" || extension == ".OBJ") return Format::Obj;
     throw ToolError(ExitStatus::Usage, path + ": the name must end in .glb or .obj");
 }
 
-void ExportGlb(const ExportModel& model, const Arguments& arguments) {
+unsigned long long ExportGlb(const ExportModel& model, const Arguments& arguments) {
     OutputFile output(arguments.output, arguments.force);
     Fill(output, arguments.output,
          [&](ZVSmartFormat::CZVFTOutStream& sink) { WriteGlb(model, sink); });
     output.Commit();
+    return output.Bytes();
 }
 
 /// Both files are written before either gets its name.
-void ExportObj(const ExportModel& model, const Arguments& arguments) {
+unsigned long long ExportObj(const ExportModel& model, const Arguments& arguments) {
     const fs::path materials = fs::path(arguments.output).replace_extension(".mtl");
     OutputFile objOutput(arguments.output, arguments.force);
     OutputFile mtlOutput(materials.string(), arguments.force);
@@ -65,16 +68,17 @@ void ExportObj(const ExportModel& model, const Arguments& arguments) {
          [&](ZVSmartFormat::CZVFTOutStream& sink) { WriteMtl(model, sink); });
     mtlOutput.Commit();
     objOutput.Commit();
+    return objOutput.Bytes();
 }
 
-void Tell(const ExportModel& model, const Arguments& arguments) {
+void Tell(const ExportModel& model, const Arguments& arguments, unsigned long long bytes) {
     if (model.missingGeometries != 0) {
         WriteMessage("warning: " + std::to_string(model.missingGeometries) +
                      " geometries are referred to but not in the file");
     }
-    WriteMessage(arguments.output + ": " + std::to_string(model.components.size()) +
+    WriteMessage(TargetName(arguments.output) + ": " + std::to_string(model.components.size()) +
                  " components, " + std::to_string(model.scene.meshes.size()) + " meshes, " +
-                 std::to_string(fs::file_size(arguments.output)) + " bytes");
+                 std::to_string(bytes) + " bytes");
 }
 
 void Export(const Arguments& arguments, const CommonOptions& common) {
@@ -86,13 +90,16 @@ void Export(const Arguments& arguments, const CommonOptions& common) {
     ExportSelection selection;
     if (arguments.floorOption->count() != 0) selection.floor = arguments.floor;
     if (arguments.classOption->count() != 0) selection.className = arguments.className;
+    Progress progress(common.quiet);
+    selection.progress = [&progress](std::size_t done, std::size_t total) {
+        progress.Show("exporting", static_cast<double>(done), static_cast<double>(total),
+                      "components");
+    };
     const ExportModel model = ReadExport(block, selection);
-    if (format == Format::Glb) {
-        ExportGlb(model, arguments);
-    } else {
-        ExportObj(model, arguments);
-    }
-    if (!common.quiet) Tell(model, arguments);
+    progress.Clear();
+    const unsigned long long bytes =
+        format == Format::Glb ? ExportGlb(model, arguments) : ExportObj(model, arguments);
+    if (!common.quiet) Tell(model, arguments, bytes);
 }
 
 }  // namespace
@@ -104,7 +111,9 @@ void RegisterExport(CLI::App& app, CommonOptions& common) {
         "Write the components' surfaces as GLB, with names, classes and properties, or as OBJ with "
         "an MTL file beside it",
         "zvg export house.zvg -o house.glb --class IfcWall", arguments->file);
-    command->add_option("-o,--output", arguments->output, "The file to write: .glb or .obj")
+    command
+        ->add_option("-o,--output", arguments->output,
+                     "The file to write: .glb or .obj; - is GLB on standard output")
         ->required();
     arguments->floorOption = command->add_option("--floor", arguments->floor,
                                                  "Only this floor, by its number or its name");

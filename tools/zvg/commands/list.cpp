@@ -6,7 +6,9 @@
 #include "tools/zvg/commands/Reading.h"
 #include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/reading/RecordDocument.h"
+#include "tools/zvg/text/Csv.h"
 #include "tools/zvg/text/Document.h"
+#include "tools/zvg/text/JsonList.h"
 #include "tools/zvg/text/StandardOutput.h"
 #include "tools/zvg/text/Utf8.h"
 
@@ -18,6 +20,7 @@ struct ListOptions {
     std::string file;
     std::string floor;
     std::string className;
+    bool csv = false;
     CLI::Option* floorOption = nullptr;
     CLI::Option* classOption = nullptr;
 };
@@ -42,32 +45,34 @@ std::string TextLine(const Document& entry) {
     return line + '\n';
 }
 
+enum class ListFormat { Text, Csv, Json };
+
 /// Prints entries as they come, so that a list of any length takes no memory.
 class EntryPrinter {
   public:
-    EntryPrinter(const std::string& file, bool asJson) : asJson(asJson) {
-        if (!asJson) return;
-        const std::string head = ToJson(NewDocument(file));
-        WriteOutput(head.substr(0, head.size() - 1) + ",\"components\":[");
+    EntryPrinter(const std::string& file, ListFormat format) : format(format) {
+        if (format == ListFormat::Json) json.emplace(NewDocument(file), "components");
+        if (format == ListFormat::Csv) WriteOutput(CsvHeader(EntryDocument({}, {})));
     }
 
     void Print(const Document& entry) {
-        if (asJson) {
-            WriteOutput((count == 0 ? "\n" : ",\n") + ToJson(entry));
+        if (json) {
+            json->Add(entry);
         } else {
-            WriteOutput(TextLine(entry));
+            WriteOutput(format == ListFormat::Csv ? CsvRecord(entry) : TextLine(entry));
         }
         ++count;
     }
 
     void End() {
-        if (asJson) WriteOutput("]}\n");
+        if (json) json->End();
     }
 
     unsigned long long Count() const { return count; }
 
   private:
-    bool asJson;
+    ListFormat format;
+    std::optional<JsonList> json;
     unsigned long long count = 0;
 };
 
@@ -76,7 +81,14 @@ bool IsOfClass(const SZVLGZvgComp& comp, const std::wstring& name) {
            comp.classLevel4Name == name || comp.classLevel2bName == name;
 }
 
-void List(const ListOptions& options, bool asJson) {
+ListFormat FormatOf(const ListOptions& options, bool asJson) {
+    if (options.csv && asJson) {
+        throw ToolError(ExitStatus::Usage, "--csv and --json exclude each other");
+    }
+    return options.csv ? ListFormat::Csv : asJson ? ListFormat::Json : ListFormat::Text;
+}
+
+void List(const ListOptions& options, ListFormat format) {
     OpenedBlock block(options.file);
     unsigned int floor = 0;
     unsigned int floorEnd = block.Reader().GetFloorNum();
@@ -86,7 +98,7 @@ void List(const ListOptions& options, bool asJson) {
     }
     const bool anyClass = options.classOption->count() == 0;
     const std::wstring className = FromUtf8(options.className);
-    EntryPrinter printer(options.file, asJson);
+    EntryPrinter printer(options.file, format);
     const auto printIfWanted = [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
         if (anyClass || IsOfClass(comp, className)) printer.Print(EntryDocument(index, comp));
     };
@@ -110,5 +122,7 @@ void RegisterList(CLI::App& app, CommonOptions& common) {
                                                "Only this floor, by its number or its name");
     options->classOption = command->add_option(
         "--class", options->className, "Only components with a class of this name, on any level");
-    command->callback([options, &common] { List(*options, common.json); });
+    command->add_flag("--csv", options->csv,
+                      "Print comma-separated values (RFC 4180), their names in the first line");
+    command->callback([options, &common] { List(*options, FormatOf(*options, common.json)); });
 }

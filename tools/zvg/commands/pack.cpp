@@ -11,6 +11,7 @@
 #include "tools/zvg/import/ChildProcess.h"
 #include "tools/zvg/output/OutputFile.h"
 #include "tools/zvg/pack/PackJob.h"
+#include "tools/zvg/text/Progress.h"
 #include "tools/zvg/text/StandardOutput.h"
 
 namespace {
@@ -28,7 +29,11 @@ struct Arguments {
 /// terminal only.
 class Listener {
   public:
-    explicit Listener(bool quiet) : quiet(quiet), onTerminal(!quiet && isatty(STDERR_FILENO)) {}
+    Listener(const std::string& model, bool quiet) : quiet(quiet), progress(quiet) {
+        std::error_code none;
+        const auto size = std::filesystem::file_size(model, none);
+        modelBytes = none ? 0 : static_cast<double>(size);
+    }
 
     void Take(ChildMessage kind, const std::string& text) {
         switch (kind) {
@@ -47,16 +52,14 @@ class Listener {
 
     /// Removes the progress and tells how many warnings were not printed.
     void Finish() {
-        if (progressShown) std::fputs("\r\033[K", stderr);
-        progressShown = false;
+        progress.Clear();
         if (warnings <= mostWarnings) return;
         Print("warning: " + std::to_string(warnings - mostWarnings) + " more warnings");
     }
 
     void Print(const std::string& text) {
         if (quiet) return;
-        if (progressShown) std::fputs("\r\033[K", stderr);
-        progressShown = false;
+        progress.Clear();
         WriteMessage(text);
     }
 
@@ -69,15 +72,20 @@ class Listener {
         if (++warnings <= mostWarnings) Print("warning: " + text);
     }
 
-    void ShowProgress(const std::string& percent) {
-        if (!onTerminal) return;
-        std::fprintf(stderr, "\rimporting %s %%", percent.c_str());
-        progressShown = true;
+    /// Percent of the model while it is imported, then components written of how many.
+    void ShowProgress(const std::string& text) {
+        double done = 0;
+        double total = 0;
+        if (std::sscanf(text.c_str(), "%lf/%lf", &done, &total) == 2) {
+            progress.Show("packing", done, total, "components");
+        } else {
+            progress.Show("importing", done / 100 * modelBytes, modelBytes, "MB");
+        }
     }
 
     bool quiet;
-    bool onTerminal;
-    bool progressShown = false;
+    Progress progress;
+    double modelBytes = 0;
     int warnings = 0;
     std::string lastWords;
 };
@@ -91,7 +99,7 @@ void CheckReadable(const std::string& path) {
 PackOptions OptionsOf(const Arguments& arguments) {
     PackOptions options;
     options.modelPath = arguments.model.c_str();
-    options.outputPath = arguments.output.c_str();
+    options.outputPath = arguments.output == "-" ? "standard output" : arguments.output.c_str();
     options.settingsPath = arguments.settings.c_str();
     options.previewPath = arguments.preview.c_str();
     options.geosPerBlock = arguments.geosPerBlock;
@@ -121,17 +129,20 @@ ToolError ImportFailure(const Arguments& arguments, int status, const std::strin
 }
 
 void Pack(const Arguments& arguments, const CommonOptions& common) {
+    if (arguments.model == "-") {
+        throw ToolError(ExitStatus::Usage, "a model is read from a file, not standard input");
+    }
     CheckReadable(arguments.model);
     CheckReadable(arguments.settings);
     CheckReadable(arguments.preview);
     OutputFile output(arguments.output, arguments.force);
-    Listener listener(common.quiet);
+    Listener listener(arguments.model, common.quiet);
     const int status = Import(arguments, output.Descriptor(), listener);
     listener.Finish();
     if (status != 0) throw ImportFailure(arguments, status, listener.LastWords());
     output.Commit();
-    listener.Print(arguments.output + ": " + listener.LastWords() + ", " +
-                   std::to_string(std::filesystem::file_size(arguments.output)) + " bytes");
+    listener.Print(TargetName(arguments.output) + ": " + listener.LastWords() + ", " +
+                   std::to_string(output.Bytes()) + " bytes");
 }
 
 }  // namespace
@@ -143,7 +154,10 @@ void RegisterPack(CLI::App& app, CommonOptions& common) {
         ->add_option("model", arguments->model,
                      "The model: IFC, glTF, OBJ, STL, PLY, FBX or Collada")
         ->required();
-    command->add_option("-o,--output", arguments->output, "The block file to write")->required();
+    command
+        ->add_option("-o,--output", arguments->output,
+                     "The block file to write; - is standard output")
+        ->required();
     command
         ->add_option("--geos-per-block", arguments->geosPerBlock,
                      "Geometries per compressed block (chosen by their sizes unless given)")

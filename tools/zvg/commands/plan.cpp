@@ -44,7 +44,7 @@ void WriteFile(OutputFile& output, const std::string& path, const std::string& s
     sink.Write(svg.data(), svg.size());
     if (!sink.Close()) {
         throw ToolError(ExitStatus::InputOutput,
-                        "cannot write " + path + ": " + std::strerror(sink.Failure()));
+                        "cannot write " + TargetName(path) + ": " + std::strerror(sink.Failure()));
     }
     output.Commit();
 }
@@ -68,7 +68,7 @@ void Plan(const Arguments& arguments, const CommonOptions& common) {
         WriteOutput(svg);
     } else {
         WriteFile(*output, arguments.output, svg);
-        if (!common.quiet) WriteMessage(arguments.output + ": " + Told(floors));
+        if (!common.quiet) WriteMessage(TargetName(arguments.output) + ": " + Told(floors));
     }
     block.ThrowIfDamaged();
     records.ThrowIfDamaged();
@@ -86,7 +86,7 @@ void RegisterPlan(CLI::App& app, CommonOptions& common) {
     arguments->floorOption = command->add_option(
         "--floor", arguments->floor, "One floor, by its number or its name (default: all)");
     command->add_option("-o,--output", arguments->output,
-                        "The SVG file to write (default: standard output)");
+                        "The SVG file to write; - and the default are standard output");
     command->add_flag("--force", arguments->force, "Replace an existing output file");
     command->callback([arguments, &common] { Plan(*arguments, common); });
 }

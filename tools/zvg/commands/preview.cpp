@@ -81,8 +81,8 @@ void WritePng(const SZVLGZvgGeoImage& image, const Arguments& arguments) {
     FileSink sink(dup(output.Descriptor()));
     sink.Write(png.data(), png.size());
     if (!sink.Close()) {
-        throw ToolError(ExitStatus::InputOutput,
-                        "cannot write " + arguments.output + ": " + std::strerror(sink.Failure()));
+        throw ToolError(ExitStatus::InputOutput, "cannot write " + TargetName(arguments.output) +
+                                                     ": " + std::strerror(sink.Failure()));
     }
     output.Commit();
 }
@@ -97,7 +97,7 @@ void Preview(const Arguments& arguments, const CommonOptions& common) {
     const SZVLGZvgGeoImage image = size ? Drawn(block, *size) : Stored(block);
     WritePng(image, arguments);
     if (common.quiet) return;
-    WriteMessage(arguments.output + ": " + std::to_string(image.width) + " x " +
+    WriteMessage(TargetName(arguments.output) + ": " + std::to_string(image.width) + " x " +
                  std::to_string(image.height) + " pixels");
 }
 
@@ -108,7 +108,10 @@ void RegisterPreview(CLI::App& app, CommonOptions& common) {
     CLI::App* const command = AddReadingCommand(
         app, "preview", "Write the file's preview image as PNG, or draw its components anew",
         "zvg preview house.zvg -o house.png --render 1920x1080", arguments->file);
-    command->add_option("-o,--output", arguments->output, "The PNG file to write")->required();
+    command
+        ->add_option("-o,--output", arguments->output,
+                     "The PNG file to write; - is standard output")
+        ->required();
     command
         ->add_option("--render", arguments->size,
                      "Draw a picture of this size instead of writing the stored one")

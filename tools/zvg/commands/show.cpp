@@ -6,6 +6,8 @@
 #include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/reading/RecordDocument.h"
 #include "tools/zvg/text/Document.h"
+#include "tools/zvg/text/StandardOutput.h"
+#include "tools/zvg/text/Utf8.h"
 
 using namespace ZVSmartZvg;
 
@@ -28,29 +30,49 @@ SZVLGCompIndex FindComp(OpenedBlock& block, const std::string& place) {
     return {floor, *position};
 }
 
-void Show(const std::string& file, const std::string& place, bool asJson) {
-    OpenedBlock block(file);
-    const SZVLGCompIndex index = FindComp(block, place);
+struct Arguments {
+    std::string file, place;
+    bool onlyProperties = false;
+};
+
+/// A name and its value on one line each; tabs within either are escaped.
+void PrintProperties(const PropertyList& properties) {
+    for (const auto& [name, value] : properties) {
+        WriteOutput(EscapeControls(ToUtf8(name)) + '\t' + EscapeControls(ToUtf8(value)) + '\n');
+    }
+}
+
+void Show(const Arguments& arguments, bool asJson) {
+    OpenedBlock block(arguments.file);
+    const SZVLGCompIndex index = FindComp(block, arguments.place);
     SZVLGZvgComp comp;
     block.ReadComp(index, comp);
     block.ThrowIfDamaged();
-    Document document = NewDocument(file);
+    Document document = NewDocument(arguments.file);
     document["component"] = PlaceText(index.floorIndex, index.compIndex);
-    document.update(CompDocument(comp));
+    if (!arguments.onlyProperties) {
+        document.update(CompDocument(comp));
+    } else if (asJson) {
+        document["compProperties"] = PropertiesDocument(comp.compProperties);
+    } else {
+        PrintProperties(comp.compProperties);
+        return;
+    }
     PrintDocument(document, asJson);
 }
 
 }  // namespace
 
 void RegisterShow(CLI::App& app, CommonOptions& common) {
-    const auto file = std::make_shared<std::string>();
-    const auto place = std::make_shared<std::string>();
+    const auto arguments = std::make_shared<Arguments>();
     CLI::App* const command =
         AddReadingCommand(app, "show", "Print everything that is stored of one component",
-                          "zvg show house.zvg 0:3", *file);
+                          "zvg show house.zvg 0:3", arguments->file);
     command
-        ->add_option("FLOOR:POS", *place,
+        ->add_option("FLOOR:POS", arguments->place,
                      "The component: its floor, by number or name, and its position there")
         ->required();
-    command->callback([file, place, &common] { Show(*file, *place, common.json); });
+    command->add_flag("--properties", arguments->onlyProperties,
+                      "Only its properties: name, tab and value, one to a line");
+    command->callback([arguments, &common] { Show(*arguments, common.json); });
 }

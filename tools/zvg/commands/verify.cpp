@@ -8,6 +8,7 @@
 #include "tools/zvg/reading/CountsDocument.h"
 #include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/text/Document.h"
+#include "tools/zvg/text/Progress.h"
 #include "tools/zvg/text/StandardOutput.h"
 #include "tools/zvg/text/Utf8.h"
 
@@ -15,10 +16,33 @@ using namespace ZVSmartZvg;
 
 namespace {
 
-std::vector<SZVLGBlockFinding> FindFaults(const std::string& path) {
+/// Shows how far a stream has been read.
+class WatchedStream : public ZVSmartFormat::CZVFTInStream {
+  public:
+    WatchedStream(ZVSmartFormat::CZVFTInStream& stream, bool quiet)
+        : stream(stream), progress(quiet), size(stream.GetSize()) {}
+
+    bool Read(void* buffer, u64* count) override {
+        const bool good = stream.Read(buffer, count);
+        progress.Show("verifying", static_cast<double>(stream.GetPos()), static_cast<double>(size),
+                      "MB");
+        return good;
+    }
+    u64 GetPos() override { return stream.GetPos(); }
+    int Seek(u64 pos) override { return stream.Seek(pos); }
+    u64 GetSize() override { return size; }
+
+  private:
+    ZVSmartFormat::CZVFTInStream& stream;
+    Progress progress;
+    u64 size;
+};
+
+std::vector<SZVLGBlockFinding> FindFaults(const std::string& path, bool quiet) {
     OpenedFile file(path);
+    WatchedStream stream(file.Stream(), quiet);
     std::vector<SZVLGBlockFinding> findings;
-    const bool good = CZVLGBlockVerifier().Verify(&file.Stream(), findings);
+    const bool good = CZVLGBlockVerifier().Verify(&stream, findings);
     if (!good && findings.empty()) findings.push_back({0, "the file does not verify"});
     return findings;
 }
@@ -36,8 +60,8 @@ void WriteText(const Document& document) {
     WriteOutput(line + '\n');
 }
 
-void Verify(const std::string& file, bool asJson) {
-    const std::vector<SZVLGBlockFinding> findings = FindFaults(file);
+void Verify(const std::string& file, const CommonOptions& common) {
+    const std::vector<SZVLGBlockFinding> findings = FindFaults(file, common.quiet);
     Document document = NewDocument(file);
     document["ok"] = findings.empty();
     document["findings"] = Document::array();
@@ -49,8 +73,8 @@ void Verify(const std::string& file, bool asJson) {
         OpenedBlock block(file);
         document["counts"] = CountsDocument(block);
     }
-    if (asJson) {
-        PrintDocument(document, asJson);
+    if (common.json) {
+        PrintDocument(document, common.json);
     } else {
         WriteText(document);
     }
@@ -58,7 +82,8 @@ void Verify(const std::string& file, bool asJson) {
     const SZVLGBlockFinding& first = findings.front();
     const std::string faults =
         std::to_string(findings.size()) + (findings.size() == 1 ? " fault" : " faults");
-    throw ToolError(ExitStatus::Damaged, file + ": " + faults + ", first at position " +
+    throw ToolError(ExitStatus::Damaged, (file == "-" ? "standard input" : file) + ": " + faults +
+                                             ", first at position " +
                                              std::to_string(first.position) + ": " + first.reason);
 }
 
@@ -70,5 +95,5 @@ void RegisterVerify(CLI::App& app, CommonOptions& common) {
                       "Check everything in a block file; print the position and the reason of each "
                       "fault",
                       "zvg verify house.zvg", *file)
-        ->callback([file, &common] { Verify(*file, common.json); });
+        ->callback([file, &common] { Verify(*file, common); });
 }

@@ -143,9 +143,13 @@ ExportModel ReadExport(OpenedBlock& block, const ExportSelection& selection) {
     Groups groups(model);
     const std::wstring className = FromUtf8(selection.className.value_or(""));
     const auto [first, end] = Floors(block, selection);
+    std::size_t done = 0;
+    std::size_t total = 0;
+    for (unsigned int floor = first; floor < end; ++floor) total += block.FloorCompNum(floor);
     for (unsigned int floor = first; floor < end; ++floor) {
         const std::wstring floorName = block.Reader().GetFloorNameByIndex(floor);
         block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
+            if (selection.progress) selection.progress(++done, total);
             if (selection.className && !IsOfClass(comp, className)) return;
             scene.Add(comp);
             model.components.push_back({groups.Of(floor, floorName, comp), ComponentName(comp),

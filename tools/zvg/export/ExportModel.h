@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -40,6 +41,8 @@ struct ExportModel {
 struct ExportSelection {
     std::optional<std::string> floor;      ///< by number or name
     std::optional<std::string> className;  ///< on any level
+    /// Called with the number of components read and the number there are.
+    std::function<void(std::size_t done, std::size_t total)> progress;
 };
 
 /// Reads components and their bodies. Throws ToolError Damaged for whatever cannot be read, so

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cstdint>
+#include <string_view>
 
 #include "tools/zvg/Command.h"
 #include "tools/zvg/text/Utf8.h"

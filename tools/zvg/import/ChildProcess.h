@@ -13,7 +13,7 @@
 
 enum class ChildMessage : char {
     Warning = 'W',
-    Progress = 'P',  ///< a whole number of percent
+    Progress = 'P',  ///< how far: a whole number of percent, then DONE/TOTAL
     Result = 'R',    ///< what was done
     Failure = 'F',   ///< why it was not; the last words of a child that fails
 };

@@ -1,6 +1,7 @@
 #include "tools/zvg/output/OutputFile.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -9,7 +10,9 @@
 #include <filesystem>
 
 #include "tools/zvg/Command.h"
+#include "tools/zvg/output/AnonymousFile.h"
 #include "tools/zvg/output/SignalCleanup.h"
+#include "tools/zvg/text/StandardOutput.h"
 
 namespace fs = std::filesystem;
 
@@ -28,7 +31,16 @@ fs::path FollowLinks(fs::path path) {
 }  // namespace
 
 OutputFile::OutputFile(const std::string& target, bool force)
-    : target(FollowLinks(target).string()), force(force) {
+    : target(target), force(force), toStandardOutput(target == "-") {
+    if (toStandardOutput) {
+        if (isatty(STDOUT_FILENO)) {
+            throw ToolError(ExitStatus::Usage,
+                            "standard output is a terminal: name a file, or pipe it on");
+        }
+        descriptor = OpenAnonymousFile();
+        return;
+    }
+    this->target = FollowLinks(target).string();
     std::error_code ignored;
     const fs::file_status status = fs::status(this->target, ignored);
     if (fs::exists(status) && !fs::is_regular_file(status)) Fail("it is not a regular file");
@@ -57,10 +69,31 @@ void OutputFile::CreateTemporary() {
 }
 
 void OutputFile::Commit() {
+    struct stat status = {};
+    if (fstat(descriptor, &status) != 0) Fail(std::strerror(errno));
+    bytes = static_cast<unsigned long long>(status.st_size);
+    if (toStandardOutput) {
+        CopyToStandardOutput();
+        Close();
+        return;
+    }
     Close();
     Rename();
     KeepOnSignal(temporary.c_str());
     temporary.clear();
+}
+
+void OutputFile::CopyToStandardOutput() {
+    std::string piece(1 << 16, '\0');
+    for (off_t position = 0;;) {
+        const ssize_t count = pread(descriptor, piece.data(), piece.size(), position);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) Fail(std::strerror(errno));
+        if (count == 0) break;
+        WriteOutput({piece.data(), static_cast<std::size_t>(count)});
+        position += count;
+    }
+    FinishOutput();
 }
 
 void OutputFile::Close() {
@@ -81,5 +114,9 @@ void OutputFile::Rename() {
 }
 
 void OutputFile::Fail(const std::string& reason) const {
-    throw ToolError(ExitStatus::InputOutput, "cannot write " + target + ": " + reason);
+    throw ToolError(ExitStatus::InputOutput, "cannot write " + TargetName(target) + ": " + reason);
+}
+
+std::string TargetName(const std::string& target) {
+    return target == "-" ? "standard output" : target;
 }

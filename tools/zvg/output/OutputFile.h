@@ -5,11 +5,14 @@
 /// A file that appears whole or not at all: it is written under a temporary name beside its
 /// target, which `Commit` gives it. Without `Commit`, and on a signal, the temporary file goes
 /// and the target stays as it was. Two at a time may exist.
+///
+/// The target "-" is standard output, which may not be a terminal: the file then has no name, and
+/// `Commit` copies it there.
 class OutputFile {
   public:
     /// Creates the temporary file. Throws ToolError InputOutput where that fails, where the target
     /// exists and `force` is false, or where it is no regular file. A target that is a symbolic
-    /// link is written where it leads.
+    /// link is written where it leads. Throws ToolError Usage where standard output is a terminal.
     OutputFile(const std::string& target, bool force);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
@@ -22,8 +25,12 @@ class OutputFile {
     /// fails; the temporary file is gone then.
     void Commit();
 
+    /// The number of bytes in the file, once committed.
+    unsigned long long Bytes() const { return bytes; }
+
   private:
     void CreateTemporary();
+    void CopyToStandardOutput();
     void Close();
     void Rename();
     [[noreturn]] void Fail(const std::string& reason) const;
@@ -31,5 +38,10 @@ class OutputFile {
     std::string target;
     std::string temporary;
     bool force;
+    bool toStandardOutput;
     int descriptor = -1;
+    unsigned long long bytes = 0;
 };
+
+/// How messages name a target.
+std::string TargetName(const std::string& target);

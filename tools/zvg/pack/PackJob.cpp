@@ -46,6 +46,15 @@ void TellProgress(double fraction) {
     TellParent(ChildMessage::Progress, std::to_string(percent));
 }
 
+void TellWritten(std::size_t done, std::size_t total) {
+    static int told = -1;
+    const int percent =
+        static_cast<int>(100.0 * static_cast<double>(done) / static_cast<double>(total));
+    if (percent == told) return;
+    told = percent;
+    TellParent(ChildMessage::Progress, std::to_string(done) + '/' + std::to_string(total));
+}
+
 Model Imported(const char* path) {
     const ImportReport report = {
         [](const std::string& message) { TellParent(ChildMessage::Warning, message); },
@@ -66,7 +75,7 @@ int Write(const Model& model, const PackOptions& options) {
     const std::string cannotWrite = std::string("cannot write ") + options.outputPath + ": ";
     FileSink sink(childOutput);
     try {
-        const PackSummary summary = PackModel(model, options, sink);
+        const PackSummary summary = PackModel(model, options, sink, TellWritten);
         if (!summary.previewFailure.empty()) {
             TellParent(ChildMessage::Warning, "no preview: " + summary.previewFailure);
         }

@@ -91,7 +91,8 @@ void AddPreview(const Model& model, const std::vector<const ModelElement*>& elem
 }  // namespace
 
 PackSummary PackModel(const Model& model, const PackOptions& options,
-                      ZVSmartFormat::CZVFTOutStream& out) {
+                      ZVSmartFormat::CZVFTOutStream& out,
+                      const std::function<void(std::size_t done, std::size_t total)>& progress) {
     CZVLGBlockSaver saver(options.formatVersion);
     saver.SetEncodeFastMod(options.fast);
     const unsigned int geosPerBlock =
@@ -114,10 +115,10 @@ PackSummary PackModel(const Model& model, const PackOptions& options,
         }
         saver.AddComp(maker.Make(*element));
         floors.insert(element->storey);
+        progress(++summary.components, ordered.size());
     }
     saver.WriteEnd();
     summary.floors = floors.size();
-    summary.components = model.elements.size();
     summary.shapes = model.shapes.size();
     return summary;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 
 #include "ZVSmartFormat/Stream.h"
@@ -29,7 +30,9 @@ struct PackSummary {
 
 /// Writes `model` as a block file at the stream's position. Floors stand in order of elevation,
 /// within a floor what has one class and type stands together, and each shape stands before the
-/// first component that places it. The same model gives the same bytes. Throws what the saver
+/// first component that places it. `progress` is told the number of components written and the
+/// number there are. The same model gives the same bytes. Throws what the saver
 /// throws, and ToolError for a preview image that cannot be read.
 PackSummary PackModel(const Model& model, const PackOptions& options,
-                      ZVSmartFormat::CZVFTOutStream& out);
+                      ZVSmartFormat::CZVFTOutStream& out,
+                      const std::function<void(std::size_t done, std::size_t total)>& progress);

@@ -6,22 +6,32 @@
 #include <filesystem>
 #include <vector>
 
+#include "ZVSmartFormat/FileStream.h"
 #include "ZVSmartZvg/BlockVerifier.h"
+#include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/Utf8.h"
 
 using ZVSmartFormat::CZVFTStreamException;
 
-OpenedFile::OpenedFile(const std::string& path) : path(path), stream(path) {
+namespace {
+
+std::unique_ptr<ZVSmartFormat::CZVFTInStream> Opened(const std::string& path) {
+    if (path == "-") return std::make_unique<StandardInput>();
     std::error_code ignored;
     if (std::filesystem::is_directory(path, ignored)) {
         throw ToolError(ExitStatus::InputOutput, path + ": is a directory");
     }
     errno = 0;
-    if (!stream.Open()) {
-        const std::string reason = errno != 0 ? std::strerror(errno) : "cannot be opened";
-        throw ToolError(ExitStatus::InputOutput, path + ": " + reason);
-    }
+    auto stream = std::make_unique<ZVSmartFormat::CZVFTFileInStream>(path);
+    if (stream->Open()) return stream;
+    const std::string reason = errno != 0 ? std::strerror(errno) : "cannot be opened";
+    throw ToolError(ExitStatus::InputOutput, path + ": " + reason);
 }
+
+}  // namespace
+
+OpenedFile::OpenedFile(const std::string& path)
+    : path(path == "-" ? "standard input" : path), stream(Opened(path)) {}
 
 OpenedBlock::OpenedBlock(const std::string& path) : file(path) {
     try {

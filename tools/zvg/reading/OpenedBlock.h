@@ -1,25 +1,28 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "ZVSmartFormat/FileStream.h"
+#include "ZVSmartFormat/Stream.h"
 #include "ZVSmartFormat/StreamException.h"
 #include "ZVSmartZvg/BlockReader.h"
 #include "tools/zvg/Command.h"
 
-/// An input file, opened. Throws ToolError InputOutput where it cannot be.
+/// An input file, opened; "-" is standard input, which may not be a terminal. Throws ToolError
+/// InputOutput where it cannot be, Usage for a terminal.
 class OpenedFile {
   public:
     explicit OpenedFile(const std::string& path);
 
-    ZVSmartFormat::CZVFTFileInStream& Stream() { return stream; }
+    ZVSmartFormat::CZVFTInStream& Stream() { return *stream; }
+    /// As messages name it.
     const std::string& Path() const { return path; }
 
   private:
     std::string path;
-    ZVSmartFormat::CZVFTFileInStream stream;
+    std::unique_ptr<ZVSmartFormat::CZVFTInStream> stream;
 };
 
 /// A block file, opened for queries. What is wrong with the file becomes a ToolError that names

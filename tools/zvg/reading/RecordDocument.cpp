@@ -11,11 +11,6 @@ using namespace ZVSmartZvg;
 
 namespace {
 
-/// A value whose meaning is the host's: its bits, and what they are as an f64.
-Document EightBytesDocument(u64 value) {
-    return {{"bits", HexNumber(value, 16)}, {"asReal", RealNumber(std::bit_cast<double>(value))}};
-}
-
 Document ColourDocument(std::initializer_list<u8> channels) {
     std::string text = "#";
     for (const u8 channel : channels) text += HexNumber(channel, 2).get<std::string>().substr(2);
@@ -123,6 +118,10 @@ Document OwnerDocument(const SZVLGZvgComp& comp) {
 
 std::string KeyText(const SerialKey& key) {
     return key.name.empty() ? '{' + GuidText(key.guid) + '}' : ToUtf8(key.name);
+}
+
+Document EightBytesDocument(u64 value) {
+    return {{"bits", HexNumber(value, 16)}, {"asReal", RealNumber(std::bit_cast<double>(value))}};
 }
 
 Document TransfDocument(const CZVIMTransf& transf) {

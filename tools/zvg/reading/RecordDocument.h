@@ -12,6 +12,9 @@
 /// The name of a GUID name, or its GUID in braces where the name is empty.
 std::string KeyText(const ZVSmartZvg::SerialKey& key);
 
+/// A value whose meaning is the host's: its bits, and what they are "asReal", as an f64.
+Document EightBytesDocument(ZVSmartZvg::u64 value);
+
 /// The rows of the transform, 3 arrays of 4 numbers.
 Document TransfDocument(const ZVIM::GeometryPrimitiveResource::CZVIMTransf& transf);
 

@@ -1,5 +1,7 @@
 #include "tools/zvg/text/Document.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -7,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/zvg/text/Colour.h"
 #include "tools/zvg/text/StandardOutput.h"
 #include "tools/zvg/text/Utf8.h"
 
@@ -110,7 +113,7 @@ std::string ToText(const Document& document) {
         } else if (label.empty()) {
             PushChildren(stack, *pending.value, pending.margin);
         } else {
-            out += pending.margin + label + '\n';
+            out += pending.margin + Painted(Paint::Heading, label, STDOUT_FILENO) + '\n';
             PushChildren(stack, *pending.value, std::string(pending.margin.size() + 2, ' '));
         }
     }

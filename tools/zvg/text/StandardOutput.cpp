@@ -1,6 +1,7 @@
 #include "tools/zvg/text/StandardOutput.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -9,6 +10,7 @@
 #include <string>
 
 #include "tools/zvg/Command.h"
+#include "tools/zvg/text/Colour.h"
 #include "tools/zvg/text/Utf8.h"
 
 namespace {
@@ -27,6 +29,7 @@ void PrepareStandardStreams() {
         if (open("/dev/null", O_RDONLY) != number) return;
     }
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 void WriteOutput(std::string_view data) {
@@ -39,5 +42,11 @@ void FinishOutput() {
 
 void WriteMessage(std::string_view message) {
     const std::string line = "zvg: " + EscapeControls(message) + '\n';
+    std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+void WriteError(std::string_view message) {
+    const std::string text = "zvg: " + EscapeControls(message);
+    const std::string line = Painted(Paint::Error, text, STDERR_FILENO) + '\n';
     std::fwrite(line.data(), 1, line.size(), stderr);
 }

@@ -3,8 +3,9 @@
 #include <string_view>
 
 /// Keeps the tool's files apart from standard output: a standard stream that the caller closed
-/// would lend its number to the next file that is opened, and writing to a reader that went away
-/// would kill the process. Call it once, before anything is opened.
+/// would lend its number to the next file that is opened, and writing to a reader that went away,
+/// or past the largest size that the caller allows, would kill the process. Call it once, before
+/// anything is opened.
 void PrepareStandardStreams();
 
 /// Writes data to standard output. Throws ToolError InputOutput where that fails.
@@ -16,3 +17,6 @@ void FinishOutput();
 /// One message on standard error: "zvg: " and `message` with its control characters escaped.
 /// Nothing is reported where that fails.
 void WriteMessage(std::string_view message);
+
+/// The same for the reason why a command ended.
+void WriteError(std::string_view message);

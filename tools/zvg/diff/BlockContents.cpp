@@ -1,0 +1,28 @@
+#include "tools/zvg/diff/BlockContents.h"
+
+#include "tools/zvg/diff/CompDifference.h"
+#include "tools/zvg/diff/GeometryDigests.h"
+#include "tools/zvg/reading/RecordDocument.h"
+#include "tools/zvg/text/Utf8.h"
+
+using namespace ZVSmartZvg;
+
+BlockContents ReadContents(OpenedBlock& block) {
+    GeometryDigests geometries(block);
+    BlockContents contents;
+    const unsigned int floors = block.Reader().GetFloorNum();
+    for (unsigned int floor = 0; floor < floors; ++floor) {
+        contents.floors.push_back({ToUtf8(block.Reader().GetFloorNameByIndex(floor)),
+                                   block.Reader().GetFloorOrderByIndex(floor), 0, 0});
+        block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
+            if (index.compIndex == 0) {
+                contents.floors.back().dataA = comp.classLevel1DataA;
+                contents.floors.back().dataB = comp.classLevel1DataB;
+            }
+            contents.components.push_back({KeyText(comp.compGuidName), index, floor,
+                                           AspectsDigest(comp), geometries.Of(comp)});
+        });
+    }
+    block.ThrowIfDamaged();
+    return contents;
+}

@@ -1,0 +1,151 @@
+#include "tools/zvg/diff/CompDifference.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "tools/zvg/diff/Digest.h"
+#include "tools/zvg/reading/RecordDocument.h"
+#include "tools/zvg/text/Utf8.h"
+
+using namespace ZVSmartZvg;
+using ZVSmartSerial::CZVFTSerialWriter;
+
+namespace {
+
+void WriteOwner(CZVFTSerialWriter& writer, const SZVLGZvgComp& comp) {
+    writer.WriteKey(comp.ownerGuidName);
+    writer.WriteWString(comp.ownerTextA);
+    writer.WriteWString(comp.ownerTextB);
+    writer.WriteKey(comp.ownerSecondGuidName);
+    writer.WriteWString(comp.ownerTextC);
+}
+
+void WriteGroup(CZVFTSerialWriter& writer, const SZVLGZvgComp& comp) {
+    writer.WriteKey(comp.groupGuidName);
+}
+
+void WriteRelated(CZVFTSerialWriter& writer, const SZVLGZvgComp& comp) {
+    writer.WriteU64(comp.relatedGuidNames.size());
+    for (const SerialKey& key : comp.relatedGuidNames) writer.WriteKey(key);
+}
+
+void WriteAppearance(CZVFTSerialWriter& writer, const SZVLGZvgComp& comp) {
+    for (const auto* attr : {&comp.compAttr, &comp.classLevel4Attr, &comp.classLevel2bAttr}) {
+        const bool empty = attr->flags == 0 && attr->flags2 == 0;
+        const std::string text = empty ? "" : ToJson(DisplayAttrDocument(*attr));
+        writer.WriteU64(text.size());
+        writer.WriteBytes(text.data(), text.size());
+    }
+}
+
+void WriteProperties(CZVFTSerialWriter& writer, const PropertyList& properties) {
+    writer.WriteU64(properties.size());
+    for (const auto& [name, value] : properties) {
+        writer.WriteWString(name);
+        writer.WriteWString(value);
+    }
+}
+
+void WriteMaterials(CZVFTSerialWriter& writer, const SZVLGZvgComp& comp) {
+    for (const SZVLGZvgCompGeoRef& ref : comp.geoRefs) {
+        writer.WriteU64(ref.materials.size());
+        for (const auto& [key, material] : ref.materials) {
+            writer.WriteU32(key);
+            writer.WriteKey(material.guidName);
+            writer.WriteWString(material.textA);
+            writer.WriteWString(material.textB);
+            WriteProperties(writer, material.properties);
+        }
+    }
+}
+
+void WriteGeoIds(CZVFTSerialWriter& writer, const SZVLGZvgComp& comp) {
+    for (const SZVLGZvgCompGeoRef& ref : comp.geoRefs) {
+        writer.WriteU64(ref.geoIds.size());
+        for (const SZVLGZvgGeoId& row : ref.geoIds) {
+            writer.WriteKey(row.guidName);
+            writer.WriteWString(row.textA);
+            writer.WriteWString(row.textB);
+        }
+    }
+}
+
+using WriteField = void (*)(CZVFTSerialWriter&, const SZVLGZvgComp&);
+
+constexpr std::pair<const char*, WriteField> fields[] = {{"owner", WriteOwner},
+                                                         {"groupGuidName", WriteGroup},
+                                                         {"relatedGuidNames", WriteRelated},
+                                                         {"appearance", WriteAppearance},
+                                                         {"materials", WriteMaterials},
+                                                         {"geoIds", WriteGeoIds}};
+
+constexpr std::pair<const char*, std::wstring SZVLGZvgComp::*> levels[] = {
+    {"2", &SZVLGZvgComp::classLevel2Name},
+    {"3", &SZVLGZvgComp::classLevel3Name},
+    {"4", &SZVLGZvgComp::classLevel4Name},
+    {"2b", &SZVLGZvgComp::classLevel2bName}};
+
+/// By name; those of one name stay in their order.
+PropertyList Sorted(PropertyList properties) {
+    std::stable_sort(properties.begin(), properties.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    return properties;
+}
+
+Document PropertyDifferences(const SZVLGZvgComp& compA, const SZVLGZvgComp& compB) {
+    Document list = Document::array();
+    const PropertyList a = Sorted(compA.compProperties);
+    const PropertyList b = Sorted(compB.compProperties);
+    auto left = a.begin();
+    auto right = b.begin();
+    while (left != a.end() || right != b.end()) {
+        const bool onlyLeft = right == b.end() || (left != a.end() && left->first < right->first);
+        const bool onlyRight = left == a.end() || (right != b.end() && right->first < left->first);
+        Document entry = {{"name", ToUtf8(onlyRight ? right->first : left->first)},
+                          {"a", nullptr},
+                          {"b", nullptr}};
+        const bool equal = !onlyLeft && !onlyRight && left->second == right->second;
+        if (!onlyRight) entry["a"] = ToUtf8((left++)->second);
+        if (!onlyLeft) entry["b"] = ToUtf8((right++)->second);
+        if (!equal) list.push_back(std::move(entry));
+    }
+    return list;
+}
+
+Document ClassDifferences(const SZVLGZvgComp& a, const SZVLGZvgComp& b) {
+    Document list = Document::array();
+    for (const auto& [level, name] : levels) {
+        if (a.*name == b.*name) continue;
+        list.push_back({{"level", level}, {"a", ToUtf8(a.*name)}, {"b", ToUtf8(b.*name)}});
+    }
+    return list;
+}
+
+u64 FieldDigest(WriteField write, const SZVLGZvgComp& comp) {
+    Digest digest;
+    write(digest.Writer(), comp);
+    return digest.Value();
+}
+
+}  // namespace
+
+u64 AspectsDigest(const SZVLGZvgComp& comp) {
+    Digest digest;
+    WriteProperties(digest.Writer(), Sorted(comp.compProperties));
+    for (const auto& [level, name] : levels) digest.Writer().WriteWString(comp.*name);
+    for (const auto& [name, write] : fields) digest.Writer().WriteU64(FieldDigest(write, comp));
+    return digest.Value();
+}
+
+Document CompDifference(const SZVLGZvgComp& a, const SZVLGZvgComp& b) {
+    Document difference = Document::object();
+    Document properties = PropertyDifferences(a, b);
+    if (!properties.empty()) difference["properties"] = std::move(properties);
+    Document classes = ClassDifferences(a, b);
+    if (!classes.empty()) difference["classes"] = std::move(classes);
+    for (const auto& [name, write] : fields) {
+        if (FieldDigest(write, a) != FieldDigest(write, b)) difference["fields"].push_back(name);
+    }
+    return difference;
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "ZVSmartZvg/Comp.h"
+#include "ZVSmartZvg/Geo.h"
+#include "tools/zvg/reading/OpenedBlock.h"
+
+/// The digests of a block file's geometries: of each stored record, with the records that it
+/// places by name in the place of their names. So shapes may be renamed without a difference.
+///
+/// Takes memory for the identifications and the names in the records, not for what they hold.
+class GeometryDigests {
+  public:
+    /// Reads every geometry that has an identification, block by block. Throws ToolError Damaged
+    /// for one that cannot be read.
+    explicit GeometryDigests(OpenedBlock& block);
+
+    /// The digest of all that a component's references lead to, in their order.
+    ZVSmartZvg::u64 Of(const ZVSmartZvg::SZVLGZvgComp& comp);
+
+  private:
+    struct Stored {
+        ZVSmartZvg::u64 digest = 0;           ///< first of the record alone, then of all it places
+        std::vector<std::wstring> notYetMet;  ///< the names that it places, last one first
+        std::vector<std::wstring> places;
+        bool begun = false;
+    };
+
+    ZVSmartZvg::u64 Of(const std::wstring& name);
+    void Resolve(const std::wstring& name);
+    void Combine(Stored& stored);
+
+    std::unordered_map<std::wstring, Stored> storedByName;
+};

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+/// One line on standard error that says how far a piece of work is, how fast it goes and how long
+/// it will take; on a terminal only. It goes with this object.
+class Progress {
+  public:
+    /// Shows nothing where `quiet` is set.
+    explicit Progress(bool quiet);
+    ~Progress() { Clear(); }
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    /// `done` of `total` of what `unit` names, in the work that `verb` names; the unit "MB" takes
+    /// bytes. A new verb starts the clock anew. Prints a few times a second at most.
+    void Show(const std::string& verb, double done, double total, const char* unit);
+
+    /// Removes the line, so that another one may be printed.
+    void Clear();
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    bool wanted;
+    bool shown = false;
+    std::string current;
+    Clock::time_point begun, printed;
+};
