@@ -1,0 +1,113 @@
+#include "bench/Payload.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <tuple>
+
+#include "ZVSmartZvg/BlockReader.h"
+
+namespace bench {
+
+using ZVSmartFormat::CZVFTReadBufferInStream;
+using ZVSmartZvg::CZVLGBlockReader;
+using ZVSmartZvg::CZVLGBlockSaver;
+using ZVSmartZvg::SZVLGCompIndex;
+using ZVSmartZvg::SZVLGZvgGeoIndex;
+
+namespace {
+
+Payload GeneratedPayload(u32 componentCount) {
+    Payload payload;
+    payload.name = "building-" + std::to_string(componentCount);
+    const Building building(componentCount);
+    for (u32 i = 0; i < building.ShapeCount(); ++i)
+        payload.geos.emplace_back(Building::ShapeKey(i), Building::Shape(i));
+    for (u32 i = 0; i < componentCount; ++i) payload.comps.push_back(building.Component(i));
+    return payload;
+}
+
+void LoadGeos(CZVLGBlockReader& reader, Payload& payload) {
+    std::map<std::pair<u32, u32>, std::wstring> byPlace;
+    for (u32 i = 0; i < reader.GetGeoIdentificationNum(); ++i) {
+        std::wstring identification;
+        SZVLGZvgGeoIndex index;
+        reader.GetGeoIdentificationByIndex(i, identification, index);
+        byPlace[{index.blockIndex, index.indexInBlock}] = identification;
+    }
+    for (const auto& [place, identification] : byPlace) {
+        auto& [name, geo] = payload.geos.emplace_back();
+        name = identification;
+        reader.GetGeoByIndex({place.first, place.second}, geo);
+    }
+    if (reader.GetGeoBlockNum() > 1) payload.geosPerBlock = reader.GetGeoNumInBlock(0);
+}
+
+Payload StoredPayload(const std::string& path) {
+    Payload payload;
+    const std::string file = path.substr(path.rfind('/') + 1);
+    payload.name = file.substr(0, file.rfind('.'));
+    const Bytes bytes = ReadWholeFile(path);
+    CZVFTReadBufferInStream in(bytes.data(), bytes.size());
+    CZVLGBlockReader reader;
+    if (!reader.Init(&in)) std::exit(1);
+    LoadGeos(reader, payload);
+    for (u32 floor = 0; floor < reader.GetFloorNum(); ++floor)
+        for (u32 i = 0; i < reader.GetFloorCompNum(floor); ++i)
+            reader.GetCompByIndex({floor, i}, payload.comps.emplace_back());
+    return payload;
+}
+
+}  // namespace
+
+Payload LoadPayload(const std::string& source) {
+    const std::string generated = "building:";
+    if (!source.starts_with(generated)) return StoredPayload(source);
+    return GeneratedPayload(static_cast<u32>(std::stoul(source.substr(generated.size()))));
+}
+
+const char* PartName(Part part) {
+    if (part == Part::both) return "both";
+    return part == Part::geometry ? "geometry" : "components";
+}
+
+MemorySink::MemorySink(std::size_t capacity) : stream(&buffer) {
+    stream.Reserve(capacity);
+    std::fill_n(buffer.data, capacity, u8{1});  // its pages are there from now on
+}
+
+MemorySink::~MemorySink() {
+    std::free(buffer.data);
+}
+
+void WritePayload(const Payload& payload, Part part, ZVSmartFormat::CZVFTOutStream& out) {
+    CZVLGBlockSaver saver;
+    saver.Init(&out, {}, "", payload.geosPerBlock);
+    if (part != Part::components)
+        for (const auto& [identification, geo] : payload.geos)
+            saver.AddIdentificationGeo(identification, geo);
+    if (part != Part::geometry)
+        for (const SZVLGZvgComp& comp : payload.comps) saver.AddComp(comp);
+    saver.WriteEnd();
+}
+
+Bytes Written(const Payload& payload, Part part) {
+    MemorySink sink(1 << 20);
+    WritePayload(payload, part, sink.Stream());
+    const View view = sink.Written();
+    return Bytes(view.begin(), view.end());
+}
+
+void WriteBuilding(const Building& building, ZVSmartFormat::CZVFTOutStream& out, u32 geosPerBlock) {
+    CZVLGBlockSaver saver;
+    saver.Init(&out, {}, "", geosPerBlock);
+    u32 shapes = 0;
+    for (u32 i = 0; i < building.ComponentCount(); ++i) {
+        for (; shapes <= building.ShapeOf(i); ++shapes)
+            saver.AddIdentificationGeo(Building::ShapeKey(shapes), Building::Shape(shapes));
+        saver.AddComp(building.Component(i));
+    }
+    saver.WriteEnd();
+}
+
+}  // namespace bench
