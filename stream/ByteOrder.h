@@ -38,7 +38,7 @@ template <class Unsigned>
 void LoadBigEndianArray(const u8* bytes, u64 byteCount, void* values) {
     auto* const out = static_cast<u8*>(values);
     for (u64 i = 0; i < byteCount; i += sizeof(Unsigned)) {
-        const Unsigned value = LoadBigEndian<Unsigned>(bytes + i);
+        const auto value = LoadBigEndian<Unsigned>(bytes + i);
         std::memcpy(out + i, &value, sizeof value);
     }
 }
