@@ -4,6 +4,7 @@
 
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Reading.h"
+#include "tools/zvg/reading/ClassNames.h"
 #include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/reading/RecordDocument.h"
 #include "tools/zvg/text/Csv.h"
@@ -75,11 +76,6 @@ class EntryPrinter {
     std::optional<JsonList> json;
     unsigned long long count = 0;
 };
-
-bool IsOfClass(const SZVLGZvgComp& comp, const std::wstring& name) {
-    return comp.classLevel2Name == name || comp.classLevel3Name == name ||
-           comp.classLevel4Name == name || comp.classLevel2bName == name;
-}
 
 ListFormat FormatOf(const ListOptions& options, bool asJson) {
     if (options.csv && asJson) {

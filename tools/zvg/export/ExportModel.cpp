@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "tools/zvg/reading/ClassNames.h"
 #include "tools/zvg/reading/RecordDocument.h"
 #include "tools/zvg/scene/SceneReader.h"
 #include "tools/zvg/text/Utf8.h"
@@ -13,11 +14,6 @@
 using namespace ZVSmartZvg;
 
 namespace {
-
-bool IsOfClass(const SZVLGZvgComp& comp, const std::wstring& name) {
-    return comp.classLevel2Name == name || comp.classLevel3Name == name ||
-           comp.classLevel4Name == name || comp.classLevel2bName == name;
-}
 
 bool IsNamed(const SerialKey& key) {
     return KeyText(key) != KeyText(SerialKey());

@@ -9,9 +9,9 @@
 
 namespace {
 
-ShapeSurface SurfaceOf(const ShapePart& part, SceneBuilder& builder) {
+ShapeSurface SurfaceOf(const ShapePart& part) {
     ShapeSurface surface;
-    if (part.colour) surface.look = builder.AddLook({part.styleName, *part.colour});
+    if (part.colour) surface.look = {part.styleName, *part.colour};
     for (const ModelShell& shell : part.shells) {
         const auto first = static_cast<std::uint32_t>(surface.points.size());
         for (const ModelPoint& point : shell.points) {
@@ -34,7 +34,7 @@ class ShapeAdder {
         if (!added) return place->second;
         std::vector<ShapeSurface> surfaces;
         for (const ShapePart& part : model.shapes[shape].parts) {
-            surfaces.push_back(SurfaceOf(part, builder));
+            surfaces.push_back(SurfaceOf(part));
         }
         place->second = builder.AddShape(model.shapes[shape].key, surfaces);
         return place->second;
@@ -51,12 +51,11 @@ class ShapeAdder {
 Scene SceneOf(const Model& model, const std::vector<const ModelElement*>& elements) {
     SceneBuilder builder;
     ShapeAdder shapes(model, builder);
-    const std::size_t plain = builder.AddLook(plainLook);
     for (const ModelElement* element : elements) {
         const std::size_t component = builder.AddComponent();
         for (const PlacedShape& placed : element->shapes) {
             const auto shape = shapes.Number(placed.shape);
-            if (shape) builder.Place(component, *shape, placed.placement, plain);
+            if (shape) builder.Place(component, *shape, placed.placement, plainLook);
         }
     }
     return builder.Take();

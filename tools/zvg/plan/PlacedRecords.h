@@ -1,13 +1,14 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 
 #include "ZVSmartZvg/Comp.h"
 #include "ZVSmartZvg/Geo.h"
 #include "tools/zvg/reading/OpenedBlock.h"
+#include "tools/zvg/scene/StoredGeos.h"
 
 /// A record and where it lies. What is nested in it or placed by it comes separately.
 struct PlacedRecord {
@@ -20,15 +21,13 @@ struct PlacedRecord {
 /// that these place by name, and what is nested in them.
 ///
 /// Untrusted files are safe: a name that leads back to itself is left out, chains of placements
-/// end at 16 links, and a component places at most `mostPlacements` geometries.
+/// end at 16 links, and a component places at most `mostPlacementsOfComponent` geometries.
 class PlacedRecords {
   public:
-    static constexpr std::size_t mostPlacements = 10000;
-
     using Use = std::function<void(const PlacedRecord& placed)>;
 
     /// `block` is borrowed.
-    explicit PlacedRecords(OpenedBlock& block) : block(block) {}
+    explicit PlacedRecords(OpenedBlock& block) : geos(block) {}
 
     /// Hands every record of the component's body to `use`. What cannot be read is left out and
     /// remembered; a name that the file does not hold is the host's own and just left out.
@@ -39,10 +38,7 @@ class PlacedRecords {
 
   private:
     bool Read(const std::wstring& identification, ZVSmartZvg::SZVLGZvgGeo& geo);
-    bool IsStored(const std::wstring& identification);
-    void RememberDamage(const std::wstring& identification, const std::string& reason);
 
-    OpenedBlock& block;
-    std::unordered_set<std::wstring> stored;  ///< filled when it is first asked
-    std::string firstDamage;
+    StoredGeos geos;
+    std::optional<ToolError> firstDamage;
 };

@@ -95,11 +95,11 @@ void AddRecord(const SZVLGZvgGeo& geo, SurfaceFiller& filler) {
 
 }  // namespace
 
-std::vector<ShapeSurface> SurfacesOf(const SZVLGZvgGeo& geo, SceneBuilder& builder) {
-    std::map<std::optional<std::size_t>, ShapeSurface> byLook;
+std::vector<ShapeSurface> SurfacesOf(const SZVLGZvgGeo& geo) {
+    std::map<std::optional<SceneLook>, ShapeSurface> byLook;
     VisitNested(geo, [&](const NestedRecord& record) {
-        std::optional<std::size_t> look;
-        if (record.coloured != nullptr) look = builder.AddLook(LookOf(*record.coloured, L""));
+        std::optional<SceneLook> look;
+        if (record.coloured != nullptr) look = LookOf(*record.coloured, L"");
         ShapeSurface& surface = byLook[look];
         surface.look = look;
         SurfaceFiller filler(surface, record.toOutermost);

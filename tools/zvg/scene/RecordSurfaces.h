@@ -7,9 +7,9 @@
 
 /// The surfaces of a record and of all that is nested in it, one per look: shells, visual shells,
 /// poly face meshes, meshes and the triangles of render meshes, in the record's coordinates. What
-/// is nested takes the colour of the innermost display attributes around it; `builder` gets the
-/// looks. Faces whose indices lead nowhere are left out, so untrusted records are safe.
-std::vector<ShapeSurface> SurfacesOf(const ZVSmartZvg::SZVLGZvgGeo& geo, SceneBuilder& builder);
+/// is nested takes the colour of the innermost display attributes around it. Faces whose indices
+/// lead nowhere are left out, so untrusted records are safe.
+std::vector<ShapeSurface> SurfacesOf(const ZVSmartZvg::SZVLGZvgGeo& geo);
 
 /// What display attributes make of a surface; they hold a colour. `otherName` is its name where
 /// they have none.

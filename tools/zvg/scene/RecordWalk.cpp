@@ -1,6 +1,6 @@
 #include "tools/zvg/scene/RecordWalk.h"
 
-#include <algorithm>
+#include <unordered_set>
 
 using namespace ZVSmartZvg;
 
@@ -23,16 +23,19 @@ class PlacedNames {
     /// Adds nothing where the name is one that leads here, the chain is too long, or there are
     /// too many.
     void Add(const std::wstring& name, const CZVIMTransf& toModel, std::size_t placedBy) {
-        if (list.size() >= mostPlacementsOfComponent || !IsNew(name, placedBy)) return;
-        list.push_back({name, toModel, placedBy});
+        ++considered;
+        if (!IsFull() && IsNew(name, placedBy)) list.push_back({name, toModel, placedBy});
     }
 
     /// Several rows may lead to one geometry; it is there once.
     void AddReferenced(const std::wstring& name) {
-        const bool known = std::any_of(list.begin(), list.end(), [&](const PlacedName& placed) {
-            return placed.name == name;
-        });
-        if (!known) Add(name, CZVIMTransf(), nothing);
+        if (referenced.insert(name).second) Add(name, CZVIMTransf(), nothing);
+    }
+
+    /// Also where too many were refused: a hostile file may offer the same ones for ever.
+    bool IsFull() const {
+        constexpr std::size_t mostOffers = 100 * mostPlacementsOfComponent;
+        return list.size() >= mostPlacementsOfComponent || considered > mostOffers;
     }
 
     std::size_t Size() const { return list.size(); }
@@ -49,6 +52,8 @@ class PlacedNames {
     }
 
     std::vector<PlacedName> list;
+    std::unordered_set<std::wstring> referenced;
+    std::size_t considered = 0;
 };
 
 }  // namespace
@@ -59,13 +64,14 @@ bool HasColour(const SZVLGZvgDisplayAttr& attr) {
 
 void VisitNested(const SZVLGZvgGeo& outermost,
                  const std::function<void(const NestedRecord&)>& use) {
-    std::vector<NestedRecord> waiting = {{&outermost, nullptr, CZVIMTransf()}};
+    std::vector<NestedRecord> waiting = {{&outermost, nullptr, nullptr, CZVIMTransf()}};
     while (!waiting.empty()) {
         const NestedRecord next = waiting.back();
         waiting.pop_back();
         use(next);
         for (auto sub = next.geo->subGeos.rbegin(); sub != next.geo->subGeos.rend(); ++sub) {
-            waiting.push_back({&sub->geo, HasColour(sub->attr) ? &sub->attr : next.coloured,
+            waiting.push_back({&sub->geo, &sub->attr,
+                               HasColour(sub->attr) ? &sub->attr : next.coloured,
                                next.toOutermost * sub->attr.transf});
         }
     }
@@ -97,6 +103,7 @@ void WalkPlacements(
         if (more == nullptr) continue;
         use(placed.name, placed.toModel);
         for (const SZVLGZvgGeoNamedTransf& named : *more) {
+            if (placements.IsFull()) break;
             placements.Add(named.name, placed.toModel * named.transf, i);
         }
     }

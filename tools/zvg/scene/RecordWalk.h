@@ -11,6 +11,7 @@
 /// A record within a record, or the outermost one itself.
 struct NestedRecord {
     const ZVSmartZvg::SZVLGZvgGeo* geo = nullptr;
+    const ZVSmartZvg::SZVLGZvgDisplayAttr* attr = nullptr;  ///< its own; null for the outermost
     /// The innermost display attributes around it that hold a colour; null for none.
     const ZVSmartZvg::SZVLGZvgDisplayAttr* coloured = nullptr;
     ZVSmartZvg::CZVIMTransf toOutermost;  ///< its coordinates to those of the outermost record
@@ -36,7 +37,8 @@ NamedPlacements PlacementsIn(const ZVSmartZvg::SZVLGZvgGeo& geo);
 /// `placedBy(name)` gives what the geometry stored under a name places, null where there is none;
 /// the answer must hold until the next call. `use` then gets that name and its coordinates to the
 /// model's. Untrusted files are safe: a name that leads back to itself is left out, chains of
-/// placements end at 16 links, and a component places at most `mostPlacementsOfComponent`.
+/// placements end at 16 links, and a component places at most
+/// `mostPlacementsOfComponent`.
 void WalkPlacements(const ZVSmartZvg::SZVLGZvgComp& comp,
                     const std::function<const NamedPlacements*(const std::wstring& name)>& placedBy,
                     const std::function<void(const std::wstring& name,

@@ -82,7 +82,9 @@ std::optional<std::size_t> SceneBuilder::AddShape(const std::wstring& name,
     for (const ShapeSurface& surface : surfaces) {
         SceneSurface kept = Kept(surface, shape.middle);
         if (kept.triangles.empty()) continue;
-        shape.parts.emplace_back(scene.surfaces.size(), surface.look);
+        std::optional<std::size_t> look;
+        if (surface.look) look = AddLook(*surface.look);
+        shape.parts.emplace_back(scene.surfaces.size(), look);
         shape.needsLook |= !surface.look;
         scene.surfaces.push_back(std::move(kept));
     }
@@ -97,7 +99,7 @@ std::size_t SceneBuilder::AddComponent() {
 }
 
 void SceneBuilder::Place(std::size_t component, std::size_t shape, const Placement& toModel,
-                         std::size_t ownLook) {
+                         const SceneLook& ownLook) {
     Placement moved = toModel;
     const std::array<double, 3> origin = Placed(toModel, shapes[shape].middle);
     for (std::size_t row = 0; row < 3; ++row) moved[row * 4 + 3] = origin[row];
@@ -108,15 +110,16 @@ void SceneBuilder::Place(std::size_t component, std::size_t shape, const Placeme
     scene.components[component].placements.push_back({MeshOf(shape, ownLook), moved});
 }
 
-std::size_t SceneBuilder::MeshOf(std::size_t shape, std::size_t ownLook) {
+std::size_t SceneBuilder::MeshOf(std::size_t shape, const SceneLook& ownLook) {
     const Shape& source = shapes[shape];
-    const auto key = std::make_pair(shape, source.needsLook ? ownLook : noLook);
+    const std::size_t own = source.needsLook ? AddLook(ownLook) : noLook;
+    const auto key = std::make_pair(shape, own);
     const auto [place, added] = meshes.emplace(key, scene.meshes.size());
     if (!added) return place->second;
     SceneMesh& mesh = scene.meshes.emplace_back();
     mesh.name = source.name;
     for (const auto& [surface, look] : source.parts) {
-        mesh.parts.push_back({surface, look.value_or(ownLook)});
+        mesh.parts.push_back({surface, look.value_or(own)});
     }
     return place->second;
 }

@@ -16,7 +16,7 @@ inline const SceneLook plainLook = {L"", {0xC8, 0xC8, 0xC8, 0xFF}};
 
 /// Triangles of one look in a shape's own coordinates.
 struct ShapeSurface {
-    std::optional<std::size_t> look;  ///< none takes the look of the component that places it
+    std::optional<SceneLook> look;  ///< none takes the look of the component that places it
     std::vector<std::array<double, 3>> points;
     std::vector<std::array<std::uint32_t, 3>> triangles;
 };
@@ -25,8 +25,6 @@ struct ShapeSurface {
 /// are stored relative to their middle, so that a shape far from its origin keeps its precision.
 class SceneBuilder {
   public:
-    std::size_t AddLook(const SceneLook& look);
-
     /// Keeps a shape; returns its number, or none where there is nothing to show. Triangles whose
     /// indices lead nowhere, and those with a coordinate that is not finite or beyond
     /// `farthest`, are left out.
@@ -40,9 +38,8 @@ class SceneBuilder {
     /// holds a number that is not finite or beyond `farthest` is left out. Throws
     /// std::length_error above `mostPlacements`.
     void Place(std::size_t component, std::size_t shape, const Placement& toModel,
-               std::size_t ownLook);
+               const SceneLook& ownLook);
 
-    const Scene& Result() const { return scene; }
     Scene Take() { return std::move(scene); }
 
     static constexpr double farthest = 1e12;
@@ -56,7 +53,8 @@ class SceneBuilder {
         bool needsLook = false;
     };
 
-    std::size_t MeshOf(std::size_t shape, std::size_t ownLook);
+    std::size_t AddLook(const SceneLook& look);
+    std::size_t MeshOf(std::size_t shape, const SceneLook& ownLook);
 
     Scene scene;
     std::map<SceneLook, std::size_t> looks;

@@ -4,12 +4,12 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
 
 #include "ZVSmartZvg/Comp.h"
 #include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/scene/RecordWalk.h"
 #include "tools/zvg/scene/SceneBuilder.h"
+#include "tools/zvg/scene/StoredGeos.h"
 
 /// Reads the bodies of a block file's components into a scene. Each stored geometry is read once.
 ///
@@ -18,7 +18,7 @@
 class SceneReader {
   public:
     /// `block` is borrowed.
-    explicit SceneReader(OpenedBlock& block) : block(block) {}
+    explicit SceneReader(OpenedBlock& block) : block(block), geos(block) {}
 
     /// Adds a component with its body; components are numbered in the order in which they come.
     /// Throws ToolError Damaged for a geometry that cannot be decoded, and for more placements
@@ -38,13 +38,10 @@ class SceneReader {
     };
 
     const Stored& Read(const std::wstring& name);
-    bool ReadGeo(const std::wstring& name, ZVSmartZvg::SZVLGZvgGeo& geo);
-    bool IsIdentification(const std::wstring& name);
-    std::size_t OwnLook(const ZVSmartZvg::SZVLGZvgComp& comp);
 
     OpenedBlock& block;
+    StoredGeos geos;
     SceneBuilder builder;
     std::unordered_map<std::wstring, Stored> storedByName;
-    std::optional<std::unordered_set<std::wstring>> identifications;  ///< filled when asked for
     std::size_t missing = 0;
 };
