@@ -8,52 +8,41 @@ namespace {
 constexpr float margin = 0.04F;           // of the picture's width, on each side
 constexpr float halfFieldOfView = 0.22F;  // tangent, along the shorter side: about 25 degrees
 constexpr float elevation = 0.46F;        // radians: about 26 degrees above the horizon
+constexpr double smallest = 1e-6;         // in the model's unit; below it is nothing to see
 constexpr float aside = 0.62F;            // radians off the view at right angles to the front
 
-Vec Relative(const std::array<double, 3>& point, const std::array<double, 3>& center) {
-    return {static_cast<float>(point[0] - center[0]), static_cast<float>(point[1] - center[1]),
-            static_cast<float>(point[2] - center[2])};
-}
-
-/// The corners of the placed meshes' boxes: few, and close to what is seen.
-std::vector<Vec> Outline(const Scene& scene, const std::array<double, 3>& center) {
-    std::vector<SceneBox> boxes;
-    boxes.reserve(scene.meshes.size());
-    for (const SceneMesh& mesh : scene.meshes) boxes.push_back(BoxOf(scene, mesh));
-    std::vector<Vec> points;
-    for (const SceneComponent& component : scene.components) {
-        for (const ScenePlacement& placement : component.placements) {
-            for (unsigned int i = 0; i < 8; ++i) {
-                const auto corner = Corner(boxes[placement.mesh], i);
-                points.push_back(Relative(Placed(placement.toModel, corner), center));
-            }
-        }
-    }
-    return points;
+Vec Relative(const std::array<double, 3>& point, const std::array<double, 3>& center,
+             double radius) {
+    return {static_cast<float>((point[0] - center[0]) / radius),
+            static_cast<float>((point[1] - center[1]) / radius),
+            static_cast<float>((point[2] - center[2]) / radius)};
 }
 
 }  // namespace
 
-Camera::Camera(const Scene& scene, const SceneBox& box, unsigned int width, unsigned int height)
+Camera::Camera(const Framing& framing, unsigned int width, unsigned int height)
     : halfWidth(static_cast<float>(width) / 2), halfHeight(static_cast<float>(height) / 2) {
+    const SceneBox& box = framing.box;
     double squares = 0;
     for (std::size_t axis = 0; axis < 3; ++axis) {
         center[axis] = (box.low[axis] + box.high[axis]) / 2;
         const double extent = box.high[axis] - box.low[axis];
         squares += extent * extent / 4;
     }
-    radius = static_cast<float>(std::sqrt(squares));
-    if (!(radius > 0)) radius = 1;
+    radius = std::max(std::sqrt(squares), smallest);
     pixelSize = halfFieldOfView / std::min(halfWidth, halfHeight);
     Turn(box);
     const float inner = 1 - 2 * margin;
-    Fit(Outline(scene, center), pixelSize * halfWidth * inner, pixelSize * halfHeight * inner);
+    std::vector<Vec> points;
+    points.reserve(framing.outline.size());
+    for (const auto& point : framing.outline) points.push_back(Relative(point, center, radius));
+    Fit(points, pixelSize * halfWidth * inner, pixelSize * halfHeight * inner);
 }
 
 void Camera::Turn(const SceneBox& box) {
-    const bool frontFacesX = box.high[0] - box.low[0] < box.high[1] - box.low[1];
-    const float toFront = frontFacesX ? 0.0F : -std::numbers::pi_v<float> / 2;
-    const float angle = frontFacesX ? toFront - aside : toFront + aside;
+    frontOnRight = box.high[0] - box.low[0] < box.high[1] - box.low[1];
+    const float toFront = frontOnRight ? 0.0F : -std::numbers::pi_v<float> / 2;
+    const float angle = frontOnRight ? toFront - aside : toFront + aside;
     const Vec toCamera = {std::cos(angle) * std::cos(elevation),
                           std::sin(angle) * std::cos(elevation), std::sin(elevation)};
     forward = -toCamera;
@@ -77,7 +66,7 @@ void Camera::Fit(const std::vector<Vec>& points, float tanX, float tanY) {
         nearest = std::min(nearest, z);
     }
     float distance = std::max((rightmost - leftmost) / (2 * tanX), (highest - lowest) / (2 * tanY));
-    distance = std::max(distance, radius * 1e-3F - nearest);
+    distance = std::max(distance, 1e-3F - nearest);
     position =
         right * ((leftmost + rightmost) / 2) + up * ((lowest + highest) / 2) - forward * distance;
 }

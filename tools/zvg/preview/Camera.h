@@ -3,16 +3,18 @@
 #include <array>
 #include <vector>
 
+#include "tools/zvg/preview/Framing.h"
 #include "tools/zvg/preview/Vec.h"
 #include "tools/zvg/scene/Scene.h"
 
 /// Looks at a model from above, over the corner between its front (the long side that faces
-/// -Y or +X) and its right side. Coordinates are the model's minus `Center`.
+/// -Y or +X) and the side beside it. Coordinates are the model's minus `Center`, divided by
+/// `Radius`: whatever the model's size, what is framed lies in the unit sphere.
 class Camera {
   public:
-    /// Chooses direction and distance so that `box`, which is not empty, and the placed meshes in
-    /// it fill the picture up to a margin.
-    Camera(const Scene& scene, const SceneBox& box, unsigned int width, unsigned int height);
+    /// Chooses direction and distance so that what is framed, which is something, fills the
+    /// picture up to a margin.
+    Camera(const Framing& framing, unsigned int width, unsigned int height);
 
     const std::array<double, 3>& Center() const { return center; }
     Vec Position() const { return position; }
@@ -20,21 +22,22 @@ class Camera {
     Vec Direction(float column, float row) const;
     /// The width of a pixel at distance 1.
     float PixelSize() const { return pixelSize; }
-    /// From the model to the left of the camera, level.
-    Vec Left() const { return -right; }
+    /// Level, to the side of the picture on which the model's front is.
+    Vec FrontSide() const { return frontOnRight ? right : -right; }
     /// From the camera into the picture.
     Vec Forward() const { return forward; }
-    /// Half the diagonal of the model's box.
-    float Radius() const { return radius; }
+    /// Half the diagonal of the framed box.
+    double Radius() const { return radius; }
 
   private:
     void Turn(const SceneBox& box);
     void Fit(const std::vector<Vec>& points, float tanX, float tanY);
 
     std::array<double, 3> center;
-    float radius;
+    double radius;
     Vec right, up, forward;
     Vec position;
     float pixelSize;
     float halfWidth, halfHeight;
+    bool frontOnRight = false;
 };

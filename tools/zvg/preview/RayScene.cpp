@@ -2,6 +2,8 @@
 
 #include <embree3/rtcore.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <map>
@@ -51,6 +53,44 @@ bool Precedes(const RTCHit& a, const RTCHit& b) {
     return a.primID < b.primID;
 }
 
+ScenePlacement Relative(const ScenePlacement& placement, const std::array<double, 3>& center,
+                        double radius) {
+    ScenePlacement relative = placement;
+    for (std::size_t i = 0; i < 12; ++i) {
+        const double shift = i % 4 == 3 ? center[i / 4] : 0;
+        relative.toModel[i] = (relative.toModel[i] - shift) / radius;
+    }
+    return relative;
+}
+
+/// The transposed inverse of a placement but for a factor; none where the numbers of the
+/// placement or its inverse are so large that single precision ends.
+std::optional<std::array<Vec, 3>> NormalTransform(const Placement& p) {
+    constexpr double mostForward = 1e12, mostBackward = 1e15;
+    double cofactors[9];
+    for (std::size_t row = 0; row < 3; ++row) {
+        const double* const a = p.data() + (row + 1) % 3 * 4;
+        const double* const b = p.data() + (row + 2) % 3 * 4;
+        cofactors[row * 3] = a[1] * b[2] - a[2] * b[1];
+        cofactors[row * 3 + 1] = a[2] * b[0] - a[0] * b[2];
+        cofactors[row * 3 + 2] = a[0] * b[1] - a[1] * b[0];
+    }
+    const double determinant = p[0] * cofactors[0] + p[1] * cofactors[1] + p[2] * cofactors[2];
+    double largest = 0;
+    for (const double cofactor : cofactors) largest = std::max(largest, std::fabs(cofactor));
+    if (!(largest <= mostBackward * std::fabs(determinant)) || !(largest > 0)) return std::nullopt;
+    for (const double value : p) {
+        if (!(std::fabs(value) <= mostForward)) return std::nullopt;
+    }
+    std::array<Vec, 3> rows;
+    for (std::size_t row = 0; row < 3; ++row) {
+        const double* const c = cofactors + row * 3;
+        rows[row] = {static_cast<float>(c[0] / largest), static_cast<float>(c[1] / largest),
+                     static_cast<float>(c[2] / largest)};
+    }
+    return rows;
+}
+
 }  // namespace
 
 bool IsTransparent(const Colour& colour) {
@@ -60,7 +100,7 @@ bool IsTransparent(const Colour& colour) {
 /// The surfaces of one kind, mesh by mesh, and the meshes where they are placed.
 class RayScene::Tree {
   public:
-    Tree(const Scene& source, bool transparent, const std::array<double, 3>& center)
+    Tree(const Scene& source, bool transparent, const std::array<double, 3>& center, double radius)
         : source(source),
           transparent(transparent),
           device(NewDevice()),
@@ -69,7 +109,7 @@ class RayScene::Tree {
         rtcSetSceneFlags(scene.get(), RTC_SCENE_FLAG_ROBUST);
         for (std::size_t i = 0; i < source.components.size(); ++i) {
             for (const ScenePlacement& placement : source.components[i].placements) {
-                AddInstance(placement, static_cast<std::uint32_t>(i), center);
+                AddInstance(Relative(placement, center, radius), static_cast<std::uint32_t>(i));
             }
         }
         rtcCommitScene(scene.get());
@@ -126,8 +166,7 @@ class RayScene::Tree {
     struct Instance {
         std::uint32_t component;
         std::uint32_t mesh;
-        /// The cofactors of the placement: they turn normals.
-        std::array<Vec, 3> normals;
+        std::array<Vec, 3> normals;  ///< rows of what turns normals
     };
 
     static RTCRayHit Query(Vec origin, Vec direction, float from, float to) {
@@ -212,27 +251,21 @@ class RayScene::Tree {
         std::memcpy(bytes, elements.data(), elements.size() * sizeof(Element));
     }
 
-    void AddInstance(const ScenePlacement& placement, std::uint32_t component,
-                     const std::array<double, 3>& center) {
-        const RTCScene mesh = Built(placement.mesh);
+    /// Leaves out what has no thickness or an extreme scale: the ray tracer turns rays by the
+    /// inverse of the placement.
+    void AddInstance(const ScenePlacement& placement, std::uint32_t component) {
+        const auto normals = NormalTransform(placement.toModel);
+        const RTCScene mesh = normals ? Built(placement.mesh) : nullptr;
         if (mesh == nullptr) return;
         float rows[12];
-        for (std::size_t i = 0; i < 12; ++i) {
-            const double shift = i % 4 == 3 ? center[i / 4] : 0;
-            rows[i] = static_cast<float>(placement.toModel[i] - shift);
-        }
+        std::copy(placement.toModel.begin(), placement.toModel.end(), rows);
         RTCGeometry instance = rtcNewGeometry(device.get(), RTC_GEOMETRY_TYPE_INSTANCE);
         rtcSetGeometryInstancedScene(instance, mesh);
         rtcSetGeometryTransform(instance, 0, RTC_FORMAT_FLOAT3X4_ROW_MAJOR, rows);
         rtcCommitGeometry(instance);
         rtcAttachGeometryByID(scene.get(), instance, static_cast<unsigned int>(instances.size()));
         rtcReleaseGeometry(instance);
-        const Vec a = {rows[0], rows[1], rows[2]};
-        const Vec b = {rows[4], rows[5], rows[6]};
-        const Vec c = {rows[8], rows[9], rows[10]};
-        instances.push_back({component,
-                             static_cast<std::uint32_t>(placement.mesh),
-                             {Cross(b, c), Cross(c, a), Cross(a, b)}});
+        instances.push_back({component, static_cast<std::uint32_t>(placement.mesh), *normals});
     }
 
     struct ReleaseGeometry {
@@ -248,10 +281,10 @@ class RayScene::Tree {
     std::vector<Instance> instances;
 };
 
-RayScene::RayScene(const Scene& scene, const std::array<double, 3>& center, float radius)
-    : skin(radius * 2e-5F),
-      opaque(std::make_unique<Tree>(scene, false, center)),
-      transparent(std::make_unique<Tree>(scene, true, center)) {}
+RayScene::RayScene(const Scene& scene, const std::array<double, 3>& center, double radius)
+    : skin(2e-5F),
+      opaque(std::make_unique<Tree>(scene, false, center, radius)),
+      transparent(std::make_unique<Tree>(scene, true, center, radius)) {}
 
 RayScene::~RayScene() = default;
 

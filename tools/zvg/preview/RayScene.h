@@ -15,12 +15,13 @@ struct SurfacePoint {
     std::uint32_t look = 0;
 };
 
-/// A scene made ready for rays, its coordinates relative to a center. What is transparent is kept
-/// apart: it neither shades nor hides. Safe to use from several threads at once. The answers do
-/// not depend on the number of threads or on the processor's vector units.
+/// A scene made ready for rays, its coordinates relative to a center and divided by a radius. What
+/// is transparent is kept apart: it neither shades nor hides. Safe to use from several threads at
+/// once. The answers do not depend on the number of threads or on the processor's vector units.
 class RayScene {
   public:
-    RayScene(const Scene& scene, const std::array<double, 3>& center, float radius);
+    RayScene(const Scene& scene, const std::array<double, 3>& center, double radius);
+
     ~RayScene();
     RayScene(const RayScene&) = delete;
     RayScene& operator=(const RayScene&) = delete;

@@ -1,6 +1,9 @@
 #include "tools/zvg/preview/Renderer.h"
 
 #include <atomic>
+#include <exception>
+#include <limits>
+#include <mutex>
 #include <optional>
 #include <thread>
 
@@ -23,7 +26,7 @@ struct Sample {
 
 /// How strongly the border between two neighbouring samples is drawn, seen from the first.
 float LineStrength(const Sample& a, const Sample& b, float pixelSize) {
-    constexpr float outline = 0.85F, crease = 0.6F, seam = 0.45F;
+    constexpr float outline = 1, crease = 0.75F, seam = 0.5F;
     constexpr float creaseCosine = 0.85F;  // 32 degrees: facets of round bodies stay smooth
     if (!b.hit) return outline;
     // A step: the other point is off this surface, and farther from the eye.
@@ -146,19 +149,30 @@ class Painter {
     unsigned int across;  ///< samples in a row
 };
 
+/// Rethrows what a thread has thrown.
 void PaintAll(const Painter& painter, unsigned int height) {
     std::atomic<unsigned int> next = 0;
+    std::mutex mutex;
+    std::exception_ptr failure;
     const auto work = [&] {
-        for (unsigned int row = next.fetch_add(stripRows); row < height;
-             row = next.fetch_add(stripRows)) {
-            painter.Paint(row);
+        try {
+            for (unsigned int row = next.fetch_add(stripRows); row < height;
+                 row = next.fetch_add(stripRows)) {
+                painter.Paint(row);
+            }
+        } catch (...) {
+            const std::lock_guard lock(mutex);
+            failure = std::current_exception();
         }
     };
     constexpr unsigned int mostThreads = 16;
     const unsigned int threads = std::clamp(std::thread::hardware_concurrency(), 1U, mostThreads);
-    std::vector<std::jthread> workers;
-    for (unsigned int i = 1; i < threads; ++i) workers.emplace_back(work);
-    work();
+    {
+        std::vector<std::jthread> workers;
+        for (unsigned int i = 1; i < threads; ++i) workers.emplace_back(work);
+        work();
+    }
+    if (failure) std::rethrow_exception(failure);
 }
 
 }  // namespace
@@ -168,9 +182,9 @@ bool CanRender() {
 }
 
 Picture Render(const Scene& scene, unsigned int width, unsigned int height) {
-    const SceneBox box = BoxOf(scene);
-    if (box.IsEmpty()) return {};
-    const Camera camera(scene, box, width, height);
+    const Framing framing = FramingOf(scene);
+    if (framing.box.IsEmpty()) return {};
+    const Camera camera(framing, width, height);
     const RayScene rays(scene, camera.Center(), camera.Radius());
     const Shading shading(scene, rays, camera);
     Picture picture = {width, height, {}};

@@ -5,10 +5,10 @@
 namespace {
 
 constexpr float darkest = 0.035F;  // black surfaces must still show their shape
-constexpr float ambientShare = 0.62F;
-constexpr float sunShare = 0.48F;
-constexpr float sunElevation = 0.95F;  // radians
-constexpr float sunAside = 0.75F;      // radians from the camera's direction to its left
+constexpr float ambientShare = 0.68F;
+constexpr float sunShare = 0.62F;
+constexpr float sunElevation = 0.75F;  // radians
+constexpr float sunAside = 0.75F;      // radians from the camera's direction to the model's front
 constexpr float sunSize = 0.05F;       // radians, for soft shadows
 constexpr float leastGlass = 0.25F;
 
@@ -51,14 +51,14 @@ float Brightness(Vec direction) {
 }  // namespace
 
 Shading::Shading(const Scene& scene, const RayScene& rays, const Camera& camera)
-    : rays(rays), reach(camera.Radius() * 0.3F), farAway(camera.Radius() * 3) {
+    : rays(rays), reach(0.3F), farAway(3) {
     for (const SceneLook& look : scene.looks) {
         const Colour& c = look.colour;
         colours.push_back({Lifted(c.red), Lifted(c.green), Lifted(c.blue)});
         shares.push_back(std::max(leastGlass, static_cast<float>(c.alpha) / 255));
     }
     const Vec level = Unit({-camera.Forward().x, -camera.Forward().y, 0});
-    const Vec aside = level * std::cos(sunAside) + camera.Left() * std::sin(sunAside);
+    const Vec aside = level * std::cos(sunAside) + camera.FrontSide() * std::sin(sunAside);
     toSun = aside * std::cos(sunElevation) + Vec{0, 0, std::sin(sunElevation)};
     // Each sample takes every ninth point, so that each alone is spread as well.
     constexpr unsigned int count = skyDirections * samplesPerPixel;

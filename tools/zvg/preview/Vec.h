@@ -21,10 +21,12 @@ inline Vec Cross(Vec a, Vec b) {
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
-/// Zero stays zero.
+/// Zero stays zero, and lengths whose square no float can hold do no harm.
 inline Vec Unit(Vec a) {
-    const float length = std::sqrt(Dot(a, a));
-    return length > 0 ? a * (1 / length) : a;
+    const float largest = std::max({std::fabs(a.x), std::fabs(a.y), std::fabs(a.z)});
+    if (!(largest > 0)) return {};
+    const Vec scaled = {a.x / largest, a.y / largest, a.z / largest};
+    return scaled * (1 / std::sqrt(Dot(scaled, scaled)));
 }
 
 inline Vec Mix(Vec a, Vec b, float share) {
