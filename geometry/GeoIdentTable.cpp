@@ -1,6 +1,7 @@
 #include "geometry/GeoIdentTable.h"
 
 #include <algorithm>
+#include <span>
 
 #include "stream/ByteOrder.h"
 #include "stream/WideText.h"
@@ -12,6 +13,7 @@ using ZVSmartFormat::LoadBigEndian;
 namespace {
 
 constexpr u64 smallestEntry = 12;
+constexpr std::size_t entriesPerLandmark = 32;
 
 }  // namespace
 
@@ -34,6 +36,7 @@ GeoIdentTable::GeoIdentTable(ZVSmartFormat::RecordInStream& in) {
         entries.push_back(static_cast<u32>(offset));
     }
     if (!inOrder) Sort();
+    SetLandmarks();
 }
 
 void GeoIdentTable::Sort() {
@@ -42,6 +45,25 @@ void GeoIdentTable::Sort() {
     const auto end =
         std::unique(entries.begin(), entries.end(), [&](u32 a, u32 b) { return key(a) == key(b); });
     entries.erase(end, entries.end());
+}
+
+void GeoIdentTable::SetLandmarks() {
+    if (entries.empty()) return;
+    const std::string_view first = KeyAt(bytes + entries.front());
+    const std::string_view last = KeyAt(bytes + entries.back());
+    const auto end = std::mismatch(first.begin(), first.end(), last.begin(), last.end()).first;
+    commonBytes = static_cast<std::size_t>(end - first.begin());
+    landmarks.reserve((entries.size() - 1) / entriesPerLandmark + 1);
+    for (std::size_t i = 0; i < entries.size(); i += entriesPerLandmark)
+        landmarks.push_back(LandmarkOf(KeyAt(bytes + entries[i])));
+}
+
+/// The bytes behind the common ones as a number; what is missing counts as zero, so that numbers
+/// never contradict the order of their keys.
+u64 GeoIdentTable::LandmarkOf(std::string_view key) const {
+    u8 head[sizeof(u64)] = {};
+    if (key.size() > commonBytes) key.copy(reinterpret_cast<char*>(head), sizeof head, commonBytes);
+    return LoadBigEndian<u64>(head);
 }
 
 std::string_view GeoIdentTable::KeyAt(const u8* entry) const {
@@ -53,13 +75,25 @@ SZVLGZvgGeoIndex GeoIdentTable::IndexAt(const u8* entry) const {
     return {LoadBigEndian<u32>(index), LoadBigEndian<u32>(index + 4)};
 }
 
+/// The numbers of the entries among which `key` is, if it is there: from the last landmark below
+/// it to the first above it.
+std::pair<std::size_t, std::size_t> GeoIdentTable::RangeOf(std::string_view key) const {
+    const auto [low, high] = std::equal_range(landmarks.begin(), landmarks.end(), LandmarkOf(key));
+    const auto below = static_cast<std::size_t>(low - landmarks.begin());
+    const auto above = static_cast<std::size_t>(high - landmarks.begin());
+    return {(below == 0 ? 0 : below - 1) * entriesPerLandmark,
+            std::min(above * entriesPerLandmark, entries.size())};
+}
+
 bool GeoIdentTable::Find(const std::wstring& identification, SZVLGZvgGeoIndex& index) const {
     std::string key;
     ZVSmartFormat::AppendUtf16(identification, key);
-    const auto entry = std::lower_bound(
-        entries.begin(), entries.end(), key,
-        [this](u32 a, const std::string& b) { return KeyAt(bytes + a) < std::string_view(b); });
-    if (entry == entries.end() || KeyAt(bytes + *entry) != key) return false;
+    const auto [first, last] = RangeOf(key);
+    const std::span candidates(entries.data() + first, last - first);
+    const auto entry =
+        std::lower_bound(candidates.begin(), candidates.end(), std::string_view(key),
+                         [this](u32 a, std::string_view b) { return KeyAt(bytes + a) < b; });
+    if (entry == candidates.end() || KeyAt(bytes + *entry) != key) return false;
     index = IndexAt(bytes + *entry);
     return true;
 }
