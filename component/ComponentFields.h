@@ -105,7 +105,11 @@ void VisitComponentEntry(Visitor& visitor, Comp& comp, Rows& rows, RefRows& refR
     u8 flags = 0;
     if constexpr (!Visitor::reading) flags = EntryFlagsOf(comp, rows);
     visitor.U8(flags);
-    if (flags & 0x01) VisitProperties(visitor, comp.compProperties);
+    if (flags & 0x01) {
+        VisitProperties(visitor, comp.compProperties);
+    } else if constexpr (Visitor::reading) {
+        comp.compProperties.clear();
+    }
     if (flags & 0x02) visitor.List(comp.relatedGuidNames, 6, [&](auto& key) { visitor.Key(key); });
     if (flags & 0x04) visitor.Key(comp.groupGuidName);
     if (flags & 0x08) visitor.U32(rows.owner);

@@ -117,6 +117,7 @@ u32 CZVLGBlockReader::Imp::EstimatedDataSize() {
 void CZVLGBlockReader::Imp::CleanInnerBuffer() {
     geoBlocks.Clear();
     floors.Clear();
+    spareProperties = PropertyList();
 }
 
 bool CZVLGBlockReader::Imp::ReadFloor(u32 floor, FloorFields& fields) {
@@ -151,10 +152,12 @@ bool CZVLGBlockReader::Imp::ReadComp(const SZVLGCompIndex& index, SZVLGZvgComp& 
     const FloorBlock* const floor = FetchFloor(index.floorIndex);
     if (floor == nullptr || index.compIndex >= floor->ComponentCount()) return false;
     SZVLGZvgComp read;
+    read.compProperties.swap(spareProperties);
     EntryRows rows;
     floor->ReadComponent(index.compIndex, head.version, read, rows);
     RecordInStream classes(indexBlock.Data(), indexBlock.Size());
     ResolveClassRows(classes, level2, rows, head.version, read);
+    spareProperties.swap(comp.compProperties);
     comp = std::move(read);
     return true;
 }

@@ -53,6 +53,7 @@ class CZVLGBlockReader::Imp {
     Section level2;  // in the index block
     DecodedCache<GeoBlock> geoBlocks{3};
     DecodedCache<FloorBlock> floors{5};
+    PropertyList spareProperties;  // a list that a caller is done with, for the next component
 };
 
 }  // namespace ZVSmartZvg

@@ -111,6 +111,7 @@ bool LoadUnits(const u8* bytes, std::size_t unitCount, wchar_t* out) {
 }  // namespace
 
 void LoadUtf16(const u8* bytes, u64 unitCount, std::wstring& text) {
+    if (unitCount > text.capacity()) text.clear();  // or its old characters move along
     text.resize(static_cast<std::size_t>(unitCount));
     const bool anySurrogate = LoadUnits(bytes, text.size(), text.data());
     if (wideIsUtf16 || !anySurrogate) return;

@@ -281,6 +281,53 @@ TEST(Reader, TakesTheFileAsItStands) {
     EXPECT_EQ(comp.geoRefs[0].geoIds[0].guidName.name, L"r");
 }
 
+TEST(Reader, FindsEachOfManyIdentificationsAndNoneBesides) {
+    // Keys that share a beginning, and that differ early, late, in length or in a NUL alone.
+    std::vector<std::wstring> keys = {L"all", std::wstring(L"all\0", 4), L"allz"};
+    for (u32 i = 0; i < 300; ++i) {
+        keys.push_back(L"all the same so far " + std::to_wstring(7 * i));
+        keys.push_back(L"all" + std::to_wstring(i) + L" of them");
+    }
+    const Bytes file = Streamed([&](CZVFTOutStream& out) {
+        CZVLGBlockSaver saver;
+        saver.Init(&out, SZVLGZvgBlockHeadInfo(), "", 1000);
+        for (u32 i = 0; i < keys.size(); ++i) saver.AddIdentificationGeo(keys[i], SomeGeo(i));
+        saver.WriteEnd();
+    });
+    Opened opened(file);
+    for (u32 i = 0; i < keys.size(); ++i) {
+        SZVLGZvgGeo geo;
+        EXPECT_TRUE(opened.reader.GetGeoByIdentification(keys[i], geo)) << i;
+        EXPECT_EQ(ValueOf(geo), i);
+    }
+    SZVLGZvgGeo geo;
+    for (const wchar_t* const absent : {L"al", L"alk", L"alm", L"all the same so far ", L"zzz",
+                                        L"0", L"all the same so far 1", L"zll the same so far 7"})
+        EXPECT_FALSE(opened.reader.GetGeoByIdentification(absent, geo)) << absent;
+}
+
+TEST(Reader, ARecordReadIntoBeforeHoldsNothingOfIt) {
+    std::vector<SZVLGZvgComp> comps;
+    for (const u32 count : {3U, 0U, 40U, 1U, 2U, 0U, 0U, 5U}) {
+        SZVLGZvgComp& comp = comps.emplace_back(Comp(std::to_wstring(comps.size())));
+        for (u32 i = 0; i < count; ++i)
+            comp.compProperties.emplace_back(std::wstring(count + i, L'n'),
+                                             std::wstring(50 / (i + 1), L'v'));
+    }
+    Opened opened(Streamed([&](CZVFTOutStream& out) {
+        CZVLGBlockSaver saver;
+        saver.Init(&out, SZVLGZvgBlockHeadInfo());
+        for (const SZVLGZvgComp& comp : comps) saver.AddComp(comp);
+        saver.WriteEnd();
+    }));
+    SZVLGZvgComp comp;
+    for (u32 i = 0; i < comps.size(); ++i) {
+        ASSERT_TRUE(opened.reader.GetCompByIndex({0, i}, comp));
+        EXPECT_EQ(comp.compProperties, comps[i].compProperties) << i;
+        if (i == 4) opened.reader.CleanInnerBuffer();
+    }
+}
+
 TEST(Reader, AnUnfinishedFileHasNoFloors) {
     for (const u32 geoCount : {0U, 3U}) {
         const Bytes file = Streamed([&](CZVFTOutStream& out) {
