@@ -30,10 +30,10 @@ std::size_t CountPoints(CZVLGBlockReader& reader, const SZVLGZvgGeoId& row) {
 }
 
 void List(CZVLGBlockReader& reader) {
+    SZVLGZvgComp comp;  // one for all: the reader uses its memory again
     for (unsigned int floor = 0; floor < reader.GetFloorNum(); ++floor) {
         std::printf("%ls\n", reader.GetFloorNameByIndex(floor).c_str());
         for (unsigned int i = 0; i < reader.GetFloorCompNum(floor); ++i) {
-            SZVLGZvgComp comp;
             if (!reader.GetCompByIndex({floor, i}, comp)) continue;
             std::size_t points = 0;
             for (const SZVLGZvgCompGeoRef& part : comp.geoRefs)

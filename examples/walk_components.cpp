@@ -59,10 +59,10 @@ int main(int argc, char** argv) try {
     CZVLGBlockReader reader;
     if (!in.Open() || !reader.Init(&in)) return std::fputs("walk_components FILE\n", stderr), 1;
     Walk walk(reader);
+    SZVLGZvgComp comp;  // one for all: the reader uses its memory again
     for (unsigned int floor = 0; floor < reader.GetFloorNum(); ++floor) {
         if (UserCancelled(floor, reader.GetFloorNum())) return 2;
         for (unsigned int i = 0; i < reader.GetFloorCompNum(floor); ++i) {
-            SZVLGZvgComp comp;
             if (reader.GetCompByIndex({floor, i}, comp)) walk.Visit(comp);
         }
     }
