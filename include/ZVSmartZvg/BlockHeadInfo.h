@@ -12,8 +12,8 @@ using ZVIM::GeometryPrimitiveResource::CZVIMTransf;
 
 /// What a block file says about itself. The texts and the value mean what the host wants.
 struct SZVLGZvgBlockHeadInfo {
-    std::wstring firstText;
-    std::wstring secondText;
+    std::wstring firstText;           ///< the host's own
+    std::wstring secondText;          ///< the host's own
     std::int32_t optionalValue = -1;  ///< stored unless −1
     std::wstring optionalText;        ///< stored unless empty
     CZVIMTransf transf;               ///< stored unless the identity

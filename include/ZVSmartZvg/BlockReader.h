@@ -64,9 +64,9 @@ class ZVLG_API CZVLGBlockReader {
     /// Replaces `names` by the names of all floors, in order.
     void GetAllFloorName(std::vector<std::wstring>& names);
     /// Replaces `comp` by the component at `index`. False, with `comp` unchanged, where there is
-    /// none. Throws CZVFTStreamException, with `comp` unchanged, where its bytes are damaged. A loop
-    /// that reads into one record is faster than one with a record for each component: the reader
-    /// keeps the memory of the properties that `comp` held, until `CleanInnerBuffer`.
+    /// none. Throws CZVFTStreamException, with `comp` unchanged, where its bytes are damaged. A
+    /// loop that reads into one record is faster than one with a record for each component: the
+    /// reader keeps the memory of the properties that `comp` held, until `CleanInnerBuffer`.
     bool GetCompByIndex(const SZVLGCompIndex& index, SZVLGZvgComp& comp);
 
     /// Reads the geometry stored under `identification` into `geo`. Pass a fresh record: lists

@@ -16,15 +16,21 @@ using ZVSmartSerial::SerialKey;
 
 /// A material of a geometry reference; stored from format version 1 on.
 struct SZVLGZvgMaterial {
-    SerialKey guidName;
+    SerialKey guidName;  ///< the material's identity, to the host
+    /// Texts of the host's own.
+    /// @{
     std::wstring textA, textB;
-    PropertyList properties;
+    /// @}
+    PropertyList properties;  ///< the host's own
 };
 
 /// A row that leads from a component to a stored geometry; rows are shared within a floor.
 struct SZVLGZvgGeoId {
-    SerialKey guidName;
+    SerialKey guidName;  ///< what identifies the row within its floor, and names its geometry
+    /// Texts of the host's own; where the name is "none", they identify the row with it.
+    /// @{
     std::wstring textA, textB;
+    /// @}
 };
 
 /// The identification under which a row's geometry is stored: its name, unless that is empty
@@ -38,13 +44,13 @@ ZVLG_API std::wstring GetGeoIdentification(const SZVLGZvgGeoId& row);
 /// none of `geoIds` leads to `geoIdentification`, a row that does is added in the file.
 /// Reading: `geoIdentification` and `geo` stay empty, `geoIds` holds the rows.
 struct SZVLGZvgCompGeoRef {
-    std::wstring geoIdentification;
-    SZVLGZvgGeo geo;
-    u8 refKind = 0;
-    u32 refValueA = 0;
-    u32 refValueB = 0;
-    std::map<u32, SZVLGZvgMaterial> materials;
-    std::vector<SZVLGZvgGeoId> geoIds;
+    std::wstring geoIdentification;             ///< where `geo` is, or is to be, stored
+    SZVLGZvgGeo geo;                            ///< the geometry, or nothing
+    u8 refKind = 0;                             ///< the host's own
+    u32 refValueA = 0;                          ///< the host's own
+    u32 refValueB = 0;                          ///< the host's own
+    std::map<u32, SZVLGZvgMaterial> materials;  ///< by keys of the host's own
+    std::vector<SZVLGZvgGeoId> geoIds;          ///< the rows that lead to this part's geometry
 };
 
 /// One building component.
@@ -57,29 +63,29 @@ struct SZVLGZvgComp {
     u64 classLevel1DataA = 0;      ///< the host's own
     u64 classLevel1DataB = 0;      ///< the host's own
 
-    SerialKey ownerGuidName;
-    std::wstring ownerTextA;
-    std::wstring ownerTextB;
-    SerialKey ownerSecondGuidName;
-    std::wstring ownerTextC;
+    SerialKey ownerGuidName;        ///< identifies the owner group below its level 4
+    std::wstring ownerTextA;        ///< the host's own
+    std::wstring ownerTextB;        ///< the host's own
+    SerialKey ownerSecondGuidName;  ///< the host's own
+    std::wstring ownerTextC;        ///< the host's own
 
-    std::wstring classLevel2Name;
-    u32 classLevel2Id = 0;
-    std::wstring classLevel3Name;
-    u32 classLevel3Id = 0;
-    std::wstring classLevel4Name;
-    u32 classLevel4Id = 0;
-    SZVLGZvgDisplayAttr classLevel4Attr;
-    std::wstring classLevel2bName;
-    u32 classLevel2bId = 0;
-    SZVLGZvgDisplayAttr classLevel2bAttr;
+    std::wstring classLevel2Name;          ///< what the host sorts components by first
+    u32 classLevel2Id = 0;                 ///< the host's own
+    std::wstring classLevel3Name;          ///< a class below its level 2
+    u32 classLevel3Id = 0;                 ///< the host's own
+    std::wstring classLevel4Name;          ///< a class below its level 3
+    u32 classLevel4Id = 0;                 ///< the host's own
+    SZVLGZvgDisplayAttr classLevel4Attr;   ///< how components of that level 4 look
+    std::wstring classLevel2bName;         ///< a second class below its level 2, beside level 3
+    u32 classLevel2bId = 0;                ///< the host's own
+    SZVLGZvgDisplayAttr classLevel2bAttr;  ///< how components of that level 2b look
 
     SerialKey compGuidName;                   ///< the component's identity within its floor
     std::vector<SerialKey> relatedGuidNames;  ///< other components it belongs to
     SerialKey groupGuidName;                  ///< stored unless its name is "none"
-    PropertyList compProperties;
-    std::vector<SZVLGZvgCompGeoRef> geoRefs;
-    SZVLGZvgDisplayAttr compAttr;  ///< stored from format version 2 on
+    PropertyList compProperties;              ///< the component's properties
+    std::vector<SZVLGZvgCompGeoRef> geoRefs;  ///< the parts of its body
+    SZVLGZvgDisplayAttr compAttr;  ///< how it looks itself; stored from format version 2 on
 };
 
 }  // namespace ZVSmartZvg

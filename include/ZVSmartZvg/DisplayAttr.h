@@ -21,36 +21,45 @@ using PropertyList = std::vector<std::pair<std::wstring, std::wstring>>;
 
 /// Display attributes. The bits of `flags` and `flags2` are the caller's: they say which fields
 /// are stored, and a field whose bit is clear comes back at its default. `flags2` and everything
-/// below it exist from format version 3 on.
+/// below it exist from format version 3 on. What the fields mean beyond their names is the host's.
 struct SZVLGZvgDisplayAttr {
-    u16 flags = 0;
-    u8 red = 0, green = 0, blue = 0;  ///< flags 0x10
-    u8 alpha = 0xFF;                  ///< flags 0x10; before version 2 flags 0x20
-    u32 zBufferSize = 0;              ///< flags 0x40
-    std::wstring styleName;           ///< flags 0x80
-    u32 lineValue = 0;                ///< flags 0x200
-    u8 lineByte = 0;                  ///< flags 0x200
-    u8 extraByte = 0;                 ///< flags 0x400
-    CZVIMTransf transf;               ///< flags 0x4000
-    PropertyList properties;          ///< flags 0x8000
+    u16 flags = 0;  ///< which of the fields down to `properties` are stored
+    /// Colour, 0 to 255; flags 0x10.
+    /// @{
+    u8 red = 0, green = 0, blue = 0;
+    /// @}
+    u8 alpha = 0xFF;          ///< 0xFF is opaque; flags 0x10, before version 2 flags 0x20
+    u32 zBufferSize = 0;      ///< a drawing order; flags 0x40
+    std::wstring styleName;   ///< flags 0x80
+    u32 lineValue = 0;        ///< flags 0x200
+    u8 lineByte = 0;          ///< flags 0x200
+    u8 extraByte = 0;         ///< flags 0x400
+    CZVIMTransf transf;       ///< flags 0x4000
+    PropertyList properties;  ///< flags 0x8000
 
-    u32 flags2 = 0;
-    u8 red2 = 0, green2 = 0, blue2 = 0;                          ///< flags2 bit 17
-    u8 alpha2 = 0xFF;                                            ///< flags2 bit 17
-    std::wstring name2;                                          ///< flags2 bit 18
-    double real1 = 0;                                            ///< flags2 bit 19
-    double real2 = 0;                                            ///< flags2 bit 20
-    double real3 = 0;                                            ///< flags2 bit 21
-    double real4 = 0;                                            ///< flags2 bit 22
-    double real5 = 0;                                            ///< flags2 bit 23
-    std::wstring name3;                                          ///< flags2 bit 27
-    u8 fillRed = 0, fillGreen = 0, fillBlue = 0, fillAlpha = 0;  ///< flags2 bit 28
-    double fillReal = 0;                                         ///< flags2 bit 28
-    std::wstring fillName;                                       ///< flags2 bit 28
-    double hatchReal = 0;                                        ///< flags2 bit 29
-    std::wstring hatchName;                                      ///< flags2 bit 29
-    double real6 = 0;                                            ///< flags2 bit 30
-    u32 last32 = 0;                                              ///< flags2 bit 31
+    u32 flags2 = 0;  ///< which of the fields below are stored
+    /// A second colour; flags2 bit 17.
+    /// @{
+    u8 red2 = 0, green2 = 0, blue2 = 0;
+    /// @}
+    u8 alpha2 = 0xFF;    ///< flags2 bit 17
+    std::wstring name2;  ///< flags2 bit 18
+    double real1 = 0;    ///< flags2 bit 19
+    double real2 = 0;    ///< flags2 bit 20
+    double real3 = 0;    ///< flags2 bit 21
+    double real4 = 0;    ///< flags2 bit 22
+    double real5 = 0;    ///< flags2 bit 23
+    std::wstring name3;  ///< flags2 bit 27
+    /// The fill's colour; flags2 bit 28.
+    /// @{
+    u8 fillRed = 0, fillGreen = 0, fillBlue = 0, fillAlpha = 0;
+    /// @}
+    double fillReal = 0;     ///< flags2 bit 28
+    std::wstring fillName;   ///< flags2 bit 28
+    double hatchReal = 0;    ///< flags2 bit 29
+    std::wstring hatchName;  ///< flags2 bit 29
+    double real6 = 0;        ///< flags2 bit 30
+    u32 last32 = 0;          ///< flags2 bit 31
 };
 
 }  // namespace ZVSmartZvg

@@ -21,9 +21,9 @@ class ZVFT_API CZVFTReadBufferInStream : public CZVFTInStream {
     u64 GetSize() override;
 
   protected:
-    const u8* data;
-    u64 size;
-    u64 pos = 0;
+    const u8* data;  ///< the caller's bytes
+    u64 size;        ///< how many of them
+    u64 pos = 0;     ///< the next to be read; never above `size`
 };
 
 /// A growing heap buffer. Whoever makes it owns `data` and frees it with `free`.

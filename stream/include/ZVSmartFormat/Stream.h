@@ -4,12 +4,16 @@
 
 #include "ZVSmartFormat/Api.h"
 
+/// Streams of bytes, the exception that they throw, and the ini reader.
 namespace ZVSmartFormat {
 
+/// Unsigned integers of 8, 16, 32 and 64 bits.
+/// @{
 using u8 = std::uint8_t;
 using u16 = std::uint16_t;
 using u32 = std::uint32_t;
 using u64 = std::uint64_t;
+/// @}
 
 /// A source of bytes with a position. Hosts implement it for their own storage.
 ///

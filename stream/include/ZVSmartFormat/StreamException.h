@@ -21,8 +21,11 @@ class ZVFT_API CZVFTStreamException : public std::exception {
   public:
     /// Copies `message`, a text that ends in a zero byte.
     explicit CZVFTStreamException(const char* message);
+    /// Copies the message.
+    /// @{
     CZVFTStreamException(const CZVFTStreamException& other);
     CZVFTStreamException& operator=(const CZVFTStreamException& other);
+    /// @}
     ~CZVFTStreamException() override;
 
     /// The message as it was given; valid as long as this object.

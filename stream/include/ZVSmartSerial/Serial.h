@@ -15,31 +15,42 @@ using ZVSmartFormat::u8;
 
 /// A 128-bit identity; all zero means none.
 struct SerialGuid {
-    u32 Data1 = 0;
-    u16 Data2 = 0;
-    u16 Data3 = 0;
-    u8 Data4[8] = {};
+    u32 Data1 = 0;     ///< digits 1 to 8 of the usual form
+    u16 Data2 = 0;     ///< digits 9 to 12
+    u16 Data3 = 0;     ///< digits 13 to 16
+    u8 Data4[8] = {};  ///< the other 16 digits, two to each
 };
 
+/// Whether all 128 bits agree.
+/// @{
 ZVFT_API bool operator==(const SerialGuid& a, const SerialGuid& b);
 ZVFT_API bool operator!=(const SerialGuid& a, const SerialGuid& b);
+/// @}
 
 /// A GUID name: an identity by name or by GUID. The name takes precedence: where it is not
 /// empty, the GUID is not stored.
 struct ZVFT_API SerialKey {
-    SerialGuid guid;
-    std::wstring name = L"none";
+    SerialGuid guid;              ///< the identity where `name` is empty
+    std::wstring name = L"none";  ///< the identity where it is not empty; "none" says nothing
 
+    /// Says nothing: the name "none".
     SerialKey();
+    /// An identity by name.
+    /// @{
     SerialKey(const std::wstring& name);
     SerialKey(const wchar_t* name);
+    /// @}
     /// Empties the name, so that the GUID is what is stored.
     SerialKey(const SerialGuid& guid);
+    /// Both as given; the GUID is stored only where the name is empty.
     SerialKey(const SerialGuid& guid, const std::wstring& name);
 };
 
+/// Whether both the names and the GUIDs agree.
+/// @{
 ZVFT_API bool operator==(const SerialKey& a, const SerialKey& b);
 ZVFT_API bool operator!=(const SerialKey& a, const SerialKey& b);
+/// @}
 
 /// Reads values from a stream that it borrows.
 ///
@@ -48,13 +59,17 @@ ZVFT_API bool operator!=(const SerialKey& a, const SerialKey& b);
 /// "seek over buffer size" before anything is sized, so untrusted bytes are safe.
 class ZVFT_API CZVFTSerialReader {
   public:
+    /// Reads from `stream`'s position on; `stream` is borrowed and must outlive the reader.
     explicit CZVFTSerialReader(ZVSmartFormat::CZVFTInStream* stream);
 
+    /// The next value: 1, 2, 4 or 8 bytes, big-endian; a double by its IEEE 754 bits.
+    /// @{
     u8 ReadU8();
     u16 ReadU16();
     u32 ReadU32();
     u64 ReadU64();
     double ReadF64();
+    /// @}
 
     /// A u32 count of UTF-16 units, then the units. A surrogate pair becomes one character where
     /// `wchar_t` has 32 bits; a lone surrogate passes unchanged.
@@ -85,14 +100,22 @@ class ZVFT_API CZVFTSerialReader {
 /// memory.
 class ZVFT_API CZVFTSerialWriter {
   public:
+    /// Writes from `stream`'s position on; `stream` is borrowed and must outlive the writer.
     explicit CZVFTSerialWriter(ZVSmartFormat::CZVFTOutStream* stream);
 
+    /// The value as 1, 2, 4 or 8 bytes, big-endian; a double by its IEEE 754 bits.
+    /// @{
     void WriteU8(u8 value);
     void WriteU16(u16 value);
     void WriteU32(u32 value);
     void WriteU64(u64 value);
     void WriteF64(double value);
+    /// @}
+    /// A u32 count of UTF-16 units, then the units: a character above U+FFFF as its surrogate pair,
+    /// what is no character as U+FFFD. Throws CZVFTStreamException "encode error" where the count
+    /// exceeds 32 bits.
     void WriteWString(const std::wstring& text);
+    /// The name, and behind it the GUID where the name is empty.
     void WriteKey(const SerialKey& key);
 
     /// `count` values in one call of the stream per 4096 of them.

@@ -2,6 +2,10 @@
 
 #include "ZVSmartFormat/Api.h"
 
+/// @namespace ZVIM
+/// The geometry model: what shapes are made of, and how it is stored.
+
+/// Points, vectors, transforms, curves, and the tolerances by which they compare.
 namespace ZVIM::GeometryPrimitiveResource {
 
 /// The tolerances of the whole process. Any thread may read them at any time; set them before

@@ -17,15 +17,20 @@ namespace ZVIM::GeometryPrimitiveResource {
 /// A straight piece between two points.
 class ZVFT_API CZVIMLineSegment {
   public:
+    /// From the origin to the origin.
     CZVIMLineSegment() = default;
+    /// From one point to the other.
     CZVIMLineSegment(const CZVIMPosition& startPoint, const CZVIMPosition& endPoint)
         : start(startPoint), end(endPoint) {}
 
+    /// The first point.
     const CZVIMPosition& getStartpt() const { return start; }
+    /// The last point.
     const CZVIMPosition& getEndpt() const { return end; }
 
     /// start, end.
     void WriteSerial(ZVSmartSerial::CZVFTSerialWriter* writer, unsigned int version) const;
+    /// The mirror of WriteSerial.
     void ReadSerial(ZVSmartSerial::CZVFTSerialReader* reader, unsigned int version);
 
   private:
@@ -36,6 +41,7 @@ class ZVFT_API CZVIMLineSegment {
 /// A piece of a circle, from its start by the subtended angle about its normal (right hand).
 class ZVFT_API CZVIMBoundArc {
   public:
+    /// Nothing: all numbers 0.
     CZVIMBoundArc() = default;
     /// The end is the start turned about the axis through the center along `normal`, by Rodrigues'
     /// rotation formula; it is the start where the normal has no direction.
@@ -46,9 +52,13 @@ class ZVFT_API CZVIMBoundArc {
                   const CZVIMPosition& startPoint, const CZVIMPosition& endPoint,
                   double subtendRadians);
 
+    /// The circle's center.
     const CZVIMPosition& getCenter() const { return center; }
+    /// The axis about which the arc turns; of any length.
     const CZVIMVector& getNormal() const { return normal; }
+    /// The first point.
     const CZVIMPosition& getStartpt() const { return start; }
+    /// The last point.
     const CZVIMPosition& getEndpt() const { return end; }
     /// The swept angle in radians.
     double getSubtend() const { return subtend; }
@@ -57,6 +67,7 @@ class ZVFT_API CZVIMBoundArc {
 
     /// center, normal, start, end, f64 subtend.
     void WriteSerial(ZVSmartSerial::CZVFTSerialWriter* writer, unsigned int version) const;
+    /// The mirror of WriteSerial.
     void ReadSerial(ZVSmartSerial::CZVFTSerialReader* reader, unsigned int version);
 
   private:
@@ -70,17 +81,23 @@ class ZVFT_API CZVIMBoundArc {
 /// A full circle in the plane perpendicular to its normal.
 class ZVFT_API CZVIMCircle {
   public:
+    /// Nothing: all numbers 0.
     CZVIMCircle() = default;
+    /// A circle by its numbers; nothing is checked.
     CZVIMCircle(const CZVIMPosition& centerPoint, const CZVIMVector& normalVector,
                 double radiusLength)
         : center(centerPoint), normal(normalVector), radius(radiusLength) {}
 
+    /// The center.
     const CZVIMPosition& getCenter() const { return center; }
+    /// A vector perpendicular to the circle's plane; of any length.
     const CZVIMVector& getNormal() const { return normal; }
+    /// The radius, in the model's unit.
     double getRadius() const { return radius; }
 
     /// center, normal, f64 radius.
     void WriteSerial(ZVSmartSerial::CZVFTSerialWriter* writer, unsigned int version) const;
+    /// The mirror of WriteSerial.
     void ReadSerial(ZVSmartSerial::CZVFTSerialReader* reader, unsigned int version);
 
   private:
@@ -92,18 +109,24 @@ class ZVFT_API CZVIMCircle {
 /// A chain of straight pieces in space; where it is closed, the last point joins the first.
 class ZVFT_API CZVIMPolyline3D {
   public:
+    /// Appends a point.
     void AddPoint(const CZVIMPosition& point) { points.push_back(point); }
+    /// The number of points.
     unsigned int CountOfPoint() const { return static_cast<unsigned int>(points.size()); }
     /// The origin where `index` is not below CountOfPoint().
     CZVIMPosition GetPointAt(unsigned int index) const;
 
+    /// Whether the last point joins the first.
+    /// @{
     bool GetClosedFlag() const { return closed; }
     void SetClosedFlag(bool isClosed = true) { closed = isClosed; }
+    /// @}
     /// No points, not closed.
     void Clearup();
 
     /// u8 closed (0 or 1), u32 count, positions. Any u8 but 0 reads as closed.
     void WriteSerial(ZVSmartSerial::CZVFTSerialWriter* writer, unsigned int version) const;
+    /// The mirror of WriteSerial.
     void ReadSerial(ZVSmartSerial::CZVFTSerialReader* reader, unsigned int version);
 
   private:
@@ -115,21 +138,27 @@ class ZVFT_API CZVIMPolyline3D {
 /// tangent of a quarter of the swept angle, positive counter-clockwise, 0 for a straight piece.
 class ZVFT_API CZVIMPolyline {
   public:
+    /// Appends a point and the bulge of the piece that leaves it.
     void AddPoint(const CZVIMPosition& point, double bulge) { vertices.push_back({point, bulge}); }
+    /// The number of points.
     unsigned int CountOfPoint() const { return static_cast<unsigned int>(vertices.size()); }
     /// The origin where `index` is not below CountOfPoint().
     CZVIMPosition GetPointAt(unsigned int index) const;
     /// 0 where `index` is not below CountOfPoint().
     double GetBulgeAt(unsigned int index) const;
 
+    /// Whether the last point joins the first.
+    /// @{
     bool GetClosedFlag() const { return closed; }
     void SetClosedFlag(bool isClosed = true) { closed = isClosed; }
+    /// @}
     /// No points, not closed.
     void Clearup();
 
     /// u8 closed (0 or 1), u32 count, for each point its position and its f64 bulge. Any u8 but 0
     /// reads as closed.
     void WriteSerial(ZVSmartSerial::CZVFTSerialWriter* writer, unsigned int version) const;
+    /// The mirror of WriteSerial.
     void ReadSerial(ZVSmartSerial::CZVFTSerialReader* reader, unsigned int version);
 
   private:

@@ -15,10 +15,16 @@ using GeometryPrimitiveResource::CZVIMPosition;
 /// AddPt, or grows by AddColPts; nothing keeps the size and the points in step otherwise.
 class ZVFT_API CZVIMMesh {
   public:
+    /// The number of rows or columns that the grid is to have; points stay as they are.
+    /// @{
     void SetRow(int count) { row = count; }
     void SetColumn(int count) { column = count; }
+    /// @}
+    /// The number of rows or columns as it was set, grown or read; 0 in a new mesh.
+    /// @{
     int GetRow() const { return row; }
     int GetColumn() const { return column; }
+    /// @}
 
     /// Appends a point in row-major order.
     void AddPt(const CZVIMPosition& point) { points.push_back(point); }

@@ -13,16 +13,22 @@ class CZVIMTransf;
 /// A point in space, in the model's unit. Three doubles and nothing else.
 class ZVFT_API CZVIMPosition {
   public:
+    /// The origin.
     CZVIMPosition() = default;
+    /// A point by its coordinates; any numbers are accepted.
     CZVIMPosition(double xValue, double yValue, double zValue) : x(xValue), y(yValue), z(zValue) {}
 
+    /// The coordinates.
+    /// @{
     double GetX() const { return x; }
     double GetY() const { return y; }
     double GetZ() const { return z; }
     void SetX(double value) { x = value; }
     void SetY(double value) { y = value; }
     void SetZ(double value) { z = value; }
+    /// @}
 
+    /// The distance between the two points, in the model's unit.
     double DistToPt(const CZVIMPosition& other) const;
     /// Moves in place to where the transform puts it, and returns this.
     CZVIMPosition& TransformBy(const CZVIMTransf& transf);
@@ -45,12 +51,16 @@ class ZVFT_API CZVIMPosition {
 ZVFT_API bool operator<(const CZVIMPosition& a, const CZVIMPosition& b);
 /// Neither is less than the other.
 ZVFT_API bool operator==(const CZVIMPosition& a, const CZVIMPosition& b);
+/// The opposite of ==.
 ZVFT_API bool operator!=(const CZVIMPosition& a, const CZVIMPosition& b);
 
 /// The vector from `from` to `to`.
 ZVFT_API CZVIMVector operator-(const CZVIMPosition& to, const CZVIMPosition& from);
+/// The position moved along the vector, or back.
+/// @{
 ZVFT_API CZVIMPosition operator+(const CZVIMPosition& position, const CZVIMVector& vector);
 ZVFT_API CZVIMPosition operator-(const CZVIMPosition& position, const CZVIMVector& vector);
+/// @}
 
 /// A u32 count, then the positions, in bulk. Throws CZVFTStreamException "encode error" where the
 /// count exceeds 32 bits.

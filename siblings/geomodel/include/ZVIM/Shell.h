@@ -7,6 +7,7 @@
 #include "ZVSmartFormat/Api.h"
 #include "ZVSmartSerial/Serial.h"
 
+/// Faces and grids over points, and the forms of them that carry colours.
 namespace ZVIM::GeometryModelResource {
 
 using GeometryPrimitiveResource::CZVIMPosition;
@@ -16,12 +17,14 @@ using GeometryPrimitiveResource::CZVIMTransf;
 /// point indices, from 0.
 class ZVFT_API CZVIMShell {
   public:
+    /// Appends a point.
     void AddPt(const CZVIMPosition& point) { points.push_back(point); }
     /// Appends the points.
     void AddPts(const std::vector<CZVIMPosition>& morePoints);
     /// Appends one face, given as its point indices without the count. They are not checked.
     void AddFaceIndex(const std::vector<int>& face);
 
+    /// The points, in the order they were added.
     const std::vector<CZVIMPosition>& GetPoints() const { return points; }
     /// The flat face list, counts included. What was read from untrusted bytes may hold any
     /// numbers: check each count and index before it is followed.

@@ -46,6 +46,7 @@ ZVFT_API CZVIMTransf operator*(const CZVIMTransf& a, const CZVIMTransf& b);
 
 /// Exact, number by number.
 ZVFT_API bool operator==(const CZVIMTransf& a, const CZVIMTransf& b);
+/// The opposite of ==.
 ZVFT_API bool operator!=(const CZVIMTransf& a, const CZVIMTransf& b);
 
 /// The transform from a local frame to the world: orthonormal and right-handed, its origin at

@@ -10,16 +10,21 @@ namespace ZVIM::GeometryPrimitiveResource {
 /// A direction with a length, in the model's unit. Three doubles and nothing else.
 class ZVFT_API CZVIMVector {
   public:
+    /// The vector of no length.
     CZVIMVector() = default;
+    /// A vector by its components; any numbers are accepted.
     CZVIMVector(double xLength, double yLength, double zLength)
         : x(xLength), y(yLength), z(zLength) {}
 
+    /// The coordinates.
+    /// @{
     double GetX() const { return x; }
     double GetY() const { return y; }
     double GetZ() const { return z; }
     void SetX(double value) { x = value; }
     void SetY(double value) { y = value; }
     void SetZ(double value) { z = value; }
+    /// @}
 
     /// Neither overflows nor underflows on the way. NaN where a component is NaN.
     double len() const;
@@ -30,10 +35,12 @@ class ZVFT_API CZVIMVector {
     /// this. Stays as it is where the axis has no direction. Rodrigues' rotation formula.
     CZVIMVector& RotateByAxis(double angleRadians, const CZVIMVector& axis);
 
+    /// this · other.
     double DotProduct(const CZVIMVector& other) const;
     /// this × other.
     CZVIMVector CrossProduct(const CZVIMVector& other) const;
 
+    /// The vector turned round.
     CZVIMVector operator-() const { return CZVIMVector(-x, -y, -z); }
 
     /// f64 x, y, z. Every version is written as version 1.
@@ -47,13 +54,17 @@ class ZVFT_API CZVIMVector {
     double z = 0;
 };
 
+/// Component by component.
+/// @{
 ZVFT_API CZVIMVector operator+(const CZVIMVector& a, const CZVIMVector& b);
 ZVFT_API CZVIMVector operator-(const CZVIMVector& a, const CZVIMVector& b);
 ZVFT_API CZVIMVector operator*(const CZVIMVector& vector, double factor);
 ZVFT_API CZVIMVector operator*(double factor, const CZVIMVector& vector);
+/// @}
 
 /// Exact, component by component; the order of positions is the tolerant one.
 ZVFT_API bool operator==(const CZVIMVector& a, const CZVIMVector& b);
+/// The opposite of ==.
 ZVFT_API bool operator!=(const CZVIMVector& a, const CZVIMVector& b);
 
 /// Whether the angle between the two is within `toleranceRadians` of π. False where either has no
