@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "ZVSmartFormat/StreamException.h"
 #include "ZVSmartZvg/BlockVerifier.h"
+#include "stream/Failures.h"
 
 namespace ZVSmartZvg {
 
@@ -22,13 +22,14 @@ class Findings {
         if (list.size() == largestCount) throw Full();
     }
 
-    /// Runs `check`; what it throws is a finding about `what`.
+    /// Runs `check`; what it throws is a finding about `what`, unless memory ran out.
     template <class Check>
     bool Guard(unsigned long long position, const std::string& what, Check check) {
         try {
             check();
             return true;
         } catch (const ZVSmartFormat::CZVFTStreamException& damage) {
+            if (ZVSmartFormat::IsLackOfMemory(damage)) throw;
             Add(position, what + ": " + damage.what());
             return false;
         }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "ZVSmartFormat/StreamException.h"
 
 // What the library throws, a text in one place each.
@@ -24,6 +26,12 @@ namespace ZVSmartFormat {
 /// A buffer could not grow.
 [[noreturn]] inline void ThrowNotGrown() {
     throw CZVFTStreamException("bad relloc memory");
+}
+
+/// Whether memory ran out, which says nothing about the data.
+inline bool IsLackOfMemory(const CZVFTStreamException& exception) {
+    const std::string_view text = exception.what();
+    return text == "bad malloc memory" || text == "bad relloc memory";
 }
 
 }  // namespace ZVSmartFormat

@@ -21,7 +21,9 @@ class ZVLG_API CZVLGBlockVerifier {
   public:
     /// Checks the file at `in`'s position and leaves the position as it was. Replaces `findings`
     /// by what is wrong, at most 1000 of them, in the order they were met. True where nothing is.
-    /// Untrusted files are safe; what cannot be decoded is a finding, not an exception.
+    /// Untrusted files are safe; what cannot be decoded is a finding, not an exception. Throws
+    /// std::bad_alloc or CZVFTStreamException "bad malloc memory" or "bad relloc memory" where
+    /// memory runs out; `findings` then holds what was found so far.
     bool Verify(ZVSmartFormat::CZVFTInStream* in, std::vector<SZVLGBlockFinding>& findings);
 };
 
