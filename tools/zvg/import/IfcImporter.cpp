@@ -15,6 +15,7 @@
 #include <set>
 
 #include "tools/zvg/import/ShapeStore.h"
+#include "tools/zvg/import/SteadyMemory.h"
 #include "tools/zvg/import/StepText.h"
 #include "tools/zvg/import/ifc/IfcMaterials.h"
 #include "tools/zvg/import/ifc/IfcPlanCurves.h"
@@ -44,6 +45,7 @@ StepText Prepared(const std::string& bytes) {
 }
 
 std::shared_ptr<BuildingModel> Load(StepText& step, const ImportReport& report) {
+    const SteadyMemory steady;
     auto model = std::make_shared<BuildingModel>();
     ReaderSTEP reader;
     // The library's callback takes no pointer to const, and passes it on untouched.

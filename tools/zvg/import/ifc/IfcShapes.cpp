@@ -1,7 +1,8 @@
 #include "tools/zvg/import/ifc/IfcShapes.h"
 
 // The one file that includes the geometry part of libifcplusplus, which takes the compiler most
-// of a gigabyte each time.
+// of a gigabyte each time. Where solids meet, the library goes through their points and faces in
+// the order of their addresses, and its results differ with it: it works in steady memory.
 #include <ifcpp/IFC4/include/IfcMaterial.h>
 #include <ifcpp/IFC4/include/IfcMaterialDefinitionRepresentation.h>
 #include <ifcpp/geometry/Carve/GeometryConverter.h>
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <new>
 
+#include "tools/zvg/import/SteadyMemory.h"
 #include "tools/zvg/import/ifc/Texts.h"
 
 namespace {
@@ -33,6 +35,7 @@ bool IsNoBody(const std::wstring& identifier) {
 /// Corners of triangles of a face with `count` vertices that begin at `first` in the shell.
 std::vector<carve::triangulate::tri_idx> Triangles(const MeshSet::face_t& face, std::size_t count) {
     if (count == 3) return {{0, 1, 2}};
+    const SteadyMemory steady;
     std::vector<carve::geom::vector<2>> projected;
     face.getProjectedVertices(projected);
     std::vector<carve::triangulate::tri_idx> triangles;
@@ -192,6 +195,7 @@ class IfcShapes::Maker {
     template <typename Work>
     void Try(const BuildingEntity& entity, const Work& work) {
         try {
+            const SteadyMemory steady;
             work();
         } catch (const std::bad_alloc&) {
             throw;
@@ -225,8 +229,10 @@ class IfcShapes::Maker {
     GeometryConverter converter;
 };
 
-IfcShapes::IfcShapes(const std::shared_ptr<BuildingModel>& model, const ImportReport& report)
-    : maker(std::make_unique<Maker>(model, report)) {}
+IfcShapes::IfcShapes(const std::shared_ptr<BuildingModel>& model, const ImportReport& report) {
+    const SteadyMemory steady;
+    maker = std::make_unique<Maker>(model, report);
+}
 
 IfcShapes::~IfcShapes() = default;
 
