@@ -320,9 +320,16 @@ TEST_F(ExportTest, PreviewKeepsEveryPixel) {
     save("image.zvg", 3, 2);
     ASSERT_EQ(Run("preview image.zvg -o image.png"), 0) << err;
     EXPECT_EQ(PixelsOf("image.png"), pixels);
-    save("empty.zvg", 65536, 65536);  // 0 bytes in 32 bits
-    EXPECT_EQ(Run("preview empty.zvg -o x.png"), 4) << err;
-    EXPECT_FALSE(There("x.png"));
+    // 0 or 4 bytes in 32 bits
+    const std::pair<u32, u32> sizes[] = {{0x8000, 0x8000},         {0x10000, 0x4000},
+                                         {0x10000, 0x10000},       {0x40000001, 1},
+                                         {0xFFFFFFFF, 0xFFFFFFFF}, {0, 3}};
+    for (const auto& [width, height] : sizes) {
+        save("small.zvg", width, height);
+        EXPECT_EQ(Run("preview small.zvg -o x.png"), 4) << width << ' ' << err;
+        EXPECT_EQ(err, "zvg: small.zvg: the preview image has no pixels\n") << width;
+        EXPECT_FALSE(There("x.png"));
+    }
 }
 
 TEST_F(ExportTest, ExtremePlacementsAreLeftOutOrDrawn) {

@@ -6,7 +6,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -142,6 +144,74 @@ TEST_F(ToolFaults, SignalsLeaveNothingBehind) {
     }
 }
 
+/// The signal comes when the first file is there but empty, and when all of it is written.
+TEST_F(ToolFaults, SignalsInMidWritingLeaveNothingBehind) {
+    for (const char* words :
+         {"export in/good.zvg -o out/x.glb", "export in/good.zvg -o out/x.obj",
+          "plan in/good.zvg -o out/x.svg", "preview in/good.zvg -o out/x.png --render 64x48",
+          "export --force in/good.zvg -o in/taken.glb", "pack -q in/big.obj -o out/x.zvg"}) {
+        for (const char* call : {"fdopen", "renameat2", "rename"}) {
+            const bool packs = std::string(words).rfind("pack", 0) == 0;
+            if (packs && std::string(call) == "fdopen") continue;  // the child's, which is killed
+            const bool forced = std::string(words).find("--force") != std::string::npos;
+            if (std::string(call) == (forced ? "renameat2" : "rename")) continue;
+            std::ofstream(folder + "in/taken.glb") << "mine";
+            Run(std::string("ZVG_SIGNAL_AT=") + call + " LD_PRELOAD=" ZVG_SIGNAL_AT_CALL + " $Z " +
+                words + "; echo $? >status");
+            EXPECT_EQ(ReadAll(folder + "status"), "143\n") << words << call << err;
+            EXPECT_TRUE(Names("out").empty()) << words << call;
+            EXPECT_EQ(ReadAll(folder + "in/taken.glb"), "mine") << words << call;
+            EXPECT_EQ(Names("in").size(), 4U) << words << call;
+        }
+    }
+}
+
+/// From as little memory as the program starts in.
+TEST_F(ToolFaults, LackOfMemoryIsSaidAndLeavesNothingBehind) {
+    int base = 16;  // mebibytes of address space
+    const auto limited = [](int mebibytes, const std::string& words) {
+        return "ulimit -v " + std::to_string(mebibytes * 1024) + "; exec $Z " + words;
+    };
+    while (base < 1024 && Run(limited(base, "--version >o")) != 0) base += 2;
+    int lacks = 0;
+    for (const char* words :
+         {"info in/good.zvg", "verify in/good.zvg", "diff in/good.zvg in/good.zvg",
+          "plan in/good.zvg -o out/x.svg", "export in/good.zvg -o out/x.glb",
+          "export in/good.zvg -o out/x.obj", "preview in/good.zvg -o out/x.png --render 640x480",
+          "pack -q in/big.obj -o out/x.zvg"}) {
+        for (int more = 0; more <= 256; more = more * 3 / 2 + 2) {
+            const int status = Run(limited(base + more, words) + " >o");
+            if (status != 0) {
+                ++lacks;
+                EXPECT_EQ(status, 1) << words << ' ' << more << ' ' << err;
+                EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), 1) << words << '\n' << err;
+                EXPECT_NE(err.find("memory"), std::string::npos) << words << '\n' << err;
+                EXPECT_TRUE(Names("out").empty()) << words << ' ' << more;
+            }
+            for (const std::string& name : Names("out")) fs::remove(folder + "out/" + name);
+        }
+    }
+    EXPECT_GT(lacks, 0);
+}
+
+/// What the geometry library sorts by address comes out the same wherever memory lies.
+TEST_F(ToolFaults, PacksTheSameInEveryProcess) {
+    const std::string model = ZVG_MODELS_DIR "/02_OpenHouse_ifc4.ifc";
+    if (!fs::exists(model)) GTEST_SKIP() << "no models here";
+    const auto packed = [&](const std::string& environment) {
+        EXPECT_EQ(Run(environment + " $Z pack -q --no-preview --force " + model + " -o out/x.zvg"),
+                  0)
+            << err;
+        return ReadAll(folder + "out/x.zvg");
+    };
+    const std::string first = packed("");
+    for (const char* environment :
+         {"MALLOC_TOP_PAD_=12345", "MALLOC_TOP_PAD_=1000000", "MALLOC_MMAP_THRESHOLD_=4096",
+          "GLIBC_TUNABLES=glibc.malloc.tcache_count=0", "MALLOC_PERTURB_=85"}) {
+        EXPECT_EQ(packed(environment), first) << environment;
+    }
+}
+
 TEST_F(ToolFaults, BlocksGoThroughPipes) {
     ASSERT_EQ(Run("$Z pack -q in/big.obj -o - | cat >out/piped.zvg"), 0) << err;
     ASSERT_EQ(Run("$Z pack -q in/big.obj -o out/named.zvg"), 0) << err;
@@ -184,6 +254,15 @@ std::vector<std::vector<std::string>> ParseCsv(const std::string& text) {
     return records;
 }
 
+/// Discarded where the file is no GLB or its text no JSON in UTF-8.
+nlohmann::json JsonOfGlb(const std::string& bytes) {
+    std::uint32_t head[5] = {};  // magic, version, file size, size and kind of the first chunk
+    std::memcpy(head, bytes.data(), std::min(bytes.size(), sizeof head));
+    const bool isGlb = bytes.rfind("glTF", 0) == 0 && head[1] == 2 && head[2] == bytes.size() &&
+                       head[3] <= bytes.size() - sizeof head && head[4] == 0x4E4F534A;
+    return nlohmann::json::parse(isGlb ? bytes.substr(20, head[3]) : "", nullptr, false);
+}
+
 TEST_F(ToolFaults, HostileTextStaysText) {
     const std::wstring evil = std::wstring(L"../../x\",\r\n<!--&]]>\x1B[2J/etc/") + wchar_t(0) +
                               wchar_t(0xD800) + wchar_t(0x202E) + wchar_t(0xFFFF);
@@ -208,12 +287,24 @@ TEST_F(ToolFaults, HostileTextStaysText) {
     EXPECT_EQ(records[1].size(), records[0].size());
     EXPECT_EQ(records[1][1].rfind("../../x\",\r\n<!--&]]>\\x1B", 0), 0U) << records[1][1];
 
-    ASSERT_EQ(Run("$Z plan in/evil.zvg -o out/p.svg && $Z export in/evil.zvg -o out/e.obj"), 0);
+    // The file's own name is no text of any encoding, and goes into what is written.
+    fs::create_directory(folder + "odd");
+    fs::copy_file(folder + "in/evil.zvg", folder + "odd/\xFF\x01<!--\"\xED\xA0\x80.zvg");
+    for (const char* words :
+         {"plan odd/* -o out/p.svg", "export odd/* -o out/e.obj", "export odd/* -o out/e.glb"}) {
+        ASSERT_EQ(Run(std::string("$Z ") + words), 0) << words << err;
+    }
     const std::string svg = ReadAll(folder + "out/p.svg");
     EXPECT_EQ(svg.find("<!--"), std::string::npos);
     EXPECT_EQ(svg.find_first_of(std::string("\0\x1B", 2)), std::string::npos);
-    EXPECT_EQ(Names("out"), (std::set<std::string>{"p.svg", "e.obj", "e.mtl"}));
+    const auto gltf = JsonOfGlb(ReadAll(folder + "out/e.glb"));
+    const std::string text = gltf["asset"]["extras"]["source"];
+    EXPECT_EQ(text.substr(text.find("/etc/")),
+              std::string("/etc/\0\xEF\xBF\xBD\xE2\x80\xAE\xEF\xBF\xBF", 15));
+    EXPECT_EQ(gltf["nodes"].back()["extras"]["properties"].value(text, ""), "a");
+    EXPECT_EQ(Names("out"), (std::set<std::string>{"p.svg", "e.obj", "e.mtl", "e.glb"}));
     EXPECT_EQ(Names("in"), before);
+    EXPECT_EQ(Names("odd").size(), 1U);
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 /// What the process tells its caller when it ends.
 enum class ExitStatus : int {
     Done = 0,
-    Internal = 1,     ///< the tool itself failed
+    Internal = 1,     ///< the tool itself failed, or memory ran out
     Usage = 2,        ///< the command line is wrong
     InputOutput = 3,  ///< a file, or standard output, could not be read or written
     Damaged = 4,      ///< the file is damaged or not a block file

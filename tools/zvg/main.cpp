@@ -1,6 +1,6 @@
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <exception>
-#include <new>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -9,13 +9,15 @@
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/import/ChildProcess.h"
 #include "tools/zvg/import/Importers.h"
+#include "tools/zvg/output/OutOfMemory.h"
 #include "tools/zvg/text/Colour.h"
 #include "tools/zvg/text/StandardOutput.h"
 
 namespace {
 
 constexpr const char* exitStatusHelp =
-    "Exit status: 0 done, 1 internal error, 2 wrong command line, 3 input or output failed, "
+    "Exit status: 0 done, 1 internal error or out of memory, 2 wrong command line, 3 input or "
+    "output failed, "
     "4 the file is damaged or not a block file, 5 not found.\n"
     "Example:\n"
     "  zvg info house.zvg --json";
@@ -91,9 +93,8 @@ ExitStatus RunAndReport(int argc, char** argv) {
         return ExitStatus::Done;
     } catch (const ToolError& error) {
         return Fail(error.Status(), error.what());
-    } catch (const std::bad_alloc&) {
-        return Fail(ExitStatus::Internal, "out of memory");
     } catch (const std::exception& error) {
+        if (IsOutOfMemory(error)) return Fail(ExitStatus::Internal, "out of memory");
         return Fail(ExitStatus::Internal, std::string("internal error: ") + error.what());
     }
 }
@@ -104,5 +105,6 @@ int main(int argc, char** argv) {
     const int childStatus = RunChildIfAsked(argc, argv);
     if (childStatus != -1) return childStatus;
     PrepareStandardStreams();
+    EndWhenOutOfMemory([](const char* reason) { std::fprintf(stderr, "zvg: %s\n", reason); });
     return static_cast<int>(RunAndReport(argc, argv));
 }

@@ -17,11 +17,7 @@ static_assert(std::atomic<const char*>::is_always_lock_free &&
               "a signal handler reads them");
 
 void CleanUpAndEnd(int signal) {
-    const pid_t child = childProcess.exchange(0);
-    if (child > 0) kill(child, SIGKILL);
-    for (auto& file : unfinishedFiles) {
-        if (const char* path = file.exchange(nullptr)) unlink(path);
-    }
+    RemoveUnfinished();
     std::signal(signal, SIG_DFL);
     raise(signal);
 }
@@ -57,4 +53,12 @@ void KeepOnSignal(const char* path) {
 void KillOnSignal(pid_t process) {
     CatchSignals();
     childProcess = process;
+}
+
+void RemoveUnfinished() {
+    const pid_t child = childProcess.exchange(0);
+    if (child > 0) kill(child, SIGKILL);
+    for (auto& file : unfinishedFiles) {
+        if (const char* path = file.exchange(nullptr)) unlink(path);
+    }
 }

@@ -15,3 +15,6 @@ void KeepOnSignal(const char* path);
 
 /// Registers a process to be killed; 0 for none.
 void KillOnSignal(pid_t process);
+
+/// Kills and removes what is registered.
+void RemoveUnfinished();

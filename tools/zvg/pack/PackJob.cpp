@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <new>
 #include <string_view>
 
 #include "ZVSmartFormat/StreamException.h"
@@ -10,6 +9,7 @@
 #include "tools/zvg/import/ChildProcess.h"
 #include "tools/zvg/import/Importers.h"
 #include "tools/zvg/output/FileSink.h"
+#include "tools/zvg/output/OutOfMemory.h"
 
 namespace {
 
@@ -17,9 +17,7 @@ using Words = std::vector<std::string_view>;
 
 constexpr std::size_t wordCount = 8;
 
-/// The words point into `argv`, so each ends in a zero byte. Nothing of them is copied: what the
-/// importers make of a model may depend on where memory lies, and it must not lie elsewhere
-/// because a path is longer.
+/// The words point into `argv`, so each ends in a zero byte.
 PackOptions OptionsOf(const Words& words) {
     PackOptions options;
     options.modelPath = words[0].data();
@@ -84,6 +82,7 @@ int Write(const Model& model, const PackOptions& options) {
             return static_cast<int>(ExitStatus::Done);
         }
     } catch (const ZVSmartFormat::CZVFTStreamException& error) {
+        if (IsOutOfMemory(error)) throw;
         if (sink.Failure() == 0) return Fail(ExitStatus::InputOutput, cannotWrite + error.what());
     }
     return Fail(ExitStatus::InputOutput, cannotWrite + std::strerror(sink.Failure()));
@@ -98,9 +97,8 @@ int RunPackJob(const PackOptions& options) {
         return Write(model, options);
     } catch (const ToolError& error) {
         return Fail(error.Status(), error.what());
-    } catch (const std::bad_alloc&) {
-        return failInput("out of memory");
     } catch (const std::exception& error) {
+        if (IsOutOfMemory(error)) return Fail(ExitStatus::Internal, "out of memory");
         return failInput(error.what());  // whatever an importer throws, its input is the reason
     }
 }
@@ -122,6 +120,7 @@ int RunChildIfAsked(int argc, char** argv) {
     const auto words = ChildArguments(argc, argv);
     if (!words) return -1;
     if (words->size() != wordCount) return static_cast<int>(ExitStatus::Usage);
+    EndWhenOutOfMemory([](const char* reason) { TellParent(ChildMessage::Failure, reason); });
     // Without taking down what an importer holds: that would cost time, and may crash as well.
     std::_Exit(RunPackJob(OptionsOf(*words)));
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "ZVSmartZvg/BlockSaver.h"
+#include "tools/zvg/output/OutOfMemory.h"
 #include "tools/zvg/pack/Components.h"
 #include "tools/zvg/pack/ModelScene.h"
 #include "tools/zvg/pack/PreviewPng.h"
@@ -73,7 +74,7 @@ std::optional<SZVLGZvgGeoImage> Drawn(const Model& model,
     try {
         return RenderPreview(SceneOf(model, elements), previewWidth, previewHeight);
     } catch (const std::exception& error) {
-        failure = error.what();
+        failure = IsOutOfMemory(error) ? "out of memory" : error.what();
         return std::nullopt;
     }
 }

@@ -26,6 +26,15 @@ struct ReleaseScene {
 using Device = std::unique_ptr<RTCDeviceTy, ReleaseDevice>;
 using TreeScene = std::unique_ptr<RTCSceneTy, ReleaseScene>;
 
+/// A null device tells why none could be made.
+void Check(const Device& device) {
+    const RTCError error = rtcGetDeviceError(device.get());
+    if (error == RTC_ERROR_OUT_OF_MEMORY) throw std::bad_alloc();
+    if (error != RTC_ERROR_NONE) {
+        throw std::runtime_error("the ray tracer failed: " + std::to_string(error));
+    }
+}
+
 /// One thread builds, with the vector units that every processor has: the trees, and with them
 /// the rounding of what is met, are the same everywhere.
 Device NewDevice() {
@@ -34,16 +43,9 @@ Device NewDevice() {
 #else
     Device device(rtcNewDevice("threads=1,set_affinity=0"));
 #endif
-    if (!device) throw std::runtime_error("the ray tracer does not start");
-    return device;
-}
-
-void Check(const Device& device) {
-    const RTCError error = rtcGetDeviceError(device.get());
-    if (error == RTC_ERROR_OUT_OF_MEMORY) throw std::bad_alloc();
-    if (error != RTC_ERROR_NONE) {
-        throw std::runtime_error("the ray tracer failed: " + std::to_string(error));
-    }
+    if (device) return device;
+    Check(device);
+    throw std::runtime_error("the ray tracer does not start");
 }
 
 /// Of coinciding surfaces the lowest numbers win.

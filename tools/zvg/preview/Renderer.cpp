@@ -5,6 +5,7 @@
 #include <limits>
 #include <mutex>
 #include <optional>
+#include <system_error>
 #include <thread>
 
 #include "tools/zvg/preview/Camera.h"
@@ -169,7 +170,11 @@ void PaintAll(const Painter& painter, unsigned int height) {
     const unsigned int threads = std::clamp(std::thread::hardware_concurrency(), 1U, mostThreads);
     {
         std::vector<std::jthread> workers;
-        for (unsigned int i = 1; i < threads; ++i) workers.emplace_back(work);
+        try {
+            for (unsigned int i = 1; i < threads; ++i) workers.emplace_back(work);
+        } catch (const std::system_error&) {
+            // Where the system gives no more threads, those that are there do all the work.
+        }
         work();
     }
     if (failure) std::rethrow_exception(failure);

@@ -8,6 +8,7 @@
 
 #include "ZVSmartFormat/FileStream.h"
 #include "ZVSmartZvg/BlockVerifier.h"
+#include "tools/zvg/output/OutOfMemory.h"
 #include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/Utf8.h"
 
@@ -37,6 +38,7 @@ OpenedBlock::OpenedBlock(const std::string& path) : file(path) {
     try {
         if (reader.Init(&file.Stream())) return;
     } catch (const CZVFTStreamException& exception) {
+        if (IsOutOfMemory(exception)) throw;
         throw Error(ExitStatus::Damaged, std::string("head: ") + exception.what());
     }
     throw Error(ExitStatus::Damaged,
@@ -73,6 +75,7 @@ bool OpenedBlock::ReadComp(const ZVSmartZvg::SZVLGCompIndex& index,
         if (reader.GetCompByIndex(index, comp)) return true;
         RememberDamage(place + ": cannot be read");
     } catch (const CZVFTStreamException& exception) {
+        if (IsOutOfMemory(exception)) throw;
         RememberDamage(place + ": " + exception.what());
     }
     return false;
@@ -83,6 +86,7 @@ void OpenedBlock::ReadGeo(const ZVSmartZvg::SZVLGZvgGeoIndex& index, ZVSmartZvg:
     try {
         if (reader.GetGeoByIndex(index, geo)) return;
     } catch (const CZVFTStreamException& exception) {
+        if (IsOutOfMemory(exception)) throw;
         throw Error(ExitStatus::Damaged, place + exception.what());
     }
     throw Error(ExitStatus::Damaged, place + "cannot be read");
@@ -93,6 +97,7 @@ std::optional<ZVSmartZvg::SZVLGZvgGeoImage> OpenedBlock::ReadPreview() {
     try {
         if (reader.GetPreviewImage(image)) return image;
     } catch (const CZVFTStreamException& exception) {
+        if (IsOutOfMemory(exception)) throw;
         RememberDamage(std::string("preview image: ") + exception.what());
     }
     return std::nullopt;
