@@ -243,6 +243,58 @@ TEST(Hostile, SmallFilesCostLittle) {
     }
 }
 
+/// The end of a section's head and the bytes of its offset table would read as records.
+TEST(Hostile, OffsetsOutsideTheRecordsLeadNowhere) {
+    const Bytes record = RecordBytes(4, {});
+    const Bytes sized = BigEndian(static_cast<u32>(record.size())) + record;
+    const u32 tableOffset = 13 + static_cast<u32>(sized.size());
+    const Bytes table = sized + Bytes(20);  // its last entry is the one in question
+    const auto count = static_cast<u32>(table.size());
+    Bytes content(1);
+    PutU32(content, tableOffset + count);
+    PutU32(content, count);
+    PutU32(content, tableOffset);
+    content = std::move(content) + sized + table;
+    const struct {
+        u32 offset;
+        std::string thrown;
+    } cases[] = {{9, "seek over buffer size"}, {13, ""}, {tableOffset, "seek over buffer size"}};
+    Parts parts = PartsOf(SampleFile(4));
+    for (const auto& one : cases) {
+        content.back() = static_cast<u8>(one.offset);
+        parts.geoBlocks[0] = {content, {}};
+        Opened opened(PutTogether(parts));
+        SZVLGZvgGeo geo;
+        bool isRead = false;
+        const auto read = [&] { isRead = opened.reader.GetGeoByIndex({0, count - 1}, geo); };
+        EXPECT_EQ(Thrown(read), one.thrown) << one.offset;
+        EXPECT_EQ(isRead, one.thrown.empty()) << one.offset;
+    }
+}
+
+/// A small file must not make a reader go through one long floor thousands of times.
+TEST(Hostile, FloorsThatAreAllTheSameLongOne) {
+    constexpr u32 count = 3000;
+    Parts parts = PartsOf(SampleFile(4));
+    parts.floors.resize(1);
+    parts.floors.resize(count, parts.floors[0]);
+    parts.floors[0].fields[0].bytes = TextOf(50'000);
+    std::vector<FieldSpan> spans;
+    Bytes file = PutTogether(parts, &spans);
+    for (const FieldSpan& span : spans) {
+        if (span.name != "floor section offsets") continue;
+        ASSERT_EQ(span.end - span.begin, 4 * count);
+        for (u32 i = 0; i < count; ++i) SetU32(file, span.begin + std::size_t{4} * i, 13);
+    }
+    Opened opened(file);
+    ASSERT_TRUE(opened.ok);
+    ExpectSmall(8 * mebibyte, [&] {
+        std::vector<std::wstring> names;
+        EXPECT_EQ(Thrown([&] { opened.reader.GetAllFloorName(names); }), "seek over buffer size");
+        EXPECT_EQ(Thrown([&] { opened.reader.GetEstimatedDataSize(); }), "seek over buffer size");
+    });
+}
+
 TEST(Hostile, ImageSizesIn32Bits) {
     const struct {
         u32 width, height, byteCount;

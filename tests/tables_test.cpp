@@ -179,6 +179,8 @@ TEST(Settings, FillTheGapsOfNewLevel4Rows) {
         "\xEF\xBB\xBF; comment\r\nbefore=1\r\n[Other]\nother=2\n[ZBufferSize]\r\n twelve = 12 \r\n"
         "twelve=13\nunit=12px\nempty=\nsign=+7\nminus=-5\nlarge=4294967296\nlargest=4294967295\n"
         "huge=99999999999999999999999\nblank=1 2\nequals=3=4\nW\xC3\xA4nde=21\n#hash=5\n"
+        "\xE2\x82\xAC=22\n\xF0\x9F\x8F\xA0=23\na\xC3=24\nb\xE0\x80\xAF=25\n\xED\xA0\x80="
+        "26\nnothing\n"
         "[Other]\nlate=9\n";
     ini.Write(text.data(), text.size());
     ini.Close();
@@ -187,14 +189,28 @@ TEST(Settings, FillTheGapsOfNewLevel4Rows) {
         bool set;
         u32 value;
     };
-    const Case cases[] = {{L"twelve", true, 12},          {L"unit", false, 0},
-                          {L"empty", false, 0},           {L"sign", true, 7},
-                          {L"minus", true, 0xFFFFFFFB},   {L"large", true, 0xFFFFFFFF},
-                          {L"largest", true, 0xFFFFFFFF}, {L"huge", true, 0xFFFFFFFF},
-                          {L"blank", false, 0},           {L"equals", false, 0},
-                          {L"W\u00E4nde", true, 21},      {L"#hash", false, 0},
-                          {L"Twelve", false, 0},          {L"before", false, 0},
-                          {L"other", false, 0},           {L"late", false, 0}};
+    const Case cases[] = {{L"twelve", true, 12},
+                          {L"unit", false, 0},
+                          {L"empty", false, 0},
+                          {L"sign", true, 7},
+                          {L"minus", true, 0xFFFFFFFB},
+                          {L"large", true, 0xFFFFFFFF},
+                          {L"largest", true, 0xFFFFFFFF},
+                          {L"huge", true, 0xFFFFFFFF},
+                          {L"blank", false, 0},
+                          {L"equals", false, 0},
+                          {L"W\u00E4nde", true, 21},
+                          {L"#hash", false, 0},
+                          {L"\u20AC", true, 22},
+                          {L"\U0001F3E0", true, 23},
+                          {L"a\uFFFD", true, 24},
+                          {L"b\uFFFD\uFFFD\uFFFD", true, 25},
+                          {L"\uFFFD\uFFFD\uFFFD", true, 26},
+                          {L"nothing", false, 0},
+                          {L"Twelve", false, 0},
+                          {L"before", false, 0},
+                          {L"other", false, 0},
+                          {L"late", false, 0}};
     for (const bool hasFile : {true, false}) {
         SZVLGZvgComp own = Comp(L"own");
         own.classLevel3Name = L"3";
