@@ -1,0 +1,23 @@
+# In a build that counts (preset `coverage`), the target `coverage` runs the tests, prints how much
+# of the library they reach and fails where that is too little.
+if(NOT ZVG_BUILD_TESTS OR NOT CMAKE_CXX_FLAGS MATCHES "--coverage")
+  return()
+endif()
+find_program(ZVG_GCOVR gcovr REQUIRED)
+
+set(filters "")
+foreach(room stream siblings container geometry component processing include)
+  list(APPEND filters --filter ${PROJECT_SOURCE_DIR}/${room}/)
+endforeach()
+
+# Branches that the compiler adds for exceptions say nothing about the code.
+add_custom_target(coverage
+  COMMAND find ${PROJECT_BINARY_DIR} -name *.gcda -delete
+  COMMAND ${CMAKE_CTEST_COMMAND} --test-dir ${PROJECT_BINARY_DIR} --output-on-failure
+  COMMAND ${ZVG_GCOVR} --root ${PROJECT_SOURCE_DIR} --object-directory ${PROJECT_BINARY_DIR}
+          ${filters} --exclude-throw-branches --exclude-unreachable-branches --print-summary
+          --json ${PROJECT_BINARY_DIR}/coverage.json --txt ${PROJECT_BINARY_DIR}/coverage.txt
+          --fail-under-line 95 --fail-under-branch 85 ${PROJECT_BINARY_DIR}
+  WORKING_DIRECTORY ${PROJECT_BINARY_DIR} USES_TERMINAL VERBATIM)
+get_property(tests DIRECTORY ${PROJECT_SOURCE_DIR}/tests PROPERTY BUILDSYSTEM_TARGETS)
+add_dependencies(coverage ${tests})
