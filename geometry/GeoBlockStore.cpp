@@ -1,9 +1,9 @@
 #include "geometry/GeoBlockStore.h"
 
 #include <algorithm>
-#include <numeric>
 
 #include "geometry/GeoSerial.h"
+#include "geometry/KeyOrder.h"
 #include "stream/CompressedBlock.h"
 #include "stream/Failures.h"
 #include "stream/FieldWriter.h"
@@ -98,19 +98,24 @@ void GeoBlockStore::Finish() {
     section.End();
 }
 
-std::vector<u32> GeoBlockStore::NumbersInKeyOrder() const {
-    std::vector<u32> numbers(keys.Count());
-    std::iota(numbers.begin(), numbers.end(), 0U);
+std::vector<GeoBlockStore::KeyPlace> GeoBlockStore::PlacesInKeyOrder() const {
+    std::size_t common = keys.Count() == 0 ? 0 : keys.Key(0).size();
+    for (u32 i = 1; i < keys.Count(); ++i)
+        common = std::min(common, CommonBytes(keys.Key(0), keys.Key(i)));
+    std::vector<KeyPlace> places(keys.Count());
+    for (u32 i = 0; i < keys.Count(); ++i) places[i] = {LeadingBytes(keys.Key(i), common), i};
     // char_traits<char> compares bytes as unsigned, so this is the order of the units.
-    std::sort(numbers.begin(), numbers.end(),
-              [this](u32 a, u32 b) { return keys.Key(a) < keys.Key(b); });
-    return numbers;
+    std::sort(places.begin(), places.end(), [this](const KeyPlace& a, const KeyPlace& b) {
+        return a.leading != b.leading ? a.leading < b.leading
+                                      : keys.Key(a.number) < keys.Key(b.number);
+    });
+    return places;
 }
 
 void GeoBlockStore::WriteIdentifications(CZVFTOutStream& stream) const {
     ZVSmartSerial::CZVFTSerialWriter writer(&stream);
     writer.WriteU32(keys.Count());
-    for (const u32 number : NumbersInKeyOrder()) {
+    for (const auto& [leading, number] : PlacesInKeyOrder()) {
         const std::string_view key = keys.Key(number);
         writer.WriteU32(static_cast<u32>(key.size() / 2));
         writer.WriteBytes(key.data(), key.size());

@@ -45,9 +45,15 @@ class GeoBlockStore {
     void WriteIdentifications(ZVSmartFormat::CZVFTOutStream& out) const;
 
   private:
+    /// An identification by the bytes that it begins with, behind those that all begin with.
+    struct KeyPlace {
+        u64 leading;
+        u32 number;
+    };
+
     void WriteBlock();
     void AppendToBlock(const std::string& key, const SZVLGZvgGeo& geo);
-    std::vector<u32> NumbersInKeyOrder() const;
+    std::vector<KeyPlace> PlacesInKeyOrder() const;
 
     ZVSmartFormat::CZVFTOutStream& out;
     ZVSmartFormat::AllocBuffer& scratch;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 
+#include "geometry/KeyOrder.h"
 #include "stream/ByteOrder.h"
 #include "stream/WideText.h"
 
@@ -49,21 +50,11 @@ void GeoIdentTable::Sort() {
 
 void GeoIdentTable::SetLandmarks() {
     if (entries.empty()) return;
-    const std::string_view first = KeyAt(bytes + entries.front());
-    const std::string_view last = KeyAt(bytes + entries.back());
-    const auto end = std::mismatch(first.begin(), first.end(), last.begin(), last.end()).first;
-    commonBytes = static_cast<std::size_t>(end - first.begin());
+    // In ascending order, what the first and the last begin with is what all begin with.
+    commonBytes = CommonBytes(KeyAt(bytes + entries.front()), KeyAt(bytes + entries.back()));
     landmarks.reserve((entries.size() - 1) / entriesPerLandmark + 1);
     for (std::size_t i = 0; i < entries.size(); i += entriesPerLandmark)
-        landmarks.push_back(LandmarkOf(KeyAt(bytes + entries[i])));
-}
-
-/// The bytes behind the common ones as a number; what is missing counts as zero, so that numbers
-/// never contradict the order of their keys.
-u64 GeoIdentTable::LandmarkOf(std::string_view key) const {
-    u8 head[sizeof(u64)] = {};
-    if (key.size() > commonBytes) key.copy(reinterpret_cast<char*>(head), sizeof head, commonBytes);
-    return LoadBigEndian<u64>(head);
+        landmarks.push_back(LeadingBytes(KeyAt(bytes + entries[i]), commonBytes));
 }
 
 std::string_view GeoIdentTable::KeyAt(const u8* entry) const {
@@ -78,7 +69,8 @@ SZVLGZvgGeoIndex GeoIdentTable::IndexAt(const u8* entry) const {
 /// The numbers of the entries among which `key` is, if it is there: from the last landmark below
 /// it to the first above it.
 std::pair<std::size_t, std::size_t> GeoIdentTable::RangeOf(std::string_view key) const {
-    const auto [low, high] = std::equal_range(landmarks.begin(), landmarks.end(), LandmarkOf(key));
+    const auto [low, high] =
+        std::equal_range(landmarks.begin(), landmarks.end(), LeadingBytes(key, commonBytes));
     const auto below = static_cast<std::size_t>(low - landmarks.begin());
     const auto above = static_cast<std::size_t>(high - landmarks.begin());
     return {(below == 0 ? 0 : below - 1) * entriesPerLandmark,

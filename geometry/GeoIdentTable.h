@@ -37,7 +37,6 @@ class GeoIdentTable {
     SZVLGZvgGeoIndex IndexAt(const u8* entry) const;
     void Sort();
     void SetLandmarks();
-    u64 LandmarkOf(std::string_view key) const;
     std::pair<std::size_t, std::size_t> RangeOf(std::string_view key) const;
 
     const u8* bytes = nullptr;
