@@ -1,6 +1,7 @@
 #include "tools/zvg/import/ChildProcess.h"
 
 #include <fcntl.h>
+#include <sys/personality.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -51,6 +52,10 @@ bool GiveNumber(int source, int target) {
 /// Becomes the child; only what is safe between fork and exec. Does not return.
 [[noreturn]] void BecomeChild(char* const* arguments, int messages, int output) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    // Nothing random is left for an importer to depend on. Where this is refused, as in some
+    // containers, the work is done all the same.
+    const int current = personality(0xFFFFFFFF);
+    if (current != -1) personality(static_cast<unsigned long>(current) | ADDR_NO_RANDOMIZE);
     // Out of the way of the numbers that are given below.
     constexpr int firstFree = 10;
     messages = fcntl(messages, F_DUPFD_CLOEXEC, firstFree);

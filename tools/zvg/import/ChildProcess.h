@@ -6,9 +6,10 @@
 #include <string_view>
 #include <vector>
 
-// Work that may crash runs in a child process: the same executable, started with a hidden argument.
-// The child tells its parent what there is to say through a pipe and writes its result to a file
-// that the parent opened. What it prints otherwise, such as the chatter of a library, goes nowhere.
+// Work that may crash runs in a child process: the same executable, started with a hidden argument
+// and without address randomisation. The child tells its parent what there is to say through a pipe
+// and writes its result to a file that the parent opened. What it prints otherwise, such as the
+// chatter of a library, goes nowhere.
 
 enum class ChildMessage : char {
     Warning = 'W',
