@@ -1,7 +1,9 @@
 #pragma once
 
 #include <bit>
+#include <cstddef>
 #include <cstring>
+#include <iterator>
 #include <type_traits>
 
 #include "ZVSmartFormat/Stream.h"
@@ -33,15 +35,46 @@ Unsigned LoadBigEndian(const u8* bytes) {
     return ToBigEndian(value);
 }
 
-/// `byteCount` bytes of numbers as wide as `Unsigned`, to `values`, whatever their own type.
-template <class Unsigned>
-void LoadBigEndianArray(const u8* bytes, u64 byteCount, void* values) {
-    auto* const out = static_cast<u8*>(values);
-    for (u64 i = 0; i < byteCount; i += sizeof(Unsigned)) {
-        const auto value = LoadBigEndian<Unsigned>(bytes + i);
-        std::memcpy(out + i, &value, sizeof value);
+/// Goes through elements that consist of numbers as wide as `Unsigned`, big-endian where they lie.
+/// A list that is assigned from these is written once; one that is resized first, twice.
+template <class Unsigned, class Element>
+class BigEndianElements {
+    static_assert(std::is_standard_layout_v<Element> &&
+                  std::is_trivially_copy_constructible_v<Element> &&
+                  sizeof(Element) % sizeof(Unsigned) == 0);
+
+  public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = Element;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const Element*;
+    using reference = Element;
+
+    explicit BigEndianElements(const u8* bytes) : bytes(bytes) {}
+
+    Element operator*() const {
+        Element element;
+        auto* const out = reinterpret_cast<u8*>(&element);
+        for (std::size_t i = 0; i < sizeof(Element); i += sizeof(Unsigned)) {
+            const auto value = LoadBigEndian<Unsigned>(bytes + i);
+            std::memcpy(out + i, &value, sizeof value);
+        }
+        return element;
     }
-}
+    BigEndianElements& operator++() {
+        bytes += sizeof(Element);
+        return *this;
+    }
+    BigEndianElements operator++(int) {
+        const BigEndianElements before = *this;
+        ++*this;
+        return before;
+    }
+    bool operator==(const BigEndianElements& other) const = default;
+
+  private:
+    const u8* bytes;
+};
 
 template <class Unsigned>
 void StoreBigEndian(Unsigned value, u8* bytes) {

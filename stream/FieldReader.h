@@ -4,7 +4,6 @@
 #include <bit>
 #include <cstdlib>
 #include <cstring>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -130,12 +129,10 @@ class FieldReader {
     /// Elements that consist of numbers as wide as `Unsigned`: straight from the source's bytes.
     template <class Unsigned, class Element>
     void NumberList(std::vector<Element>& list) {
-        static_assert(std::is_standard_layout_v<Element> &&
-                      std::is_trivially_copy_constructible_v<Element> &&
-                      sizeof(Element) % sizeof(Unsigned) == 0);
-        list.resize(Count(sizeof(Element)));
-        const u64 byteCount = u64{list.size()} * sizeof(Element);
-        ZVSmartFormat::LoadBigEndianArray<Unsigned>(source.Take(byteCount), byteCount, list.data());
+        using Elements = ZVSmartFormat::BigEndianElements<Unsigned, Element>;
+        const u64 byteCount = u64{Count(sizeof(Element))} * sizeof(Element);
+        const u8* const bytes = source.Take(byteCount);
+        list.assign(Elements(bytes), Elements(bytes + byteCount));
     }
 
     Source& source;
