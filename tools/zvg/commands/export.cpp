@@ -1,8 +1,4 @@
-#include <unistd.h>
-
-#include <cstring>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -11,11 +7,11 @@
 #include "tools/zvg/export/ExportModel.h"
 #include "tools/zvg/export/GlbExport.h"
 #include "tools/zvg/export/ObjExport.h"
-#include "tools/zvg/output/FileSink.h"
 #include "tools/zvg/output/OutputFile.h"
 #include "tools/zvg/text/Progress.h"
 #include "tools/zvg/text/StandardOutput.h"
 
+using ZVSmartFormat::CZVFTOutStream;
 namespace fs = std::filesystem;
 
 namespace {
@@ -27,16 +23,6 @@ struct Arguments {
     CLI::Option* classOption = nullptr;
     bool force = false;
 };
-
-using Write = std::function<void(ZVSmartFormat::CZVFTOutStream&)>;
-
-void Fill(const OutputFile& output, const std::string& path, const Write& write) {
-    FileSink sink(dup(output.Descriptor()));
-    write(sink);
-    if (sink.Close()) return;
-    throw ToolError(ExitStatus::InputOutput,
-                    "cannot write " + TargetName(path) + ": " + std::strerror(sink.Failure()));
-}
 
 enum class Format { Glb, Obj };
 
@@ -50,8 +36,7 @@ Format FormatOf(const std::string& path) {
 
 unsigned long long ExportGlb(const ExportModel& model, const Arguments& arguments) {
     OutputFile output(arguments.output, arguments.force);
-    Fill(output, arguments.output,
-         [&](ZVSmartFormat::CZVFTOutStream& sink) { WriteGlb(model, sink); });
+    output.Fill([&](CZVFTOutStream& sink) { WriteGlb(model, sink); });
     output.Commit();
     return output.Bytes();
 }
@@ -61,11 +46,9 @@ unsigned long long ExportObj(const ExportModel& model, const Arguments& argument
     const fs::path materials = fs::path(arguments.output).replace_extension(".mtl");
     OutputFile objOutput(arguments.output, arguments.force);
     OutputFile mtlOutput(materials.string(), arguments.force);
-    Fill(objOutput, arguments.output, [&](ZVSmartFormat::CZVFTOutStream& sink) {
-        WriteObj(model, materials.filename().string(), sink);
-    });
-    Fill(mtlOutput, materials.string(),
-         [&](ZVSmartFormat::CZVFTOutStream& sink) { WriteMtl(model, sink); });
+    objOutput.Fill(
+        [&](CZVFTOutStream& sink) { WriteObj(model, materials.filename().string(), sink); });
+    mtlOutput.Fill([&](CZVFTOutStream& sink) { WriteMtl(model, sink); });
     mtlOutput.Commit();
     objOutput.Commit();
     return objOutput.Bytes();

@@ -1,7 +1,3 @@
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -10,7 +6,6 @@
 
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Reading.h"
-#include "tools/zvg/output/FileSink.h"
 #include "tools/zvg/output/OutputFile.h"
 #include "tools/zvg/plan/FloorPlan.h"
 #include "tools/zvg/plan/SvgSheet.h"
@@ -39,16 +34,6 @@ std::vector<PlanFloor> DrawFloors(OpenedBlock& block, PlacedRecords& records,
     return floors;
 }
 
-void WriteFile(OutputFile& output, const std::string& path, const std::string& svg) {
-    FileSink sink(dup(output.Descriptor()));
-    sink.Write(svg.data(), svg.size());
-    if (!sink.Close()) {
-        throw ToolError(ExitStatus::InputOutput,
-                        "cannot write " + TargetName(path) + ": " + std::strerror(sink.Failure()));
-    }
-    output.Commit();
-}
-
 std::string Told(const std::vector<PlanFloor>& floors) {
     std::size_t components = 0;
     for (const PlanFloor& floor : floors) components += floor.components.size();
@@ -67,7 +52,9 @@ void Plan(const Arguments& arguments, const CommonOptions& common) {
     if (!output) {
         WriteOutput(svg);
     } else {
-        WriteFile(*output, arguments.output, svg);
+        output->Fill(
+            [&svg](ZVSmartFormat::CZVFTOutStream& sink) { sink.Write(svg.data(), svg.size()); });
+        output->Commit();
         if (!common.quiet) WriteMessage(TargetName(arguments.output) + ": " + Told(floors));
     }
     block.ThrowIfDamaged();

@@ -1,8 +1,4 @@
-#include <unistd.h>
-
-#include <charconv>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,7 +6,6 @@
 
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Reading.h"
-#include "tools/zvg/output/FileSink.h"
 #include "tools/zvg/output/OutputFile.h"
 #include "tools/zvg/pack/PreviewPng.h"
 #include "tools/zvg/preview/PreviewImage.h"
@@ -78,12 +73,8 @@ SZVLGZvgGeoImage Drawn(OpenedBlock& block, const Size& size) {
 void WritePng(const SZVLGZvgGeoImage& image, const Arguments& arguments) {
     const std::string png = EncodePng(image);
     OutputFile output(arguments.output, arguments.force);
-    FileSink sink(dup(output.Descriptor()));
-    sink.Write(png.data(), png.size());
-    if (!sink.Close()) {
-        throw ToolError(ExitStatus::InputOutput, "cannot write " + TargetName(arguments.output) +
-                                                     ": " + std::strerror(sink.Failure()));
-    }
+    output.Fill(
+        [&png](ZVSmartFormat::CZVFTOutStream& sink) { sink.Write(png.data(), png.size()); });
     output.Commit();
 }
 

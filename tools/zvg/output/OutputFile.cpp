@@ -11,6 +11,7 @@
 
 #include "tools/zvg/Command.h"
 #include "tools/zvg/output/AnonymousFile.h"
+#include "tools/zvg/output/FileSink.h"
 #include "tools/zvg/output/SignalCleanup.h"
 #include "tools/zvg/text/StandardOutput.h"
 
@@ -66,6 +67,12 @@ void OutputFile::CreateTemporary() {
     }
     if (descriptor < 0) Fail(std::strerror(errno));
     RemoveOnSignal(temporary.c_str());
+}
+
+void OutputFile::Fill(const std::function<void(ZVSmartFormat::CZVFTOutStream&)>& write) const {
+    FileSink sink(dup(descriptor));
+    write(sink);
+    if (!sink.Close()) Fail(std::strerror(sink.Failure()));
 }
 
 void OutputFile::Commit() {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <string>
+
+#include "ZVSmartFormat/Stream.h"
 
 /// A file that appears whole or not at all: it is written under a temporary name beside its
 /// target, which `Commit` gives it. Without `Commit`, and on a signal, the temporary file goes
@@ -20,6 +23,10 @@ class OutputFile {
 
     /// The temporary file, open for reading and writing; owned by this object.
     int Descriptor() const { return descriptor; }
+
+    /// Has `write` write to the file, from its beginning, through a buffer. Throws ToolError
+    /// InputOutput where any of that failed.
+    void Fill(const std::function<void(ZVSmartFormat::CZVFTOutStream&)>& write) const;
 
     /// Closes the file and gives it the target's name. Throws ToolError InputOutput where that
     /// fails; the temporary file is gone then.
