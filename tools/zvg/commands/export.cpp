@@ -1,9 +1,10 @@
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "tools/zvg/commands/Commands.h"
-#include "tools/zvg/commands/Reading.h"
+#include "tools/zvg/commands/Options.h"
 #include "tools/zvg/export/ExportModel.h"
 #include "tools/zvg/export/GlbExport.h"
 #include "tools/zvg/export/ObjExport.h"
@@ -17,11 +18,9 @@ namespace fs = std::filesystem;
 namespace {
 
 struct Arguments {
-    std::string file, output;
-    std::string floor, className;
-    CLI::Option* floorOption = nullptr;
-    CLI::Option* classOption = nullptr;
-    bool force = false;
+    std::string file;
+    Target target;
+    std::optional<std::string> floor, className;
 };
 
 enum class Format { Glb, Obj };
@@ -35,7 +34,7 @@ Format FormatOf(const std::string& path) {
 }
 
 unsigned long long ExportGlb(const ExportModel& model, const Arguments& arguments) {
-    OutputFile output(arguments.output, arguments.force);
+    OutputFile output(arguments.target.path, arguments.target.force);
     output.Fill([&](CZVFTOutStream& sink) { WriteGlb(model, sink); });
     output.Commit();
     return output.Bytes();
@@ -43,9 +42,9 @@ unsigned long long ExportGlb(const ExportModel& model, const Arguments& argument
 
 /// Both files are written before either gets its name.
 unsigned long long ExportObj(const ExportModel& model, const Arguments& arguments) {
-    const fs::path materials = fs::path(arguments.output).replace_extension(".mtl");
-    OutputFile objOutput(arguments.output, arguments.force);
-    OutputFile mtlOutput(materials.string(), arguments.force);
+    const fs::path materials = fs::path(arguments.target.path).replace_extension(".mtl");
+    OutputFile objOutput(arguments.target.path, arguments.target.force);
+    OutputFile mtlOutput(materials.string(), arguments.target.force);
     objOutput.Fill(
         [&](CZVFTOutStream& sink) { WriteObj(model, materials.filename().string(), sink); });
     mtlOutput.Fill([&](CZVFTOutStream& sink) { WriteMtl(model, sink); });
@@ -59,20 +58,21 @@ void Tell(const ExportModel& model, const Arguments& arguments, unsigned long lo
         WriteMessage("warning: " + std::to_string(model.missingGeometries) +
                      " geometries are referred to but not in the file");
     }
-    WriteMessage(TargetName(arguments.output) + ": " + std::to_string(model.components.size()) +
-                 " components, " + std::to_string(model.scene.meshes.size()) + " meshes, " +
-                 std::to_string(bytes) + " bytes");
+    WriteMessage(TargetName(arguments.target.path) + ": " +
+                 std::to_string(model.components.size()) + " components, " +
+                 std::to_string(model.scene.meshes.size()) + " meshes, " + std::to_string(bytes) +
+                 " bytes");
 }
 
 void Export(const Arguments& arguments, const CommonOptions& common) {
-    const Format format = FormatOf(arguments.output);
+    const Format format = FormatOf(arguments.target.path);
     if (format == Format::Glb && !CanWriteGlb()) {
         throw ToolError(ExitStatus::Usage, "this build writes no GLB (it needs tinygltf)");
     }
     OpenedBlock block(arguments.file);
     ExportSelection selection;
-    if (arguments.floorOption->count() != 0) selection.floor = arguments.floor;
-    if (arguments.classOption->count() != 0) selection.className = arguments.className;
+    selection.floor = arguments.floor;
+    selection.className = arguments.className;
     Progress progress(common.quiet);
     selection.progress = [&progress](std::size_t done, std::size_t total) {
         progress.Show("exporting", static_cast<double>(done), static_cast<double>(total),
@@ -94,14 +94,10 @@ void RegisterExport(CLI::App& app, CommonOptions& common) {
         "Write the components' surfaces as GLB, with names, classes and properties, or as OBJ with "
         "an MTL file beside it",
         "zvg export house.zvg -o house.glb --class IfcWall", arguments->file);
-    command
-        ->add_option("-o,--output", arguments->output,
-                     "The file to write: .glb or .obj; - is GLB on standard output")
+    AddTargetOptions(*command, "The file to write: .glb or .obj; - is GLB on standard output",
+                     arguments->target)
         ->required();
-    arguments->floorOption = command->add_option("--floor", arguments->floor,
-                                                 "Only this floor, by its number or its name");
-    arguments->classOption = command->add_option(
-        "--class", arguments->className, "Only components with a class of this name, on any level");
-    command->add_flag("--force", arguments->force, "Replace existing output files");
+    AddFloorOption(*command, arguments->floor);
+    AddClassOption(*command, arguments->className);
     command->callback([arguments, &common] { Export(*arguments, common); });
 }

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "tools/zvg/commands/Commands.h"
-#include "tools/zvg/commands/Reading.h"
+#include "tools/zvg/commands/Options.h"
 #include "tools/zvg/reading/GeoDocument.h"
 #include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/text/Document.h"

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "tools/zvg/commands/Commands.h"
-#include "tools/zvg/commands/Reading.h"
+#include "tools/zvg/commands/Options.h"
 #include "tools/zvg/reading/ClassNames.h"
 #include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/reading/RecordDocument.h"
@@ -19,11 +19,8 @@ namespace {
 
 struct ListOptions {
     std::string file;
-    std::string floor;
-    std::string className;
+    std::optional<std::string> floor, className;
     bool csv = false;
-    CLI::Option* floorOption = nullptr;
-    CLI::Option* classOption = nullptr;
 };
 
 Document EntryDocument(const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
@@ -86,23 +83,18 @@ ListFormat FormatOf(const ListOptions& options, bool asJson) {
 
 void List(const ListOptions& options, ListFormat format) {
     OpenedBlock block(options.file);
-    unsigned int floor = 0;
-    unsigned int floorEnd = block.Reader().GetFloorNum();
-    if (options.floorOption->count() != 0) {
-        floor = block.FindFloor(options.floor);
-        floorEnd = floor + 1;
-    }
-    const bool anyClass = options.classOption->count() == 0;
-    const std::wstring className = FromUtf8(options.className);
+    const auto [first, end] = block.FindFloors(options.floor);
+    const std::wstring className = FromUtf8(options.className.value_or(""));
     EntryPrinter printer(options.file, format);
     const auto printIfWanted = [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
-        if (anyClass || IsOfClass(comp, className)) printer.Print(EntryDocument(index, comp));
+        if (options.className && !IsOfClass(comp, className)) return;
+        printer.Print(EntryDocument(index, comp));
     };
-    for (; floor < floorEnd; ++floor) block.ForEachComp(floor, printIfWanted);
+    for (unsigned int floor = first; floor < end; ++floor) block.ForEachComp(floor, printIfWanted);
     printer.End();
     block.ThrowIfDamaged();
-    if (anyClass || printer.Count() != 0) return;
-    throw block.Error(ExitStatus::NotFound, "no component of class '" + options.className + "'");
+    if (!options.className || printer.Count() != 0) return;
+    throw block.Error(ExitStatus::NotFound, "no component of class '" + *options.className + "'");
 }
 
 }  // namespace
@@ -114,10 +106,8 @@ void RegisterList(CLI::App& app, CommonOptions& common) {
         "Print one line per component: FLOOR:POS, class level 2, class level 3, GUID name, number "
         "of properties, number of geometry references",
         "zvg list house.zvg --floor 0 --class IfcWall", options->file);
-    options->floorOption = command->add_option("--floor", options->floor,
-                                               "Only this floor, by its number or its name");
-    options->classOption = command->add_option(
-        "--class", options->className, "Only components with a class of this name, on any level");
+    AddFloorOption(*command, options->floor);
+    AddClassOption(*command, options->className);
     command->add_flag("--csv", options->csv,
                       "Print comma-separated values (RFC 4180), their names in the first line");
     command->callback([options, &common] { List(*options, FormatOf(*options, common.json)); });

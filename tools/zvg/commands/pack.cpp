@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tools/zvg/commands/Commands.h"
+#include "tools/zvg/commands/Options.h"
 #include "tools/zvg/import/ChildProcess.h"
 #include "tools/zvg/output/OutputFile.h"
 #include "tools/zvg/pack/PackJob.h"
@@ -17,12 +18,12 @@
 namespace {
 
 struct Arguments {
-    std::string model, output, settings, preview;
+    std::string model, settings, preview;
+    Target target;
     unsigned int geosPerBlock = 0;
     unsigned int formatVersion = 4;
     bool fast = false;
     bool noPreview = false;
-    bool force = false;
 };
 
 /// Prints what the child says: warnings up to a number that a person reads, progress on a
@@ -99,7 +100,8 @@ void CheckReadable(const std::string& path) {
 PackOptions OptionsOf(const Arguments& arguments) {
     PackOptions options;
     options.modelPath = arguments.model.c_str();
-    options.outputPath = arguments.output == "-" ? "standard output" : arguments.output.c_str();
+    options.outputPath =
+        arguments.target.path == "-" ? "standard output" : arguments.target.path.c_str();
     options.settingsPath = arguments.settings.c_str();
     options.previewPath = arguments.preview.c_str();
     options.geosPerBlock = arguments.geosPerBlock;
@@ -135,13 +137,13 @@ void Pack(const Arguments& arguments, const CommonOptions& common) {
     CheckReadable(arguments.model);
     CheckReadable(arguments.settings);
     CheckReadable(arguments.preview);
-    OutputFile output(arguments.output, arguments.force);
+    OutputFile output(arguments.target.path, arguments.target.force);
     Listener listener(arguments.model, common.quiet);
     const int status = Import(arguments, output.Descriptor(), listener);
     listener.Finish();
     if (status != 0) throw ImportFailure(arguments, status, listener.LastWords());
     output.Commit();
-    listener.Print(TargetName(arguments.output) + ": " + listener.LastWords() + ", " +
+    listener.Print(TargetName(arguments.target.path) + ": " + listener.LastWords() + ", " +
                    std::to_string(output.Bytes()) + " bytes");
 }
 
@@ -154,9 +156,7 @@ void RegisterPack(CLI::App& app, CommonOptions& common) {
         ->add_option("model", arguments->model,
                      "The model: IFC, glTF, OBJ, STL, PLY, FBX or Collada")
         ->required();
-    command
-        ->add_option("-o,--output", arguments->output,
-                     "The block file to write; - is standard output")
+    AddTargetOptions(*command, "The block file to write; - is standard output", arguments->target)
         ->required();
     command
         ->add_option("--geos-per-block", arguments->geosPerBlock,
@@ -174,7 +174,6 @@ void RegisterPack(CLI::App& app, CommonOptions& common) {
                      "A PNG image to show for the file (default: a picture of the model is drawn)")
         ->excludes(command->add_flag("--no-preview", arguments->noPreview,
                                      "Store no picture of the model"));
-    command->add_flag("--force", arguments->force, "Replace an existing output file");
     command->footer("Example:\n  zvg pack house.ifc -o house.zvg --preview house.png");
     command->callback([arguments, &common] { Pack(*arguments, common); });
 }

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tools/zvg/commands/Commands.h"
-#include "tools/zvg/commands/Reading.h"
+#include "tools/zvg/commands/Options.h"
 #include "tools/zvg/output/OutputFile.h"
 #include "tools/zvg/plan/FloorPlan.h"
 #include "tools/zvg/plan/SvgSheet.h"
@@ -14,19 +14,14 @@
 namespace {
 
 struct Arguments {
-    std::string file, floor, output;
-    CLI::Option* floorOption = nullptr;
-    bool force = false;
+    std::string file;
+    Target target;
+    std::optional<std::string> floor;
 };
 
 std::vector<PlanFloor> DrawFloors(OpenedBlock& block, PlacedRecords& records,
                                   const Arguments& arguments) {
-    unsigned int first = 0;
-    unsigned int end = block.Reader().GetFloorNum();
-    if (arguments.floorOption->count() != 0) {
-        first = block.FindFloor(arguments.floor);
-        end = first + 1;
-    }
+    const auto [first, end] = block.FindFloors(arguments.floor);
     std::vector<PlanFloor> floors;
     for (unsigned int floor = first; floor < end; ++floor) {
         floors.push_back(DrawFloor(block, records, floor));
@@ -44,7 +39,8 @@ std::string Told(const std::vector<PlanFloor>& floors) {
 void Plan(const Arguments& arguments, const CommonOptions& common) {
     OpenedBlock block(arguments.file);
     std::optional<OutputFile> output;
-    if (!arguments.output.empty()) output.emplace(arguments.output, arguments.force);
+    if (!arguments.target.path.empty())
+        output.emplace(arguments.target.path, arguments.target.force);
     PlacedRecords records(block);
     const std::vector<PlanFloor> floors = DrawFloors(block, records, arguments);
     const std::string title = std::filesystem::path(arguments.file).filename().string();
@@ -55,7 +51,7 @@ void Plan(const Arguments& arguments, const CommonOptions& common) {
         output->Fill(
             [&svg](ZVSmartFormat::CZVFTOutStream& sink) { sink.Write(svg.data(), svg.size()); });
         output->Commit();
-        if (!common.quiet) WriteMessage(TargetName(arguments.output) + ": " + Told(floors));
+        if (!common.quiet) WriteMessage(TargetName(arguments.target.path) + ": " + Told(floors));
     }
     block.ThrowIfDamaged();
     records.ThrowIfDamaged();
@@ -70,10 +66,8 @@ void RegisterPlan(CLI::App& app, CommonOptions& common) {
         "Draw floors as an SVG plan: outlines, or sections 1.2 m above the floor; lengths are "
         "metres, as pack writes them",
         "zvg plan house.zvg --floor 0 -o ground.svg", arguments->file);
-    arguments->floorOption = command->add_option(
-        "--floor", arguments->floor, "One floor, by its number or its name (default: all)");
-    command->add_option("-o,--output", arguments->output,
-                        "The SVG file to write; - and the default are standard output");
-    command->add_flag("--force", arguments->force, "Replace an existing output file");
+    AddTargetOptions(*command, "The SVG file to write; - and the default are standard output",
+                     arguments->target);
+    AddFloorOption(*command, arguments->floor);
     command->callback([arguments, &common] { Plan(*arguments, common); });
 }

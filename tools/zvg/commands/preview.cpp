@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "tools/zvg/commands/Commands.h"
-#include "tools/zvg/commands/Reading.h"
+#include "tools/zvg/commands/Options.h"
 #include "tools/zvg/output/OutputFile.h"
 #include "tools/zvg/pack/PreviewPng.h"
 #include "tools/zvg/preview/PreviewImage.h"
@@ -19,8 +19,8 @@ using ZVSmartZvg::SZVLGZvgGeoImage;
 namespace {
 
 struct Arguments {
-    std::string file, output, size;
-    bool force = false;
+    std::string file, size;
+    Target target;
 };
 
 struct Size {
@@ -72,7 +72,7 @@ SZVLGZvgGeoImage Drawn(OpenedBlock& block, const Size& size) {
 
 void WritePng(const SZVLGZvgGeoImage& image, const Arguments& arguments) {
     const std::string png = EncodePng(image);
-    OutputFile output(arguments.output, arguments.force);
+    OutputFile output(arguments.target.path, arguments.target.force);
     output.Fill(
         [&png](ZVSmartFormat::CZVFTOutStream& sink) { sink.Write(png.data(), png.size()); });
     output.Commit();
@@ -88,7 +88,7 @@ void Preview(const Arguments& arguments, const CommonOptions& common) {
     const SZVLGZvgGeoImage image = size ? Drawn(block, *size) : Stored(block);
     WritePng(image, arguments);
     if (common.quiet) return;
-    WriteMessage(TargetName(arguments.output) + ": " + std::to_string(image.width) + " x " +
+    WriteMessage(TargetName(arguments.target.path) + ": " + std::to_string(image.width) + " x " +
                  std::to_string(image.height) + " pixels");
 }
 
@@ -99,14 +99,11 @@ void RegisterPreview(CLI::App& app, CommonOptions& common) {
     CLI::App* const command = AddReadingCommand(
         app, "preview", "Write the file's preview image as PNG, or draw its components anew",
         "zvg preview house.zvg -o house.png --render 1920x1080", arguments->file);
-    command
-        ->add_option("-o,--output", arguments->output,
-                     "The PNG file to write; - is standard output")
+    AddTargetOptions(*command, "The PNG file to write; - is standard output", arguments->target)
         ->required();
     command
         ->add_option("--render", arguments->size,
                      "Draw a picture of this size instead of writing the stored one")
         ->type_name("WIDTHxHEIGHT");
-    command->add_flag("--force", arguments->force, "Replace an existing output file");
     command->callback([arguments, &common] { Preview(*arguments, common); });
 }

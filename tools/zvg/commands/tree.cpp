@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tools/zvg/commands/Commands.h"
-#include "tools/zvg/commands/Reading.h"
+#include "tools/zvg/commands/Options.h"
 #include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/text/Document.h"
 #include "tools/zvg/text/StandardOutput.h"

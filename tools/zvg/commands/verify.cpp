@@ -4,7 +4,7 @@
 
 #include "ZVSmartZvg/BlockVerifier.h"
 #include "tools/zvg/commands/Commands.h"
-#include "tools/zvg/commands/Reading.h"
+#include "tools/zvg/commands/Options.h"
 #include "tools/zvg/reading/CountsDocument.h"
 #include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/text/Document.h"

@@ -119,12 +119,6 @@ class Groups {
     std::map<std::pair<std::optional<std::size_t>, std::string>, std::size_t> known;
 };
 
-std::pair<unsigned int, unsigned int> Floors(OpenedBlock& block, const ExportSelection& selection) {
-    if (!selection.floor) return {0, block.Reader().GetFloorNum()};
-    const unsigned int floor = block.FindFloor(*selection.floor);
-    return {floor, floor + 1};
-}
-
 }  // namespace
 
 ExportModel ReadExport(OpenedBlock& block, const ExportSelection& selection) {
@@ -138,7 +132,7 @@ ExportModel ReadExport(OpenedBlock& block, const ExportSelection& selection) {
     SceneReader scene(block);
     Groups groups(model);
     const std::wstring className = FromUtf8(selection.className.value_or(""));
-    const auto [first, end] = Floors(block, selection);
+    const auto [first, end] = block.FindFloors(selection.floor);
     std::size_t done = 0;
     std::size_t total = 0;
     for (unsigned int floor = first; floor < end; ++floor) total += block.FloorCompNum(floor);

@@ -37,7 +37,7 @@ struct ExportModel {
     std::size_t missingGeometries = 0;
 };
 
-/// Which components are wanted; empty texts take all.
+/// Which components are wanted; what is not named takes all.
 struct ExportSelection {
     std::optional<std::string> floor;      ///< by number or name
     std::optional<std::string> className;  ///< on any level

@@ -56,6 +56,13 @@ unsigned int OpenedBlock::FindFloor(const std::string& text) {
     throw Error(ExitStatus::NotFound, "no floor '" + text + "'");
 }
 
+std::pair<unsigned int, unsigned int> OpenedBlock::FindFloors(
+    const std::optional<std::string>& text) {
+    if (!text) return {0, reader.GetFloorNum()};
+    const unsigned int floor = FindFloor(*text);
+    return {floor, floor + 1};
+}
+
 unsigned int OpenedBlock::FloorCompNum(unsigned int floor) {
     const unsigned int count = reader.GetFloorCompNum(floor);
     if (count == 0) CheckEmpty("floor " + std::to_string(floor));

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "ZVSmartFormat/Stream.h"
 #include "ZVSmartFormat/StreamException.h"
@@ -43,6 +44,9 @@ class OpenedBlock {
     /// The floor that `text` names: by its number where there is a floor with that number, else
     /// by its name. Throws ToolError NotFound.
     unsigned int FindFloor(const std::string& text);
+
+    /// The first floor and the one behind the last: of all, or of the one that is named.
+    std::pair<unsigned int, unsigned int> FindFloors(const std::optional<std::string>& text);
 
     /// The number of components on a floor. A floor whose components cannot be decoded counts 0
     /// and is remembered as damage.
