@@ -31,7 +31,8 @@ class FloorBlock {
     u32 ComponentCount() const { return components.Count(); }
 
     /// Reads component `i`, below the count: the floor's fields, the entry's own fields and the
-    /// identification rows of its references. `rows` tells where the classes are.
+    /// identification rows of its references, into a record that is new but for `compProperties`,
+    /// whose memory is used again. `rows` tells where the classes are.
     void ReadComponent(u32 i, unsigned int version, SZVLGZvgComp& comp, EntryRows& rows) const;
 
     const ZVSmartFormat::DecodedBlock& Block() const { return block; }

@@ -38,8 +38,7 @@ OpenedBlock::OpenedBlock(const std::string& path) : file(path) {
     try {
         if (reader.Init(&file.Stream())) return;
     } catch (const CZVFTStreamException& exception) {
-        if (IsOutOfMemory(exception)) throw;
-        throw Error(ExitStatus::Damaged, std::string("head: ") + exception.what());
+        throw Error(ExitStatus::Damaged, "head: " + DamageOf(exception));
     }
     throw Error(ExitStatus::Damaged,
                 "the index does not decode: the file is damaged or incomplete");
@@ -82,8 +81,7 @@ bool OpenedBlock::ReadComp(const ZVSmartZvg::SZVLGCompIndex& index,
         if (reader.GetCompByIndex(index, comp)) return true;
         RememberDamage(place + ": cannot be read");
     } catch (const CZVFTStreamException& exception) {
-        if (IsOutOfMemory(exception)) throw;
-        RememberDamage(place + ": " + exception.what());
+        RememberDamage(place + ": " + DamageOf(exception));
     }
     return false;
 }
@@ -93,8 +91,7 @@ void OpenedBlock::ReadGeo(const ZVSmartZvg::SZVLGZvgGeoIndex& index, ZVSmartZvg:
     try {
         if (reader.GetGeoByIndex(index, geo)) return;
     } catch (const CZVFTStreamException& exception) {
-        if (IsOutOfMemory(exception)) throw;
-        throw Error(ExitStatus::Damaged, place + exception.what());
+        throw Error(ExitStatus::Damaged, place + DamageOf(exception));
     }
     throw Error(ExitStatus::Damaged, place + "cannot be read");
 }
@@ -104,8 +101,7 @@ std::optional<ZVSmartZvg::SZVLGZvgGeoImage> OpenedBlock::ReadPreview() {
     try {
         if (reader.GetPreviewImage(image)) return image;
     } catch (const CZVFTStreamException& exception) {
-        if (IsOutOfMemory(exception)) throw;
-        RememberDamage(std::string("preview image: ") + exception.what());
+        RememberDamage("preview image: " + DamageOf(exception));
     }
     return std::nullopt;
 }
@@ -133,6 +129,11 @@ void OpenedBlock::CheckEmpty(const std::string& what) {
     if (ZVSmartZvg::CZVLGBlockVerifier().Verify(&file.Stream(), findings)) return;
     const std::string reason = findings.empty() ? "" : ": " + findings.front().reason;
     RememberDamage(what + " cannot be read" + reason);
+}
+
+std::string DamageOf(const CZVFTStreamException& exception) {
+    if (IsOutOfMemory(exception)) throw;
+    return exception.what();
 }
 
 std::string PlaceText(unsigned int table, unsigned int position) {

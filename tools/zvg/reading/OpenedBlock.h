@@ -89,6 +89,10 @@ class OpenedBlock {
     bool emptinessChecked = false;
 };
 
+/// What is wrong with a file, as the exception that is being handled tells; throws it on where
+/// memory ran out, which says nothing about the file.
+std::string DamageOf(const ZVSmartFormat::CZVFTStreamException& exception);
+
 /// "FLOOR:POS" or "BLOCK:POS".
 std::string PlaceText(unsigned int table, unsigned int position);
 

@@ -1,6 +1,5 @@
 #include "tools/zvg/scene/StoredGeos.h"
 
-#include "tools/zvg/output/OutOfMemory.h"
 #include "tools/zvg/text/Utf8.h"
 
 using namespace ZVSmartZvg;
@@ -11,8 +10,7 @@ bool StoredGeos::Read(const std::wstring& identification, SZVLGZvgGeo& geo) {
         if (block.Reader().GetGeoByIdentification(identification, geo)) return true;
         if (!Holds(identification)) return false;
     } catch (const ZVSmartFormat::CZVFTStreamException& exception) {
-        if (IsOutOfMemory(exception)) throw;
-        reason = exception.what();
+        reason = DamageOf(exception);
     }
     throw block.Error(ExitStatus::Damaged, "geometry '" + ToUtf8(identification) + "': " + reason);
 }
