@@ -1,22 +1,10 @@
 // Runs the built tool's export and preview commands on small files that the tests write.
 
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-
 #include <array>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <iterator>
-#include <nlohmann/json.hpp>
 #include <sstream>
-#include <string>
 #include <vector>
 
-#include "ZVSmartFormat/FileStream.h"
-#include "ZVSmartZvg/ZVSmartZvg.h"
+#include "tool_support.h"
 
 using namespace ZVSmartZvg;
 using nlohmann::json;
@@ -25,11 +13,6 @@ namespace fs = std::filesystem;
 namespace {
 
 using Point = std::array<double, 3>;
-
-std::string ReadAll(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// An L-shaped plate, one face of six corners of which the fourth is reentrant.
 CZVIMShell Plate() {
@@ -113,41 +96,19 @@ Point ToWorld(const json& gltf, const std::vector<std::size_t>& path, Point poin
     return point;
 }
 
-class ExportTest : public testing::Test {
+class ExportTest : public ToolFixture {
   protected:
     void SetUp() override {
-        std::string name = testing::TempDir() + "zvgexport-XXXXXX";
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        folder = name + "/";
-        WriteBlock("model.zvg", Fill);
+        ToolFixture::SetUp();
+        WriteBlock(folder + "model.zvg", Fill);
     }
-    void TearDown() override { fs::remove_all(folder); }
 
-    void WriteBlock(const std::string& name, const std::function<void(CZVLGBlockSaver&)>& fill) {
-        ZVSmartFormat::CZVFTFileOutStream stream(folder + name);
-        ASSERT_TRUE(stream.Open());
-        CZVLGBlockSaver saver;
-        saver.Init(&stream, {});
-        fill(saver);
-        saver.WriteEnd();
-        stream.Close();
-    }
-    /// In the folder; `err` then holds what was said.
-    int Run(const std::string& arguments) {
-        const std::string command =
-            "cd " + folder + " && " ZVG_BINARY " " + arguments + " >out 2>err";
-        const int status = std::system(command.c_str());
-        err = ReadAll(folder + "err");
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
     bool There(const std::string& name) const { return fs::exists(folder + name); }
     json Glb(const std::string& options = "") {
-        EXPECT_EQ(Run("export model.zvg -o model.glb --force " + options), 0) << err;
-        glb = ReadAll(folder + "model.glb");
-        std::uint32_t head[5] = {};
-        std::memcpy(head, glb.data(), std::min(glb.size(), sizeof head));
-        EXPECT_EQ(head[2], glb.size());
-        return json::parse(glb.substr(20, head[3]));
+        EXPECT_EQ(Run("$Z export model.zvg -o model.glb --force " + options), 0) << err;
+        const json gltf = JsonOfGlb(ReadAll(folder + "model.glb"));
+        EXPECT_FALSE(gltf.is_discarded());
+        return gltf;
     }
     void Visit(const json& gltf, const std::vector<std::size_t>& path,
                const std::function<void(const json&, const std::vector<std::size_t>&)>& use) {
@@ -162,15 +123,13 @@ class ExportTest : public testing::Test {
     /// The stored preview's pixels, by way of the PNG and back.
     std::vector<u8> PixelsOf(const std::string& png) {
         std::ofstream(folder + "t.obj") << "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
-        EXPECT_EQ(Run("pack t.obj -o packed.zvg --force --preview " + png), 0) << err;
+        EXPECT_EQ(Run("$Z pack t.obj -o packed.zvg --force --preview " + png), 0) << err;
         ZVSmartFormat::CZVFTFileInStream stream(folder + "packed.zvg");
         CZVLGBlockReader reader;
         SZVLGZvgGeoImage image;
         EXPECT_TRUE(stream.Open() && reader.Init(&stream) && reader.GetPreviewImage(image));
         return {image.pixels, image.pixels + image.PixelBytes()};
     }
-
-    std::string folder, err, glb;
 };
 
 TEST_F(ExportTest, GlbSharesMeshesAndPlacesThemWhereTheyAre) {
@@ -243,7 +202,7 @@ TEST_F(ExportTest, SelectsAndRefuses) {
                    {"export model.zvg -o x.gltf", 2},
                    {"export model.zvg -o model.glb", 3},
                    {"export missing.zvg -o x.glb", 3},
-                   {"export err -o x.glb", 4},
+                   {"export stderr -o x.glb", 4},
                    {"export model.zvg -o taken.obj", 3},
                    {"preview model.zvg -o x.png", 5},
                    {"preview model.zvg -o x.png --render 64", 2},
@@ -253,19 +212,19 @@ TEST_F(ExportTest, SelectsAndRefuses) {
     std::ofstream(folder + "taken.mtl") << "mine";
     const std::string before = ReadAll(folder + "model.glb");
     for (const auto& [arguments, status] : refused) {
-        EXPECT_EQ(Run(arguments), status) << arguments << '\n' << err;
+        EXPECT_EQ(Run(std::string("$Z ") + arguments), status) << arguments << '\n' << err;
     }
     EXPECT_EQ(ReadAll(folder + "model.glb"), before);
     EXPECT_EQ(ReadAll(folder + "taken.mtl"), "mine");
     std::size_t files = 0;
     for (const auto& entry : fs::directory_iterator(folder)) {
-        files += entry.path().filename() != "out" && entry.path().filename() != "err";
+        files += entry.path().filename() != "stdout" && entry.path().filename() != "stderr";
     }
     EXPECT_EQ(files, 3U) << "model.zvg, model.glb and taken.mtl";
 }
 
 TEST_F(ExportTest, ObjCutsFacesCountsOnAndTurnsMirroredOnes) {
-    ASSERT_EQ(Run("export model.zvg -o model.obj"), 0) << err;
+    ASSERT_EQ(Run("$Z export model.zvg -o model.obj"), 0) << err;
     EXPECT_TRUE(There("model.mtl"));
     std::istringstream lines(ReadAll(folder + "model.obj"));
     std::vector<Point> points;
@@ -299,8 +258,8 @@ TEST_F(ExportTest, DamagedGeometryIsNotLeftOutInSilence) {
     ASSERT_NE(block, std::string::npos);
     bytes[block + 40] = static_cast<char>(bytes[block + 40] ^ 0x55);
     std::ofstream(folder + "damaged.zvg", std::ios::binary) << bytes;
-    EXPECT_EQ(Run("export damaged.zvg -o x.glb"), 4) << err;
-    EXPECT_EQ(Run("preview damaged.zvg -o x.png --render 64x48"), 4) << err;
+    EXPECT_EQ(Run("$Z export damaged.zvg -o x.glb"), 4) << err;
+    EXPECT_EQ(Run("$Z preview damaged.zvg -o x.png --render 64x48"), 4) << err;
     EXPECT_FALSE(There("x.glb") || There("x.png"));
 }
 
@@ -308,7 +267,7 @@ TEST_F(ExportTest, PreviewKeepsEveryPixel) {
     const std::vector<u8> pixels = {255, 0, 0, 255, 0, 255, 0, 128, 0, 0, 255, 1,
                                     1,   2, 3, 255, 9, 8,   7, 254, 0, 0, 0,   0};
     const auto save = [&](const std::string& name, u32 width, u32 height) {
-        WriteBlock(name, [&](CZVLGBlockSaver& saver) {
+        WriteBlock(folder + name, [&](CZVLGBlockSaver& saver) {
             SZVLGZvgGeoImage image;
             image.width = width;
             image.height = height;
@@ -318,7 +277,7 @@ TEST_F(ExportTest, PreviewKeepsEveryPixel) {
         });
     };
     save("image.zvg", 3, 2);
-    ASSERT_EQ(Run("preview image.zvg -o image.png"), 0) << err;
+    ASSERT_EQ(Run("$Z preview image.zvg -o image.png"), 0) << err;
     EXPECT_EQ(PixelsOf("image.png"), pixels);
     // 0 or 4 bytes in 32 bits
     const std::pair<u32, u32> sizes[] = {{0x8000, 0x8000},         {0x10000, 0x4000},
@@ -326,7 +285,7 @@ TEST_F(ExportTest, PreviewKeepsEveryPixel) {
                                          {0xFFFFFFFF, 0xFFFFFFFF}, {0, 3}};
     for (const auto& [width, height] : sizes) {
         save("small.zvg", width, height);
-        EXPECT_EQ(Run("preview small.zvg -o x.png"), 4) << width << ' ' << err;
+        EXPECT_EQ(Run("$Z preview small.zvg -o x.png"), 4) << width << ' ' << err;
         EXPECT_EQ(err, "zvg: small.zvg: the preview image has no pixels\n") << width;
         EXPECT_FALSE(There("x.png"));
     }
@@ -334,7 +293,7 @@ TEST_F(ExportTest, PreviewKeepsEveryPixel) {
 
 TEST_F(ExportTest, ExtremePlacementsAreLeftOutOrDrawn) {
     const double scales[] = {0, 1e-300, 1e-30, 1e-9, 1e9, 1e12, 1e30, INFINITY, NAN};
-    WriteBlock("wild.zvg", [&](CZVLGBlockSaver& saver) {
+    WriteBlock(folder + "wild.zvg", [&](CZVLGBlockSaver& saver) {
         Fill(saver);
         SZVLGZvgComp comp = Comp(L"Upper", L"Wild", L"wild");
         for (const double x : scales) {
@@ -345,14 +304,14 @@ TEST_F(ExportTest, ExtremePlacementsAreLeftOutOrDrawn) {
         }
         saver.AddComp(comp);
     });
-    EXPECT_EQ(Run("preview wild.zvg -o wild.png --render 64x48"), 0) << err;
-    EXPECT_EQ(Run("export wild.zvg -o wild.glb"), 0) << err;
-    EXPECT_EQ(Run("export wild.zvg -o wild.obj"), 0) << err;
+    EXPECT_EQ(Run("$Z preview wild.zvg -o wild.png --render 64x48"), 0) << err;
+    EXPECT_EQ(Run("$Z export wild.zvg -o wild.glb"), 0) << err;
+    EXPECT_EQ(Run("$Z export wild.zvg -o wild.obj"), 0) << err;
 }
 
 TEST_F(ExportTest, RendersTheSameModelOnATransparentGround) {
-    ASSERT_EQ(Run("preview model.zvg -o a.png --render 65x49"), 0) << err;
-    ASSERT_EQ(Run("preview model.zvg -o b.png --render 65x49"), 0) << err;
+    ASSERT_EQ(Run("$Z preview model.zvg -o a.png --render 65x49"), 0) << err;
+    ASSERT_EQ(Run("$Z preview model.zvg -o b.png --render 65x49"), 0) << err;
     EXPECT_EQ(ReadAll(folder + "a.png"), ReadAll(folder + "b.png"));
     const std::vector<u8> pixels = PixelsOf("a.png");
     ASSERT_EQ(pixels.size(), 65U * 49 * 4);
@@ -363,12 +322,12 @@ TEST_F(ExportTest, RendersTheSameModelOnATransparentGround) {
         EXPECT_EQ(pixels[corner * 4 + 3], 0) << corner;
     }
     // What is packed holds the picture that is drawn of it, unless that is refused.
-    ASSERT_EQ(Run("pack t.obj -o drawn.zvg"), 0) << err;
-    ASSERT_EQ(Run("preview drawn.zvg -o stored.png"), 0) << err;
-    ASSERT_EQ(Run("preview drawn.zvg -o drawn.png --render 640x480"), 0) << err;
+    ASSERT_EQ(Run("$Z pack t.obj -o drawn.zvg"), 0) << err;
+    ASSERT_EQ(Run("$Z preview drawn.zvg -o stored.png"), 0) << err;
+    ASSERT_EQ(Run("$Z preview drawn.zvg -o drawn.png --render 640x480"), 0) << err;
     EXPECT_EQ(ReadAll(folder + "stored.png"), ReadAll(folder + "drawn.png"));
-    ASSERT_EQ(Run("pack t.obj -o plain.zvg --no-preview"), 0) << err;
-    EXPECT_EQ(Run("preview plain.zvg -o x.png"), 5);
+    ASSERT_EQ(Run("$Z pack t.obj -o plain.zvg --no-preview"), 0) << err;
+    EXPECT_EQ(Run("$Z preview plain.zvg -o x.png"), 5);
 }
 
 }  // namespace

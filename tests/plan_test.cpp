@@ -1,55 +1,31 @@
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <set>
-#include <string>
 #include <vector>
 
-#include "ZVSmartFormat/FileStream.h"
-#include "ZVSmartZvg/ZVSmartZvg.h"
+#include "tool_support.h"
 
 using namespace ZVSmartZvg;
 
 namespace {
 
-class PlanTest : public testing::Test {
+class PlanTest : public ToolFixture {
   protected:
     void SetUp() override {
-        std::string name = testing::TempDir() + "zvgplan-XXXXXX";
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        folder = name + "/";
+        ToolFixture::SetUp();
         ASSERT_TRUE(stream.emplace(folder + "model.zvg").Open());
         saver.Init(&*stream, {});
     }
-    void TearDown() override { std::filesystem::remove_all(folder); }
 
     void Close() {
         saver.WriteEnd();
         stream->Close();
     }
-    int Run(const std::string& arguments) const {
-        const std::string command =
-            ZVG_BINARY " " + arguments + " >" + folder + "out 2>" + folder + "err";
-        const int status = std::system(command.c_str());
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-    std::string Text(const std::string& name) const {
-        std::ifstream file(folder + name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
     std::string Plan() {
         Close();
-        EXPECT_EQ(Run("plan " + folder + "model.zvg"), 0) << Text("err");
-        return Text("out");
+        EXPECT_EQ(Run("$Z plan model.zvg"), 0) << err;
+        return out;
     }
 
-    std::string folder;
     std::optional<ZVSmartFormat::CZVFTFileOutStream> stream;
     CZVLGBlockSaver saver;
 };
@@ -128,8 +104,8 @@ TEST_F(PlanTest, BulgesBecomeArcsAndMirrorsTurnThem) {
     }
     Close();
     for (int floor = 0; floor < number; ++floor) {
-        ASSERT_EQ(Run("plan " + folder + "model.zvg --floor " + std::to_string(floor)), 0);
-        EXPECT_TRUE(Holds(Text("out"), cases[floor].path)) << Text("out");
+        ASSERT_EQ(Run("$Z plan model.zvg --floor " + std::to_string(floor)), 0);
+        EXPECT_TRUE(Holds(out, cases[floor].path)) << out;
     }
 }
 
@@ -243,20 +219,20 @@ TEST_F(PlanTest, TargetsAndFloorsAreChecked) {
     comp.geoRefs[0].geo = Box(3);
     saver.AddComp(comp);
     Close();
-    const std::string call = "plan " + folder + "model.zvg -o " + folder + "plan.svg";
+    const std::string call = "$Z plan model.zvg -o plan.svg";
     EXPECT_EQ(Run(call + " --floor Attic"), 5);
     EXPECT_FALSE(std::filesystem::exists(folder + "plan.svg"));
     EXPECT_EQ(Run(call + " --floor Ground"), 0);
     EXPECT_EQ(Run(call), 3);
     EXPECT_EQ(Run(call + " --force -q"), 0);
-    EXPECT_EQ(Text("err"), "");
-    EXPECT_EQ(Text("out"), "");
-    std::string bytes = Text("model.zvg");
+    EXPECT_EQ(err, "");
+    EXPECT_EQ(out, "");
+    std::string bytes = ReadAll(folder + "model.zvg");
     bytes[bytes.find("\xFD"
                      "7zXZ") +
           40] ^= 0x55;  // in the geometry block
     std::ofstream(folder + "model.zvg", std::ios::binary) << bytes;
-    EXPECT_EQ(Run("plan " + folder + "model.zvg"), 4);
+    EXPECT_EQ(Run("$Z plan model.zvg"), 4);
 }
 
 /// The rounded square again, half as large and mapped at twice its size: a chain of which the
@@ -297,24 +273,24 @@ END-ISO-10303-21;
 )";
 
 TEST_F(PlanTest, LinesOfMeshFilesAreKept) {
-    ASSERT_EQ(Run("--version"), 0);
-    if (!Holds(Text("out"), "OBJ")) GTEST_SKIP() << "built without an importer for OBJ";
+    ASSERT_EQ(Run("$Z --version"), 0);
+    if (!Holds(out, "OBJ")) GTEST_SKIP() << "built without an importer for OBJ";
     std::ofstream(folder + "model.obj")  // Y is up
         << "v 0 5 0\nv 2 5 0\nv 2 5 -1\nv 0 5 -1\nl 1 2 3 4 1\n";
-    ASSERT_EQ(Run("pack " + folder + "model.obj -o " + folder + "packed.zvg"), 0) << Text("err");
-    ASSERT_EQ(Run("plan " + folder + "packed.zvg"), 0) << Text("err");
-    const std::string svg = Text("out");
+    ASSERT_EQ(Run("$Z pack model.obj -o packed.zvg"), 0) << err;
+    ASSERT_EQ(Run("$Z plan packed.zvg"), 0) << err;
+    const std::string svg = out;
     EXPECT_TRUE(Holds(svg, boxPaths[0]) || Holds(svg, boxPaths[1])) << svg;
 }
 
 TEST_F(PlanTest, FootPrintsOfImportedElementsKeepTheirArcs) {
-    ASSERT_EQ(Run("--version"), 0);
-    if (!Holds(Text("out"), "IFC")) GTEST_SKIP() << "built without an importer for IFC";
+    ASSERT_EQ(Run("$Z --version"), 0);
+    if (!Holds(out, "IFC")) GTEST_SKIP() << "built without an importer for IFC";
     std::ofstream(folder + "model.ifc") << ifc;
-    ASSERT_EQ(Run("pack " + folder + "model.ifc -o " + folder + "packed.zvg"), 0) << Text("err");
-    ASSERT_EQ(Run("plan " + folder + "packed.zvg"), 0) << Text("err");
-    EXPECT_TRUE(Holds(Text("out"), roundedSquarePath)) << Text("out");
-    EXPECT_TRUE(Holds(Text("out"), "<title>Post</title>"));
+    ASSERT_EQ(Run("$Z pack model.ifc -o packed.zvg"), 0) << err;
+    ASSERT_EQ(Run("$Z plan packed.zvg"), 0) << err;
+    EXPECT_TRUE(Holds(out, roundedSquarePath)) << out;
+    EXPECT_TRUE(Holds(out, "<title>Post</title>"));
 }
 
 }  // namespace

@@ -1,34 +1,16 @@
 // Runs the built tool where its output, its memory or its import child fails, and on hostile text.
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <nlohmann/json.hpp>
 #include <set>
-#include <string>
 #include <vector>
 
-#include "ZVSmartFormat/FileStream.h"
-#include "ZVSmartZvg/ZVSmartZvg.h"
+#include "tool_support.h"
 
 using namespace ZVSmartZvg;
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string ReadAll(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 SZVLGZvgComp Comp(const std::wstring& text, const std::wstring& value) {
     SZVLGZvgComp comp;
@@ -45,23 +27,17 @@ SZVLGZvgComp Comp(const std::wstring& text, const std::wstring& value) {
     return comp;
 }
 
-void WriteBlock(const std::string& path, const std::wstring& text, const std::wstring& value) {
-    ZVSmartFormat::CZVFTFileOutStream stream(path);
-    ASSERT_TRUE(stream.Open());
+void WriteText(const std::string& path, const std::wstring& text, const std::wstring& value) {
     SZVLGZvgBlockHeadInfo head;
     head.firstText = text;
-    CZVLGBlockSaver saver;
-    saver.Init(&stream, head);
-    saver.AddComp(Comp(text, value));
-    saver.WriteEnd();
+    WriteBlock(
+        path, [&](CZVLGBlockSaver& saver) { saver.AddComp(Comp(text, value)); }, head);
 }
 
-class ToolFaults : public testing::Test {
+class ToolFaults : public ToolFixture {
   protected:
     void SetUp() override {
-        std::string name = testing::TempDir() + "zvgfault-XXXXXX";
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        folder = name + "/";
+        ToolFixture::SetUp();
         fs::create_directory(folder + "in");
         fs::create_directory(folder + "out");
         // A model that never comes keeps the importer waiting for as long as a test needs it.
@@ -73,18 +49,8 @@ class ToolFaults : public testing::Test {
             if (i > 1) model << "f " << i - 1 << ' ' << i << ' ' << i + 1 << '\n';
         }
         model.close();
-        WriteBlock(folder + "in/good.zvg", L"good", L"value");
+        WriteText(folder + "in/good.zvg", L"good", L"value");
     }
-    void TearDown() override { fs::remove_all(folder); }
-
-    /// Runs a shell's words in the folder, $Z being the tool, and gives its exit status.
-    int Run(const std::string& words) {
-        const std::string command = "cd " + folder + "; Z=" ZVG_BINARY "; (" + words + ") 2>err";
-        const int status = std::system(command.c_str());  // NOLINT(cert-env33-c)
-        err = ReadAll(folder + "err");
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-
     std::set<std::string> Names(const std::string& where) const {
         std::set<std::string> names;
         for (const auto& entry : fs::directory_iterator(folder + where)) {
@@ -92,8 +58,6 @@ class ToolFaults : public testing::Test {
         }
         return names;
     }
-
-    std::string folder, err;
 };
 
 TEST_F(ToolFaults, FaultsHaveTheirStatusOneLineAndNoFile) {
@@ -172,7 +136,7 @@ TEST_F(ToolFaults, LackOfMemoryIsSaidAndLeavesNothingBehind) {
     const auto limited = [](int mebibytes, const std::string& words) {
         return "ulimit -v " + std::to_string(mebibytes * 1024) + "; exec $Z " + words;
     };
-    while (base < 1024 && Run(limited(base, "--version >o")) != 0) base += 2;
+    while (base < 1024 && Run(limited(base, "--version")) != 0) base += 2;
     int lacks = 0;
     for (const char* words :
          {"info in/good.zvg", "verify in/good.zvg", "diff in/good.zvg in/good.zvg",
@@ -180,7 +144,7 @@ TEST_F(ToolFaults, LackOfMemoryIsSaidAndLeavesNothingBehind) {
           "export in/good.zvg -o out/x.obj", "preview in/good.zvg -o out/x.png --render 640x480",
           "pack -q in/big.obj -o out/x.zvg"}) {
         for (int more = 0; more <= 256; more = more * 3 / 2 + 2) {
-            const int status = Run(limited(base + more, words) + " >o");
+            const int status = Run(limited(base + more, words));
             if (status != 0) {
                 ++lacks;
                 EXPECT_EQ(status, 1) << words << ' ' << more << ' ' << err;
@@ -254,35 +218,25 @@ std::vector<std::vector<std::string>> ParseCsv(const std::string& text) {
     return records;
 }
 
-/// Discarded where the file is no GLB or its text no JSON in UTF-8.
-nlohmann::json JsonOfGlb(const std::string& bytes) {
-    std::uint32_t head[5] = {};  // magic, version, file size, size and kind of the first chunk
-    std::memcpy(head, bytes.data(), std::min(bytes.size(), sizeof head));
-    const bool isGlb = bytes.rfind("glTF", 0) == 0 && head[1] == 2 && head[2] == bytes.size() &&
-                       head[3] <= bytes.size() - sizeof head && head[4] == 0x4E4F534A;
-    return nlohmann::json::parse(isGlb ? bytes.substr(20, head[3]) : "", nullptr, false);
-}
-
 TEST_F(ToolFaults, HostileTextStaysText) {
     const std::wstring evil = std::wstring(L"../../x\",\r\n<!--&]]>\x1B[2J/etc/") + wchar_t(0) +
                               wchar_t(0xD800) + wchar_t(0x202E) + wchar_t(0xFFFF);
-    WriteBlock(folder + "in/evil.zvg", evil, L"a");
-    WriteBlock(folder + "in/other.zvg", evil, L"b");
+    WriteText(folder + "in/evil.zvg", evil, L"a");
+    WriteText(folder + "in/other.zvg", evil, L"b");
     const auto before = Names("in");
     for (const char* words :
          {"info in/evil.zvg", "tree in/evil.zvg", "list in/evil.zvg", "show in/evil.zvg 0:0",
           "show --properties in/evil.zvg 0:0", "geo in/evil.zvg 0:0", "verify in/evil.zvg",
           "diff in/evil.zvg in/other.zvg"}) {
-        ASSERT_EQ(Run(std::string("$Z --json ") + words + " >o"), 0) << words << err;
-        EXPECT_FALSE(nlohmann::json::parse(ReadAll(folder + "o"), nullptr, false).is_discarded())
-            << words;
-        ASSERT_EQ(Run(std::string("$Z ") + words + " >o"), 0) << words << err;
-        for (const char c : ReadAll(folder + "o")) {
+        ASSERT_EQ(Run(std::string("$Z --json ") + words), 0) << words << err;
+        EXPECT_FALSE(nlohmann::json::parse(out, nullptr, false).is_discarded()) << words;
+        ASSERT_EQ(Run(std::string("$Z ") + words), 0) << words << err;
+        for (const char c : out) {
             EXPECT_TRUE(static_cast<unsigned char>(c) >= 0x20 || c == '\n' || c == '\t') << words;
         }
     }
-    ASSERT_EQ(Run("$Z list --csv in/evil.zvg >o"), 0);
-    const auto records = ParseCsv(ReadAll(folder + "o"));
+    ASSERT_EQ(Run("$Z list --csv in/evil.zvg"), 0);
+    const auto records = ParseCsv(out);
     ASSERT_EQ(records.size(), 2U);
     EXPECT_EQ(records[1].size(), records[0].size());
     EXPECT_EQ(records[1][1].rfind("../../x\",\r\n<!--&]]>\\x1B", 0), 0U) << records[1][1];

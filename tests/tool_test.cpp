@@ -1,21 +1,11 @@
 // Runs the built tool on small files, on damaged ones and on hostile ones.
 
-#include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <nlohmann/json.hpp>
-#include <string>
 #include <utility>
 #include <vector>
 
-#include "ZVSmartFormat/FileStream.h"
-#include "ZVSmartZvg/ZVSmartZvg.h"
+#include "tool_support.h"
 
 using namespace ZVSmartZvg;
 
@@ -26,11 +16,6 @@ struct Outcome {
     std::string out;
     std::string err;
 };
-
-std::string ReadAll(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 void WriteAll(const std::string& path, const std::string& bytes) {
     std::ofstream(path, std::ios::binary) << bytes;
@@ -57,11 +42,7 @@ SZVLGZvgComp MakeComp(const wchar_t* floor, const wchar_t* name) {
 
 /// Floor 0 "Ground" with components "a" and "b", floor 1 "Upper:1" with "c"; three geometries in
 /// two blocks, then "arc", then "deep" with 20000 levels.
-void WriteBlock(const std::string& path) {
-    ZVSmartFormat::CZVFTFileOutStream stream(path);
-    ASSERT_TRUE(stream.Open());
-    CZVLGBlockSaver saver;
-    saver.Init(&stream, {}, "", 2);
+void Fill(CZVLGBlockSaver& saver) {
     saver.AddComp(MakeComp(L"Ground", L"a"));
     saver.AddComp(MakeComp(L"Ground", L"b"));
     saver.AddComp(MakeComp(L"Upper:1", L"c"));
@@ -77,33 +58,23 @@ void WriteBlock(const std::string& path) {
         deep = std::move(outer);
     }
     saver.AddIdentificationGeo(L"deep", deep);
-    saver.WriteEnd();
-    stream.Close();
 }
 
-class ToolTest : public testing::Test {
+class ToolTest : public ToolFixture {
   protected:
     void SetUp() override {
-        std::string name = testing::TempDir() + "zvgtool-XXXXXX";
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        folder = name + "/";
+        ToolFixture::SetUp();
         good = folder + "good.zvg";
-        WriteBlock(good);
+        WriteBlock(good, Fill, {}, 2);
         bytes = ReadAll(good);
     }
 
-    void TearDown() override { std::filesystem::remove_all(folder); }
-
-    Outcome Run(const std::string& arguments, const std::string& redirect = "") const {
-        const std::string output = redirect.empty() ? ">" + folder + "out" : redirect;
-        const std::string command =
-            ZVG_BINARY " " + arguments + " " + output + " 2>" + folder + "err";
-        const int status = std::system(command.c_str());  // NOLINT(cert-env33-c)
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadAll(folder + "out"),
-                ReadAll(folder + "err")};
+    Outcome Run(const std::string& arguments, const std::string& redirect = "") {
+        const int status = ToolFixture::Run("$Z " + arguments + " " + redirect);
+        return {status, out, err};
     }
 
-    nlohmann::json RunJson(const std::string& arguments) const {
+    nlohmann::json RunJson(const std::string& arguments) {
         const Outcome outcome = Run(arguments + " --json");
         EXPECT_EQ(outcome.status, 0) << outcome.err;
         nlohmann::json document = nlohmann::json::parse(outcome.out, nullptr, false);
@@ -129,7 +100,7 @@ class ToolTest : public testing::Test {
         return folder + "damaged.zvg";
     }
 
-    std::string folder, good, bytes;
+    std::string good, bytes;
 };
 
 void ExpectOneLine(const std::string& text) {
@@ -220,13 +191,8 @@ TEST_F(ToolTest, HostileTextStaysOneHarmlessLine) {
     comp.geoRefs[0].geoIdentification = evil;
     SZVLGZvgBlockHeadInfo head;
     head.firstText = evil;
-    ZVSmartFormat::CZVFTFileOutStream stream(folder + "evil.zvg");
-    ASSERT_TRUE(stream.Open());
-    CZVLGBlockSaver saver;
-    saver.Init(&stream, head);
-    saver.AddComp(comp);
-    saver.WriteEnd();
-    stream.Close();
+    WriteBlock(
+        folder + "evil.zvg", [&comp](CZVLGBlockSaver& saver) { saver.AddComp(comp); }, head);
 
     const std::string inText = "x\\n\\x1B[2J\\t../\\u202E/etc/\xEF\xBF\xBD";
     const std::string inJson = std::string("x\n\x1B[2J\t../\xE2") + "\x80\xAE/etc/\xEF\xBF\xBD";
