@@ -1,19 +1,15 @@
 #include "bench/Payload.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <map>
 #include <tuple>
 
-#include "ZVSmartZvg/BlockReader.h"
+#include "bench/OpenFile.h"
 
 namespace bench {
 
-using ZVSmartFormat::CZVFTReadBufferInStream;
 using ZVSmartZvg::CZVLGBlockReader;
 using ZVSmartZvg::CZVLGBlockSaver;
 using ZVSmartZvg::SZVLGCompIndex;
-using ZVSmartZvg::SZVLGZvgGeoIndex;
 
 namespace {
 
@@ -28,14 +24,7 @@ Payload GeneratedPayload(u32 componentCount) {
 }
 
 void LoadGeos(CZVLGBlockReader& reader, Payload& payload) {
-    std::map<std::pair<u32, u32>, std::wstring> byPlace;
-    for (u32 i = 0; i < reader.GetGeoIdentificationNum(); ++i) {
-        std::wstring identification;
-        SZVLGZvgGeoIndex index;
-        reader.GetGeoIdentificationByIndex(i, identification, index);
-        byPlace[{index.blockIndex, index.indexInBlock}] = identification;
-    }
-    for (const auto& [place, identification] : byPlace) {
+    for (const auto& [place, identification] : IdentificationsByPlace(reader)) {
         auto& [name, geo] = payload.geos.emplace_back();
         name = identification;
         reader.GetGeoByIndex({place.first, place.second}, geo);
@@ -47,10 +36,8 @@ Payload StoredPayload(const std::string& path) {
     Payload payload;
     const std::string file = path.substr(path.rfind('/') + 1);
     payload.name = file.substr(0, file.rfind('.'));
-    const Bytes bytes = ReadWholeFile(path);
-    CZVFTReadBufferInStream in(bytes.data(), bytes.size());
-    CZVLGBlockReader reader;
-    if (!reader.Init(&in)) std::exit(1);
+    OpenFile opened(ReadWholeFile(path));
+    CZVLGBlockReader& reader = opened.reader;
     LoadGeos(reader, payload);
     for (u32 floor = 0; floor < reader.GetFloorNum(); ++floor)
         for (u32 i = 0; i < reader.GetFloorCompNum(floor); ++i)

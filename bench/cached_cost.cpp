@@ -8,26 +8,14 @@
 #include <cstring>
 #include <memory>
 
-#include "ZVSmartZvg/BlockReader.h"
+#include "bench/OpenFile.h"
 #include "bench/Pairs.h"
 #include "bench/Payload.h"
 #include "bench/StraightLine.h"
 
 using namespace bench;
-using ZVSmartFormat::CZVFTReadBufferInStream;
-using ZVSmartZvg::CZVLGBlockReader;
 
 namespace {
-
-struct OpenFile {
-    explicit OpenFile(Bytes content) : bytes(std::move(content)), in(bytes.data(), bytes.size()) {
-        if (!reader.Init(&in)) std::exit(1);
-    }
-
-    Bytes bytes;
-    CZVFTReadBufferInStream in;
-    CZVLGBlockReader reader;
-};
 
 ParsedFloor ParseFloor(OpenFile& file) {
     const FileParts parts = ReadFileParts(file.bytes);

@@ -3,26 +3,15 @@
 
 #include <memory>
 
-#include "ZVSmartZvg/BlockReader.h"
+#include "bench/OpenFile.h"
 #include "bench/Pairs.h"
 #include "bench/Payload.h"
 
 using namespace bench;
-using ZVSmartFormat::CZVFTReadBufferInStream;
 using ZVSmartZvg::CZVLGBlockReader;
 using ZVSmartZvg::SZVLGZvgGeoIndex;
 
 namespace {
-
-struct OpenFile {
-    explicit OpenFile(Bytes content) : bytes(std::move(content)), in(bytes.data(), bytes.size()) {
-        if (!reader.Init(&in)) std::exit(1);
-    }
-
-    Bytes bytes;
-    CZVFTReadBufferInStream in;
-    CZVLGBlockReader reader;
-};
 
 /// A component of `floor` whose geometry is here; ends the program where there is none.
 u32 ComponentWithShape(CZVLGBlockReader& reader, u32 floor, std::wstring& identification) {

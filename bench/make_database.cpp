@@ -10,8 +10,8 @@
 
 #include "ZVSmartFormat/FileStream.h"
 #include "ZVSmartSerial/Serial.h"
-#include "ZVSmartZvg/BlockReader.h"
 #include "bench/Database.h"
+#include "bench/OpenFile.h"
 #include "bench/Payload.h"
 
 using namespace bench;
@@ -92,18 +92,11 @@ class Filler {
 
     /// The records' own bytes, which lie behind their lengths in the decoded blocks.
     void AddGeometries(CZVLGBlockReader& reader, const FileParts& parts) {
-        std::map<std::pair<u32, u32>, std::wstring> byPlace;
-        for (u32 i = 0; i < reader.GetGeoIdentificationNum(); ++i) {
-            std::wstring name;
-            SZVLGZvgGeoIndex index;
-            reader.GetGeoIdentificationByIndex(i, name, index);
-            byPlace[{index.blockIndex, index.indexInBlock}] = name;
-        }
         Statement insert(database, "INSERT INTO geometry VALUES(?, ?, ?)");
         u32 decodedBlock = 0xFFFFFFFF;
         Bytes block;
         Records records;
-        for (const auto& [place, name] : byPlace) {
+        for (const auto& [place, name] : IdentificationsByPlace(reader)) {
             if (place.first != decodedBlock) {
                 decodedBlock = place.first;
                 const Block& encoded = parts.geos[decodedBlock];
@@ -202,16 +195,13 @@ class Filler {
 int main(int argc, char** argv) {
     if (argc != 3) return 2;
     std::remove(argv[2]);
-    const Bytes file = ReadWholeFile(argv[1]);
-    ZVSmartFormat::CZVFTReadBufferInStream in(file.data(), file.size());
-    CZVLGBlockReader reader;
-    if (!reader.Init(&in)) return 1;
+    OpenFile file(ReadWholeFile(argv[1]));
     Database database(argv[2], true);
     database.Run(schema);
     {
         Filler filler(database);
-        filler.AddGeometries(reader, ReadFileParts(file));
-        filler.AddFloors(reader);
+        filler.AddGeometries(file.reader, ReadFileParts(file.bytes));
+        filler.AddFloors(file.reader);
     }
     database.Run("COMMIT; VACUUM");
     return 0;
