@@ -1,0 +1,60 @@
+// Runs the code of README.md and docs/GUIDE.md, which the build copies out of those pages.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "page_code.h"
+
+namespace {
+
+/// A folder to run in, since the pages' code names its files without one.
+class Pages : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string folder = testing::TempDir() + "pages-XXXXXX";
+        ASSERT_NE(mkdtemp(folder.data()), nullptr);
+        std::filesystem::current_path(folder);
+        WriteOneWall();
+    }
+    void TearDown() override {
+        const std::filesystem::path folder = std::filesystem::current_path();
+        std::filesystem::current_path("/");
+        std::filesystem::remove_all(folder);
+    }
+};
+
+TEST_F(Pages, ListsTheWallAndItsShapeOnce) {
+    testing::internal::CaptureStdout();
+    ListComponents();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "front wall\n  4 points\n");
+}
+
+TEST_F(Pages, WalksAndSavesAgain) {
+    ZVSmartFormat::CZVFTFileInStream in("wall.zvg");
+    CZVLGBlockReader reader;
+    ASSERT_TRUE(OpenBlock(in, reader));
+    std::vector<SZVLGZvgComp> components;
+    std::size_t faces = 0;
+    ForEachComponent(reader, [&](const SZVLGZvgComp& comp) {
+        ForEachGeometry(reader, comp, [&](const SZVLGZvgGeo& geo) { faces += geo.shells.size(); });
+        components.push_back(comp);
+    });
+    EXPECT_EQ(components.size(), 1u);
+    EXPECT_EQ(faces, 1u);
+
+    ZVSmartFormat::CZVFTFileOutStream out("again.zvg");
+    ASSERT_TRUE(out.Open());
+    SaveAll(out, components);
+    out.Close();
+    ZVSmartFormat::CZVFTFileInStream again("again.zvg");
+    CZVLGBlockReader second;
+    ASSERT_TRUE(OpenBlock(again, second));
+    EXPECT_EQ(second.GetFloorCompNum(0), 1u);
+
+    ZVSmartFormat::CZVFTFileInStream missing("missing.zvg");
+    CZVLGBlockReader third;
+    EXPECT_FALSE(OpenBlock(missing, third));
+}
+
+}  // namespace
