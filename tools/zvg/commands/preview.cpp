@@ -8,7 +8,7 @@
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/output/OutputFile.h"
 #include "tools/zvg/pack/PreviewPng.h"
-#include "tools/zvg/preview/PreviewImage.h"
+#include "tools/zvg/preview/RenderPreview.h"
 #include "tools/zvg/preview/Renderer.h"
 #include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/scene/SceneReader.h"

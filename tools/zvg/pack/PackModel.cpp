@@ -15,7 +15,7 @@
 #include "tools/zvg/pack/ModelScene.h"
 #include "tools/zvg/pack/PreviewPng.h"
 #include "tools/zvg/pack/ShapeRecords.h"
-#include "tools/zvg/preview/PreviewImage.h"
+#include "tools/zvg/preview/RenderPreview.h"
 #include "tools/zvg/preview/Renderer.h"
 #include "tools/zvg/text/Utf8.h"
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "container/Findings.h"
-#include "container/layout/SectionLocator.h"
+#include "layout/SectionLocator.h"
 
 namespace ZVSmartZvg {
 

@@ -4,9 +4,9 @@
 
 #include "component/FloorBlock.h"
 #include "container/SectionCheck.h"
-#include "container/layout/FileHead.h"
 #include "geometry/GeoIdentTable.h"
 #include "geometry/GeoSerial.h"
+#include "layout/FileHead.h"
 #include "stream/CheckedInStream.h"
 #include "stream/CompressedBlock.h"
 #include "stream/PositionGuard.h"

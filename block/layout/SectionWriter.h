@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "ZVSmartFormat/Stream.h"
-#include "container/layout/SectionHead.h"
+#include "layout/SectionHead.h"
 
 namespace ZVSmartZvg {
 

@@ -1,4 +1,4 @@
-#include "container/layout/SectionWriter.h"
+#include "layout/SectionWriter.h"
 
 #include <limits>
 

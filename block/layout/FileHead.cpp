@@ -1,4 +1,4 @@
-#include "container/layout/FileHead.h"
+#include "layout/FileHead.h"
 
 #include <array>
 #include <cstring>

@@ -5,7 +5,7 @@
 
 #include "ZVSmartFormat/MemoryStream.h"
 #include "ZVSmartZvg/Export.h"
-#include "container/layout/SectionWriter.h"
+#include "layout/SectionWriter.h"
 #include "stream/FieldWriter.h"
 #include "stream/KeyTable.h"
 #include "stream/RowStore.h"

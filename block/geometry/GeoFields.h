@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "ZVSmartZvg/Geo.h"
-#include "component/DisplayAttrFields.h"
+#include "layout/DisplayAttrFields.h"
 #include "stream/FieldReader.h"
 #include "stream/FieldWriter.h"
 #include "stream/RecordInStream.h"

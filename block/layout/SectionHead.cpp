@@ -1,4 +1,4 @@
-#include "container/layout/SectionHead.h"
+#include "layout/SectionHead.h"
 
 #include <limits>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ZVSmartZvg/Comp.h"
-#include "component/DisplayAttrFields.h"
+#include "layout/DisplayAttrFields.h"
 
 // A component entry:
 //   GUID name   compGuidName

@@ -6,7 +6,7 @@
 #include "ZVSmartFormat/MemoryStream.h"
 #include "ZVSmartZvg/Geo.h"
 #include "ZVSmartZvg/GeoIndex.h"
-#include "container/layout/SectionWriter.h"
+#include "layout/SectionWriter.h"
 #include "stream/KeyTable.h"
 #include "stream/RowStore.h"
 

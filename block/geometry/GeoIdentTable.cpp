@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <span>
 
-#include "geometry/KeyOrder.h"
+#include "geometry/LeadingBytes.h"
 #include "stream/ByteOrder.h"
 #include "stream/WideText.h"
 

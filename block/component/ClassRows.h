@@ -2,7 +2,7 @@
 
 #include "ZVSmartZvg/Comp.h"
 #include "component/ComponentFields.h"
-#include "container/layout/SectionLocator.h"
+#include "layout/SectionLocator.h"
 #include "stream/RecordInStream.h"
 
 namespace ZVSmartZvg {

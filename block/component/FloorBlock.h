@@ -5,7 +5,7 @@
 #include "ZVSmartFormat/Stream.h"
 #include "ZVSmartZvg/Comp.h"
 #include "component/ComponentFields.h"
-#include "container/layout/SectionLocator.h"
+#include "layout/SectionLocator.h"
 #include "stream/CheckedInStream.h"
 #include "stream/CompressedBlock.h"
 

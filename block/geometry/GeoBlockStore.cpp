@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "geometry/GeoSerial.h"
-#include "geometry/KeyOrder.h"
+#include "geometry/LeadingBytes.h"
 #include "stream/CompressedBlock.h"
 #include "stream/Failures.h"
 #include "stream/FieldWriter.h"

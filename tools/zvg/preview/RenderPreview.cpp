@@ -1,4 +1,4 @@
-#include "tools/zvg/preview/PreviewImage.h"
+#include "tools/zvg/preview/RenderPreview.h"
 
 #include <cstdlib>
 #include <cstring>

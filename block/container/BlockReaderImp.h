@@ -6,9 +6,9 @@
 #include "ZVSmartZvg/BlockReader.h"
 #include "component/FloorBlock.h"
 #include "container/DecodedCache.h"
-#include "container/layout/FileHead.h"
-#include "container/layout/SectionLocator.h"
 #include "geometry/GeoIdentTable.h"
+#include "layout/FileHead.h"
+#include "layout/SectionLocator.h"
 #include "stream/CompressedBlock.h"
 
 namespace ZVSmartZvg {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "container/layout/SectionHead.h"
+#include "layout/SectionHead.h"
 #include "stream/ByteOrder.h"
 #include "stream/Failures.h"
 #include "stream/FieldReader.h"
