@@ -17,38 +17,49 @@ bool SeekRow(RecordInStream& in, const Section& table, u32 number) {
     return true;
 }
 
-void ResolveLevel4(RecordInStream& in, const Section& level4, const EntryRows& rows,
+/// Whether none of these rows is asked for.
+template <class... Rows>
+bool AreNone(Rows... rows) {
+    return ((rows == ZVLG_NONE) && ...);
+}
+
+bool ResolveLevel4(RecordInStream& in, const Section& level4, const EntryRows& rows,
                    unsigned int version, SZVLGZvgComp& comp) {
-    if (!SeekRow(in, level4, rows.level4)) return;
+    if (!SeekRow(in, level4, rows.level4)) return false;
     RowReader reader(in);
     VisitClassName(reader, comp.classLevel4Name, comp.classLevel4Id);
     VisitDisplayAttr(reader, comp.classLevel4Attr, version);
-    if (rows.owner == ZVLG_NONE) return;
-    if (SeekRow(in, ReadSection(in, in.GetPos()), rows.owner)) VisitOwnerRow(reader, comp);
+    if (rows.owner == ZVLG_NONE) return true;
+    if (!SeekRow(in, ReadSection(in, in.GetPos()), rows.owner)) return false;
+    VisitOwnerRow(reader, comp);
+    return true;
 }
 
-void ResolveLevel3(RecordInStream& in, const Section& level3, const EntryRows& rows,
+bool ResolveLevel3(RecordInStream& in, const Section& level3, const EntryRows& rows,
                    unsigned int version, SZVLGZvgComp& comp) {
-    if (!SeekRow(in, level3, rows.level3)) return;
+    if (!SeekRow(in, level3, rows.level3)) return AreNone(rows.level3, rows.level4, rows.owner);
     RowReader reader(in);
     VisitClassName(reader, comp.classLevel3Name, comp.classLevel3Id);
-    if (rows.level4 != ZVLG_NONE)
-        ResolveLevel4(in, ReadSection(in, in.GetPos()), rows, version, comp);
+    if (rows.level4 == ZVLG_NONE) return rows.owner == ZVLG_NONE;
+    return ResolveLevel4(in, ReadSection(in, in.GetPos()), rows, version, comp);
 }
 
 }  // namespace
 
-void ResolveClassRows(RecordInStream& in, const Section& level2, const EntryRows& rows,
+bool ResolveClassRows(RecordInStream& in, const Section& level2, const EntryRows& rows,
                       unsigned int version, SZVLGZvgComp& comp) {
-    if (!SeekRow(in, level2, rows.level2)) return;
+    if (!SeekRow(in, level2, rows.level2))
+        return AreNone(rows.level2, rows.level3, rows.level4, rows.owner, rows.level2b);
     RowReader reader(in);
     VisitClassName(reader, comp.classLevel2Name, comp.classLevel2Id);
     const Section level3 = ReadSection(in, in.GetPos());
-    if (rows.level2b != ZVLG_NONE && SeekRow(in, ReadSection(in, level3.End()), rows.level2b)) {
+    bool hasLevel2b = rows.level2b == ZVLG_NONE;
+    if (!hasLevel2b && SeekRow(in, ReadSection(in, level3.End()), rows.level2b)) {
         VisitClassName(reader, comp.classLevel2bName, comp.classLevel2bId);
         VisitDisplayAttr(reader, comp.classLevel2bAttr, version);
+        hasLevel2b = true;
     }
-    ResolveLevel3(in, level3, rows, version, comp);
+    return ResolveLevel3(in, level3, rows, version, comp) && hasLevel2b;
 }
 
 }  // namespace ZVSmartZvg

@@ -33,7 +33,7 @@ FloorBlock::FloorBlock(FloorFields fields, DecodedBlock decoded)
     geoIds = ReadSection(in, components.End());
 }
 
-void FloorBlock::ReadComponent(u32 i, unsigned int version, SZVLGZvgComp& comp,
+bool FloorBlock::ReadComponent(u32 i, unsigned int version, SZVLGZvgComp& comp,
                                EntryRows& rows) const {
     RecordInStream in(block.Data(), block.Size());
     FieldReader<RecordInStream> reader(in);
@@ -42,10 +42,14 @@ void FloorBlock::ReadComponent(u32 i, unsigned int version, SZVLGZvgComp& comp,
     VisitComponentEntry(reader, comp, rows, referenceRows, version);
 
     // A few bytes of row numbers could name one long row over and over.
+    bool hasAllRows = true;
     u64 budget = rowBudget + rowBudgetPerByte * block.Size();
     for (std::size_t r = 0; r < comp.geoRefs.size(); ++r) {
         for (const u32 number : referenceRows[r]) {
-            if (number >= geoIds.Count()) continue;
+            if (number >= geoIds.Count()) {
+                hasAllRows = hasAllRows && number == ZVLG_NONE;
+                continue;
+            }
             SeekRecord(in, geoIds, number);
             const u64 start = in.GetPos();
             reader.Charge(1, sizeof(SZVLGZvgGeoId));
@@ -59,6 +63,7 @@ void FloorBlock::ReadComponent(u32 i, unsigned int version, SZVLGZvgComp& comp,
     comp.classLevel1Id = fields.classLevel1Id;
     comp.classLevel1DataA = fields.classLevel1DataA;
     comp.classLevel1DataB = fields.classLevel1DataB;
+    return hasAllRows;
 }
 
 }  // namespace ZVSmartZvg

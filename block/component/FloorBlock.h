@@ -32,8 +32,9 @@ class FloorBlock {
 
     /// Reads component `i`, below the count: the floor's fields, the entry's own fields and the
     /// identification rows of its references, into a record that is new but for `compProperties`,
-    /// whose memory is used again. `rows` tells where the classes are.
-    void ReadComponent(u32 i, unsigned int version, SZVLGZvgComp& comp, EntryRows& rows) const;
+    /// whose memory is used again. `rows` tells where the classes are. False where a reference
+    /// names an identification row that is not there; it is left out.
+    bool ReadComponent(u32 i, unsigned int version, SZVLGZvgComp& comp, EntryRows& rows) const;
 
     const ZVSmartFormat::DecodedBlock& Block() const { return block; }
     const Section& Components() const { return components; }

@@ -1,9 +1,6 @@
 #include "ZVSmartZvg/BlockReader.h"
 
-#include <utility>
-
 #include "container/BlockReaderImp.h"
-#include "geometry/PreviewImage.h"
 
 namespace ZVSmartZvg {
 
@@ -18,6 +15,10 @@ void CZVLGBlockReader::SetDecodedBlockLimit(unsigned long long bytes) {
 bool CZVLGBlockReader::Init(ZVSmartFormat::CZVFTInStream* in, unsigned int geoBlockCacheLimit,
                             unsigned int floorCacheLimit) {
     return imp->Init(*in, geoBlockCacheLimit, floorCacheLimit);
+}
+
+EZVLGMiss CZVLGBlockReader::GetLastMiss(SZVLGBlockFinding& finding) {
+    return imp->TellLastMiss(finding);
 }
 
 unsigned int CZVLGBlockReader::GetVersion() {
@@ -37,7 +38,7 @@ void CZVLGBlockReader::CleanInnerBuffer() {
 }
 
 unsigned int CZVLGBlockReader::GetFloorNum() {
-    return imp->floorSection.Count();
+    return imp->FloorNum();
 }
 
 unsigned int CZVLGBlockReader::GetFloorCompNum(unsigned int floor) {
@@ -73,12 +74,11 @@ bool CZVLGBlockReader::GetGeoByIndex(const SZVLGZvgGeoIndex& index, SZVLGZvgGeo&
 }
 
 bool CZVLGBlockReader::GetPreviewImage(SZVLGZvgGeoImage& image) {
-    SZVLGZvgGeo record;
-    return imp->ReadGeo(previewIdentification, record) && TakePreview(std::move(record), image);
+    return imp->ReadPreview(image);
 }
 
 unsigned int CZVLGBlockReader::GetGeoBlockNum() {
-    return imp->geoSection.Count();
+    return imp->GeoBlockNum();
 }
 
 unsigned int CZVLGBlockReader::GetGeoNumInBlock(unsigned int block) {
@@ -86,14 +86,12 @@ unsigned int CZVLGBlockReader::GetGeoNumInBlock(unsigned int block) {
 }
 
 unsigned int CZVLGBlockReader::GetGeoIdentificationNum() {
-    return imp->identifications.Count();
+    return imp->IdentificationNum();
 }
 
 bool CZVLGBlockReader::GetGeoIdentificationByIndex(unsigned int i, std::wstring& identification,
                                                    SZVLGZvgGeoIndex& index) {
-    if (i >= imp->identifications.Count()) return false;
-    imp->identifications.Get(i, identification, index);
-    return true;
+    return imp->ReadIdentification(i, identification, index);
 }
 
 }  // namespace ZVSmartZvg

@@ -4,6 +4,7 @@
 
 #include "component/ClassRows.h"
 #include "geometry/GeoSerial.h"
+#include "geometry/PreviewImage.h"
 #include "stream/CheckedInStream.h"
 #include "stream/PositionGuard.h"
 #include "stream/RecordInStream.h"
@@ -16,36 +17,121 @@ using ZVSmartFormat::DecodedBlock;
 using ZVSmartFormat::PositionGuard;
 using ZVSmartFormat::RecordInStream;
 
+/// Runs a query and keeps what hides behind its answer or its exception.
+template <class Query>
+auto CZVLGBlockReader::Imp::Ask(Query query) {
+    last.Clear();
+    stream.ForgetFailure();
+    try {
+        auto answer = query();
+        SettleMiss();
+        return answer;
+    } catch (...) {
+        last.NoteException();
+        SettleMiss();
+        throw;
+    }
+}
+
+/// The same where a file is open, else what `Init` met.
+template <class Answer, class Query>
+Answer CZVLGBlockReader::Imp::AskOpen(Answer neutral, Query query) {
+    if (isOpen) return Ask(query);
+    last = openMiss;
+    return neutral;
+}
+
+/// What looks like damage is none where the stream kept back what it has.
+void CZVLGBlockReader::Imp::SettleMiss() {
+    if (last.Kind() != EZVLGMiss::None && stream.HasFailed())
+        last.NoteUnread(stream.FailedAt() - basePos);
+}
+
+EZVLGMiss CZVLGBlockReader::Imp::TellLastMiss(SZVLGBlockFinding& finding) const {
+    last.Tell(finding);
+    return last.Kind();
+}
+
+/// Notes where records may hide behind a section's count.
+void CZVLGBlockReader::Imp::CheckCount(const Section& section) {
+    if (!section.isWhole) last.NoteDamaged("has a count that its size contradicts");
+}
+
+/// Notes that a number is beyond a section's count; false, as the answer is.
+bool CZVLGBlockReader::Imp::NoteBeyond(const Section& section) {
+    CheckCount(section);
+    if (section.isWhole) last.NoteAbsent();
+    return false;
+}
+
+namespace {
+
+constexpr LastMiss::Subject theHead{"the head"};
+constexpr LastMiss::Subject theGeoSection{"the geometry block section"};
+constexpr LastMiss::Subject theFloorSection{"the floor section"};
+constexpr LastMiss::Subject theIndexBlock{"the index block"};
+
+LastMiss::Subject FloorSubject(u32 floor) {
+    return {"floor", floor};
+}
+LastMiss::Subject GeoBlockSubject(u32 block) {
+    return {"geometry block", block};
+}
+
+}  // namespace
+
 bool CZVLGBlockReader::Imp::Init(CZVFTInStream& in, u32 geoBlockCacheLimit, u32 floorCacheLimit) {
+    stream.Watch(&in);
+    const auto keepMiss = [this] { openMiss = last; };
+    try {
+        isOpen = Ask([&] { return Open(geoBlockCacheLimit, floorCacheLimit); });
+    } catch (...) {
+        keepMiss();
+        throw;
+    }
+    keepMiss();
+    return isOpen;
+}
+
+bool CZVLGBlockReader::Imp::Open(u32 geoBlockCacheLimit, u32 floorCacheLimit) {
     if (geoBlockCacheLimit != 0) geoBlocks.SetLimit(geoBlockCacheLimit);
     if (floorCacheLimit != 0) floors.SetLimit(floorCacheLimit);
 
-    const PositionGuard guard(in);
-    const u64 basePos = in.GetPos();
-    ReadFileHead(in, head);
-    CheckedInStream checked(in);
-    if (!ReadSections(checked, basePos)) return false;
-    if (!ReadIndexBlock(in)) return false;
-    stream = &in;
-    return true;
+    const PositionGuard guard(stream);
+    basePos = stream.GetPos();
+    last.LookAt(0, theHead);
+    ReadFileHead(stream, head);
+    CheckedInStream in(stream);
+    if (!ReadSections(in)) return false;
+    return ReadIndexBlock(in);
 }
 
 /// Leaves `in` at the index block. False where the floor section cannot be one, as in a file
 /// whose writer never finished.
-bool CZVLGBlockReader::Imp::ReadSections(CheckedInStream& in, u64 basePos) {
-    const u64 floorSectionOffset = ZVSmartFormat::LoadBigEndian<u32>(in.Take(4));
+bool CZVLGBlockReader::Imp::ReadSections(CheckedInStream& in) {
+    const u64 floorSectionPos = basePos + ZVSmartFormat::LoadBigEndian<u32>(in.Take(4));
+    last.LookAt(in.GetPos() - basePos, theGeoSection);
     geoSection = ReadSection(in, in.GetPos());
-    const u64 geoRecords = geoSection.position + SZVLGSectionHead::byteSize;
-    if (basePos + floorSectionOffset < geoRecords) return false;
-    floorSection = ReadSection(in, basePos + floorSectionOffset);
-    if (!floorSection.head.IsPossible(in.GetSize() - floorSection.position)) return false;
-    in.Seek(floorSection.End());
-    return true;
+    CheckCount(geoSection);
+    last.LookAt(floorSectionPos - basePos, theFloorSection);
+    if (floorSectionPos >= geoSection.position + SZVLGSectionHead::byteSize) {
+        floorSection = ReadSection(in, floorSectionPos);
+        if (floorSection.head.IsPossible(in.GetSize() - floorSection.position)) {
+            CheckCount(floorSection);
+            if (floorSectionPos != geoSection.End())
+                last.NoteDamaged("does not begin where the geometry blocks end");
+            in.Seek(floorSection.End());
+            return true;
+        }
+    }
+    last.NoteDamaged("is not there");
+    return false;
 }
 
-bool CZVLGBlockReader::Imp::ReadIndexBlock(CZVFTInStream& in) {
+bool CZVLGBlockReader::Imp::ReadIndexBlock(CheckedInStream& in) {
+    indexPosition = in.GetPos() - basePos;
     DecodedBlock decoded;
-    if (!ReadCompressedBlock(in, decodedLimit, decoded)) return false;
+    if (!ReadBlock(in, theIndexBlock, decoded)) return false;
     RecordInStream index(decoded.Data(), decoded.Size());
     const Section table = ReadSection(index, 0);
     index.Seek(table.End());
@@ -53,6 +139,16 @@ bool CZVLGBlockReader::Imp::ReadIndexBlock(CZVFTInStream& in) {
     level2 = table;
     indexBlock = std::move(decoded);
     return true;
+}
+
+/// Decodes the block at `in`'s position, and notes it where it does not decode.
+bool CZVLGBlockReader::Imp::ReadBlock(CheckedInStream& in, const LastMiss::Subject& subject,
+                                      DecodedBlock& block) {
+    last.LookAt(in.GetPos() - basePos, subject);
+    if (ReadCompressedBlock(in, decodedLimit, block)) return true;
+    const bool isTooLarge = ZVSmartFormat::DecodedSizeOfBlock(in) > decodedLimit;
+    last.NoteDamaged(isTooLarge ? "decodes to more than the limit" : "does not decode");
+    return false;
 }
 
 namespace {
@@ -80,36 +176,65 @@ class FloorWalk {
 
 }  // namespace
 
+u32 CZVLGBlockReader::Imp::FloorNum() {
+    return AskOpen(floorSection.Count(), [&] {
+        last.LookAt(floorSection.position - basePos, theFloorSection);
+        CheckCount(floorSection);
+        return floorSection.Count();
+    });
+}
+
 std::vector<std::wstring> CZVLGBlockReader::Imp::AllFloorNames() {
-    std::vector<std::wstring> names(floorSection.Count());
-    if (stream == nullptr) return names;
-    const PositionGuard guard(*stream);
-    CheckedInStream in(*stream);
-    FloorWalk walk(in);
-    u64 position = 0;
-    for (u32 i = 0; i < floorSection.Count(); ++i) {
-        if (!FindRecord(in, floorSection, i, position)) ZVSmartFormat::ThrowOutOfData();
-        names[i] = walk.Read(position).classLevel1Name;
-    }
-    return names;
+    return AskOpen(std::vector<std::wstring>(floorSection.Count()), [&] {
+        std::vector<std::wstring> names;
+        names.reserve(floorSection.Count());
+        const PositionGuard guard(stream);
+        CheckedInStream in(stream);
+        FloorWalk walk(in);
+        u64 position = 0;
+        for (u32 i = 0; i < floorSection.Count(); ++i) {
+            last.LookAt(floorSection.position - basePos, FloorSubject(i));
+            if (!FindRecord(in, floorSection, i, position)) ZVSmartFormat::ThrowOutOfData();
+            names.push_back(walk.Read(position).classLevel1Name);
+        }
+        last.LookAt(floorSection.position - basePos, theFloorSection);
+        CheckCount(floorSection);
+        return names;
+    });
 }
 
 u32 CZVLGBlockReader::Imp::EstimatedDataSize() {
-    if (stream == nullptr) return 0;
-    const PositionGuard guard(*stream);
-    CheckedInStream in(*stream);
+    return AskOpen(u32{0}, [&] { return SumDecodedSizes(); });
+}
+
+u32 CZVLGBlockReader::Imp::SumDecodedSizes() {
+    const PositionGuard guard(stream);
+    CheckedInStream in(stream);
     FloorWalk walk(in);
     u64 total = indexBlock.Size();
+    const auto addBlock = [&] {
+        last.LookAt(in.GetPos() - basePos, last.LookedAt());
+        const u32 size = ZVSmartFormat::DecodedSizeOfBlock(in);
+        if (size == 0) last.NoteDamaged("does not tell its decoded size");
+        total += size;
+    };
+    const auto find = [&](const Section& section, u32 i, const LastMiss::Subject& subject,
+                          u64& position) {
+        last.LookAt(section.position - basePos, subject);
+        const bool isThere = FindRecord(in, section, i, position);
+        if (!isThere) last.NoteDamaged("is not where its section says");
+        return isThere;
+    };
     u64 position = 0;
     for (u32 i = 0; i < floorSection.Count(); ++i) {
-        if (!FindRecord(in, floorSection, i, position)) continue;
+        if (!find(floorSection, i, FloorSubject(i), position)) continue;
         walk.Read(position);
-        total += ZVSmartFormat::DecodedSizeOfBlock(in);
+        addBlock();
     }
     for (u32 i = 0; i < geoSection.Count(); ++i) {
-        if (!FindRecord(in, geoSection, i, position)) continue;
+        if (!find(geoSection, i, GeoBlockSubject(i), position)) continue;
         in.Seek(position);
-        total += ZVSmartFormat::DecodedSizeOfBlock(in);
+        addBlock();
     }
     return static_cast<u32>(total);
 }
@@ -121,82 +246,164 @@ void CZVLGBlockReader::Imp::CleanInnerBuffer() {
 }
 
 bool CZVLGBlockReader::Imp::ReadFloor(u32 floor, FloorFields& fields) {
-    if (stream == nullptr || floor >= floorSection.Count()) return false;
-    const PositionGuard guard(*stream);
-    CheckedInStream in(*stream);
-    SeekRecord(in, floorSection, floor);
-    fields = ReadFloorFields(in);
-    return true;
+    return AskOpen(false, [&] {
+        last.LookAt(floorSection.position - basePos, FloorSubject(floor));
+        if (floor >= floorSection.Count()) return NoteBeyond(floorSection);
+        const PositionGuard guard(stream);
+        CheckedInStream in(stream);
+        SeekRecord(in, floorSection, floor);
+        fields = ReadFloorFields(in);
+        return true;
+    });
 }
 
-const FloorBlock* CZVLGBlockReader::Imp::FetchFloor(u32 floor) {
-    if (stream == nullptr || floor >= floorSection.Count()) return nullptr;
-    if (const FloorBlock* const cached = floors.Find(floor)) return cached;
-    const PositionGuard guard(*stream);
-    CheckedInStream in(*stream);
+const PlacedFloor* CZVLGBlockReader::Imp::FetchFloor(u32 floor) {
+    last.LookAt(floorSection.position - basePos, FloorSubject(floor));
+    if (floor >= floorSection.Count()) return NoteBeyond(floorSection), nullptr;
+    if (const PlacedFloor* const cached = floors.Find(floor)) return cached;
+    const PositionGuard guard(stream);
+    CheckedInStream in(stream);
     u64 position = 0;
-    if (!FindRecord(in, floorSection, floor, position)) return nullptr;
+    if (!FindRecord(in, floorSection, floor, position)) {
+        last.NoteDamaged("is not where its section says");
+        return nullptr;
+    }
     in.Seek(position);
     FloorFields fields = ReadFloorFields(in);
+    position = in.GetPos() - basePos;
     DecodedBlock decoded;
-    if (!ReadCompressedBlock(in, decodedLimit, decoded)) return nullptr;
-    return floors.Insert(floor, FloorBlock(std::move(fields), std::move(decoded)));
+    if (!ReadBlock(in, FloorSubject(floor), decoded)) return nullptr;
+    return floors.Insert(floor, {FloorBlock(std::move(fields), std::move(decoded)), position});
 }
 
 u32 CZVLGBlockReader::Imp::FloorCompNum(u32 floor) {
-    const FloorBlock* const fetched = FetchFloor(floor);
-    return fetched == nullptr ? 0 : fetched->ComponentCount();
+    return AskOpen(u32{0}, [&]() -> u32 {
+        const PlacedFloor* const fetched = FetchFloor(floor);
+        if (fetched == nullptr) return 0;
+        last.LookAt(fetched->position, FloorSubject(floor));
+        CheckCount(fetched->floor.Components());
+        return fetched->floor.ComponentCount();
+    });
 }
 
 bool CZVLGBlockReader::Imp::ReadComp(const SZVLGCompIndex& index, SZVLGZvgComp& comp) {
-    const FloorBlock* const floor = FetchFloor(index.floorIndex);
-    if (floor == nullptr || index.compIndex >= floor->ComponentCount()) return false;
+    return AskOpen(false, [&] { return FetchComp(index, comp); });
+}
+
+bool CZVLGBlockReader::Imp::FetchComp(const SZVLGCompIndex& index, SZVLGZvgComp& comp) {
+    const PlacedFloor* const fetched = FetchFloor(index.floorIndex);
+    if (fetched == nullptr) return false;
+    const FloorBlock& floor = fetched->floor;
+    last.LookAt(fetched->position, {"floor", index.floorIndex, "component", index.compIndex});
+    if (index.compIndex >= floor.ComponentCount()) return NoteBeyond(floor.Components());
     SZVLGZvgComp read;
     read.compProperties.swap(spareProperties);
     EntryRows rows;
-    floor->ReadComponent(index.compIndex, head.version, read, rows);
+    const bool hasAllRows = floor.ReadComponent(index.compIndex, head.version, read, rows);
+    if (!hasAllRows) last.NoteDamaged("refers to an identification row that is not there");
+    last.LookAt(indexPosition,
+                {"a class row of floor", index.floorIndex, "component", index.compIndex});
     RecordInStream classes(indexBlock.Data(), indexBlock.Size());
-    ResolveClassRows(classes, level2, rows, head.version, read);
+    if (!ResolveClassRows(classes, level2, rows, head.version, read))
+        last.NoteDamaged("is not there");
     spareProperties.swap(comp.compProperties);
     comp = std::move(read);
     return true;
 }
 
+u32 CZVLGBlockReader::Imp::GeoBlockNum() {
+    return AskOpen(geoSection.Count(), [&] {
+        last.LookAt(geoSection.position - basePos, theGeoSection);
+        CheckCount(geoSection);
+        return geoSection.Count();
+    });
+}
+
 const GeoBlock* CZVLGBlockReader::Imp::FetchGeoBlock(u32 block) {
-    if (stream == nullptr || block >= geoSection.Count()) return nullptr;
+    last.LookAt(geoSection.position - basePos, GeoBlockSubject(block));
+    if (block >= geoSection.Count()) return NoteBeyond(geoSection), nullptr;
     if (const GeoBlock* const cached = geoBlocks.Find(block)) return cached;
-    const PositionGuard guard(*stream);
-    CheckedInStream in(*stream);
+    const PositionGuard guard(stream);
+    CheckedInStream in(stream);
     u64 position = 0;
-    if (!FindRecord(in, geoSection, block, position)) return nullptr;
+    if (!FindRecord(in, geoSection, block, position)) {
+        last.NoteDamaged("is not where its section says");
+        return nullptr;
+    }
     in.Seek(position);
     GeoBlock fetched;
-    if (!ReadCompressedBlock(in, decodedLimit, fetched.block)) return nullptr;
+    fetched.position = position - basePos;
+    if (!ReadBlock(in, GeoBlockSubject(block), fetched.block)) return nullptr;
     RecordInStream content(fetched.block.Data(), fetched.block.Size());
     fetched.records = ReadSection(content, 0);
     return geoBlocks.Insert(block, std::move(fetched));
 }
 
 u32 CZVLGBlockReader::Imp::GeoNumInBlock(u32 block) {
-    const GeoBlock* const fetched = FetchGeoBlock(block);
-    return fetched == nullptr ? 0 : fetched->records.Count();
+    return AskOpen(u32{0}, [&]() -> u32 {
+        const GeoBlock* const fetched = FetchGeoBlock(block);
+        if (fetched == nullptr) return 0;
+        last.LookAt(fetched->position, GeoBlockSubject(block));
+        CheckCount(fetched->records);
+        return fetched->records.Count();
+    });
 }
 
 bool CZVLGBlockReader::Imp::ReadGeo(const SZVLGZvgGeoIndex& index, SZVLGZvgGeo& geo) {
+    return AskOpen(false, [&] { return FetchGeo(index, geo); });
+}
+
+bool CZVLGBlockReader::Imp::FetchGeo(const SZVLGZvgGeoIndex& index, SZVLGZvgGeo& geo) {
     const GeoBlock* const fetched = FetchGeoBlock(index.blockIndex);
-    if (fetched == nullptr || index.indexInBlock >= fetched->records.Count()) return false;
+    if (fetched == nullptr) return false;
+    last.LookAt(fetched->position,
+                {"geometry block", index.blockIndex, "record", index.indexInBlock});
+    if (index.indexInBlock >= fetched->records.Count()) return NoteBeyond(fetched->records);
     RecordInStream content(fetched->block.Data(), fetched->block.Size());
     SeekRecord(content, fetched->records, index.indexInBlock);
     const u32 byteCount = ZVSmartFormat::LoadBigEndian<u32>(content.Take(4));
-    if (byteCount == 0) return false;
+    if (byteCount == 0) return last.NoteAbsent(), false;
     RecordInStream record(content.Take(byteCount), byteCount);
     ZVSmartZvg::ReadGeo(record, geo, head.version);
     return true;
 }
 
 bool CZVLGBlockReader::Imp::ReadGeo(const std::wstring& identification, SZVLGZvgGeo& geo) {
+    return AskOpen(false, [&] { return FetchGeo(identification, geo); });
+}
+
+bool CZVLGBlockReader::Imp::FetchGeo(const std::wstring& identification, SZVLGZvgGeo& geo) {
     SZVLGZvgGeoIndex index;
-    return stream != nullptr && identifications.Find(identification, index) && ReadGeo(index, geo);
+    if (!identifications.Find(identification, index)) return last.NoteAbsent(), false;
+    if (FetchGeo(index, geo)) return true;
+    if (last.Kind() == EZVLGMiss::Absent) {
+        last.Clear();
+        last.LookAt(indexPosition, theIndexBlock);
+        last.NoteDamaged("has an identification that leads to no stored geometry");
+    }
+    return false;
+}
+
+bool CZVLGBlockReader::Imp::ReadPreview(SZVLGZvgGeoImage& image) {
+    return AskOpen(false, [&] {
+        SZVLGZvgGeo record;
+        if (!FetchGeo(previewIdentification, record)) return false;
+        if (TakePreview(std::move(record), image)) return true;
+        return last.NoteAbsent(), false;
+    });
+}
+
+u32 CZVLGBlockReader::Imp::IdentificationNum() {
+    return AskOpen(u32{0}, [&] { return identifications.Count(); });
+}
+
+bool CZVLGBlockReader::Imp::ReadIdentification(u32 i, std::wstring& identification,
+                                               SZVLGZvgGeoIndex& index) {
+    return AskOpen(false, [&] {
+        if (i >= identifications.Count()) return last.NoteAbsent(), false;
+        identifications.Get(i, identification, index);
+        return true;
+    });
 }
 
 }  // namespace ZVSmartZvg

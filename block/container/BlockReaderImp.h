@@ -6,10 +6,12 @@
 #include "ZVSmartZvg/BlockReader.h"
 #include "component/FloorBlock.h"
 #include "container/DecodedCache.h"
+#include "container/LastMiss.h"
 #include "geometry/GeoIdentTable.h"
 #include "layout/FileHead.h"
 #include "layout/SectionLocator.h"
 #include "stream/CompressedBlock.h"
+#include "stream/WatchedInStream.h"
 
 namespace ZVSmartZvg {
 
@@ -17,43 +19,78 @@ namespace ZVSmartZvg {
 struct GeoBlock {
     ZVSmartFormat::DecodedBlock block;
     Section records;
+    u64 position = 0;  ///< of the block, from the file's base
+};
+
+/// A floor, decoded, and the same of its block.
+struct PlacedFloor {
+    FloorBlock floor;
+    u64 position = 0;
 };
 
 class CZVLGBlockReader::Imp {
   public:
     bool Init(ZVSmartFormat::CZVFTInStream& stream, u32 geoBlockCacheLimit, u32 floorCacheLimit);
 
+    EZVLGMiss TellLastMiss(SZVLGBlockFinding& finding) const;
+
     u32 EstimatedDataSize();
     void CleanInnerBuffer();
 
+    u32 FloorNum();
     /// The fields of floor `floor`; false where there is none.
     bool ReadFloor(u32 floor, FloorFields& fields);
     std::vector<std::wstring> AllFloorNames();
     u32 FloorCompNum(u32 floor);
     bool ReadComp(const SZVLGCompIndex& index, SZVLGZvgComp& comp);
 
+    u32 GeoBlockNum();
     u32 GeoNumInBlock(u32 block);
     bool ReadGeo(const SZVLGZvgGeoIndex& index, SZVLGZvgGeo& geo);
     bool ReadGeo(const std::wstring& identification, SZVLGZvgGeo& geo);
+    bool ReadPreview(SZVLGZvgGeoImage& image);
+    u32 IdentificationNum();
+    bool ReadIdentification(u32 i, std::wstring& identification, SZVLGZvgGeoIndex& index);
 
     u64 decodedLimit = 0xFFFFFFFF;
     FileHead head;
+
+  private:
+    template <class Query>
+    auto Ask(Query query);
+    template <class Answer, class Query>
+    Answer AskOpen(Answer neutral, Query query);
+    void SettleMiss();
+    void CheckCount(const Section& section);
+    bool NoteBeyond(const Section& section);
+
+    bool Open(u32 geoBlockCacheLimit, u32 floorCacheLimit);
+    bool ReadSections(ZVSmartFormat::CheckedInStream& in);
+    bool ReadIndexBlock(ZVSmartFormat::CheckedInStream& in);
+    u32 SumDecodedSizes();
+    bool ReadBlock(ZVSmartFormat::CheckedInStream& in, const LastMiss::Subject& subject,
+                   ZVSmartFormat::DecodedBlock& block);
+    const GeoBlock* FetchGeoBlock(u32 block);
+    const PlacedFloor* FetchFloor(u32 floor);
+    bool FetchComp(const SZVLGCompIndex& index, SZVLGZvgComp& comp);
+    bool FetchGeo(const SZVLGZvgGeoIndex& index, SZVLGZvgGeo& geo);
+    bool FetchGeo(const std::wstring& identification, SZVLGZvgGeo& geo);
+
+    ZVSmartFormat::WatchedInStream stream;
+    u64 basePos = 0;
+    bool isOpen = false;
     Section geoSection;
     Section floorSection;
     GeoIdentTable identifications;
-
-  private:
-    bool ReadSections(ZVSmartFormat::CheckedInStream& in, u64 basePos);
-    bool ReadIndexBlock(ZVSmartFormat::CZVFTInStream& stream);
-    const GeoBlock* FetchGeoBlock(u32 block);
-    const FloorBlock* FetchFloor(u32 floor);
-
-    ZVSmartFormat::CZVFTInStream* stream = nullptr;  // null unless open
     ZVSmartFormat::DecodedBlock indexBlock;
-    Section level2;  // in the index block
+    u64 indexPosition = 0;  // from the base
+    Section level2;         // in the index block
     DecodedCache<GeoBlock> geoBlocks{3};
-    DecodedCache<FloorBlock> floors{5};
+    DecodedCache<PlacedFloor> floors{5};
     PropertyList spareProperties;  // a list that a caller is done with, for the next component
+
+    LastMiss last;
+    LastMiss openMiss;  // of `Init`: the answer to every query while nothing is open
 };
 
 }  // namespace ZVSmartZvg

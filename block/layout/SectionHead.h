@@ -43,6 +43,11 @@ struct SZVLGSectionHead {
         return tableOffset >= byteSize && tableOffset <= totalSize && totalSize <= bytesAvailable;
     }
 
+    /// Whether it can lie there and its sizes and count agree: no record is hidden.
+    bool IsWhole(u64 bytesAvailable) const {
+        return IsPossible(bytesAvailable) && totalSize == tableOffset + u64{count} * EntryWidth();
+    }
+
     /// Makes an untrusted head safe to use: one that is not possible has no records, a count is
     /// cut to what the table holds.
     void CutTo(u64 bytesAvailable) {

@@ -14,6 +14,7 @@ namespace ZVSmartZvg {
 struct Section {
     u64 position = 0;  ///< of the head's first byte
     SZVLGSectionHead head;
+    bool isWhole = true;  ///< whether its stored sizes and count agree
 
     u32 Count() const { return head.count; }
     /// The first byte behind the section.
@@ -31,7 +32,9 @@ Section ReadSection(Source& source, u64 position) {
     Section section;
     section.position = position;
     VisitSectionHead(reader, section.head);
-    section.head.CutTo(source.GetSize() - position);
+    const u64 bytesAvailable = source.GetSize() - position;
+    section.isWhole = section.head.IsWhole(bytesAvailable);
+    section.head.CutTo(bytesAvailable);
     return section;
 }
 

@@ -34,4 +34,10 @@ inline bool IsLackOfMemory(const CZVFTStreamException& exception) {
     return text == "bad malloc memory" || text == "bad relloc memory";
 }
 
+/// Whether it is no block file of a version that is read, which is no damage either.
+inline bool IsForeignFile(const CZVFTStreamException& exception) {
+    const std::string_view text = exception.what();
+    return text == "it's not zvg file format" || text == "it's upper zvg format";
+}
+
 }  // namespace ZVSmartFormat

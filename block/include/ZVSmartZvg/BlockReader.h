@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "ZVSmartFormat/Stream.h"
+#include "ZVSmartZvg/BlockFinding.h"
 #include "ZVSmartZvg/BlockHeadInfo.h"
 #include "ZVSmartZvg/Comp.h"
 #include "ZVSmartZvg/CompIndex.h"
@@ -14,13 +15,22 @@
 
 namespace ZVSmartZvg {
 
+/// What a query's neutral answer, or its exception, stands for.
+enum class EZVLGMiss : unsigned char {
+    None,     ///< the last query found what it was asked for
+    Absent,   ///< the file has no such thing
+    Damaged,  ///< the file has it, but its bytes are damaged
+    Unread,   ///< the stream failed to deliver bytes that it has
+};
+
 /// Opens a block file and answers queries. `Init` reads the head and the index; geometry blocks
 /// and floors are decoded when they are asked for and kept in two small caches.
 ///
 /// Untrusted files are safe: a query on a damaged file returns a neutral result or throws
 /// CZVFTStreamException, and takes no memory beyond what the file's bytes account for. Every
-/// query leaves the stream's position as it was. A block that does not decode is the same as
-/// one that is not there. Before `Init`, and after a failed one, lookups answer neutrally.
+/// query leaves the stream's position as it was. A block that does not decode answers like one
+/// that is not there; `GetLastMiss` tells the two apart. Before `Init`, and after a failed one,
+/// lookups answer neutrally.
 ///
 /// One thread at a time uses a reader and its stream; several readers, each with a stream of its
 /// own, may run in several threads.
@@ -43,6 +53,26 @@ class ZVLG_API CZVLGBlockReader {
     /// "seek over buffer size" for a head that is cut short.
     bool Init(ZVSmartFormat::CZVFTInStream* in, unsigned int geoBlockCacheLimit = 0,
               unsigned int floorCacheLimit = 0);
+
+    /// What hid behind the answer to the last query, `Init` included. For Damaged and Unread
+    /// `finding` is replaced by the place, from the file's base, and the reason in one line;
+    /// otherwise it stays.
+    ///
+    /// - None: the answer is whole. Also where memory ran out, which says nothing of the file.
+    /// - Absent: a number out of range, an identification that the index does not have, a
+    ///   geometry without bytes, a preview without an image; any query before `Init`; an `Init`
+    ///   that throws "it's not zvg file format" or "it's upper zvg format".
+    /// - Damaged: a block that does not decode or is larger than the limit; a record that cannot
+    ///   be located or read; an identification that leads to no stored geometry; a component that
+    ///   refers to rows which are not there, so that fields which it has are left empty; a section
+    ///   whose count, size and place contradict each other, so that records may be hidden. The
+    ///   last is also told by an `Init` that returns true, and by the queries for numbers of
+    ///   records and for one beyond the count.
+    /// - Unread: a read or a seek within the size that the stream tells failed or fell short.
+    ///
+    /// After a failed `Init` every query is told as that `Init` was. `GetVersion`, `GetHeadInfo`,
+    /// `CleanInnerBuffer` and `SetDecodedBlockLimit` are no queries.
+    EZVLGMiss GetLastMiss(SZVLGBlockFinding& finding);
 
     /// The file's format version.
     unsigned int GetVersion();

@@ -1,18 +1,12 @@
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "ZVSmartFormat/Stream.h"
+#include "ZVSmartZvg/BlockFinding.h"
 #include "ZVSmartZvg/Export.h"
 
 namespace ZVSmartZvg {
-
-/// One thing that is wrong with a file.
-struct SZVLGBlockFinding {
-    unsigned long long position = 0;  ///< bytes from the file's base
-    std::string reason;               ///< one line of English text
-};
 
 /// Checks a whole block file: decodes every block and every record and checks what the reader
 /// tolerates as well (totals, order of offsets, gaps between structures, indices that lead

@@ -10,6 +10,7 @@
 #include "ZVSmartFormat/StreamException.h"
 #include "ZVSmartLzma/LzmaTool.h"
 #include "ZVSmartSerial/Serial.h"
+#include "ZVSmartZvg/BlockFinding.h"
 #include "ZVSmartZvg/BlockHeadInfo.h"
 #include "ZVSmartZvg/BlockInfoDeal.h"
 #include "ZVSmartZvg/BlockReader.h"
