@@ -1,5 +1,6 @@
 #pragma once
 
+#include <new>
 #include <string_view>
 
 #include "ZVSmartFormat/StreamException.h"
@@ -18,14 +19,20 @@ namespace ZVSmartFormat {
     throw CZVFTStreamException("encode error");
 }
 
-/// A buffer could not be allocated.
-[[noreturn]] inline void ThrowNotAllocated() {
-    throw CZVFTStreamException("bad malloc memory");
-}
+/// A buffer could not be allocated. Takes no memory itself.
+[[noreturn]] void ThrowNotAllocated();
 
-/// A buffer could not grow.
-[[noreturn]] inline void ThrowNotGrown() {
-    throw CZVFTStreamException("bad relloc memory");
+/// A buffer could not grow. Takes no memory itself.
+[[noreturn]] void ThrowNotGrown();
+
+/// Runs `act`; memory that runs out in the standard library is told as the library's own.
+template <class Act>
+auto WithOwnException(Act act) {
+    try {
+        return act();
+    } catch (const std::bad_alloc&) {
+        ThrowNotAllocated();
+    }
 }
 
 /// Whether memory ran out, which says nothing about the data.

@@ -1,6 +1,28 @@
 #include "ZVSmartFormat/StreamException.h"
 
+#include <exception>
+
+#include "stream/Failures.h"
+
 namespace ZVSmartFormat {
+
+namespace {
+
+// Made while there is memory: when it has run out, not even a text of these lengths can be had.
+const std::exception_ptr notAllocated =
+    std::make_exception_ptr(CZVFTStreamException("bad malloc memory"));
+const std::exception_ptr notGrown =
+    std::make_exception_ptr(CZVFTStreamException("bad relloc memory"));
+
+}  // namespace
+
+void ThrowNotAllocated() {
+    std::rethrow_exception(notAllocated);
+}
+
+void ThrowNotGrown() {
+    std::rethrow_exception(notGrown);
+}
 
 CZVFTStreamException::CZVFTStreamException(const char* message) : message(message) {}
 

@@ -7,10 +7,10 @@
 #include <atomic>
 #include <limits>
 #include <memory>
-#include <new>
 #include <typeinfo>
 
 #include "ZVSmartFormat/LzmaReadBufferInStream.h"
+#include "stream/Failures.h"
 
 // An encoded block is one .xz stream (the .xz file format, version 1.1.0, tukaani.org/xz):
 //   stream header 12 bytes
@@ -27,6 +27,7 @@ using ZVSmartFormat::CZVFTInStream;
 using ZVSmartFormat::CZVFTLzmaReadBufferInStream;
 using ZVSmartFormat::CZVFTOutStream;
 using ZVSmartFormat::u8;
+using ZVSmartFormat::WithOwnException;
 
 namespace {
 
@@ -129,7 +130,7 @@ u64 TailSize(u64 unpaddedSize, u64 decodedSize) {
 
 /// Whether the coder went well. Being out of memory says nothing about the data and is thrown.
 bool IsOk(lzma_ret result) {
-    if (result == LZMA_MEM_ERROR) throw std::bad_alloc();
+    if (result == LZMA_MEM_ERROR) ZVSmartFormat::ThrowNotAllocated();
     return result == LZMA_OK;
 }
 
@@ -246,9 +247,7 @@ class StreamDecoder {
     bool ended = false;
 };
 
-}  // namespace
-
-bool CZVFTLzmaTool::Encode(CZVFTInStream* in, CZVFTOutStream* out, const CZVFTEncodeOpt* opt) {
+bool EncodeStream(CZVFTInStream* in, CZVFTOutStream* out, const CZVFTEncodeOpt* opt) {
     Content input;
     if (!input.Load(*in)) return false;
 
@@ -267,7 +266,7 @@ bool CZVFTLzmaTool::Encode(CZVFTInStream* in, CZVFTOutStream* out, const CZVFTEn
     return out->Write(output.get(), outputSize) == outputSize;
 }
 
-bool CZVFTLzmaTool::Decode(CZVFTInStream* in, CZVFTOutStream* out, u64 decodedLimit) {
+bool DecodeStream(CZVFTInStream* in, CZVFTOutStream* out, u64 decodedLimit) {
     Headers headers;
     if (!ReadHeaders(*in, decodedLimit, headers)) return false;
     if (headers.encodedSize - headers.byteCount > BytesLeft(*in)) return false;
@@ -278,6 +277,16 @@ bool CZVFTLzmaTool::Decode(CZVFTInStream* in, CZVFTOutStream* out, u64 decodedLi
     auto* const memory = Exactly<CZVFTAllocBufferOutStream>(*out);
     if (memory == nullptr) return decoder.Run(*in, *out);
     return decoder.Run(*in, memory->Extend(headers.decodedSize));
+}
+
+}  // namespace
+
+bool CZVFTLzmaTool::Encode(CZVFTInStream* in, CZVFTOutStream* out, const CZVFTEncodeOpt* opt) {
+    return WithOwnException([&] { return EncodeStream(in, out, opt); });
+}
+
+bool CZVFTLzmaTool::Decode(CZVFTInStream* in, CZVFTOutStream* out, u64 decodedLimit) {
+    return WithOwnException([&] { return DecodeStream(in, out, decodedLimit); });
 }
 
 bool CZVFTLzmaTool::GetAfterDecodeDataSize(CZVFTInStream* in, unsigned int& size) {

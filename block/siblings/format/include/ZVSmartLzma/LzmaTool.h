@@ -21,8 +21,8 @@ struct CZVFTEncodeOpt {
 /// carries both sizes, so the decoded size and the stream's length are known before decoding.
 /// Empty input is a stream of 32 bytes without a block.
 ///
-/// Encoding and decoding may run in several threads at once, on different streams. Both throw
-/// std::bad_alloc where they run out of memory.
+/// Encoding and decoding may run in several threads at once, on different streams. All
+/// throw CZVFTStreamException "bad malloc memory" where they run out of memory.
 class ZVFT_API CZVFTLzmaTool {
   public:
     /// Compresses everything between `in`'s position and its end and appends it to `out`.
