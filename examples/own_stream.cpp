@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <vector>
 
 #include "ZVSmartZvg/ZVSmartZvg.h"
@@ -56,7 +57,7 @@ int main() try {
     std::printf("%u floor, %u component, behind 100 bytes of the host's\n", reader.GetFloorNum(),
                 reader.GetFloorCompNum(0));
     return 0;
-} catch (const ZVSmartFormat::CZVFTStreamException& failure) {
+} catch (const std::exception& failure) {
     std::fprintf(stderr, "own_stream: %s\n", failure.what());
     return 1;
 }

@@ -5,9 +5,9 @@
 #include <clocale>
 #include <cstddef>
 #include <cstdio>
+#include <exception>
 
 #include "ZVSmartFormat/FileStream.h"
-#include "ZVSmartFormat/StreamException.h"
 #include "ZVSmartZvg/ZVSmartZvg.h"
 
 using namespace ZVSmartZvg;
@@ -55,7 +55,7 @@ int main(int argc, char** argv) {
         CZVLGBlockReader reader;
         if (!reader.Init(&in)) return std::fprintf(stderr, "%s: damaged\n", argv[1]), 1;
         List(reader);
-    } catch (const ZVSmartFormat::CZVFTStreamException& failure) {
+    } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s: %s\n", argv[1], failure.what());
         return 1;
     }

@@ -2,6 +2,7 @@
 // how a host reports progress and lets the user cancel: both stand around the call per component.
 
 #include <cstdio>
+#include <exception>
 #include <map>
 #include <string>
 
@@ -68,7 +69,7 @@ int main(int argc, char** argv) try {
     }
     walk.Print();
     return 0;
-} catch (const ZVSmartFormat::CZVFTStreamException& damage) {
-    std::fprintf(stderr, "walk_components: %s\n", damage.what());
+} catch (const std::exception& failure) {
+    std::fprintf(stderr, "walk_components: %s\n", failure.what());
     return 1;
 }

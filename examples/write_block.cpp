@@ -3,10 +3,10 @@
 //     write_block house.zvg
 
 #include <cstdio>
+#include <exception>
 #include <string>
 
 #include "ZVSmartFormat/FileStream.h"
-#include "ZVSmartFormat/StreamException.h"
 #include "ZVSmartZvg/ZVSmartZvg.h"
 
 using namespace ZVSmartZvg;
@@ -72,7 +72,7 @@ int main(int argc, char** argv) {
     try {
         if (Write(out)) return 0;
         std::perror(argv[1]);
-    } catch (const ZVSmartFormat::CZVFTStreamException& failure) {
+    } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s: %s\n", argv[1], failure.what());
     }
     return 1;

@@ -33,23 +33,23 @@ bool Survives(Call call) {
 
 /// Memory that stays until the test has looked at it, with faults on order.
 struct FaultyOutStream : CZVFTOutStream {
-    enum Kind { shortWrite, failingWrite, missedSeek, throwingSeek };
+    enum Kind { shortWrite, failingWrite, missedSeek, throwingSeek, lostPosition };
 
-    bool IsFaulty(bool write) {
-        if ((kind <= failingWrite) != write || calls++ != failingCall) return false;
+    bool IsFaulty(Kind first, Kind last) {
+        if (kind < first || kind > last || calls++ != failingCall) return false;
         return hasFailed = true;
     }
     u64 Write(const void* data, u64 size) override {
-        const bool isFaulty = IsFaulty(true);
+        const bool isFaulty = IsFaulty(shortWrite, failingWrite);
         if (isFaulty) size = kind == shortWrite ? size - 1 : 0;
         if (bytes.size() < pos + size) bytes.resize(pos + size);
         std::copy_n(static_cast<const u8*>(data), size, bytes.begin() + std::ptrdiff_t(pos));
         pos += size;
         return size;
     }
-    u64 GetPos() override { return pos; }
+    u64 GetPos() override { return IsFaulty(lostPosition, lostPosition) ? ~u64{0} : pos; }
     int Seek(u64 newPos) override {
-        if (!IsFaulty(false)) return pos = newPos, 0;
+        if (!IsFaulty(missedSeek, throwingSeek)) return pos = newPos, 0;
         if (kind == throwingSeek) throw CZVFTStreamException("seek over buffer size");
         return -1;
     }
@@ -168,8 +168,8 @@ TEST(Faults, AllocationsInCopying) {
 TEST(Faults, FailingOutStream) {
     using Stream = FaultyOutStream;
     const Bytes whole = SampleFile(4);
-    for (const auto kind :
-         {Stream::shortWrite, Stream::failingWrite, Stream::missedSeek, Stream::throwingSeek}) {
+    for (const auto kind : {Stream::shortWrite, Stream::failingWrite, Stream::missedSeek,
+                            Stream::throwingSeek, Stream::lostPosition}) {
         long n = 0;
         for (bool hasFailed = true; hasFailed; ++n) {
             Stream out;
@@ -288,15 +288,6 @@ TEST(Faults, NestedAMillionDeep) {
         EXPECT_TRUE(opened.reader.GetGeoByIndex({0, 0}, *moved));
         EXPECT_EQ(ShapeOf(*moved), stored);
     }
-}
-
-u32 Crc32(const u8* bytes, std::size_t byteCount) {
-    u32 crc = 0xFFFFFFFF;
-    for (std::size_t i = 0; i < byteCount; ++i) {
-        crc ^= bytes[i];
-        for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320 : 0);
-    }
-    return ~crc;
 }
 
 /// Makes an .xz stream ask for a dictionary of 4 GiB and mends its block header's checksum.

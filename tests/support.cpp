@@ -224,6 +224,15 @@ Bytes PutTogether(const Parts& parts, std::vector<FieldSpan>* spans) {
     return std::move(file) + Framed(parts.index);
 }
 
+u32 Crc32(const u8* bytes, std::size_t byteCount) {
+    u32 crc = 0xFFFFFFFF;
+    for (std::size_t i = 0; i < byteCount; ++i) {
+        crc ^= bytes[i];
+        for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320 : 0);
+    }
+    return ~crc;
+}
+
 Bytes Encoded(const Bytes& content, const ZVSmartLzma::CZVFTEncodeOpt* opt) {
     CZVFTReadBufferInStream in(content.data(), content.size());
     return Streamed([&](CZVFTOutStream& out) { Require(CZVFTLzmaTool::Encode(&in, &out, opt)); });

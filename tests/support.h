@@ -158,6 +158,8 @@ bool TakeApart(const Bytes& file, Parts& parts);
 /// Throws std::logic_error where `file` is not whole.
 Parts PartsOf(const Bytes& file);
 Bytes PutTogether(const Parts& parts, std::vector<FieldSpan>* spans = nullptr);
+/// As the .xz format counts it.
+u32 Crc32(const u8* bytes, std::size_t byteCount);
 Bytes Encoded(const Bytes& content, const ZVSmartLzma::CZVFTEncodeOpt* opt = nullptr);
 /// A block as a saver writes it.
 Bytes Framed(const Bytes& content);

@@ -1,5 +1,8 @@
 #include "ZVSmartZvg/BlockReader.h"
 
+#include <algorithm>
+#include <limits>
+
 #include "container/BlockReaderImp.h"
 
 namespace ZVSmartZvg {
@@ -9,7 +12,7 @@ CZVLGBlockReader::CZVLGBlockReader() : imp(std::make_unique<Imp>()) {}
 CZVLGBlockReader::~CZVLGBlockReader() = default;
 
 void CZVLGBlockReader::SetDecodedBlockLimit(unsigned long long bytes) {
-    imp->decodedLimit = bytes;
+    imp->decodedLimit = std::min<unsigned long long>(bytes, std::numeric_limits<u32>::max());
 }
 
 bool CZVLGBlockReader::Init(ZVSmartFormat::CZVFTInStream* in, unsigned int geoBlockCacheLimit,

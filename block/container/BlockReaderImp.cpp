@@ -13,6 +13,7 @@ namespace ZVSmartZvg {
 
 using ZVSmartFormat::CheckedInStream;
 using ZVSmartFormat::CZVFTInStream;
+using ZVSmartFormat::CZVFTStreamException;
 using ZVSmartFormat::DecodedBlock;
 using ZVSmartFormat::PositionGuard;
 using ZVSmartFormat::RecordInStream;
@@ -80,30 +81,50 @@ LastMiss::Subject GeoBlockSubject(u32 block) {
 
 }  // namespace
 
-bool CZVLGBlockReader::Imp::Init(CZVFTInStream& in, u32 geoBlockCacheLimit, u32 floorCacheLimit) {
-    stream.Watch(&in);
-    const auto keepMiss = [this] { openMiss = last; };
-    try {
-        isOpen = Ask([&] { return Open(geoBlockCacheLimit, floorCacheLimit); });
-    } catch (...) {
-        keepMiss();
-        throw;
-    }
-    keepMiss();
-    return isOpen;
+/// Forgets all about a file, so that nothing of it is served or touched again.
+void CZVLGBlockReader::Imp::Close() {
+    isOpen = false;
+    stream.Watch(nullptr);
+    head = FileHead();
+    geoSection = floorSection = level2 = Section();
+    identifications = GeoIdentTable();
+    indexBlock = DecodedBlock();
+    CleanInnerBuffer();
 }
 
-bool CZVLGBlockReader::Imp::Open(u32 geoBlockCacheLimit, u32 floorCacheLimit) {
-    if (geoBlockCacheLimit != 0) geoBlocks.SetLimit(geoBlockCacheLimit);
-    if (floorCacheLimit != 0) floors.SetLimit(floorCacheLimit);
+bool CZVLGBlockReader::Imp::Init(CZVFTInStream& in, u32 geoBlockCacheLimit, u32 floorCacheLimit) {
+    Close();
+    geoBlocks = DecodedCache<GeoBlock>(geoBlockCacheLimit == 0 ? 3 : geoBlockCacheLimit);
+    floors = DecodedCache<PlacedFloor>(floorCacheLimit == 0 ? 5 : floorCacheLimit);
+    stream.Watch(&in);
+    const auto finish = [this] {
+        openMiss = last;
+        if (!isOpen) stream.Watch(nullptr);  // it may be gone before the next query
+        return isOpen;
+    };
+    try {
+        isOpen = Ask([&] { return Open(); });
+    } catch (...) {
+        finish();
+        throw;
+    }
+    return finish();
+}
 
+/// Throws where not even the head can be read; whatever is wrong behind it is false.
+bool CZVLGBlockReader::Imp::Open() {
     const PositionGuard guard(stream);
     basePos = stream.GetPos();
     last.LookAt(0, theHead);
     ReadFileHead(stream, head);
-    CheckedInStream in(stream);
-    if (!ReadSections(in)) return false;
-    return ReadIndexBlock(in);
+    try {
+        CheckedInStream in(stream);
+        return ReadSections(in) && ReadIndexBlock(in);
+    } catch (const CZVFTStreamException& damage) {
+        if (ZVSmartFormat::IsLackOfMemory(damage)) throw;
+        last.NoteDamaged("is damaged");
+        return false;
+    }
 }
 
 /// Leaves `in` at the index block. False where the floor section cannot be one, as in a file

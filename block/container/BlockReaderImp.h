@@ -64,7 +64,8 @@ class CZVLGBlockReader::Imp {
     void CheckCount(const Section& section);
     bool NoteBeyond(const Section& section);
 
-    bool Open(u32 geoBlockCacheLimit, u32 floorCacheLimit);
+    void Close();
+    bool Open();
     bool ReadSections(ZVSmartFormat::CheckedInStream& in);
     bool ReadIndexBlock(ZVSmartFormat::CheckedInStream& in);
     u32 SumDecodedSizes();
@@ -85,8 +86,8 @@ class CZVLGBlockReader::Imp {
     ZVSmartFormat::DecodedBlock indexBlock;
     u64 indexPosition = 0;  // from the base
     Section level2;         // in the index block
-    DecodedCache<GeoBlock> geoBlocks{3};
-    DecodedCache<PlacedFloor> floors{5};
+    DecodedCache<GeoBlock> geoBlocks;
+    DecodedCache<PlacedFloor> floors;
     PropertyList spareProperties;  // a list that a caller is done with, for the next component
 
     LastMiss last;

@@ -93,6 +93,7 @@ class BlockFile {
 };
 
 void BlockFile::AddComp(const SZVLGZvgComp& comp, const CZVFTIniFile& settings) {
+    geos.CheckOpen();
     for (const SZVLGZvgCompGeoRef& reference : comp.geoRefs) CheckBuffers(reference.geo);
 
     const u32 floor = floors.Enter(comp);
@@ -132,11 +133,15 @@ void BlockFile::Finish() {
 
 class CZVLGBlockSaver::Imp {
   public:
-    explicit Imp(unsigned int version)
-        : includes([this](const std::wstring& key, const SZVLGZvgGeo& geo) {
-              File().Geos().Add(key, geo);
-          }) {
-        head.version = version;
+    explicit Imp(unsigned int version) : version(version) { Reset(); }
+
+    /// Forgets the file under way and all that belongs to it.
+    void Reset() {
+        file.reset();
+        includes.emplace([this](const std::wstring& key, const SZVLGZvgGeo& geo) {
+            File().Geos().Add(key, geo);
+        });
+        settings = CZVFTIniFile();
     }
 
     /// The file; there is none before `Init`.
@@ -145,12 +150,11 @@ class CZVLGBlockSaver::Imp {
         return *file;
     }
 
-    FileHead head;
-    u32 geosPerBlock = 1000;
+    unsigned int version;
     CZVFTIniFile settings;
     Scratch scratch;
     std::optional<BlockFile> file;
-    IncludeRelations includes;
+    std::optional<IncludeRelations> includes;
 };
 
 CZVLGBlockSaver::CZVLGBlockSaver(unsigned int version) : imp(std::make_unique<Imp>(version)) {}
@@ -159,11 +163,12 @@ CZVLGBlockSaver::~CZVLGBlockSaver() = default;
 
 void CZVLGBlockSaver::Init(CZVFTOutStream* out, const SZVLGZvgBlockHeadInfo& head,
                            const std::string& iniPath, unsigned int geosPerBlock) {
-    if (geosPerBlock != 0) imp->geosPerBlock = geosPerBlock;
-    imp->head.info = head;
+    constexpr u32 geosPerBlockByDefault = 1000;
+    imp->Reset();
     imp->settings.LoadFile(iniPath);
     imp->scratch.Allocate();
-    imp->file.emplace(*out, imp->head, imp->scratch.Buffer(), imp->geosPerBlock);
+    imp->file.emplace(*out, FileHead{imp->version, head}, imp->scratch.Buffer(),
+                      geosPerBlock == 0 ? geosPerBlockByDefault : geosPerBlock);
 }
 
 void CZVLGBlockSaver::SetEncodeFastMod(bool fast) {
@@ -188,22 +193,22 @@ void CZVLGBlockSaver::AddComp(const SZVLGZvgComp& comp) {
 }
 
 std::wstring CZVLGBlockSaver::CreateIncludeBlockGeo(const SZVLGZvgGeo& geo) {
-    return imp->includes.CreateIncludeBlockGeo(geo);
+    return imp->includes->CreateIncludeBlockGeo(geo);
 }
 
 bool CZVLGBlockSaver::GetRelIncludeByCylinderFace(const SZVLGParamCylinderFace& face,
                                                   SZVLGZvgGeoRelInclude& rel) {
-    return imp->includes.RelateCylinderFace(face, rel);
+    return imp->includes->RelateCylinderFace(face, rel);
 }
 
 bool CZVLGBlockSaver::GetRelIncludeByRevolvedFace(const SZVLGParamRevolvedFace& face,
                                                   SZVLGZvgGeoRelInclude& rel) {
-    return imp->includes.RelateRevolvedFace(face, rel);
+    return imp->includes->RelateRevolvedFace(face, rel);
 }
 
 bool CZVLGBlockSaver::GetRelIncludeByRuledFace(const SZVLGParamRuledFace& face,
                                                SZVLGZvgGeoRelInclude& rel) {
-    return imp->includes.RelateRuledFace(face, rel);
+    return imp->includes->RelateRuledFace(face, rel);
 }
 
 void CZVLGBlockSaver::WriteEnd() {

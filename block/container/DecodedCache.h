@@ -14,9 +14,7 @@ using ZVSmartFormat::u32;
 template <class Block>
 class DecodedCache {
   public:
-    explicit DecodedCache(u32 limit) : limit(limit) {}
-
-    void SetLimit(u32 newLimit) { limit = newLimit; }
+    explicit DecodedCache(u32 limit = 0) : limit(limit) {}
 
     /// The block, valid until the next insertion; null where it is not here.
     const Block* Find(u32 number) const {

@@ -32,7 +32,7 @@ GeoBlockStore::GeoBlockStore(CZVFTOutStream& out, AllocBuffer& scratch, unsigned
 
 void GeoBlockStore::Add(const std::wstring& identification, const SZVLGZvgGeo& geo) {
     if (identification.empty()) return;
-    if (closed) ZVSmartFormat::ThrowNotWritten();
+    CheckOpen();
     CheckBuffers(geo);
     const u32 block = geoCount / geosPerBlock;
     if (block != currentBlock) {
@@ -92,7 +92,7 @@ void GeoBlockStore::WriteBlock() {
 }
 
 void GeoBlockStore::Finish() {
-    if (closed) ZVSmartFormat::ThrowNotWritten();
+    CheckOpen();
     if (geoCount != 0) WriteBlock();
     closed = true;
     section.End();

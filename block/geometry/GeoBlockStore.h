@@ -7,6 +7,7 @@
 #include "ZVSmartZvg/Geo.h"
 #include "ZVSmartZvg/GeoIndex.h"
 #include "layout/SectionWriter.h"
+#include "stream/Failures.h"
 #include "stream/KeyTable.h"
 #include "stream/RowStore.h"
 
@@ -27,6 +28,11 @@ class GeoBlockStore {
     /// write, and `scratch` are borrowed.
     GeoBlockStore(ZVSmartFormat::CZVFTOutStream& out, ZVSmartFormat::AllocBuffer& scratch,
                   unsigned int version, u32 geosPerBlock);
+
+    /// Throws "encode error" once the section is finished or a block could not be written whole.
+    void CheckOpen() const {
+        if (closed) ZVSmartFormat::ThrowNotWritten();
+    }
 
     /// Stores `geo` under `identification`, unless that is empty or in the current block. An
     /// identification that is known already keeps leading to its first geometry. Throws

@@ -42,15 +42,23 @@ class ZVLG_API CZVLGBlockReader {
     CZVLGBlockReader& operator=(const CZVLGBlockReader&) = delete;
 
     /// The largest decoded size of a block, in bytes: one that announces more does not decode.
-    /// 0xFFFFFFFF unless set.
+    /// 0xFFFFFFFF unless set, and at most: the format has no larger blocks. It stays for every
+    /// later `Init`.
     void SetDecodedBlockLimit(unsigned long long bytes);
 
     /// Opens the file at `in`'s position, which becomes the file's base; `in` is borrowed and
-    /// must outlive the reader. The limits are numbers of decoded geometry blocks and floors
-    /// that are kept; 0 means 3 and 5. Call it once. False where the index does not decode: the
-    /// head, the floor count and the block count then stand as read. Throws
-    /// CZVFTStreamException "it's not zvg file format", "it's upper zvg format", or
-    /// "seek over buffer size" for a head that is cut short.
+    /// must outlive the reader or its next `Init`. The limits are numbers of decoded geometry
+    /// blocks and floors that are kept; 0 means 3 and 5.
+    ///
+    /// Throws CZVFTStreamException where the head cannot be read: "it's not zvg file format",
+    /// "it's upper zvg format", or "seek over buffer size" where it is cut short or a count in it
+    /// cannot be. Whatever is wrong behind the head gives false: a file that is cut short there or
+    /// was never finished, an index block that does not decode or whose tables are damaged. The
+    /// head, the floor count and the block count then stand as far as they were read. Memory,
+    /// file and host streams give the same answer; what a host's stream throws passes.
+    ///
+    /// Another call closes the file before and opens the next as a new reader would; only
+    /// `SetDecodedBlockLimit` stays. After false or an exception `in` is not touched any more.
     bool Init(ZVSmartFormat::CZVFTInStream* in, unsigned int geoBlockCacheLimit = 0,
               unsigned int floorCacheLimit = 0);
 

@@ -19,8 +19,8 @@ namespace ZVSmartZvg {
 /// One thread at a time uses a saver and its stream; several savers may run in several threads.
 /// What cannot be written throws CZVFTStreamException "encode error"; the file is then
 /// incomplete and opens as such, and every later call that would write throws the same. Calls
-/// before `Init` throw "encode error" and store nothing. A call that ran out of memory before it
-/// wrote anything can be made again.
+/// before `Init` and after `WriteEnd` throw "encode error" and store nothing. A call that ran out
+/// of memory before it wrote anything can be made again.
 class ZVLG_API CZVLGBlockSaver {
   public:
     /// `version`, 0 to 4, is the format version of the file; older versions leave out fields.
@@ -33,8 +33,15 @@ class ZVLG_API CZVLGBlockSaver {
     /// Begins the file at `out`'s position, which becomes the file's base. `out` is borrowed and
     /// must live until `WriteEnd` returns. `head` is copied. `iniPath` names a file of component
     /// displacement settings; a missing one is ignored. `geosPerBlock` is the number of
-    /// geometries per compressed block; 0 means 1000. Throws CZVFTStreamException
-    /// "bad relloc memory" where the 20 MiB scratch buffer cannot be had.
+    /// geometries per compressed block; 0 means 1000.
+    ///
+    /// Another call begins another file as a new saver of the same version would: nothing of the
+    /// file before is remembered, the numbers of include keys begin anew, and a file without its
+    /// `WriteEnd` stays incomplete.
+    ///
+    /// Throws CZVFTStreamException "encode error" where `out` has no position, as a pipe, or does
+    /// not take the head, and "bad relloc memory" where the 20 MiB scratch buffer cannot be had;
+    /// the saver is then as before its first `Init`.
     void Init(ZVSmartFormat::CZVFTOutStream* out, const SZVLGZvgBlockHeadInfo& head,
               const std::string& iniPath = "", unsigned int geosPerBlock = 0);
 

@@ -57,7 +57,8 @@ class ZVFT_API CZVFTOutStream {
     /// less than `size` is a failure.
     virtual u64 Write(const void* buffer, u64 size) = 0;
 
-    /// The position.
+    /// The position; all bits set where the stream has none or has lost it, which the library
+    /// takes for a failure.
     virtual u64 GetPos() = 0;
 
     /// Moves to the absolute position `pos`. The library does not look at the result but asks
