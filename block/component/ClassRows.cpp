@@ -4,6 +4,7 @@
 
 namespace ZVSmartZvg {
 
+using ZVSmartFormat::MemoryBudget;
 using ZVSmartFormat::RecordInStream;
 
 namespace {
@@ -24,9 +25,9 @@ bool AreNone(Rows... rows) {
 }
 
 bool ResolveLevel4(RecordInStream& in, const Section& level4, const EntryRows& rows,
-                   unsigned int version, SZVLGZvgComp& comp) {
+                   unsigned int version, SZVLGZvgComp& comp, MemoryBudget& budget) {
     if (!SeekRow(in, level4, rows.level4)) return false;
-    RowReader reader(in);
+    RowReader reader(in, budget);
     VisitClassName(reader, comp.classLevel4Name, comp.classLevel4Id);
     VisitDisplayAttr(reader, comp.classLevel4Attr, version);
     if (rows.owner == ZVLG_NONE) return true;
@@ -36,21 +37,21 @@ bool ResolveLevel4(RecordInStream& in, const Section& level4, const EntryRows& r
 }
 
 bool ResolveLevel3(RecordInStream& in, const Section& level3, const EntryRows& rows,
-                   unsigned int version, SZVLGZvgComp& comp) {
+                   unsigned int version, SZVLGZvgComp& comp, MemoryBudget& budget) {
     if (!SeekRow(in, level3, rows.level3)) return AreNone(rows.level3, rows.level4, rows.owner);
-    RowReader reader(in);
+    RowReader reader(in, budget);
     VisitClassName(reader, comp.classLevel3Name, comp.classLevel3Id);
     if (rows.level4 == ZVLG_NONE) return rows.owner == ZVLG_NONE;
-    return ResolveLevel4(in, ReadSection(in, in.GetPos()), rows, version, comp);
+    return ResolveLevel4(in, ReadSection(in, in.GetPos()), rows, version, comp, budget);
 }
 
 }  // namespace
 
 bool ResolveClassRows(RecordInStream& in, const Section& level2, const EntryRows& rows,
-                      unsigned int version, SZVLGZvgComp& comp) {
+                      unsigned int version, SZVLGZvgComp& comp, MemoryBudget& budget) {
     if (!SeekRow(in, level2, rows.level2))
         return AreNone(rows.level2, rows.level3, rows.level4, rows.owner, rows.level2b);
-    RowReader reader(in);
+    RowReader reader(in, budget);
     VisitClassName(reader, comp.classLevel2Name, comp.classLevel2Id);
     const Section level3 = ReadSection(in, in.GetPos());
     bool hasLevel2b = rows.level2b == ZVLG_NONE;
@@ -59,7 +60,7 @@ bool ResolveClassRows(RecordInStream& in, const Section& level2, const EntryRows
         VisitDisplayAttr(reader, comp.classLevel2bAttr, version);
         hasLevel2b = true;
     }
-    return ResolveLevel3(in, level3, rows, version, comp) && hasLevel2b;
+    return ResolveLevel3(in, level3, rows, version, comp, budget) && hasLevel2b;
 }
 
 }  // namespace ZVSmartZvg

@@ -2,6 +2,7 @@
 
 #include "ZVSmartZvg/Comp.h"
 #include "layout/DisplayAttrFields.h"
+#include "stream/MemoryBudget.h"
 
 // A component entry:
 //   GUID name   compGuidName
@@ -69,10 +70,11 @@ void VisitMaterial(Visitor& visitor, Material& material) {
 /// A map is no list: the two directions walk it each in their own way.
 template <class Visitor, class Materials>
 void VisitMaterials(Visitor& visitor, Materials& materials) {
+    constexpr u64 mapNode = sizeof(SZVLGZvgMaterial) + ZVSmartFormat::perAllocation;
     if constexpr (Visitor::reading) {
         constexpr u64 smallestMaterial = 4 + 6 + 12;
         u32 count = visitor.Count(smallestMaterial);
-        visitor.Charge(count, sizeof(SZVLGZvgMaterial));
+        visitor.Charge(count, mapNode);
         for (; count != 0; --count) {
             u32 key = 0;
             SZVLGZvgMaterial material;
@@ -81,7 +83,8 @@ void VisitMaterials(Visitor& visitor, Materials& materials) {
             materials.emplace(key, std::move(material));
         }
     } else {
-        visitor.Serial().WriteCount(materials.size());
+        visitor.Count(materials.size());
+        visitor.Charge(materials.size(), mapNode);
         for (const auto& [key, material] : materials) {
             visitor.U32(key);
             VisitMaterial(visitor, material);
@@ -119,8 +122,10 @@ void VisitComponentEntry(Visitor& visitor, Comp& comp, Rows& rows, RefRows& refR
     if (flags & 0x80) visitor.U32(rows.level2b);
 
     const u64 smallestReference = 13 + (HasMaterials(version) ? 4 : 0);
+    constexpr u64 growing = 3;  // elements that a growing vector holds at once, per element
     std::size_t i = 0;
     visitor.List(comp.geoRefs, smallestReference, [&](auto& reference) {
+        visitor.Charge(1, growing * sizeof(std::vector<u32>));
         if constexpr (Visitor::reading) refRows.emplace_back();
         VisitGeoReference(visitor, reference, refRows[i++], version);
     });

@@ -8,19 +8,17 @@ namespace ZVSmartZvg {
 
 using ZVSmartFormat::CheckedInStream;
 using ZVSmartFormat::DecodedBlock;
+using ZVSmartFormat::MemoryBudget;
 using ZVSmartFormat::RecordInStream;
 using ZVSmartSerial::FieldReader;
 
-namespace {
-
-/// The most that the identification rows of one component may come to, in stored bytes.
-constexpr u64 rowBudget = 64ULL << 20;
-constexpr u64 rowBudgetPerByte = 16;
-
-}  // namespace
-
 FloorFields ReadFloorFields(CheckedInStream& in) {
-    FieldReader<CheckedInStream> reader(in);
+    MemoryBudget budget;
+    return ReadFloorFields(in, budget);
+}
+
+FloorFields ReadFloorFields(CheckedInStream& in, MemoryBudget& budget) {
+    FieldReader<CheckedInStream> reader(in, budget);
     FloorFields fields;
     VisitFloorFields(reader, fields);
     return fields;
@@ -33,32 +31,30 @@ FloorBlock::FloorBlock(FloorFields fields, DecodedBlock decoded)
     geoIds = ReadSection(in, components.End());
 }
 
-bool FloorBlock::ReadComponent(u32 i, unsigned int version, SZVLGZvgComp& comp,
-                               EntryRows& rows) const {
+bool FloorBlock::ReadComponent(u32 i, unsigned int version, SZVLGZvgComp& comp, EntryRows& rows,
+                               MemoryBudget& budget) const {
     RecordInStream in(block.Data(), block.Size());
-    FieldReader<RecordInStream> reader(in);
+    FieldReader<RecordInStream> reader(in, budget);
     SeekRecord(in, components, i);
     ReferenceRows referenceRows;
     VisitComponentEntry(reader, comp, rows, referenceRows, version);
 
-    // A few bytes of row numbers could name one long row over and over.
+    // A few bytes of row numbers could name one long row over and over: the budget ends that.
     bool hasAllRows = true;
-    u64 budget = rowBudget + rowBudgetPerByte * block.Size();
     for (std::size_t r = 0; r < comp.geoRefs.size(); ++r) {
+        std::vector<SZVLGZvgGeoId>& geoRows = comp.geoRefs[r].geoIds;
+        reader.Charge(referenceRows[r].size(), sizeof(SZVLGZvgGeoId));
+        geoRows.reserve(referenceRows[r].size());
         for (const u32 number : referenceRows[r]) {
             if (number >= geoIds.Count()) {
                 hasAllRows = hasAllRows && number == ZVLG_NONE;
                 continue;
             }
             SeekRecord(in, geoIds, number);
-            const u64 start = in.GetPos();
-            reader.Charge(1, sizeof(SZVLGZvgGeoId));
-            VisitGeoIdRow(reader, comp.geoRefs[r].geoIds.emplace_back());
-            const u64 byteCount = in.GetPos() - start;
-            if (byteCount > budget) ZVSmartFormat::ThrowOutOfData();
-            budget -= byteCount;
+            VisitGeoIdRow(reader, geoRows.emplace_back());
         }
     }
+    reader.ChargeText(fields.classLevel1Name);
     comp.classLevel1Name = fields.classLevel1Name;
     comp.classLevel1Id = fields.classLevel1Id;
     comp.classLevel1DataA = fields.classLevel1DataA;

@@ -8,6 +8,7 @@
 #include "layout/SectionLocator.h"
 #include "stream/CheckedInStream.h"
 #include "stream/CompressedBlock.h"
+#include "stream/MemoryBudget.h"
 
 namespace ZVSmartZvg {
 
@@ -20,7 +21,11 @@ struct FloorFields {
 };
 
 /// Reads the fields at `in`'s position and leaves it at the block.
+/// @{
 FloorFields ReadFloorFields(ZVSmartFormat::CheckedInStream& in);
+FloorFields ReadFloorFields(ZVSmartFormat::CheckedInStream& in,
+                            ZVSmartFormat::MemoryBudget& budget);
+/// @}
 
 /// A floor of an open file, decoded.
 class FloorBlock {
@@ -34,7 +39,9 @@ class FloorBlock {
     /// identification rows of its references, into a record that is new but for `compProperties`,
     /// whose memory is used again. `rows` tells where the classes are. False where a reference
     /// names an identification row that is not there; it is left out.
-    bool ReadComponent(u32 i, unsigned int version, SZVLGZvgComp& comp, EntryRows& rows) const;
+    /// Throws OverLimit where `budget` does not hold what the record takes.
+    bool ReadComponent(u32 i, unsigned int version, SZVLGZvgComp& comp, EntryRows& rows,
+                       ZVSmartFormat::MemoryBudget& budget) const;
 
     const ZVSmartFormat::DecodedBlock& Block() const { return block; }
     const Section& Components() const { return components; }

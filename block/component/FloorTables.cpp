@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "component/IdentityKey.h"
+#include "geometry/MemoryMeter.h"
 #include "stream/CompressedBlock.h"
 #include "stream/FieldReader.h"
 #include "stream/RecordInStream.h"
@@ -12,6 +13,7 @@ namespace ZVSmartZvg {
 using ZVSmartFormat::AllocBuffer;
 using ZVSmartFormat::CZVFTAllocBufferOutStream;
 using ZVSmartFormat::CZVFTOutStream;
+using ZVSmartFormat::KeyTable;
 using ZVSmartSerial::FieldWriter;
 
 namespace {
@@ -25,11 +27,14 @@ SZVLGZvgGeoId StoredGeoId(std::string_view bytes) {
     return row;
 }
 
+std::string FloorKey(const SZVLGZvgComp& comp) {
+    return NameKey(comp.classLevel1Name.empty() ? L"none" : comp.classLevel1Name);
+}
+
 }  // namespace
 
 u32 FloorTables::Enter(const SZVLGZvgComp& comp) {
-    const std::wstring& name = comp.classLevel1Name;
-    const u32 number = fields.FindOrAdd(NameKey(name.empty() ? L"none" : name), [&] {
+    const u32 number = fields.FindOrAdd(FloorKey(comp), [&] {
         return buffer.Fill([&](FieldWriter& writer) { VisitFloorFields(writer, comp); });
     });
     if (floors.size() <= number) floors.resize(std::size_t{number} + 1);
@@ -42,8 +47,56 @@ bool FloorTables::HasComponent(u32 floor, const SZVLGZvgComp& comp) const {
 
 u32 FloorTables::EnterGeoId(Floor& floor, const SZVLGZvgGeoId& row) {
     return floor.geoIds.FindOrAdd(IdentityKey(row), [&] {
-        return buffer.Fill([&](FieldWriter& writer) { VisitGeoIdRow(writer, row); });
+        const std::string_view bytes =
+            buffer.Fill([&](FieldWriter& writer) { VisitGeoIdRow(writer, row); });
+        longestGeoId = std::max<u64>(longestGeoId, bytes.size());
+        return bytes;
     });
+}
+
+namespace {
+
+/// The texts of a row that takes `byteCount` in a file.
+u64 StoredGeoIdMemory(u64 byteCount) {
+    constexpr u64 texts = 3;
+    constexpr u64 bytesPerUnit = 2;
+    return texts * ZVSmartFormat::perAllocation + sizeof(wchar_t) / bytesPerUnit * byteCount;
+}
+
+u64 OwnMemory(const SZVLGZvgGeoId& row) {
+    return MeasureMemory(0, [&](MemoryMeter& meter) { VisitGeoIdRow(meter, row); });
+}
+
+}  // namespace
+
+/// A row of its own may stand for one of the same GUID that came first and is longer.
+u64 FloorTables::GeoIdMemory(const SZVLGZvgComp& comp, u64 limit) const {
+    u64 fixed = 0, rowCount = 0, longestOwn = 0;
+    for (const SZVLGZvgCompGeoRef& reference : comp.geoRefs) {
+        constexpr u64 mostUnitsPerCharacter = 2;  // of the row that may be added
+        fixed += 2 * sizeof(SZVLGZvgGeoId) +
+                 StoredGeoIdMemory(2 * mostUnitsPerCharacter * reference.geoIdentification.size());
+        rowCount += reference.geoIds.size();
+        for (const SZVLGZvgGeoId& row : reference.geoIds)
+            longestOwn = std::max(longestOwn, OwnMemory(row));
+    }
+    fixed += rowCount * sizeof(SZVLGZvgGeoId);
+    const u64 atMost = fixed + rowCount * std::max(longestOwn, StoredGeoIdMemory(longestGeoId));
+    if (atMost <= limit) return atMost;
+
+    const u32 number = fields.Find(FloorKey(comp));
+    static const RowTable noRows;
+    const RowTable& stored = number < floors.size() ? floors[number].geoIds : noRows;
+    for (const SZVLGZvgCompGeoRef& reference : comp.geoRefs)
+        for (const SZVLGZvgGeoId& row : reference.geoIds) {
+            const u32 found = stored.Find(IdentityKey(row));
+            if (found != KeyTable::none) {
+                fixed += StoredGeoIdMemory(stored.Row(found).size());
+            } else {
+                fixed += row.guidName.guid == SerialGuid() ? OwnMemory(row) : longestOwn;
+            }
+        }
+    return fixed;
 }
 
 std::vector<u32> FloorTables::EnterReference(Floor& floor, const SZVLGZvgCompGeoRef& reference) {

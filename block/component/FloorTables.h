@@ -25,6 +25,10 @@ class FloorTables {
     /// Whether the floor has a component of the same identity.
     bool HasComponent(u32 floor, const SZVLGZvgComp& comp) const;
 
+    /// What the identification rows of a component would take in memory when they are read with
+    /// it: at most, and closely where that is above `limit`.
+    u64 GeoIdMemory(const SZVLGZvgComp& comp, u64 limit) const;
+
     /// Stores a component that is new on its floor: its entry and the identification rows of
     /// its references.
     void AddComponent(u32 floor, const SZVLGZvgComp& comp, const EntryRows& rows);
@@ -43,6 +47,7 @@ class FloorTables {
     std::vector<u32> EnterReference(Floor& floor, const SZVLGZvgCompGeoRef& reference);
 
     unsigned int version;
+    u64 longestGeoId = 0;  // of any floor's rows, in stored bytes
     RowBuffer buffer;
     RowTable fields;            // of the floors
     std::vector<Floor> floors;  // as many, or one fewer after a throw

@@ -38,7 +38,9 @@ class RowBuffer {
 /// brings a key is the one that stays.
 class RowTable {
   public:
-    bool Has(std::string_view key) const { return keys.Find(key) != ZVSmartFormat::KeyTable::none; }
+    bool Has(std::string_view key) const { return Find(key) != ZVSmartFormat::KeyTable::none; }
+    /// The number of the row with `key`, or `KeyTable::none`.
+    u32 Find(std::string_view key) const { return keys.Find(key); }
     /// The number of the row with `key`; where there is none, `row()` gives its bytes.
     template <class MakeRow>
     u32 FindOrAdd(std::string_view key, MakeRow makeRow) {

@@ -12,7 +12,8 @@ CZVLGBlockReader::CZVLGBlockReader() : imp(std::make_unique<Imp>()) {}
 CZVLGBlockReader::~CZVLGBlockReader() = default;
 
 void CZVLGBlockReader::SetDecodedBlockLimit(unsigned long long bytes) {
-    imp->decodedLimit = std::min<unsigned long long>(bytes, std::numeric_limits<u32>::max());
+    imp->decodedLimit = imp->recordLimit =
+        std::min<unsigned long long>(bytes, std::numeric_limits<u32>::max());
 }
 
 bool CZVLGBlockReader::Init(ZVSmartFormat::CZVFTInStream* in, unsigned int geoBlockCacheLimit,

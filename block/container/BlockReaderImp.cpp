@@ -15,6 +15,8 @@ using ZVSmartFormat::CheckedInStream;
 using ZVSmartFormat::CZVFTInStream;
 using ZVSmartFormat::CZVFTStreamException;
 using ZVSmartFormat::DecodedBlock;
+using ZVSmartFormat::ListMemory;
+using ZVSmartFormat::MemoryBudget;
 using ZVSmartFormat::PositionGuard;
 using ZVSmartFormat::RecordInStream;
 
@@ -181,9 +183,9 @@ class FloorWalk {
     explicit FloorWalk(CheckedInStream& in) : in(in), budget(in.GetSize()) {}
 
     /// The fields of the record at `position`; leaves the stream at its block.
-    FloorFields Read(u64 position) {
+    FloorFields Read(u64 position, MemoryBudget& memory) {
         in.Seek(position);
-        FloorFields fields = ReadFloorFields(in);
+        FloorFields fields = ReadFloorFields(in, memory);
         const u64 byteCount = in.GetPos() - position;
         if (byteCount > budget) ZVSmartFormat::ThrowOutOfData();
         budget -= byteCount;
@@ -208,6 +210,9 @@ u32 CZVLGBlockReader::Imp::FloorNum() {
 std::vector<std::wstring> CZVLGBlockReader::Imp::AllFloorNames() {
     return AskOpen(std::vector<std::wstring>(floorSection.Count()), [&] {
         std::vector<std::wstring> names;
+        MemoryBudget memory(recordLimit);
+        if (!memory.Take(ListMemory(floorSection.Count(), sizeof names.front())))
+            throw ZVSmartFormat::OverLimit();
         names.reserve(floorSection.Count());
         const PositionGuard guard(stream);
         CheckedInStream in(stream);
@@ -216,7 +221,7 @@ std::vector<std::wstring> CZVLGBlockReader::Imp::AllFloorNames() {
         for (u32 i = 0; i < floorSection.Count(); ++i) {
             last.LookAt(floorSection.position - basePos, FloorSubject(i));
             if (!FindRecord(in, floorSection, i, position)) ZVSmartFormat::ThrowOutOfData();
-            names.push_back(walk.Read(position).classLevel1Name);
+            names.push_back(walk.Read(position, memory).classLevel1Name);
         }
         last.LookAt(floorSection.position - basePos, theFloorSection);
         CheckCount(floorSection);
@@ -249,7 +254,8 @@ u32 CZVLGBlockReader::Imp::SumDecodedSizes() {
     u64 position = 0;
     for (u32 i = 0; i < floorSection.Count(); ++i) {
         if (!find(floorSection, i, FloorSubject(i), position)) continue;
-        walk.Read(position);
+        MemoryBudget memory(recordLimit);
+        walk.Read(position, memory);
         addBlock();
     }
     for (u32 i = 0; i < geoSection.Count(); ++i) {
@@ -273,12 +279,13 @@ bool CZVLGBlockReader::Imp::ReadFloor(u32 floor, FloorFields& fields) {
         const PositionGuard guard(stream);
         CheckedInStream in(stream);
         SeekRecord(in, floorSection, floor);
-        fields = ReadFloorFields(in);
+        MemoryBudget memory(recordLimit);
+        fields = ReadFloorFields(in, memory);
         return true;
     });
 }
 
-const PlacedFloor* CZVLGBlockReader::Imp::FetchFloor(u32 floor) {
+const PlacedFloor* CZVLGBlockReader::Imp::FetchFloor(u32 floor, MemoryBudget& memory) {
     last.LookAt(floorSection.position - basePos, FloorSubject(floor));
     if (floor >= floorSection.Count()) return NoteBeyond(floorSection), nullptr;
     if (const PlacedFloor* const cached = floors.Find(floor)) return cached;
@@ -290,7 +297,7 @@ const PlacedFloor* CZVLGBlockReader::Imp::FetchFloor(u32 floor) {
         return nullptr;
     }
     in.Seek(position);
-    FloorFields fields = ReadFloorFields(in);
+    FloorFields fields = ReadFloorFields(in, memory);
     position = in.GetPos() - basePos;
     DecodedBlock decoded;
     if (!ReadBlock(in, FloorSubject(floor), decoded)) return nullptr;
@@ -299,7 +306,8 @@ const PlacedFloor* CZVLGBlockReader::Imp::FetchFloor(u32 floor) {
 
 u32 CZVLGBlockReader::Imp::FloorCompNum(u32 floor) {
     return AskOpen(u32{0}, [&]() -> u32 {
-        const PlacedFloor* const fetched = FetchFloor(floor);
+        MemoryBudget memory(recordLimit);
+        const PlacedFloor* const fetched = FetchFloor(floor, memory);
         if (fetched == nullptr) return 0;
         last.LookAt(fetched->position, FloorSubject(floor));
         CheckCount(fetched->floor.Components());
@@ -312,7 +320,8 @@ bool CZVLGBlockReader::Imp::ReadComp(const SZVLGCompIndex& index, SZVLGZvgComp& 
 }
 
 bool CZVLGBlockReader::Imp::FetchComp(const SZVLGCompIndex& index, SZVLGZvgComp& comp) {
-    const PlacedFloor* const fetched = FetchFloor(index.floorIndex);
+    MemoryBudget memory(recordLimit);
+    const PlacedFloor* const fetched = FetchFloor(index.floorIndex, memory);
     if (fetched == nullptr) return false;
     const FloorBlock& floor = fetched->floor;
     last.LookAt(fetched->position, {"floor", index.floorIndex, "component", index.compIndex});
@@ -320,12 +329,12 @@ bool CZVLGBlockReader::Imp::FetchComp(const SZVLGCompIndex& index, SZVLGZvgComp&
     SZVLGZvgComp read;
     read.compProperties.swap(spareProperties);
     EntryRows rows;
-    const bool hasAllRows = floor.ReadComponent(index.compIndex, head.version, read, rows);
+    const bool hasAllRows = floor.ReadComponent(index.compIndex, head.version, read, rows, memory);
     if (!hasAllRows) last.NoteDamaged("refers to an identification row that is not there");
     last.LookAt(indexPosition,
                 {"a class row of floor", index.floorIndex, "component", index.compIndex});
     RecordInStream classes(indexBlock.Data(), indexBlock.Size());
-    if (!ResolveClassRows(classes, level2, rows, head.version, read))
+    if (!ResolveClassRows(classes, level2, rows, head.version, read, memory))
         last.NoteDamaged("is not there");
     spareProperties.swap(comp.compProperties);
     comp = std::move(read);
@@ -385,7 +394,7 @@ bool CZVLGBlockReader::Imp::FetchGeo(const SZVLGZvgGeoIndex& index, SZVLGZvgGeo&
     const u32 byteCount = ZVSmartFormat::LoadBigEndian<u32>(content.Take(4));
     if (byteCount == 0) return last.NoteAbsent(), false;
     RecordInStream record(content.Take(byteCount), byteCount);
-    ZVSmartZvg::ReadGeo(record, geo, head.version);
+    ZVSmartZvg::ReadGeo(record, geo, head.version, recordLimit);
     return true;
 }
 

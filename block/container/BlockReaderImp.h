@@ -53,6 +53,7 @@ class CZVLGBlockReader::Imp {
     bool ReadIdentification(u32 i, std::wstring& identification, SZVLGZvgGeoIndex& index);
 
     u64 decodedLimit = 0xFFFFFFFF;
+    u64 recordLimit = ZVSmartFormat::defaultRecordMemory;  // memory of the records of one call
     FileHead head;
 
   private:
@@ -72,7 +73,7 @@ class CZVLGBlockReader::Imp {
     bool ReadBlock(ZVSmartFormat::CheckedInStream& in, const LastMiss::Subject& subject,
                    ZVSmartFormat::DecodedBlock& block);
     const GeoBlock* FetchGeoBlock(u32 block);
-    const PlacedFloor* FetchFloor(u32 floor);
+    const PlacedFloor* FetchFloor(u32 floor, ZVSmartFormat::MemoryBudget& memory);
     bool FetchComp(const SZVLGCompIndex& index, SZVLGZvgComp& comp);
     bool FetchGeo(const SZVLGZvgGeoIndex& index, SZVLGZvgGeo& geo);
     bool FetchGeo(const std::wstring& identification, SZVLGZvgGeo& geo);

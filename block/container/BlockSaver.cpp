@@ -10,6 +10,7 @@
 #include "ZVSmartFormat/MemoryStream.h"
 #include "ZVSmartLzma/LzmaTool.h"
 #include "component/ClassTables.h"
+#include "component/ComponentMemory.h"
 #include "component/FloorTables.h"
 #include "container/BlockSelfTest.h"
 #include "geometry/GeoBlockStore.h"
@@ -63,6 +64,7 @@ class BlockFile {
     BlockFile(CZVFTOutStream& stream, const FileHead& head, AllocBuffer& scratch, u32 geosPerBlock)
         : out(stream),
           scratch(scratch),
+          version(head.version),
           basePos(out.GetPos()),
           floorOffsetPos(WriteHead(head)),
           geos(out, scratch, head.version, geosPerBlock),
@@ -85,6 +87,7 @@ class BlockFile {
 
     CheckedOutStream out;
     AllocBuffer& scratch;
+    unsigned int version;
     u64 basePos;
     u64 floorOffsetPos;
     GeoBlockStore geos;
@@ -94,7 +97,8 @@ class BlockFile {
 
 void BlockFile::AddComp(const SZVLGZvgComp& comp, const CZVFTIniFile& settings) {
     geos.CheckOpen();
-    for (const SZVLGZvgCompGeoRef& reference : comp.geoRefs) CheckBuffers(reference.geo);
+    for (const SZVLGZvgCompGeoRef& reference : comp.geoRefs) CheckGeo(reference.geo, version);
+    CheckComponentMemory(comp, floors, version);
 
     const u32 floor = floors.Enter(comp);
     const EntryRows rows = classes.Enter(comp, settings);

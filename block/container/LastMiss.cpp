@@ -9,6 +9,8 @@ namespace ZVSmartZvg {
 void LastMiss::NoteException() {
     try {
         throw;
+    } catch (const ZVSmartFormat::OverLimit&) {
+        NoteDamaged("takes more memory than the limit");
     } catch (const ZVSmartFormat::CZVFTStreamException& exception) {
         if (ZVSmartFormat::IsLackOfMemory(exception)) return Clear();
         if (ZVSmartFormat::IsForeignFile(exception)) return NoteAbsent();

@@ -33,7 +33,7 @@ GeoBlockStore::GeoBlockStore(CZVFTOutStream& out, AllocBuffer& scratch, unsigned
 void GeoBlockStore::Add(const std::wstring& identification, const SZVLGZvgGeo& geo) {
     if (identification.empty()) return;
     CheckOpen();
-    CheckBuffers(geo);
+    CheckGeo(geo, version);
     const u32 block = geoCount / geosPerBlock;
     if (block != currentBlock) {
         WriteBlock();

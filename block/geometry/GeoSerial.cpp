@@ -1,6 +1,7 @@
 #include "geometry/GeoSerial.h"
 
 #include "geometry/GeoFields.h"
+#include "geometry/MemoryMeter.h"
 
 namespace ZVSmartZvg {
 
@@ -9,23 +10,17 @@ void WriteGeo(ZVSmartFormat::CZVFTOutStream& out, const SZVLGZvgGeo& geo, unsign
     VisitGeo(writer, geo, version);
 }
 
-void ReadGeo(ZVSmartFormat::RecordInStream& in, SZVLGZvgGeo& geo, unsigned int version) {
-    RecordReader reader(in);
+void ReadGeo(ZVSmartFormat::RecordInStream& in, SZVLGZvgGeo& geo, unsigned int version,
+             u64 mostMemory) {
+    ZVSmartFormat::MemoryBudget budget(mostMemory);
+    RecordReader reader(in, budget);
     VisitGeo(reader, geo, version);
 }
 
-void CheckBuffers(const SZVLGZvgGeo& geo) {
-    std::vector<const SZVLGZvgGeo*> pending = {&geo};
-    while (!pending.empty()) {
-        const SZVLGZvgGeo& current = *pending.back();
-        pending.pop_back();
-        for (const SZVLGZvgGeoBlob& blob : current.blobs)
-            if (blob.dataSize != 0 && blob.data == nullptr) ZVSmartFormat::ThrowNotWritten();
-        for (const SZVLGZvgGeoImage& image : current.images)
-            if (image.PixelBytes() != 0 && image.pixels == nullptr)
-                ZVSmartFormat::ThrowNotWritten();
-        for (const SZVLGZvgSubGeo& sub : current.subGeos) pending.push_back(&sub.geo);
-    }
+void CheckGeo(const SZVLGZvgGeo& geo, unsigned int version) {
+    constexpr u64 limit = ZVSmartFormat::defaultRecordMemory;
+    const auto visit = [&](MemoryMeter& meter) { VisitGeo(meter, geo, version); };
+    if (MeasureMemory(limit, visit) > limit) ZVSmartFormat::ThrowNotWritten();
 }
 
 }  // namespace ZVSmartZvg

@@ -2,6 +2,7 @@
 
 #include "ZVSmartFormat/Stream.h"
 #include "ZVSmartZvg/Geo.h"
+#include "stream/MemoryBudget.h"
 #include "stream/RecordInStream.h"
 
 namespace ZVSmartZvg {
@@ -11,10 +12,12 @@ namespace ZVSmartZvg {
 void WriteGeo(ZVSmartFormat::CZVFTOutStream& out, const SZVLGZvgGeo& geo, unsigned int version);
 
 /// Reads a record from untrusted bytes. Lists that it does not have keep what `geo` held; on a
-/// throw `geo` is partly filled.
-void ReadGeo(ZVSmartFormat::RecordInStream& in, SZVLGZvgGeo& geo, unsigned int version);
+/// throw `geo` is partly filled. It may take `mostMemory`, or OverLimit is thrown.
+void ReadGeo(ZVSmartFormat::RecordInStream& in, SZVLGZvgGeo& geo, unsigned int version,
+             u64 mostMemory = ZVSmartFormat::defaultRecordMemory);
 
-/// Throws "encode error" where `WriteGeo` would for want of bytes.
-void CheckBuffers(const SZVLGZvgGeo& geo);
+/// Throws "encode error" where `WriteGeo` would for want of bytes, and where no reader would take
+/// the record unless a host allows it more memory than by default.
+void CheckGeo(const SZVLGZvgGeo& geo, unsigned int version);
 
 }  // namespace ZVSmartZvg

@@ -14,6 +14,12 @@ namespace ZVSmartFormat {
     throw CZVFTStreamException("seek over buffer size");
 }
 
+/// A record takes more memory than it may; to a host it is the same as above.
+class ZVFT_LOCAL OverLimit final : public CZVFTStreamException {
+  public:
+    OverLimit() : CZVFTStreamException("seek over buffer size") {}
+};
+
 /// Something could not be written.
 [[noreturn]] inline void ThrowNotWritten() {
     throw CZVFTStreamException("encode error");

@@ -4,29 +4,45 @@
 #include <bit>
 #include <cstdlib>
 #include <cstring>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "ZVSmartSerial/Serial.h"
 #include "stream/ByteOrder.h"
 #include "stream/Failures.h"
+#include "stream/MemoryBudget.h"
 #include "stream/WideText.h"
 
 namespace ZVSmartSerial {
+
+/// Whether an object with a serial form of its own keeps lists, beside what lies in the object.
+template <class Object>
+constexpr bool HasLists = !std::is_trivially_copyable_v<Object>;
 
 /// Visits the fields of a record to read them; the mirror of FieldWriter. A record's fields are
 /// told once, in a template over either.
 ///
 /// `Source` is a stream that throws where bytes run out and hands them out by `Take`. Every
-/// count is checked against the bytes left before anything is sized, and what the elements of all
-/// lists take in memory against a budget: an empty element of four stored bytes may take hundreds.
+/// count is checked against the bytes left before anything is sized, and what the record takes in
+/// memory against a budget: an empty element of four stored bytes may take hundreds.
 template <class Source>
 class FieldReader {
   public:
     static constexpr bool reading = true;
 
+    /// Spends from `budget`, which is borrowed. Where it does not hold what is read, OverLimit is
+    /// thrown.
+    FieldReader(Source& source, ZVSmartFormat::MemoryBudget& budget)
+        : source(source), serial(&source), budget(budget) {}
+    /// With a budget of its own, in proportion to the source, for many records.
     explicit FieldReader(Source& source)
-        : source(source), serial(&source), memoryBudget(BudgetFor(source.GetSize())) {}
+        : source(source),
+          serial(&source),
+          ownBudget(BudgetFor(source.GetSize())),
+          budget(ownBudget) {}
+    FieldReader(const FieldReader&) = delete;
+    FieldReader& operator=(const FieldReader&) = delete;
 
     void U8(u8& value) { value = *source.Take(1); }
     void U16(u16& value) { Number(value); }
@@ -40,6 +56,7 @@ class FieldReader {
 
     void Text(std::wstring& text) {
         const u64 unitCount = Count(2);
+        Spend(ZVSmartFormat::TextMemory(unitCount));
         ZVSmartFormat::LoadUtf16(source.Take(2 * unitCount), unitCount, text);
     }
     void Key(SerialKey& key) {
@@ -56,14 +73,14 @@ class FieldReader {
     /// An object with a serial form of its own.
     template <class Object>
     void Plain(Object& object) {
-        object.ReadSerial(&serial, 1);
+        ReadObject(object, 1);
     }
     /// The same behind its serial version.
     template <class Object>
     void Versioned(Object& object) {
         u32 version = 0;
         U32(version);
-        object.ReadSerial(&serial, version);
+        ReadObject(object, version);
     }
 
     /// A count and that many elements of at least `smallestBytes` each.
@@ -74,12 +91,12 @@ class FieldReader {
         list.resize(count);
         for (Element& element : list) visit(element);
     }
-    /// Takes `count` elements of `elementBytes` in memory from the budget. Throws
-    /// "seek over buffer size" where it does not hold them.
+    /// Spends the memory of `count` elements, as many as 32 bits count.
     void Charge(u64 count, u64 elementBytes) {
-        if (count > memoryBudget / elementBytes) ZVSmartFormat::ThrowOutOfData();
-        memoryBudget -= count * elementBytes;
+        Spend(ZVSmartFormat::ListMemory(count, elementBytes));
     }
+    /// The same for a copy of `text`.
+    void ChargeText(const std::wstring& text) { Spend(ZVSmartFormat::TextMemory(text.size())); }
     void U32List(std::vector<u32>& list) { NumberList<u32>(list); }
     /// A count and that many elements that consist of doubles alone, such as points.
     template <class Element>
@@ -98,6 +115,7 @@ class FieldReader {
         DropBuffer(bytes);
         if (byteCount == 0) return;
         if (byteCount > source.BytesLeft()) ZVSmartFormat::ThrowOutOfData();
+        Charge(byteCount, 1);
         bytes = static_cast<u8*>(std::malloc(static_cast<std::size_t>(byteCount)));
         if (bytes == nullptr) ZVSmartFormat::ThrowNotAllocated();
         std::memcpy(bytes, source.Take(byteCount), static_cast<std::size_t>(byteCount));
@@ -121,6 +139,22 @@ class FieldReader {
         return base + perByte * std::min(storedBytes, mostBytes);
     }
 
+    void Spend(u64 bytes) {
+        if (!budget.Take(bytes)) throw ZVSmartFormat::OverLimit();
+    }
+
+    /// The lists of an object take what they take in the file, which is there.
+    template <class Object>
+    void ReadObject(Object& object, u32 version) {
+        if constexpr (HasLists<Object>) {
+            const u64 start = source.GetPos();
+            object.ReadSerial(&serial, version);
+            Spend(ZVSmartFormat::ObjectMemory(source.GetPos() - start));
+        } else {
+            object.ReadSerial(&serial, version);
+        }
+    }
+
     template <class Unsigned>
     void Number(Unsigned& value) {
         value = ZVSmartFormat::LoadBigEndian<Unsigned>(source.Take(sizeof value));
@@ -130,14 +164,17 @@ class FieldReader {
     template <class Unsigned, class Element>
     void NumberList(std::vector<Element>& list) {
         using Elements = ZVSmartFormat::BigEndianElements<Unsigned, Element>;
-        const u64 byteCount = u64{Count(sizeof(Element))} * sizeof(Element);
+        const u32 count = Count(sizeof(Element));
+        Charge(count, sizeof(Element));
+        const u64 byteCount = u64{count} * sizeof(Element);
         const u8* const bytes = source.Take(byteCount);
         list.assign(Elements(bytes), Elements(bytes + byteCount));
     }
 
     Source& source;
     CZVFTSerialReader serial;
-    u64 memoryBudget;
+    ZVSmartFormat::MemoryBudget ownBudget;
+    ZVSmartFormat::MemoryBudget& budget;
 };
 
 }  // namespace ZVSmartSerial

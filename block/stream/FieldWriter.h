@@ -42,6 +42,10 @@ class FieldWriter {
         serial.WriteCount(list.size());
         for (const Element& element : list) visit(element);
     }
+    /// The count of what the caller then visits itself, such as a map.
+    void Count(u64 count) { serial.WriteCount(count); }
+    /// Memory is the reader's concern.
+    void Charge(u64 /*count*/, u64 /*elementBytes*/) {}
     void U32List(const std::vector<u32>& list) {
         serial.WriteCount(list.size());
         serial.WriteU32Array(list.data(), list.size());

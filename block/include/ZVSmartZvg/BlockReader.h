@@ -27,7 +27,7 @@ enum class EZVLGMiss : unsigned char {
 /// and floors are decoded when they are asked for and kept in two small caches.
 ///
 /// Untrusted files are safe: a query on a damaged file returns a neutral result or throws
-/// CZVFTStreamException, and takes no memory beyond what the file's bytes account for. Every
+/// CZVFTStreamException, and takes no memory beyond `SetDecodedBlockLimit`. Every
 /// query leaves the stream's position as it was. A block that does not decode answers like one
 /// that is not there; `GetLastMiss` tells the two apart. Before `Init`, and after a failed one,
 /// lookups answer neutrally.
@@ -41,9 +41,11 @@ class ZVLG_API CZVLGBlockReader {
     CZVLGBlockReader(const CZVLGBlockReader&) = delete;
     CZVLGBlockReader& operator=(const CZVLGBlockReader&) = delete;
 
-    /// The largest decoded size of a block, in bytes: one that announces more does not decode.
-    /// 0xFFFFFFFF unless set, and at most: the format has no larger blocks. It stays for every
-    /// later `Init`.
+    /// What one call may take: the decoded size of a block, in bytes, and the memory of the
+    /// records that the call reads. A block that announces more does not decode, a record that
+    /// would take more is refused as "seek over buffer size". Unless set a block may have
+    /// 0xFFFFFFFF bytes, which is the most, and records may take 256 MiB. It stays for every later
+    /// `Init`.
     void SetDecodedBlockLimit(unsigned long long bytes);
 
     /// Opens the file at `in`'s position, which becomes the file's base; `in` is borrowed and
@@ -71,11 +73,11 @@ class ZVLG_API CZVLGBlockReader {
     ///   geometry without bytes, a preview without an image; any query before `Init`; an `Init`
     ///   that throws "it's not zvg file format" or "it's upper zvg format".
     /// - Damaged: a block that does not decode or is larger than the limit; a record that cannot
-    ///   be located or read; an identification that leads to no stored geometry; a component that
-    ///   refers to rows which are not there, so that fields which it has are left empty; a section
-    ///   whose count, size and place contradict each other, so that records may be hidden. The
-    ///   last is also told by an `Init` that returns true, and by the queries for numbers of
-    ///   records and for one beyond the count.
+    ///   be located or read, or takes more memory than the limit; an identification that leads to
+    ///   no stored geometry; a component that refers to rows which are not there, so that fields
+    ///   which it has are left empty; a section whose count, size and place contradict each other,
+    ///   so that records may be hidden. The last is also told by an `Init` that returns true, and
+    ///   by the queries for numbers of records and for one beyond the count.
     /// - Unread: a read or a seek within the size that the stream tells failed or fell short.
     ///
     /// After a failed `Init` every query is told as that `Init` was. `GetVersion`, `GetHeadInfo`,

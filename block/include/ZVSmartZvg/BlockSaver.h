@@ -51,7 +51,8 @@ class ZVLG_API CZVLGBlockSaver {
     /// Stores `geo` under `identification`. An empty identification is ignored; one that is
     /// already there keeps its first geometry. Ask `IsHaveIdentificationGeo` first: a repeated
     /// geometry may still cost room in the file. Throws "encode error", with nothing stored, for
-    /// an image or blob that announces bytes and has none.
+    /// an image or blob that announces bytes and has none, and for a record that would take more
+    /// than 256 MiB when it is read: readers refuse it unless their host allows more.
     void AddIdentificationGeo(const std::wstring& identification, const SZVLGZvgGeo& geo);
 
     /// Whether `identification` is not empty and has a geometry in this file.
@@ -63,7 +64,9 @@ class ZVLG_API CZVLGBlockSaver {
 
     /// Stores a component and the geometries it brings. A component whose `compGuidName` is on
     /// its floor already is dropped. Throws "encode error", with nothing stored, where a
-    /// reference's image or blob announces bytes and has none.
+    /// reference's image or blob announces bytes and has none, where one of its geometries would
+    /// take more than 256 MiB when it is read, the component with its rows more than 192 MiB, or
+    /// its floor's name or what it brings to a class table more than 8 MiB.
     void AddComp(const SZVLGZvgComp& comp);
 
     /// Stores `geo` under a key that the saver makes up, and returns the key.
