@@ -29,7 +29,7 @@ bool ParseUnsigned32(const std::wstring& text, u32& value) {
 
 void ApplyDisplacement(const ZVSmartFormat::CZVFTIniFile& settings, const std::wstring& className,
                        SZVLGZvgDisplayAttr& attr) {
-    constexpr u16 hasZBufferSize = 0x40;
+    constexpr u16 hasZBufferSize = DisplayAttrFlag::zBufferSize;
     if ((attr.flags & hasZBufferSize) != 0 || !settings.IsValid()) return;
     const std::wstring value = settings.GetValue(L"ZBufferSize", className);
     if (value.empty()) return;

@@ -50,40 +50,39 @@ void VisitProperties(Visitor& visitor, Properties& properties) {
 /// Before version 2 alpha stands apart from the colour, and an alpha of its own implies one.
 template <class Visitor, class Attr>
 void VisitEarlyColour(Visitor& visitor, Attr& attr) {
-    constexpr u16 colour = 0x10;
-    constexpr u16 alphaApart = 0x20;
     constexpr u8 opaque = 0xFF;
-    if (attr.flags & colour) {
+    if (attr.flags & DisplayAttrFlag::colour) {
         visitor.U8(attr.red);
         visitor.U8(attr.green);
         visitor.U8(attr.blue);
     }
-    if ((attr.flags & alphaApart) == 0) return;
+    if ((attr.flags & DisplayAttrFlag::earlyAlpha) == 0) return;
     u32 value = attr.alpha;
     visitor.U32(value);
     if constexpr (Visitor::reading) {
         attr.alpha = static_cast<u8>(value);
-        if (attr.alpha != opaque) attr.flags |= colour;
+        if (attr.alpha != opaque) attr.flags |= DisplayAttrFlag::colour;
     }
 }
 
 template <class Visitor, class Attr>
 void VisitDisplayAttrExtension(Visitor& visitor, Attr& attr) {
-    const auto has = [&attr](int bit) { return (attr.flags2 >> bit & 1) != 0; };
-    if (has(17)) {
+    namespace Flag = DisplayAttrFlag2;
+    const auto has = [&attr](u32 flag) { return (attr.flags2 & flag) != 0; };
+    if (has(Flag::secondColour)) {
         visitor.U8(attr.red2);
         visitor.U8(attr.green2);
         visitor.U8(attr.blue2);
         visitor.U8(attr.alpha2);
     }
-    if (has(18)) visitor.Text(attr.name2);
-    if (has(19)) visitor.F64(attr.real1);
-    if (has(20)) visitor.F64(attr.real2);
-    if (has(21)) visitor.F64(attr.real3);
-    if (has(22)) visitor.F64(attr.real4);
-    if (has(23)) visitor.F64(attr.real5);
-    if (has(27)) visitor.Text(attr.name3);
-    if (has(28)) {
+    if (has(Flag::name2)) visitor.Text(attr.name2);
+    if (has(Flag::real1)) visitor.F64(attr.real1);
+    if (has(Flag::real2)) visitor.F64(attr.real2);
+    if (has(Flag::real3)) visitor.F64(attr.real3);
+    if (has(Flag::real4)) visitor.F64(attr.real4);
+    if (has(Flag::real5)) visitor.F64(attr.real5);
+    if (has(Flag::name3)) visitor.Text(attr.name3);
+    if (has(Flag::fill)) {
         visitor.U8(attr.fillRed);
         visitor.U8(attr.fillGreen);
         visitor.U8(attr.fillBlue);
@@ -91,12 +90,12 @@ void VisitDisplayAttrExtension(Visitor& visitor, Attr& attr) {
         visitor.F64(attr.fillReal);
         visitor.Text(attr.fillName);
     }
-    if (has(29)) {
+    if (has(Flag::hatch)) {
         visitor.F64(attr.hatchReal);
         visitor.Text(attr.hatchName);
     }
-    if (has(30)) visitor.F64(attr.real6);
-    if (has(31)) visitor.U32(attr.last32);
+    if (has(Flag::real6)) visitor.F64(attr.real6);
+    if (has(Flag::last32)) visitor.U32(attr.last32);
 }
 
 template <class Visitor, class Attr>
@@ -105,21 +104,21 @@ void VisitDisplayAttr(Visitor& visitor, Attr& attr, unsigned int version) {
     if (HasFlags2(version)) visitor.U32(attr.flags2);
     if (!HasAlphaWithColour(version)) {
         VisitEarlyColour(visitor, attr);
-    } else if (attr.flags & 0x10) {
+    } else if (attr.flags & DisplayAttrFlag::colour) {
         visitor.U8(attr.red);
         visitor.U8(attr.green);
         visitor.U8(attr.blue);
         visitor.U8(attr.alpha);
     }
-    if (attr.flags & 0x40) visitor.U32(attr.zBufferSize);
-    if (attr.flags & 0x80) visitor.Text(attr.styleName);
-    if (attr.flags & 0x200) {
+    if (attr.flags & DisplayAttrFlag::zBufferSize) visitor.U32(attr.zBufferSize);
+    if (attr.flags & DisplayAttrFlag::styleName) visitor.Text(attr.styleName);
+    if (attr.flags & DisplayAttrFlag::line) {
         visitor.U32(attr.lineValue);
         visitor.U8(attr.lineByte);
     }
-    if (attr.flags & 0x400) visitor.U8(attr.extraByte);
-    if (attr.flags & 0x4000) visitor.Versioned(attr.transf);
-    if (attr.flags & 0x8000) VisitProperties(visitor, attr.properties);
+    if (attr.flags & DisplayAttrFlag::extraByte) visitor.U8(attr.extraByte);
+    if (attr.flags & DisplayAttrFlag::transf) visitor.Versioned(attr.transf);
+    if (attr.flags & DisplayAttrFlag::properties) VisitProperties(visitor, attr.properties);
     if (HasFlags2(version)) VisitDisplayAttrExtension(visitor, attr);
 }
 
