@@ -62,11 +62,15 @@ class ZVLG_API CZVLGBlockSaver {
     /// pixels or the file has a preview already.
     bool AddPreviewImage(const SZVLGZvgGeoImage& image);
 
-    /// Stores a component and the geometries it brings. A component whose `compGuidName` is on
-    /// its floor already is dropped. Throws "encode error", with nothing stored, where a
-    /// reference's image or blob announces bytes and has none, where one of its geometries would
-    /// take more than 256 MiB when it is read, the component with its rows more than 192 MiB, or
-    /// its floor's name or what it brings to a class table more than 8 MiB.
+    /// Stores a component and the geometries it brings. A component that is on its floor already
+    /// is dropped, and so are its geometries: one with the same GUID in `compGuidName` where that
+    /// is not all zero, whatever the names, else one with the same name. (What it brings first of
+    /// floor and classes stays.) Identification rows go the same way: by GUID where it is not all
+    /// zero, else by name and both texts, and the first one's texts stand for all. Throws "encode
+    /// error", with nothing stored, where a reference's image or blob announces bytes and has none,
+    /// where one of its geometries would take more than 256 MiB when it is read, the component with
+    /// its rows more than 192 MiB, or its floor's name or what it brings to a class table more than
+    /// 8 MiB.
     void AddComp(const SZVLGZvgComp& comp);
 
     /// Stores `geo` under a key that the saver makes up, and returns the key.

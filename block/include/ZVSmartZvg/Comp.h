@@ -24,10 +24,13 @@ struct SZVLGZvgMaterial {
     PropertyList properties;  ///< the host's own
 };
 
-/// A row that leads from a component to a stored geometry; rows are shared within a floor.
+/// A row that leads from a component to a stored geometry; rows are shared within a floor. Two
+/// rows are one where their GUIDs agree and are not all zero, else where their names and both
+/// texts agree. Of rows that are one the first is stored; the name and texts of the others are
+/// dropped, and their components get the first one's.
 struct SZVLGZvgGeoId {
-    SerialKey guidName;  ///< what identifies the row within its floor, and names its geometry
-    /// Texts of the host's own; where the name is "none", they identify the row with it.
+    SerialKey guidName;  ///< identifies the row within its floor, and names its geometry
+    /// Texts of the host's own; where the GUID is all zero, they identify the row with the name.
     /// @{
     std::wstring textA, textB;
     /// @}
@@ -56,7 +59,10 @@ struct SZVLGZvgCompGeoRef {
 /// One building component.
 ///
 /// The names of floor and classes, their ids and attributes and the owner group go into shared
-/// tables, where the first component that brings a name fixes what is stored for it.
+/// tables, where the first component that brings a name fixes what is stored for it; what later
+/// ones bring for that name is dropped. Components of a floor, and owner groups below a level 4,
+/// are told apart by their GUID where it is not all zero, else by their name; of components that
+/// are one the first is stored and the others are dropped, their geometries included.
 struct SZVLGZvgComp {
     std::wstring classLevel1Name;  ///< the floor's name
     u32 classLevel1Id = 0;         ///< the floor's order

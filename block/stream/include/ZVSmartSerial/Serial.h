@@ -27,11 +27,15 @@ ZVFT_API bool operator==(const SerialGuid& a, const SerialGuid& b);
 ZVFT_API bool operator!=(const SerialGuid& a, const SerialGuid& b);
 /// @}
 
-/// A GUID name: an identity by name or by GUID. The name takes precedence: where it is not
-/// empty, the GUID is not stored.
+/// A GUID name: an identity by name or by GUID.
+///
+/// Stored is the name; the GUID only where the name is empty. A saver that looks whether it has an
+/// identity already goes by the GUID where that is not all zero, whatever the name, else by the
+/// name. So of two keys with one GUID and two names only the first is kept, and two keys of
+/// different GUIDs and one name are both stored and read back alike, without their GUIDs.
 struct ZVFT_API SerialKey {
-    SerialGuid guid;              ///< the identity where `name` is empty
-    std::wstring name = L"none";  ///< the identity where it is not empty; "none" says nothing
+    SerialGuid guid;              ///< where not all zero, what tells keys apart while writing
+    std::wstring name = L"none";  ///< where not empty, what is stored; "none" says nothing
 
     /// Says nothing: the name "none".
     SerialKey();
