@@ -83,7 +83,7 @@ TEST(Format, HeadsThatAreRefused) {
                           {file.size(), 9, 1, "it's upper zvg format"},
                           {12, 0, 'z', "seek over buffer size"},
                           {21, 0, 'z', "seek over buffer size"},
-                          {25, 0, 'z', "seek over buffer size"}};
+                          {25, 0, 'z', ""}};  // the head is whole: false
     for (const Case& each : cases) {
         Bytes damaged = Bytes(3) + Slice(file, 0, each.size);
         if (each.size != 0) damaged[3 + each.at] = each.value;
