@@ -165,6 +165,7 @@ SaverStep CompStep(u32 floor, u32 number) {
     comp.classLevel1Id = 40 + floor;
     if (number == 0) comp.classLevel4Attr = FullAttr();
     comp.compGuidName = L"comp " + std::to_wstring(number);
+    for (SZVLGZvgCompGeoRef& reference : comp.geoRefs) reference.geoIds[0].guidName = L"geo 5";
     comp.geoRefs.push_back({L"geo 5", SampleGeo(5), 0, 0, 0, {}, {}});
     return [comp](CZVLGBlockSaver& saver, CZVFTOutStream&) { saver.AddComp(comp); };
 }

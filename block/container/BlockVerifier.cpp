@@ -1,8 +1,16 @@
 #include "ZVSmartZvg/BlockVerifier.h"
 
+#include <algorithm>
 #include <limits>
+#include <optional>
 
 #include "component/FloorBlock.h"
+#include "container/BoundedInStream.h"
+#include "container/ClassCheck.h"
+#include "container/FloorCheck.h"
+#include "container/GeoCheck.h"
+#include "container/IdentityCheck.h"
+#include "container/Seal.h"
 #include "container/SectionCheck.h"
 #include "geometry/GeoIdentTable.h"
 #include "geometry/GeoSerial.h"
@@ -11,24 +19,26 @@
 #include "stream/CompressedBlock.h"
 #include "stream/PositionGuard.h"
 #include "stream/RecordInStream.h"
+#include "stream/WatchedInStream.h"
 
 namespace ZVSmartZvg {
 
 using ZVSmartFormat::CheckedInStream;
 using ZVSmartFormat::CZVFTInStream;
+using ZVSmartFormat::CZVFTStreamException;
 using ZVSmartFormat::DecodedBlock;
 using ZVSmartFormat::RecordInStream;
-using ZVSmartSerial::FieldReader;
 
 namespace {
 
-/// How many rows the classification tables have, by which a component's indices are checked.
-struct ClassCounts {
-    struct Level2 {
-        std::vector<std::vector<u32>> owners;  // per level-3 row, per level-4 row
-        u32 level2b = 0;
-    };
-    std::vector<Level2> level2;
+constexpr u64 wholeStream = std::numeric_limits<u64>::max();
+
+/// A geometry block, and what is told of it.
+struct GeoBlockState {
+    u32 count = 0;
+    bool isDecoded = false;
+    std::optional<std::size_t> finding;
+    u64 lostIdentifications = 0;  // those that lead to what the finding tells of
 };
 
 class Verification {
@@ -37,228 +47,297 @@ class Verification {
         : stream(stream), in(stream), basePos(stream.GetPos()), findings(findings) {}
 
     /// In the file's order, but for the index block, whose tables the floors refer to.
-    void Run() {
-        ReadFileHead(stream, head);
-        const u64 floorSectionOffset = ZVSmartFormat::LoadBigEndian<u32>(in.Take(4));
-        CheckGeoBlocks();
-        const u64 floorsBegin = in.GetPos();
-        if (floorsBegin != basePos + floorSectionOffset)
-            findings.Add(FilePosition(floorsBegin),
-                         "the floor section does not begin where the geometry blocks end");
-        const Section floors = ReadSection(in, basePos + floorSectionOffset);
-        in.Seek(floors.End());
-        CheckIndexBlock();
-        const u64 end = in.GetPos();
-        if (end != in.GetSize())
-            findings.Add(FilePosition(end),
-                         std::to_string(in.GetSize() - end) + " bytes behind the end of the file");
-        in.Seek(floors.position);
-        CheckFloors();
-    }
+    void Run();
 
   private:
     unsigned long long FilePosition(u64 position) const { return position - basePos; }
-    Place FilePlace() const { return {0, false, basePos}; }
+    Place FilePlace() const { return {0, "", basePos}; }
 
     bool ReadBlock(const std::string& what, DecodedBlock& block);
     template <class CheckContent>
-    void CheckBlock(const std::string& what, CheckContent checkContent);
+    void CheckBlock(const std::string& what, DecodedBlock& block, CheckContent checkContent);
 
     void CheckGeoBlocks();
-    void CheckGeoRecord(RecordInStream& content);
+    void CheckGeoRecord(RecordInStream& content) const;
+    u64 FloorsBegin(u64 told);
+    u64 IndexBegin(const SZVLGSectionHead& floors, u64 floorsBegin);
+    bool IsSectionAt(u64 position);
     void CheckIndexBlock();
-    ClassCounts::Level2 CheckLevel2Row(RecordInStream& index, const Place& place);
-    std::vector<u32> CheckLevel3Row(RecordInStream& index, const Place& place);
-    u32 CheckLevel4Row(RecordInStream& index, const Place& place);
-    void CheckIdentifications(RecordInStream& index, const Place& place);
-    void CheckFloors();
-    void CheckFloorBlock(RecordInStream& content, const Place& place);
-    void CheckRows(const EntryRows& rows);
-    void CheckRow(u32 row, std::size_t count, const char* table);
+    void CheckIdentifications(const Place& place);
+    void CheckIdentification(u32 i, const SZVLGZvgGeoIndex& geo, Tally& tally);
+    void TellLostIdentifications();
+    void CheckFloors(u64 floorsBegin);
+    void CheckEnd(u64 end);
 
     CZVFTInStream& stream;
     CheckedInStream in;
     u64 basePos;
     Findings& findings;
     FileHead head;
-    std::vector<u32> geoCounts;  // per geometry block
-    ClassCounts classes;
-    unsigned long long blockPosition = 0;  // of the block being checked
+    std::optional<std::size_t> geoSectionFinding;
+    u64 lostWithSection = 0;  // identifications into blocks that its finding hides
+    std::vector<GeoBlockState> geoBlocks;
+    DecodedBlock indexBlock;
+    std::optional<ClassCheck> classes;
+    std::optional<GeoIdentTable> identifications;
+    std::size_t contentFindings = 0;  // those inside blocks, whose bytes are as they were written
 };
 
+void Verification::Run() {
+    const auto theHead = [] { return std::string("the head"); };
+    u64 told = 0;
+    const bool hasHead = findings.Guard(0, theHead, [&] {
+        ReadFileHead(stream, head);
+        told = basePos + ZVSmartFormat::LoadBigEndian<u32>(in.Take(4));
+    });
+    if (!hasHead) return;
+    classes.emplace(head.version, findings);
+    CheckGeoBlocks();
+    const u64 floorsBegin = FloorsBegin(told);
+    in.Seek(floorsBegin);
+    SZVLGSectionHead floors;
+    ZVSmartSerial::FieldReader<CheckedInStream> reader(in);
+    VisitSectionHead(reader, floors);
+    u64 end = 0;
+    if (floors.IsPossible(in.GetSize() - floorsBegin)) {
+        in.Seek(IndexBegin(floors, floorsBegin));
+        const auto theIndex = [] { return std::string("the index block"); };
+        if (findings.Guard(FilePosition(in.GetPos()), theIndex, [&] { CheckIndexBlock(); }))
+            end = in.GetPos();
+    }
+    TellLostIdentifications();
+    CheckFloors(floorsBegin);
+    if (end != 0) CheckEnd(end);
+}
+
+/// Decodes the block at the stream's position. False where it is not certain where it ends. Throws
+/// Findings::Told where it does not decode.
 bool Verification::ReadBlock(const std::string& what, DecodedBlock& block) {
     const u64 position = in.GetPos();
     const ZVSmartFormat::BlockFrame frame = ZVSmartFormat::ReadBlockFrame(in);
     if (!ReadCompressedBlock(in, std::numeric_limits<u32>::max(), block)) {
         findings.Add(FilePosition(position), what + " does not decode");
-        if (frame.blockSize != 0) in.Seek(position + frame.blockSize);
-        return false;
+        throw Findings::Told();
     }
-    if (frame.blockSize != frame.encodedSize + 4)
-        findings.Add(FilePosition(position + 4 + frame.encodedSize),
-                     what + ": bytes behind the compressed data");
-    return true;
+    if (frame.blockSize == frame.encodedSize + 4) return true;
+    findings.Add(FilePosition(position + 4 + frame.encodedSize),
+                 what + ": bytes behind the compressed data");
+    return false;
 }
 
 /// Decodes the block at the stream's position and checks what is in it, to its last byte.
 template <class CheckContent>
-void Verification::CheckBlock(const std::string& what, CheckContent checkContent) {
-    const u64 position = in.GetPos();
-    DecodedBlock block;
-    if (!ReadBlock(what, block)) return;
+void Verification::CheckBlock(const std::string& what, DecodedBlock& block,
+                              CheckContent checkContent) {
+    const Place place{FilePosition(in.GetPos()), what, 0};
+    const bool isEndCertain = ReadBlock(what, block);
+    const std::size_t before = findings.Count();
     RecordInStream content(block.Data(), block.Size());
-    blockPosition = FilePosition(position);
-    const Place place{blockPosition, true, 0};
-    const bool whole =
-        findings.Guard(place.filePosition, what, [&] { checkContent(content, place); });
-    if (whole && content.BytesLeft() != 0)
+    const auto name = [&] { return what; };
+    const bool isWhole =
+        findings.Guard(place.filePosition, name, [&] { checkContent(content, place); });
+    if (isWhole && content.BytesLeft() != 0)
         findings.Add(place.filePosition,
                      what + ": " + std::to_string(content.BytesLeft()) + " bytes left over");
+    contentFindings += findings.Count() - before;
+    if (!isEndCertain) throw Findings::Told();
 }
 
 void Verification::CheckGeoBlocks() {
-    CheckSection(in, FilePlace(), "geometry block section", findings, [&](u32 i) {
-        geoCounts.resize(std::size_t{i} + 1);
-        CheckBlock("geometry block " + std::to_string(i), [&](RecordInStream& content,
-                                                              const Place& place) {
-            const Section records = CheckSection(content, place, "geometry records", findings,
-                                                 [&](u32) { CheckGeoRecord(content); });
-            geoCounts[i] = records.Count();
-        });
-    });
+    constexpr const char* name = "geometry block section";
+    if (!IsSectionAt(in.GetPos())) geoSectionFinding = findings.Count();
+    const auto check = [&](u32 i) {
+        if (geoBlocks.size() <= i) geoBlocks.resize(std::size_t{i} + 1);
+        GeoBlockState& state = geoBlocks[i];
+        const std::size_t before = findings.Count();
+        const auto blockName = [i] { return "geometry block " + std::to_string(i); };
+        const auto checkRecords = [&](RecordInStream& content, const Place& place) {
+            state.isDecoded = true;
+            const auto visit = [&](u32) { CheckGeoRecord(content); };
+            state.count = CheckSection(content, place, "records", findings, visit).Count();
+        };
+        DecodedBlock block;
+        const bool isRead = findings.Guard(FilePosition(in.GetPos()), blockName,
+                                           [&] { CheckBlock(blockName(), block, checkRecords); });
+        if (findings.Count() != before) state.finding = before;
+        if (!isRead) throw Findings::Told();
+    };
+    findings.Guard(
+        FilePosition(in.GetPos()), [] { return std::string(name); },
+        [&] { CheckSection(in, FilePlace(), name, findings, check); });
 }
 
-void Verification::CheckGeoRecord(RecordInStream& content) {
+void Verification::CheckGeoRecord(RecordInStream& content) const {
     const u32 byteCount = ZVSmartFormat::LoadBigEndian<u32>(content.Take(4));
     RecordInStream record(content.Take(byteCount), byteCount);
     SZVLGZvgGeo geo;
     ReadGeo(record, geo, head.version);
-    if (record.BytesLeft() != 0) throw ZVSmartFormat::CZVFTStreamException("bytes left over");
+    if (record.BytesLeft() != 0) throw CZVFTStreamException("bytes left over");
+    const std::string fault = FaultOf(geo);
+    if (!fault.empty()) throw CZVFTStreamException(fault.c_str());
+}
+
+bool Verification::IsSectionAt(u64 position) {
+    if (position > in.GetSize() || in.GetSize() - position < SZVLGSectionHead::byteSize)
+        return false;
+    const ZVSmartFormat::PositionGuard guard(in);
+    in.Seek(position);
+    ZVSmartSerial::FieldReader<CheckedInStream> reader(in);
+    SZVLGSectionHead stored;
+    VisitSectionHead(reader, stored);
+    return FaultOf(stored, in.GetSize() - position) == nullptr;
+}
+
+/// Where the floor section begins: the head tells it, and so do the geometry blocks, behind which
+/// the stream is. If they disagree one of them is damaged, and what looks like a section counts.
+u64 Verification::FloorsBegin(u64 told) {
+    const u64 behindGeos = in.GetPos();
+    if (told == behindGeos) return told;
+    if (geoSectionFinding) return told;
+    findings.Add(FilePosition(behindGeos),
+                 "the floor section does not begin where the geometry blocks end");
+    return IsSectionAt(behindGeos) ? behindGeos : told;
+}
+
+/// Where the index block begins, by the total size of the floors or, if no block is there, by
+/// their count.
+u64 Verification::IndexBegin(const SZVLGSectionHead& floors, u64 floorsBegin) {
+    const u64 bySize = floorsBegin + floors.totalSize;
+    const u64 byCount = floorsBegin + floors.tableOffset + u64{floors.count} * floors.EntryWidth();
+    if (bySize == byCount || byCount > in.GetSize()) return bySize;
+    in.Seek(bySize);
+    return ZVSmartFormat::ReadBlockFrame(in).encodedSize != 0 ? bySize : byCount;
 }
 
 void Verification::CheckIndexBlock() {
-    CheckBlock("the index block", [&](RecordInStream& index, const Place& place) {
-        CheckSection(index, place, "level-2 table", findings, [&](u32 i) {
-            classes.level2.resize(std::size_t{i} + 1);
-            classes.level2[i] = CheckLevel2Row(index, place);
-        });
-        CheckIdentifications(index, place);
+    CheckBlock("the index block", indexBlock, [&](RecordInStream& content, const Place& place) {
+        classes->Read(content, place);
+        identifications.emplace(content);
+        CheckIdentifications(place);
     });
 }
 
-ClassCounts::Level2 Verification::CheckLevel2Row(RecordInStream& index, const Place& place) {
-    FieldReader<RecordInStream> reader(index);
-    SZVLGZvgComp row;
-    VisitClassName(reader, row.classLevel2Name, row.classLevel2Id);
-    ClassCounts::Level2 counts;
-    CheckSection(index, place, "level-3 table", findings, [&](u32 i) {
-        counts.owners.resize(std::size_t{i} + 1);
-        counts.owners[i] = CheckLevel3Row(index, place);
-    });
-    const Section level2b = CheckSection(index, place, "level-2b table", findings, [&](u32) {
-        VisitClassName(reader, row.classLevel2bName, row.classLevel2bId);
-        VisitDisplayAttr(reader, row.classLevel2bAttr, head.version);
-    });
-    counts.level2b = level2b.Count();
-    return counts;
-}
-
-std::vector<u32> Verification::CheckLevel3Row(RecordInStream& index, const Place& place) {
-    FieldReader<RecordInStream> reader(index);
-    SZVLGZvgComp row;
-    VisitClassName(reader, row.classLevel3Name, row.classLevel3Id);
-    std::vector<u32> owners;
-    CheckSection(index, place, "level-4 table", findings, [&](u32 i) {
-        owners.resize(std::size_t{i} + 1);
-        owners[i] = CheckLevel4Row(index, place);
-    });
-    return owners;
-}
-
-u32 Verification::CheckLevel4Row(RecordInStream& index, const Place& place) {
-    FieldReader<RecordInStream> reader(index);
-    SZVLGZvgComp row;
-    VisitClassName(reader, row.classLevel4Name, row.classLevel4Id);
-    VisitDisplayAttr(reader, row.classLevel4Attr, head.version);
-    const Section owners = CheckSection(index, place, "owner table", findings,
-                                        [&](u32) { VisitOwnerRow(reader, row); });
-    return owners.Count();
-}
-
-void Verification::CheckIdentifications(RecordInStream& index, const Place& place) {
-    const GeoIdentTable table(index);
-    if (!table.WasInOrder())
+void Verification::CheckIdentifications(const Place& place) {
+    if (!identifications->WasInOrder())
         findings.Add(place.filePosition, "the identifications are not in ascending order");
+    Tally tally;
     std::wstring identification;
-    for (u32 i = 0; i < table.Count(); ++i) {
+    for (u32 i = 0; i < identifications->Count(); ++i) {
         SZVLGZvgGeoIndex geo;
-        table.Get(i, identification, geo);
-        if (geo.blockIndex >= geoCounts.size() || geo.indexInBlock >= geoCounts[geo.blockIndex])
-            findings.Add(place.filePosition,
-                         "identification " + std::to_string(i) + " leads to no geometry");
+        identifications->Get(i, identification, geo);
+        CheckIdentification(i, geo, tally);
+    }
+    tally.Tell(place.filePosition, findings);
+}
+
+/// One that leads to what a finding tells of hangs on that.
+void Verification::CheckIdentification(u32 i, const SZVLGZvgGeoIndex& geo, Tally& tally) {
+    if (geo.blockIndex < geoBlocks.size()) {
+        GeoBlockState& state = geoBlocks[geo.blockIndex];
+        if (state.isDecoded && geo.indexInBlock < state.count) return;
+        if (state.finding) {
+            ++state.lostIdentifications;
+            return;
+        }
+    } else if (geoSectionFinding) {
+        ++lostWithSection;
+        return;
+    }
+    tally.Meet("identification",
+               [i] { return "identification " + std::to_string(i) + " leads to no geometry"; });
+}
+
+void Verification::TellLostIdentifications() {
+    const auto tell = [&](std::optional<std::size_t> finding, u64 count, const char* whither) {
+        if (!finding || count == 0) return;
+        findings.AppendTo(*finding,
+                          "; " + std::to_string(count) +
+                              (count == 1 ? " identification leads " : " identifications lead ") +
+                              whither);
+    };
+    for (const GeoBlockState& state : geoBlocks)
+        tell(state.finding, state.lostIdentifications, "into it");
+    tell(geoSectionFinding, lostWithSection, "to blocks that are not there");
+}
+
+void Verification::CheckFloors(u64 floorsBegin) {
+    in.Seek(floorsBegin);
+    constexpr const char* name = "floor section";
+    Identities names;
+    CheckSection(in, FilePlace(), name, findings, [&](u32 i) {
+        const FloorFields fields = ReadFloorFields(in);
+        const std::wstring& floor = fields.classLevel1Name;
+        names.Meet(i, NameKey(floor.empty() ? L"none" : floor));
+        DecodedBlock block;
+        FloorCheck check(head.version, *classes, identifications ? &*identifications : nullptr,
+                         findings);
+        CheckBlock("floor " + std::to_string(i), block,
+                   [&](RecordInStream& content, const Place& place) { check.Run(content, place); });
+    });
+    names.Tell(
+        FilePosition(floorsBegin), [] { return std::string(name); }, findings);
+}
+
+/// What is behind the index block: nothing, or a seal. Its checksum is asked where nothing else
+/// tells of changed bytes.
+void Verification::CheckEnd(u64 end) {
+    const u64 bytesLeft = in.GetSize() - end;
+    if (bytesLeft == 0) return;
+    in.Seek(end);
+    const Seal seal = bytesLeft == sealBytes ? ReadSeal(in) : Seal();
+    if (!seal.isThere) {
+        findings.Add(FilePosition(end),
+                     std::to_string(bytesLeft) + " bytes behind the end of the file");
+    } else if (seal.length != FilePosition(end)) {
+        findings.Add(FilePosition(end), "the seal is for " + std::to_string(seal.length) +
+                                            " bytes, the file has " +
+                                            std::to_string(FilePosition(end)));
+    } else if (findings.Count() <= contentFindings) {
+        in.Seek(basePos);
+        if (CrcOf(in, FilePosition(end)) != seal.crc)
+            findings.Add(FilePosition(end),
+                         "the seal does not match: bytes of the file, or of "
+                         "the seal itself, have changed");
     }
 }
 
-void Verification::CheckFloors() {
-    CheckSection(in, FilePlace(), "floor section", findings, [&](u32 i) {
-        ReadFloorFields(in);
-        CheckBlock(
-            "the block of floor " + std::to_string(i),
-            [&](RecordInStream& content, const Place& place) { CheckFloorBlock(content, place); });
-    });
+void VerifyStream(CZVFTInStream& stream, Findings& findings) {
+    const auto theFile = [] { return std::string("the file"); };
+    try {
+        findings.Guard(0, theFile, [&] { Verification(stream, findings).Run(); });
+    } catch (const Findings::Full&) {  // as many as are reported
+    }
 }
 
-/// The rows come behind the components that refer to them: their count is looked up first.
-void Verification::CheckFloorBlock(RecordInStream& content, const Place& place) {
-    const Section components = ReadSection(content, 0);
-    const Section geoIds = ReadSection(content, components.End());
-    content.Seek(0);
-    FieldReader<RecordInStream> reader(content);
-    CheckSection(content, place, "component table", findings, [&](u32) {
-        SZVLGZvgComp comp;
-        EntryRows rows;
-        ReferenceRows referenceRows;
-        VisitComponentEntry(reader, comp, rows, referenceRows, head.version);
-        const u64 end = content.GetPos();
-        CheckRows(rows);
-        for (const std::vector<u32>& numbers : referenceRows)
-            for (const u32 number : numbers)
-                CheckRow(number, geoIds.Count(), "the floor's identification table");
-        content.Seek(end);
-    });
-    CheckSection(content, place, "identification table", findings, [&](u32) {
-        SZVLGZvgGeoId row;
-        VisitGeoIdRow(reader, row);
-    });
-}
-
-void Verification::CheckRow(u32 row, std::size_t count, const char* table) {
-    if (row == ZVLG_NONE || row < count) return;
-    findings.Add(blockPosition, "a component refers to row " + std::to_string(row) + " of " +
-                                    table + ", which has " + std::to_string(count));
-}
-
-void Verification::CheckRows(const EntryRows& rows) {
-    CheckRow(rows.level2, classes.level2.size(), "the level-2 table");
-    if (rows.level2 >= classes.level2.size()) return;
-    const ClassCounts::Level2& level2 = classes.level2[rows.level2];
-    CheckRow(rows.level2b, level2.level2b, "its level-2b table");
-    CheckRow(rows.level3, level2.owners.size(), "its level-3 table");
-    if (rows.level3 >= level2.owners.size()) return;
-    const std::vector<u32>& level4 = level2.owners[rows.level3];
-    CheckRow(rows.level4, level4.size(), "its level-4 table");
-    if (rows.level4 < level4.size()) CheckRow(rows.owner, level4[rows.level4], "its owner table");
+/// A file whose last bytes are missing is damaged whatever they were.
+void TellShortage(u64 bytesThere, u64 byteCount, Findings& findings) {
+    if (byteCount == wholeStream || byteCount <= bytesThere || findings.Count() != 0) return;
+    findings.Add(bytesThere,
+                 std::to_string(byteCount - bytesThere) + " bytes of the file are not there");
 }
 
 }  // namespace
 
 bool CZVLGBlockVerifier::Verify(CZVFTInStream* in, std::vector<SZVLGBlockFinding>& findings) {
+    return Verify(in, wholeStream, findings);
+}
+
+bool CZVLGBlockVerifier::Verify(CZVFTInStream* in, unsigned long long byteCount,
+                                std::vector<SZVLGBlockFinding>& findings) {
     Findings gathered(findings);
     const ZVSmartFormat::PositionGuard guard(*in);
+    BoundedInStream bounded(*in, byteCount);
+    const u64 bytesThere = bounded.GetSize() - std::min(bounded.GetSize(), in->GetPos());
+    ZVSmartFormat::WatchedInStream watched;
+    watched.Watch(&bounded);
     try {
-        gathered.Guard(0, "the file", [&] { Verification(*in, gathered).Run(); });
-    } catch (const Findings::Full&) {  // as many as are reported
+        VerifyStream(watched, gathered);
+    } catch (const CZVFTStreamException&) {
+        if (!watched.HasFailed()) throw;  // memory ran out
     }
+    // What the disk kept back looks like damage and is none.
+    if (watched.HasFailed()) ZVSmartFormat::ThrowOutOfData();
+    TellShortage(bytesThere, byteCount, gathered);
     return findings.empty();
 }
 

@@ -8,67 +8,79 @@
 
 namespace ZVSmartZvg {
 
-/// Where bytes are, for people: `In a decoded block`, positions are told beside the block's own.
+/// Where bytes are, for people: what is in a decoded block is told by the block, its position in
+/// the file and the byte within the block.
 struct Place {
-    u64 filePosition = 0;  ///< from the file's base: of the section's stream, or of its block
-    bool inBlock = false;  ///< whether positions count from a decoded block's first byte
+    u64 filePosition = 0;  ///< of the block, from the file's base
+    std::string block;     ///< its name; empty where not in a block
     u64 streamBase = 0;    ///< the file's base in the stream, where not in a block
 
     unsigned long long Of(u64 position) const {
-        return inBlock ? filePosition : position - streamBase;
+        return block.empty() ? position - streamBase : filePosition;
     }
-    std::string Name(const std::string& what, u64 position) const {
-        return inBlock ? what + " at byte " + std::to_string(position) + " of its block" : what;
+    std::string Name(const char* what, u64 position) const {
+        return block.empty() ? what : block + ", " + what + " at byte " + std::to_string(position);
     }
 };
 
-/// What the head of a section says against what can be and what a writer would say.
-inline void CheckHead(const SZVLGSectionHead& head, u64 bytesAvailable, unsigned long long position,
-                      const std::string& name, Findings& findings) {
-    if (!head.IsPossible(bytesAvailable)) {
-        findings.Add(position, name + ": its sizes cannot be");
-        return;
-    }
-    if (head.totalSize != head.tableOffset + u64{head.count} * head.EntryWidth())
-        findings.Add(position, name + ": total size, count and offset table disagree");
-    if (head.tableWidth != SZVLGSectionHead::Of(0, head.tableOffset).tableWidth)
-        findings.Add(position, name + ": the offset width is not the one for its size");
-}
-
 /// Checks a section and its records, which must follow each other without gaps.
 /// `visit(i)` reads record i, to whose first byte `in` was moved, and leaves `in` behind it.
-/// Records that overlap are findings and not visited, so that the work stays in proportion to
-/// the bytes. Leaves `in` behind the section and behind all that was visited, so that the same
-/// bytes are never met again from another place; returns the section.
+///
+/// One wound is one finding: behind a record that does not read, or that is not where it should
+/// be, the next is taken where its offset leads, and what is found in a misplaced record is not
+/// told besides. Where the head is wrong, nothing is told of offsets. Going back costs of an
+/// allowance as large as the section, so that the work stays in proportion to the bytes. Leaves
+/// `in` behind the section and behind all that was visited; returns the section. Throws
+/// Findings::Told where it cannot be one.
 template <class Source, class Visit>
-Section CheckSection(Source& in, const Place& place, const std::string& what, Findings& findings,
+Section CheckSection(Source& in, const Place& place, const char* what, Findings& findings,
                      Visit visit) {
     const u64 start = in.GetPos();
-    const std::string name = place.Name(what, start);
+    const auto name = [&] { return place.Name(what, start); };
     SZVLGSectionHead stored;
     ZVSmartSerial::FieldReader<Source> reader(in);
     VisitSectionHead(reader, stored);
     const u64 bytesAvailable = in.GetSize() - start;
-    CheckHead(stored, bytesAvailable, place.Of(start), name, findings);
-    if (!stored.IsPossible(bytesAvailable)) ZVSmartFormat::ThrowOutOfData();
+    const char* const headFault = FaultOf(stored, bytesAvailable);
+    if (headFault != nullptr) findings.Add(place.Of(start), name() + ": " + headFault);
+    if (!stored.IsPossible(bytesAvailable)) throw Findings::Told();
 
     const Section section = ReadSection(in, start);
-    u64 cursor = start + SZVLGSectionHead::byteSize;
     const u64 recordsEnd = start + section.head.tableOffset;
+    u64 cursor = start + SZVLGSectionHead::byteSize;
+    u64 furthest = cursor;
+    u64 allowance = section.head.tableOffset;
+    bool isLost = false;  // where the record before ends is not known
+    const auto leave = [&] {
+        in.Seek(std::max(section.End(), furthest));
+        return section;
+    };
     for (u32 i = 0; i < section.Count(); ++i) {
-        const std::string record = name + ", record " + std::to_string(i);
+        const auto record = [&] { return name() + ", record " + std::to_string(i); };
         const u64 position = start + ReadEntry(in, section, i);
-        if (position != cursor)
-            findings.Add(place.Of(cursor), record + ": does not begin where the one before ends");
-        if (position < cursor || position >= recordsEnd) continue;
-        in.Seek(position);
-        findings.Guard(place.Of(position), record, [&] { visit(i); });
-        cursor = in.GetPos();
+        const bool isMisplaced = position != cursor && !isLost;
+        if (isMisplaced && headFault != nullptr) return leave();  // offsets that are none
+        const std::size_t before = findings.Count();
+        const u64 expected = cursor;
+        const u64 back = position < furthest ? furthest - position : 0;
+        isLost = isMisplaced;
+        if (position < recordsEnd && back <= allowance) {
+            allowance -= back;
+            in.Seek(position);
+            if (!findings.Guard(place.Of(position), record, [&] { visit(i); })) {
+                isLost = true;
+                if (isMisplaced) findings.CutTo(before);
+            }
+            cursor = in.GetPos();
+            furthest = std::max(furthest, cursor);
+        }
+        if (isMisplaced)
+            findings.Add(place.Of(expected),
+                         record() + ": does not begin where the one before ends");
     }
-    if (cursor != recordsEnd)
-        findings.Add(place.Of(cursor), name + ": the records do not end at the offset table");
-    in.Seek(std::max(section.End(), cursor));
-    return section;
+    if (furthest != recordsEnd && !isLost && headFault == nullptr)
+        findings.Add(place.Of(furthest), name() + ": the records do not end at the offset table");
+    return leave();
 }
 
 }  // namespace ZVSmartZvg

@@ -57,6 +57,16 @@ struct SZVLGSectionHead {
     }
 };
 
+/// What is wrong with a head of a section that has `bytesAvailable` bytes; null where it is as a
+/// writer would have it.
+inline const char* FaultOf(const SZVLGSectionHead& head, u64 bytesAvailable) {
+    if (!head.IsPossible(bytesAvailable)) return "its sizes cannot be";
+    if (!head.IsWhole(bytesAvailable)) return "total size, count and offset table disagree";
+    if (head.tableWidth != SZVLGSectionHead::Of(0, head.tableOffset).tableWidth)
+        return "the offset width is not the one for its size";
+    return nullptr;
+}
+
 /// The 13 bytes of a head, told once for both directions.
 template <class Visitor, class Head>
 void VisitSectionHead(Visitor& visitor, Head& head) {

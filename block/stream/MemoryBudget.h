@@ -48,6 +48,8 @@ class MemoryBudget {
         return true;
     }
 
+    u64 Left() const { return left; }
+
   private:
     u64 left;
 };

@@ -9,16 +9,25 @@
 namespace ZVSmartZvg {
 
 /// Checks a whole block file: decodes every block and every record and checks what the reader
-/// tolerates as well (totals, order of offsets, gaps between structures, indices that lead
-/// nowhere, order of identifications, bytes behind the end).
+/// tolerates as well: totals, order of offsets, gaps between structures, indices and rows that lead
+/// nowhere, faces outside their points, identities that are stored twice, order of identifications,
+/// bytes behind the end, and the seal where there is one.
 class ZVLG_API CZVLGBlockVerifier {
   public:
-    /// Checks the file at `in`'s position and leaves the position as it was. Replaces `findings`
-    /// by what is wrong, at most 1000 of them, in the order they were met. True where nothing is.
+    /// Checks the file at `in`'s position, which is to end where `in` ends, and leaves the position
+    /// as it was. Replaces `findings` by what is wrong, at most 1000 of them, in the order they
+    /// were met: one for one wound, with the number of what hangs on it. True where nothing is.
+    ///
     /// Untrusted files are safe; what cannot be decoded is a finding, not an exception. Throws
-    /// std::bad_alloc or CZVFTStreamException "bad malloc memory" or "bad relloc memory" where
-    /// memory runs out; `findings` then holds what was found so far.
+    /// CZVFTStreamException "seek over buffer size" where `in` does not deliver bytes that its
+    /// size says are there: that tells nothing about the file. Throws std::bad_alloc or
+    /// CZVFTStreamException "bad malloc memory" or "bad relloc memory" where memory runs out.
+    /// After a throw `findings` holds what was found so far, right or not.
     bool Verify(ZVSmartFormat::CZVFTInStream* in, std::vector<SZVLGBlockFinding>& findings);
+    /// The same for a file of `byteCount` bytes that stands ahead of others in its stream. A seal
+    /// counts among the file's bytes.
+    bool Verify(ZVSmartFormat::CZVFTInStream* in, unsigned long long byteCount,
+                std::vector<SZVLGBlockFinding>& findings);
 };
 
 }  // namespace ZVSmartZvg

@@ -1,0 +1,410 @@
+// What the verifier tells of a damaged file, one finding for one wound, at its place.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "support.h"
+
+namespace {
+
+using namespace support;
+
+using Findings = std::vector<SZVLGBlockFinding>;
+
+/// Verifies a file that begins some bytes into its stream.
+Findings Verified(const Bytes& file, u64 base = 5) {
+    const Bytes placed = Bytes(base, 0xEE) + file;
+    CZVFTReadBufferInStream in(placed.data(), placed.size());
+    in.Seek(base);
+    Findings findings(1);
+    const bool isWhole = CZVLGBlockVerifier().Verify(&in, findings);
+    EXPECT_EQ(isWhole, findings.empty());
+    EXPECT_EQ(in.GetPos(), base);
+    return findings;
+}
+
+SZVLGZvgGeo Faces(const std::vector<int>& face) {
+    SZVLGZvgGeo geo;
+    geo.shells.emplace_back().AddPts({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}});
+    geo.shells.back().AddFaceIndex(face);
+    return geo;
+}
+
+/// A component with a part that only refers to a stored geometry.
+SZVLGZvgComp Part(const wchar_t* name, const wchar_t* floor, const wchar_t* geo) {
+    SZVLGZvgComp comp = Comp(SerialKey(name), floor);
+    comp.classLevel2Name = comp.ownerGuidName.name = name;
+    comp.geoRefs.resize(1);
+    comp.geoRefs[0].geoIdentification = geo;
+    return comp;
+}
+
+/// Two geometry blocks, the second of one geometry; components p and q on floor F, r on floor G.
+void FillModel(CZVLGBlockSaver& saver) {
+    for (const wchar_t* const name : {L"a", L"b", L"c"})
+        saver.AddIdentificationGeo(name, Faces({0, 1, 2}));
+    saver.AddComp(Part(L"p", L"F", L"a"));
+    saver.AddComp(Part(L"q", L"F", L"c"));
+    SZVLGZvgComp third = Part(L"r", L"G", L"b");
+    third.classLevel2Name = L"q";  // and so two owners below one level 4
+    // A row of the host's own beside the one that leads to the geometry.
+    third.geoRefs[0].geoIds = {{L"elsewhere", L"x", L""}};
+    saver.AddComp(third);
+}
+
+/// Where the fields of FillModel's component entries are.
+enum EntryField : std::size_t { Name = 4, Owner = 7, Level2 = 11, Level3 = 15, Level4 = 19 };
+enum : std::size_t { Row = 44 };
+
+constexpr u32 none = 0xFFFFFFFF;
+
+/// A model, taken apart, and what a case changes in it.
+struct Damaged {
+    Parts parts = PartsOf(Saved(4, 2, FillModel));
+
+    Bytes& Floor(std::size_t floor) { return Open(parts.floors[floor].block); }
+    Bytes& Geos(std::size_t block) { return Open(parts.geoBlocks[block]); }
+    Bytes& Index() { return Open(parts.index); }
+    void Set(EntryField field, u32 comp, u32 value) {
+        Bytes& floor = Floor(0);
+        SetU32(floor, Table(floor, 0).at[comp] + field, value);
+    }
+    void SetRow(u32 comp, u32 row) { Set(EntryField(Row), comp, row); }
+    /// The first byte of identification i, each of 14 bytes.
+    std::size_t Identification(std::size_t i) { return Table(Index(), 0).end + 4 + 14 * i; }
+    void LeadTo(std::size_t i, u32 block) { SetU32(Index(), Identification(i) + 6, block); }
+    void SetGeos(const std::vector<Bytes>& records) { Geos(0) = Section(records); }
+    Bytes Record(std::size_t i) { return Table(Geos(0), 0).Record(Geos(0), i); }
+
+  private:
+    static Bytes& Open(Block& block) {
+        block.encoded.clear();
+        return block.content;
+    }
+};
+
+/// Where a finding must be: at the n-th field of that name, or some bytes behind it.
+struct At {
+    const char* field;
+    std::size_t n = 0;
+    std::size_t behind = 0;
+};
+constexpr At geoBlock0{"blockSize", 0}, floor0{"blockSize", 2}, theIndex{"blockSize", 4};
+constexpr At geoSection{"geometry section tableWidth"}, floorSection{"floor section tableWidth"};
+
+std::size_t PositionOf(const std::vector<FieldSpan>& spans, const At& at) {
+    std::size_t left = at.n;
+    for (const FieldSpan& span : spans)
+        if (span.name == at.field && left-- == 0) return span.begin + at.behind;
+    throw std::logic_error("no such field");
+}
+
+const struct {
+    void (*damage)(Damaged&);
+    At at;
+    const char* reason;  // null: there is nothing wrong
+} damagedParts[] = {
+    {[](Damaged&) {}, {}, nullptr},
+    {[](Damaged& d) { d.Floor(1) = Section({}) + Section({}); }, {}, nullptr},
+    {[](Damaged& d) {
+         d.LeadTo(0, 9);
+         d.LeadTo(2, 9);
+     },
+     theIndex, "identification 0 leads to no geometry; 1 more does"},
+    {[](Damaged& d) {
+         Bytes& index = d.Index();
+         const auto first = index.begin() + std::ptrdiff_t(d.Identification(0));
+         std::swap_ranges(first, first + 14, first + 14);
+     },
+     theIndex, "the identifications are not in ascending order"},
+    {[](Damaged& d) { d.Set(Level2, 0, 9); }, floor0,
+     "floor 0, component 0 refers to row 9 of the level-2 table, which has 2"},
+    {[](Damaged& d) {
+         d.Set(Level3, 0, 1);
+         d.Set(Level3, 1, 8);
+     },
+     floor0, "floor 0, component 0 refers to row 1 of its level-3 table, which has 1; 1 more does"},
+    {[](Damaged& d) { d.Set(Level4, 1, 1); }, floor0,
+     "floor 0, component 1 refers to row 1 of its level-4 table, which has 1"},
+    {[](Damaged& d) { d.Set(Owner, 1, 2); }, floor0,
+     "floor 0, component 1 refers to row 2 of its owner table, which has 2"},
+    {[](Damaged& d) { d.Set(EntryField(Level4 + 4), 1, 1); }, floor0,
+     "floor 0, component 1 refers to row 1 of its level-2b table, which has 1"},
+    {[](Damaged& d) { d.Set(Level2, 1, none); }, floor0,
+     "floor 0, component 1 refers to row 0 of a level-2b table below a row that is none"},
+    {[](Damaged& d) { d.Set(Level3, 1, none); }, floor0,
+     "floor 0, component 1 refers to row 0 of a level-4 table below a row that is none"},
+    {[](Damaged& d) { d.Set(Level4, 1, none); }, floor0,
+     "floor 0, component 1 refers to row 0 of an owner table below a row that is none"},
+    {[](Damaged& d) { d.SetRow(1, 2); }, floor0,
+     "floor 0, component 1 refers to row 2 of the floor's identification table, which has 2"},
+    {[](Damaged& d) { d.Index()[d.Identification(2) + 5] = 'd'; }, floor0,
+     "floor 0, component 1 has a part whose rows lead to no geometry"},
+    {[](Damaged& d) { d.Set(Name, 1, u32('p') << 16 | 0xF800); }, floor0,
+     "floor 0, component table at byte 0: record 1 has the identity of record 0"},
+    {[](Damaged& d) {
+         Bytes& floor = d.Floor(0);
+         floor[Table(floor, Table(floor, 0).end).at[1] + 5] = 'a';
+     },
+     floor0, "floor 0, identification table at byte 131: record 1 has the identity of record 0"},
+    {[](Damaged& d) { d.parts.floors[1].fields[0] = d.parts.floors[0].fields[0]; }, floorSection,
+     "floor section: record 1 has the identity of record 0"},
+    {[](Damaged& d) { d.Index()[Table(d.Index(), 0).at[1] + 5] = 'p'; }, theIndex,
+     "the index block, level-2 table at byte 0: record 1 has the identity of record 0"},
+    {[](Damaged& d) {
+         Bytes& index = d.Index();
+         std::replace(index.begin(), index.begin() + std::ptrdiff_t(d.Identification(0)), u8('r'),
+                      u8('q'));
+     },
+     theIndex, "the index block, owner table at byte 184: record 1 has the identity of record 0"},
+    {[](Damaged& d) {
+         d.SetGeos({d.Record(0) + Bytes(3), d.Record(1)});
+     },
+     geoBlock0,
+     "geometry block 0, records at byte 0, record 1: does not begin where the one before ends"},
+    {[](Damaged& d) {
+         Bytes& geos = d.Geos(0);
+         std::swap(geos[geos.size() - 2], geos[geos.size() - 1]);
+     },
+     geoBlock0,
+     "geometry block 0, records at byte 0, record 0: does not begin where the one before ends"},
+    {[](Damaged& d) {
+         d.SetGeos({d.Record(0), d.Record(1) + Bytes(3)});
+     },
+     geoBlock0, "geometry block 0, records at byte 0: the records do not end at the offset table"},
+    {[](Damaged& d) {
+         Bytes longer = d.Record(0) + Bytes(2);
+         SetU32(longer, 0, static_cast<u32>(longer.size() - 4));
+         d.SetGeos({longer, d.Record(1)});
+     },
+     geoBlock0, "geometry block 0, records at byte 0, record 0: bytes left over"},
+    {[](Damaged& d) { d.Geos(0) = d.Geos(0) + Bytes(3); }, geoBlock0,
+     "geometry block 0: 3 bytes left over"},
+    {[](Damaged& d) { d.SetGeos({d.Record(0)}); }, theIndex,
+     "identification 1 leads to no geometry"},
+    {[](Damaged& d) { d.parts.geoBlocks[0].encoded[40] ^= 1; }, geoBlock0,
+     "geometry block 0 does not decode; 2 identifications lead into it"},
+    {[](Damaged& d) { d.parts.floors[0].block.encoded[40] ^= 1; }, floor0,
+     "floor 0 does not decode"},
+    {[](Damaged& d) { d.parts.index.encoded[40] ^= 1; }, theIndex,
+     "the index block does not decode"},
+    {[](Damaged& d) { d.parts.index.encoded.resize(0), d.Index().resize(20); }, theIndex,
+     "the index block, level-2 table at byte 0: its sizes cannot be"},
+};
+
+TEST(Verifier, TellsWhatIsWrongInParts) {
+    for (const auto& one : damagedParts) {
+        Damaged damaged;
+        one.damage(damaged);
+        std::vector<FieldSpan> spans;
+        const Findings findings = Verified(PutTogether(damaged.parts, &spans));
+        const char* const reason = one.reason == nullptr ? "nothing" : one.reason;
+        ASSERT_EQ(findings.size(), one.reason == nullptr ? 0U : 1U)
+            << reason << ", but: " << (findings.empty() ? "" : findings.back().reason);
+        if (one.reason == nullptr) continue;
+        EXPECT_EQ(findings[0].reason, reason);
+        EXPECT_EQ(findings[0].position, PositionOf(spans, one.at)) << reason;
+    }
+}
+
+Bytes Changed(Bytes file, std::size_t at, int by) {
+    file[at] = static_cast<u8>(file[at] + by);
+    return file;
+}
+Bytes Flipped(const Bytes& file, std::size_t at) {
+    return Changed(file, at, file[at] % 2 == 0 ? 1 : -1);
+}
+Bytes Raised(const Bytes& file, std::size_t at) {
+    return Changed(file, at, 1);
+}
+Bytes Lowered(const Bytes& file, std::size_t at) {
+    return Changed(file, at, -1);
+}
+
+/// What is changed stands at a field; `file` is the whole one.
+const struct {
+    At changed;
+    Bytes (*damage)(const Bytes& file, std::size_t at);
+    At at;
+    const char* reason;
+} damagedFiles[] = {
+    {{"magic"},
+     [](const Bytes& f, std::size_t at) { return Slice(f, at + 1, f.size()); },
+     {"magic"},
+     "the head: it's not zvg file format"},
+    {{"firstText"},
+     [](const Bytes& f, std::size_t at) { return Slice(f, 0, at); },
+     {"magic"},
+     "the head: seek over buffer size"},
+    {{"geometry section totalSize", 0, 3},
+     Raised,
+     geoSection,
+     "geometry block section: total size, count and offset table disagree"},
+    {{"geometry section count", 0, 3},
+     Lowered,
+     geoSection,
+     "geometry block section: total size, count and offset table disagree; 1 identification leads "
+     "to blocks that are not there"},
+    {{"geometry section tableOffset", 0, 3},
+     Flipped,
+     geoSection,
+     "geometry block section: total size, count and offset table disagree; 3 identifications lead "
+     "to blocks that are not there"},
+    {{"geometry section tableWidth"},
+     Flipped,
+     geoSection,
+     "geometry block section: the offset width is not the one for its size"},
+    {{"geometry section tableOffset"},
+     Flipped,
+     geoSection,
+     "geometry block section: its sizes cannot be; 3 identifications lead to blocks that are not "
+     "there"},
+    {{"geometry section offsets"},
+     Flipped,
+     {"blockSize", 0},
+     "geometry block section, record 0: does not begin where the one before ends; "
+     "2 identifications lead into it"},
+    {{"floor section totalSize", 0, 3},
+     Flipped,
+     floorSection,
+     "floor section: total size, count and offset table disagree"},
+    {{"floor section count", 0, 3},
+     Lowered,
+     floorSection,
+     "floor section: total size, count and offset table disagree"},
+    {{"floor section totalSize"}, Flipped, floorSection, "floor section: its sizes cannot be"},
+    {{"floor name"}, Flipped, {"floor name"}, "floor section, record 0: seek over buffer size"},
+    {{"floorSectionOffset", 0, 3},
+     Flipped,
+     floorSection,
+     "the floor section does not begin where the geometry blocks end"},
+    {{"floorSectionOffset"},
+     Flipped,
+     floorSection,
+     "the floor section does not begin where the geometry blocks end"},
+    {{"floorSectionOffset"},
+     [](const Bytes& f, std::size_t at) {
+         const u32 floors = NumberAt(f, at);
+         Bytes d = Slice(f, 0, floors) + Bytes(3) + Slice(f, floors, f.size());
+         SetU32(d, at, floors + 3);
+         return d;
+     },
+     floorSection,
+     "the floor section does not begin where the geometry blocks end"},
+    {{"blockSize", 0, 3},
+     Raised,
+     {"blockSize", 1},
+     "geometry block 0: bytes behind the compressed data"},
+    {{"blockSize", 2, 3}, Lowered, {"blockSize", 2}, "floor 0 does not decode"},
+    {{"blockSize", 4, 3}, Lowered, {"blockSize", 4}, "the index block does not decode"},
+};
+
+TEST(Verifier, TellsWhatIsWrongAroundBlocks) {
+    std::vector<FieldSpan> spans;
+    const Bytes file = PutTogether(Damaged().parts, &spans);
+    for (const auto& one : damagedFiles) {
+        const Findings findings = Verified(one.damage(file, PositionOf(spans, one.changed)));
+        ASSERT_EQ(findings.size(), 1U)
+            << one.reason << ", but: " << (findings.empty() ? "" : findings.back().reason);
+        EXPECT_EQ(findings[0].reason, one.reason);
+        EXPECT_EQ(findings[0].position, PositionOf(spans, one.at)) << one.reason;
+    }
+}
+
+/// What a reader does not show or refuses, written by a saver.
+TEST(Verifier, TellsWhatNobodyCanShow) {
+    SZVLGZvgGeo geo = Faces({0, 3, 1});
+    geo.visualShells.emplace_back().shell = Faces({-1}).shells[0];
+    geo.polyFaceMeshes.emplace_back().facesIndex = {5, 0};
+    geo.subGeos.emplace_back().geo = Faces({0, 1, 3});
+    geo.renderMeshes.emplace_back().pointIndices = {7};  // what that means is the host's
+    SZVLGZvgGeo picture;
+    picture.images.emplace_back().width = 0x10000;
+    picture.images.back().height = 0x4000;
+    const std::wstring longKey(30'000, 'Z');
+    Parts parts = PartsOf(Saved(4, 0, [&](CZVLGBlockSaver& saver) {
+        saver.AddIdentificationGeo(L"faces", geo);
+        saver.AddIdentificationGeo(longKey, picture);
+        saver.AddComp(Part(L"x", L"", longKey.c_str()));
+    }));
+    // The part names its one row, of 60,000 bytes, again and again.
+    Bytes& floor = parts.floors[0].block.content;
+    const Bytes entry = Table(floor, 0).Record(floor, 0);
+    const Bytes rows = Slice(floor, Table(floor, 0).end, floor.size());
+    constexpr u32 count = 4000;
+    floor = Section({Slice(entry, 0, Row - 4) + BigEndian(count) + Bytes(4 * std::size_t{count}) +
+                     Slice(entry, Row + 4, entry.size())}) +
+            rows;
+    parts.floors[0].block.encoded.clear();
+    const Bytes file = PutTogether(parts);
+    const Findings findings = Verified(file);
+    ASSERT_EQ(findings.size(), 3U);
+    EXPECT_EQ(findings[0].reason,
+              "geometry block 0, records at byte 0, record 0: 4 faces name points that are not "
+              "there");
+    EXPECT_EQ(findings[1].reason,
+              "geometry block 0, records at byte 0, record 1: an image of 65536 x 16384 has only 0 "
+              "bytes of pixels");
+    EXPECT_EQ(findings[2].reason,
+              "floor 0, component table at byte 0, record 0: takes more memory than a reader "
+              "allows by default");
+    Opened opened(file);
+    SZVLGZvgComp comp;
+    EXPECT_EQ(Thrown([&] { opened.reader.GetCompByIndex({0, 0}, comp); }), "seek over buffer size");
+}
+
+/// A memory stream of which one read fails.
+struct FailingInStream : CZVFTReadBufferInStream {
+    FailingInStream(const Bytes& file, int readsLeft, bool isShort)
+        : CZVFTReadBufferInStream(file.data(), file.size()),
+          readsLeft(readsLeft),
+          isShort(isShort) {}
+    bool Read(void* buffer, u64* byteCount) override {
+        if (readsLeft-- != 0 || *byteCount == 0)
+            return CZVFTReadBufferInStream::Read(buffer, byteCount);
+        hasFailed = true;
+        if (isShort) --*byteCount;
+        return isShort && CZVFTReadBufferInStream::Read(buffer, byteCount);
+    }
+    int readsLeft;
+    bool isShort;
+    bool hasFailed = false;
+};
+
+TEST(Verifier, AFailingStreamIsNoDamage) {
+    const Bytes file = Saved(4, 2, FillModel);
+    for (const bool isShort : {false, true}) {
+        int failures = 0;
+        for (int reads = 0;; ++reads) {
+            FailingInStream in(file, reads, isShort);
+            Findings findings;
+            const std::string thrown = Thrown([&] { CZVLGBlockVerifier().Verify(&in, findings); });
+            if (in.readsLeft >= 0) break;
+            failures += in.hasFailed;
+            EXPECT_EQ(thrown, in.hasFailed ? "seek over buffer size" : "") << reads;
+        }
+        EXPECT_GT(failures, 50);
+    }
+}
+
+TEST(Verifier, AFileAheadOfOtherBytes) {
+    const Bytes file = Saved(4, 2, FillModel);
+    const auto reason = [&](u64 byteCount, std::size_t trailing) {
+        const Bytes placed = Bytes(7) + file + Bytes(trailing, 0xEE);
+        CZVFTReadBufferInStream in(placed.data(), placed.size());
+        in.Seek(7);
+        Findings findings;
+        const bool isWhole = CZVLGBlockVerifier().Verify(&in, byteCount, findings);
+        EXPECT_EQ(in.GetPos(), 7U);
+        return isWhole ? "" : findings[0].reason;
+    };
+    EXPECT_EQ(reason(file.size(), 0), "");
+    EXPECT_EQ(reason(file.size(), 9), "");
+    EXPECT_EQ(reason(file.size() + 2, 9), "2 bytes behind the end of the file");
+    EXPECT_EQ(reason(file.size() - 1, 9), "the index block does not decode");
+    EXPECT_EQ(reason(file.size() + 2, 0), "2 bytes of the file are not there");
+    EXPECT_EQ(reason(~u64{0} - 1, 0).find("18446744073709"), 0U);
+}
+
+}  // namespace
