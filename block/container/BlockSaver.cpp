@@ -13,6 +13,7 @@
 #include "component/ComponentMemory.h"
 #include "component/FloorTables.h"
 #include "container/BlockSelfTest.h"
+#include "container/Seal.h"
 #include "geometry/GeoBlockStore.h"
 #include "geometry/GeoSerial.h"
 #include "geometry/PreviewImage.h"
@@ -26,6 +27,7 @@
 //   geometry block section    a compressed block per record
 //   floor section             a floor record per record
 //   index block, compressed   the classification tables, then the identification table
+//   seal                      only where it is asked for
 
 namespace ZVSmartZvg {
 
@@ -142,6 +144,7 @@ class CZVLGBlockSaver::Imp {
     /// Forgets the file under way and all that belongs to it.
     void Reset() {
         file.reset();
+        sealing.reset();
         includes.emplace([this](const std::wstring& key, const SZVLGZvgGeo& geo) {
             File().Geos().Add(key, geo);
         });
@@ -155,8 +158,10 @@ class CZVLGBlockSaver::Imp {
     }
 
     unsigned int version;
+    bool isToBeSealed = false;
     CZVFTIniFile settings;
     Scratch scratch;
+    std::optional<SealingOutStream> sealing;  // what the file is written to, where it is sealed
     std::optional<BlockFile> file;
     std::optional<IncludeRelations> includes;
 };
@@ -171,8 +176,13 @@ void CZVLGBlockSaver::Init(CZVFTOutStream* out, const SZVLGZvgBlockHeadInfo& hea
     imp->Reset();
     imp->settings.LoadFile(iniPath);
     imp->scratch.Allocate();
-    imp->file.emplace(*out, FileHead{imp->version, head}, imp->scratch.Buffer(),
+    CZVFTOutStream& target = imp->isToBeSealed ? imp->sealing.emplace(*out) : *out;
+    imp->file.emplace(target, FileHead{imp->version, head}, imp->scratch.Buffer(),
                       geosPerBlock == 0 ? geosPerBlockByDefault : geosPerBlock);
+}
+
+void CZVLGBlockSaver::SetSeal(bool seal) {
+    imp->isToBeSealed = seal;
 }
 
 void CZVLGBlockSaver::SetEncodeFastMod(bool fast) {
@@ -217,6 +227,7 @@ bool CZVLGBlockSaver::GetRelIncludeByRuledFace(const SZVLGParamRuledFace& face,
 
 void CZVLGBlockSaver::WriteEnd() {
     imp->File().Finish();
+    if (imp->sealing) imp->sealing->WriteSeal();
 }
 
 bool CZVLGBlockSaver::Test() {

@@ -45,6 +45,12 @@ class ZVLG_API CZVLGBlockSaver {
     void Init(ZVSmartFormat::CZVFTOutStream* out, const SZVLGZvgBlockHeadInfo& head,
               const std::string& iniPath = "", unsigned int geosPerBlock = 0);
 
+    /// Chooses whether files that later calls of `Init` begin are sealed: whether `WriteEnd` writes
+    /// 24 bytes behind their end, by which CZVLGBlockVerifier finds any byte that changed, also in
+    /// the texts and numbers that no block's checksum covers. Readers need not know of it. False
+    /// unless set; but for these bytes the file is the same.
+    void SetSeal(bool seal);
+
     /// Chooses the coder's faster, weaker setting for every saver of the process.
     void SetEncodeFastMod(bool fast);
 

@@ -24,6 +24,7 @@ struct Arguments {
     unsigned int formatVersion = 4;
     bool fast = false;
     bool noPreview = false;
+    bool seal = false;
 };
 
 /// Prints what the child says: warnings up to a number that a person reads, progress on a
@@ -108,6 +109,7 @@ PackOptions OptionsOf(const Arguments& arguments) {
     options.formatVersion = arguments.formatVersion;
     options.fast = arguments.fast;
     options.drawPreview = !arguments.noPreview;
+    options.seal = arguments.seal;
     return options;
 }
 
@@ -174,6 +176,8 @@ void RegisterPack(CLI::App& app, CommonOptions& common) {
                      "A PNG image to show for the file (default: a picture of the model is drawn)")
         ->excludes(command->add_flag("--no-preview", arguments->noPreview,
                                      "Store no picture of the model"));
+    command->add_flag("--seal", arguments->seal,
+                      "Write a checksum of the whole file behind its end; zvg verify checks it");
     command->footer("Example:\n  zvg pack house.ifc -o house.zvg --preview house.png");
     command->callback([arguments, &common] { Pack(*arguments, common); });
 }

@@ -15,7 +15,7 @@ namespace {
 
 using Words = std::vector<std::string_view>;
 
-constexpr std::size_t wordCount = 8;
+constexpr std::size_t wordCount = 9;
 
 /// The words point into `argv`, so each ends in a zero byte.
 PackOptions OptionsOf(const Words& words) {
@@ -28,6 +28,7 @@ PackOptions OptionsOf(const Words& words) {
     options.formatVersion = static_cast<unsigned int>(std::strtoul(words[5].data(), nullptr, 10));
     options.fast = words[6] == "fast";
     options.drawPreview = words[7] == "draw";
+    options.seal = words[8] == "seal";
     return options;
 }
 
@@ -113,7 +114,8 @@ std::vector<std::string> PackJobArguments(const PackOptions& options) {
             std::to_string(options.geosPerBlock),
             std::to_string(options.formatVersion),
             options.fast ? "fast" : "best",
-            options.drawPreview ? "draw" : "none"};
+            options.drawPreview ? "draw" : "none",
+            options.seal ? "seal" : "open"};
 }
 
 int RunChildIfAsked(int argc, char** argv) {

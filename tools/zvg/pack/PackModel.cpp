@@ -96,6 +96,7 @@ PackSummary PackModel(const Model& model, const PackOptions& options,
                       const std::function<void(std::size_t done, std::size_t total)>& progress) {
     CZVLGBlockSaver saver(options.formatVersion);
     saver.SetEncodeFastMod(options.fast);
+    saver.SetSeal(options.seal);
     const unsigned int geosPerBlock =
         options.geosPerBlock != 0 ? options.geosPerBlock : ChosenGeosPerBlock(model);
     saver.Init(&out, Head(model, options), options.settingsPath, geosPerBlock);

@@ -17,6 +17,7 @@ struct PackOptions {
     unsigned int geosPerBlock = 0;   ///< 0 chooses by the sizes of the geometries
     unsigned int formatVersion = 4;  ///< 0 to 4
     bool fast = false;               ///< compress faster and weaker
+    bool seal = false;               ///< write a checksum of the whole file behind its end
 };
 
 /// What was written.
