@@ -1,4 +1,5 @@
-// What the verifier tells of a damaged file, one finding for one wound, at its place.
+// What the verifier tells of a damaged file, one finding for one wound, at its place; and what a
+// reader tells of it at open.
 
 #include <gtest/gtest.h>
 
@@ -309,6 +310,65 @@ TEST(Verifier, TellsWhatIsWrongAroundBlocks) {
             << one.reason << ", but: " << (findings.empty() ? "" : findings.back().reason);
         EXPECT_EQ(findings[0].reason, one.reason);
         EXPECT_EQ(findings[0].position, PositionOf(spans, one.at)) << one.reason;
+    }
+}
+
+/// What a reader tells at open: whether it opened, and what does not fit.
+std::string Misfit(const Bytes& file) {
+    CZVLGBlockReader reader;
+    const Bytes placed = Bytes(5) + file;
+    CZVFTReadBufferInStream in(placed.data(), placed.size());
+    in.Seek(5);
+    SZVLGBlockFinding finding{0, "kept"};
+    EXPECT_FALSE(reader.GetStructureFinding(finding));
+    bool isOpen = false;
+    const std::string thrown = Thrown([&] { isOpen = reader.Init(&in); });
+    if (!thrown.empty()) return thrown;
+    if (!reader.GetStructureFinding(finding)) return isOpen ? finding.reason : "not open";
+    return std::to_string(finding.position) + ": " + finding.reason;
+}
+
+TEST(Structure, EveryByteOfTheSectionsHeadsIsTold) {
+    for (const Bytes& file : {SampleFile(4), Saved(4, 2, FillModel), Saved(4, 0, [](auto&) {})}) {
+        std::vector<FieldSpan> spans;
+        ASSERT_EQ(PutTogether(PartsOf(file), &spans), file);
+        EXPECT_EQ(Misfit(file), "kept");
+        spans.back().name = "index blockSize";
+        for (const FieldSpan& span : spans) {
+            const bool isHead = span.name.find(" section t") != std::string::npos ||
+                                span.name.find(" section c") != std::string::npos;
+            if (!isHead && span.name != "floorSectionOffset" && span.name != "index blockSize")
+                continue;
+            for (std::size_t at = span.begin; at < span.end; ++at)
+                for (int by = 1; by < 256; ++by)
+                    EXPECT_NE(Misfit(Changed(file, at, by)), "kept") << span.name << " by " << by;
+        }
+    }
+}
+
+TEST(Structure, TellsWhatHidesBehindSectionsThatFit) {
+    const struct {
+        void (*damage)(Damaged&);
+        const char* field;
+        const char* reason;
+    } cases[] = {
+        {[](Damaged& d) { d.LeadTo(1, 2); }, theIndex.field,
+         "the index block leads to geometry "
+         "blocks that are not there"},
+        {[](Damaged& d) {
+             d.parts.floors.back().block.encoded.resize(0),
+                 d.parts.floors.back().fields[0].bytes[3] = 9;
+         },
+         floorSection.field, "the floor section has records that do not fill it"},
+    };
+    for (const auto& one : cases) {
+        Damaged damaged;
+        one.damage(damaged);
+        std::vector<FieldSpan> spans;
+        const Bytes file = PutTogether(damaged.parts, &spans);
+        const std::size_t n = one.field == theIndex.field ? theIndex.n : 0;
+        EXPECT_EQ(Misfit(file),
+                  std::to_string(PositionOf(spans, {one.field, n})) + ": " + one.reason);
     }
 }
 

@@ -25,6 +25,10 @@ EZVLGMiss CZVLGBlockReader::GetLastMiss(SZVLGBlockFinding& finding) {
     return imp->TellLastMiss(finding);
 }
 
+bool CZVLGBlockReader::GetStructureFinding(SZVLGBlockFinding& finding) {
+    return imp->TellStructure(finding);
+}
+
 unsigned int CZVLGBlockReader::GetVersion() {
     return imp->head.version;
 }

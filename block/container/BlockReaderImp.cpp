@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "component/ClassRows.h"
+#include "container/StructureCheck.h"
 #include "geometry/GeoSerial.h"
 #include "geometry/PreviewImage.h"
 #include "stream/CheckedInStream.h"
@@ -53,6 +54,12 @@ void CZVLGBlockReader::Imp::SettleMiss() {
 EZVLGMiss CZVLGBlockReader::Imp::TellLastMiss(SZVLGBlockFinding& finding) const {
     last.Tell(finding);
     return last.Kind();
+}
+
+bool CZVLGBlockReader::Imp::TellStructure(SZVLGBlockFinding& finding) const {
+    if (openMiss.Kind() != EZVLGMiss::Damaged) return false;
+    openMiss.Tell(finding);
+    return true;
 }
 
 /// Notes where records may hide behind a section's count.
@@ -121,7 +128,9 @@ bool CZVLGBlockReader::Imp::Open() {
     ReadFileHead(stream, head);
     try {
         CheckedInStream in(stream);
-        return ReadSections(in) && ReadIndexBlock(in);
+        if (!ReadSections(in) || !ReadIndexBlock(in)) return false;
+        CheckStructure(in);
+        return true;
     } catch (const CZVFTStreamException& damage) {
         if (ZVSmartFormat::IsLackOfMemory(damage)) throw;
         last.NoteDamaged("is damaged");
@@ -162,6 +171,15 @@ bool CZVLGBlockReader::Imp::ReadIndexBlock(CheckedInStream& in) {
     level2 = table;
     indexBlock = std::move(decoded);
     return true;
+}
+
+/// Notes where the parts that were read contradict each other; the file opens all the same.
+void CZVLGBlockReader::Imp::CheckStructure(CheckedInStream& in) {
+    Misfit misfit;
+    if (!FindMisfit(in, geoSection, floorSection, basePos + indexPosition, identifications, misfit))
+        return;
+    last.LookAt(misfit.position - basePos, {misfit.what});
+    last.NoteDamaged(misfit.reason);
 }
 
 /// Decodes the block at `in`'s position, and notes it where it does not decode.

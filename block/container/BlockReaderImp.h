@@ -33,6 +33,7 @@ class CZVLGBlockReader::Imp {
     bool Init(ZVSmartFormat::CZVFTInStream& stream, u32 geoBlockCacheLimit, u32 floorCacheLimit);
 
     EZVLGMiss TellLastMiss(SZVLGBlockFinding& finding) const;
+    bool TellStructure(SZVLGBlockFinding& finding) const;
 
     u32 EstimatedDataSize();
     void CleanInnerBuffer();
@@ -69,6 +70,7 @@ class CZVLGBlockReader::Imp {
     bool Open();
     bool ReadSections(ZVSmartFormat::CheckedInStream& in);
     bool ReadIndexBlock(ZVSmartFormat::CheckedInStream& in);
+    void CheckStructure(ZVSmartFormat::CheckedInStream& in);
     u32 SumDecodedSizes();
     bool ReadBlock(ZVSmartFormat::CheckedInStream& in, const LastMiss::Subject& subject,
                    ZVSmartFormat::DecodedBlock& block);

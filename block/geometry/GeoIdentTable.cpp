@@ -29,7 +29,7 @@ GeoIdentTable::GeoIdentTable(ZVSmartFormat::RecordInStream& in) {
         const u64 offset = in.GetPos() - start;
         const u64 keyBytes = 2 * u64{LoadBigEndian<u32>(in.Take(4))};
         const u8* const key = in.Take(keyBytes);
-        in.Take(8);
+        highestBlock = std::max(highestBlock, LoadBigEndian<u32>(in.Take(8)));
         const std::string_view current(reinterpret_cast<const char*>(key),
                                        static_cast<std::size_t>(keyBytes));
         inOrder = inOrder && (i == 0 || previous < current);

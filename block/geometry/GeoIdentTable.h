@@ -29,6 +29,9 @@ class GeoIdentTable {
     /// The i-th in ascending order; `i` is below the count.
     void Get(u32 i, std::wstring& identification, SZVLGZvgGeoIndex& index) const;
 
+    /// The highest block number that an entry of the file has; 0 without entries.
+    u32 HighestBlock() const { return highestBlock; }
+
     /// Whether the file's entries stood in strictly ascending order.
     bool WasInOrder() const { return inOrder; }
 
@@ -45,6 +48,7 @@ class GeoIdentTable {
     // which fit a processor's cache where a million entries do not.
     std::vector<u64> landmarks;
     std::size_t commonBytes = 0;
+    u32 highestBlock = 0;
     bool inOrder = true;
 };
 

@@ -84,6 +84,15 @@ class ZVLG_API CZVLGBlockReader {
     /// `CleanInnerBuffer` and `SetDecodedBlockLimit` are no queries.
     EZVLGMiss GetLastMiss(SZVLGBlockFinding& finding);
 
+    /// Whether what `Init` read does not fit together, though the file may have opened: section
+    /// heads that contradict themselves, sections that do not meet, records that end before or
+    /// behind their section's end, identifications of geometry blocks that are not there, an index
+    /// that does not decode. Floors or geometries may then be hidden, and numbers of them too low.
+    /// `finding` is replaced by the first such place, from the file's base, and the reason. False,
+    /// with `finding` unchanged, where all fits, before `Init`, and where `Init` threw. It costs
+    /// nothing to ask; CZVLGBlockVerifier checks everything.
+    bool GetStructureFinding(SZVLGBlockFinding& finding);
+
     /// The file's format version.
     unsigned int GetVersion();
     /// Copies what the file says about itself.
