@@ -1,10 +1,12 @@
 #include "ZVSmartZvg/BlockInfoDeal.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <map>
+#include <vector>
 
 #include "ZVIM/Config.h"
+#include "processing/MeetingPoints.h"
 
 namespace ZVSmartZvg {
 
@@ -42,16 +44,17 @@ class ChainingTable {
     /// False, with nothing added, for an edge with a number that is not finite.
     bool AddEdge(const CZVIMPosition& start, const CZVIMPosition& end, double bulge) {
         if (!IsFlatFinite(start) || !IsFlatFinite(end) || !std::isfinite(bulge)) return false;
-        Entry& endEntry = EntryAt(end);
-        Entry& startEntry = EntryAt(start);
+        const std::size_t endNumber = NumberOf(end);
+        const std::size_t startNumber = NumberOf(start);
+        Entry& startEntry = entries[startNumber];
         // An edge that leaves here already turns round. Its bulge stays behind and is
         // overwritten; what turns its sign is the bulge of the edge that it displaces.
-        if (startEntry.next != nullptr) {
-            Entry& earlierEnd = *startEntry.next;
-            earlierEnd.next = &startEntry;
+        if (startEntry.next != none) {
+            Entry& earlierEnd = entries[startEntry.next];
+            earlierEnd.next = startNumber;
             if (earlierEnd.bulge != 0.0) earlierEnd.bulge = -earlierEnd.bulge;
         }
-        startEntry.next = &endEntry;
+        startEntry.next = endNumber;
         startEntry.bulge = bulge;
         return true;
     }
@@ -61,16 +64,18 @@ class ChainingTable {
     /// Follows the edges from the smallest point until they come back to it.
     bool WalkInto(CZVIMPolyline& outline) const {
         outline.Clearup();
-        const Entry* first = &entries.begin()->second;
-        const Entry* current = first;
+        const std::vector<CZVIMPosition>& points = meetings.Points();
+        const auto smallest = std::min_element(points.begin(), points.end());
+        const auto first = static_cast<std::size_t>(smallest - points.begin());
+        std::size_t current = first;
         for (std::size_t i = 0; i < entries.size(); ++i) {
-            outline.AddPoint(current->point, current->bulge);
-            current = current->next;
+            outline.AddPoint(points[current], entries[current].bulge);
+            current = entries[current].next;
             if (current == first && i > 0) {
                 outline.SetClosedFlag();
                 return true;
             }
-            if (current == nullptr || current == first) {
+            if (current == none || current == first) {
                 outline.Clearup();
                 return false;
             }
@@ -79,18 +84,21 @@ class ChainingTable {
     }
 
   private:
+    static constexpr std::size_t none = static_cast<std::size_t>(-1);
+
     struct Entry {
-        CZVIMPosition point;
-        double bulge = 0.0;     ///< of the edge that leaves this point
-        Entry* next = nullptr;  ///< where that edge ends; map entries do not move
+        double bulge = 0.0;       ///< of the edge that leaves this point
+        std::size_t next = none;  ///< the number of the point in which that edge ends
     };
 
-    Entry& EntryAt(const CZVIMPosition& point) {
-        const CZVIMPosition flat = Flattened(point);
-        return entries.try_emplace(flat, Entry{flat}).first->second;
+    std::size_t NumberOf(const CZVIMPosition& point) {
+        const std::size_t number = meetings.NumberOf(Flattened(point));
+        if (number == entries.size()) entries.emplace_back();
+        return number;
     }
 
-    std::map<CZVIMPosition, Entry> entries;
+    MeetingPoints meetings;
+    std::vector<Entry> entries;  ///< by the numbers of the points
 };
 
 }  // namespace

@@ -22,6 +22,11 @@ class ZVLG_API CZVLGBlockInfoDeal {
     /// swept angle, positive counter-clockwise seen from +Z: the ratio of an arc's sagitta to
     /// half its chord, as in the DXF reference's LWPOLYLINE (group code 42).
     ///
+    /// Edges meet where their ends lie no farther apart than `CZVIMGeoModelConfig::getabs()`,
+    /// beyond the few units in the last place by which large coordinates may differ; the first
+    /// of such ends that comes stands for all. The ends of a polyline that is not closed must lie
+    /// within `getabs()` itself.
+    ///
     /// A chain starts at the smallest point in the order of positions. An edge that starts where
     /// another one does turns that one round, one edge deep and without its bulge. A polyline
     /// with a coordinate that is not finite is passed over, and edges with such a number make no
