@@ -5,16 +5,19 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "ZVIM/Config.h"
 #include "support.h"
 
 namespace {
 
 using namespace ZVSmartZvg;
 using ZVIM::GeometryPrimitiveResource::coordinate_transf;
+using ZVIM::GeometryPrimitiveResource::CZVIMGeoModelConfig;
 
 constexpr double pi = 3.14159265358979323846;
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
@@ -174,64 +177,237 @@ TEST(ParamFace, RefusalsStoreNothing) {
     EXPECT_EQ(building.saver.CreateIncludeBlockGeo({}), L"mater_include_key_0");
 }
 
-// A cylinder whose points all lie on the cap planes is left out: such faces share the first
-// one's geometry whatever theirs is, so only radius, span and height agree.
-TEST(ParamFace, SharedGeometryLiesOnTheFace) {
-    using Points = std::vector<CZVIMPosition>;
-    std::vector<std::pair<SZVLGZvgGeoRelInclude, Points>> placed;  // with the face's own points
-    std::mt19937 random(5);
+/// Two faces that differ by 0.004 in one point and by 860 in a later one.
+template <class Face, class Move>
+void DiffersFarBehindANearMiss(const Face& face, Move move) {
     Building building;
-    const auto add = [&](const auto& face, const Points& points) {
+    Face other = face;
+    move(other);
+    EXPECT_EQ(building.KeyNumber(face), 0);
+    EXPECT_EQ(building.KeyNumber(other), 1);
+    EXPECT_EQ(building.KeyNumber(face), 0);
+    EXPECT_EQ(building.KeyNumber(other), 1);
+}
+
+TEST(ParamFace, NothingAgreesButByItsNumbers) {
+    const double usual = CZVIMGeoModelConfig::getabs();
+    CZVIMGeoModelConfig::setabs(0.01);
+    DiffersFarBehindANearMiss(Ruled(1), [](auto& face) {
+        face.firstColumn[2].SetX(1.004);
+        face.secondColumn[3].SetX(862);
+    });
+    DiffersFarBehindANearMiss(Revolved(5), [](auto& face) {
+        face.profile[0].SetX(5.004);
+        face.profile[2].SetZ(862);
+    });
+    const auto withPoints = [](double near, double far) {
+        SZVLGParamCylinderFace face = Cylinder(5);
+        face.shell.AddPts({{near, 0, 1}, {far, 0, 1}});
+        return face;
+    };
+    DiffersFarBehindANearMiss(withPoints(5, 5), [&](auto& face) { face = withPoints(5.004, 865); });
+    CZVIMGeoModelConfig::setabs(usual);
+
+    Building building;  // corners that turning does not bring together
+    SZVLGParamRuledFace quad{{{0, 0, 0}, {3, 0, 0}}, {{0, 4, 0}, {3, 4, 0}}};
+    EXPECT_EQ(building.KeyNumber(quad), 0);
+    for (const CZVIMVector& off :
+         {CZVIMVector(0.0025, 0, 0), CZVIMVector(0, 0.003, 0), CZVIMVector(0, 0, 0.005)}) {
+        SZVLGParamRuledFace other = quad;
+        other.secondColumn[1] = other.secondColumn[1] + off;
+        EXPECT_NE(building.KeyNumber(other), 0);
+    }
+    EXPECT_EQ(building.KeyNumber(quad), 0);
+    EXPECT_EQ(building.KeyNumber(Revolved(1)), 4);  // a profile is measured from its own axis
+    for (const std::size_t point : {0U, 1U, 2U}) {
+        SZVLGParamRevolvedFace other = Revolved(1);
+        other.profile[point].SetZ(other.profile[point].GetZ() + 0.0011);
+        EXPECT_NE(building.KeyNumber(other), 4);
+    }
+    EXPECT_EQ(building.KeyNumber(Revolved(1)), 4);
+    SZVLGParamCylinderFace turned = Cylinder(5);  // by more than its radius vector may be off
+    turned.shell.AddPt(At({}, 5, 1, 1));
+    const int number = building.KeyNumber(turned);
+    turned.shell.TransformBy(coordinate_transf({}, {1, 0.0003, 0}, {0, 1, 0}));
+    EXPECT_EQ(building.KeyNumber(turned), number + 1);
+}
+
+// Noise takes a point off its cap plane, or onto it: the shells agree as before.
+TEST(ParamFace, CapPlanesOffByNoise) {
+    const auto raised = [](double by, double aside = 0) {
+        SZVLGParamCylinderFace face = Cylinder(1);
+        face.shell.AddPt(At({}, 1, 1, by) + CZVIMVector(aside, 0, 0));
+        return face;
+    };
+    Building building;
+    EXPECT_EQ(building.KeyNumber(raised(0.0009)), 0);
+    EXPECT_EQ(building.KeyNumber(raised(0.0011)), 0);
+    EXPECT_EQ(building.KeyNumber(raised(0.0011, 0.002)), 1);
+    EXPECT_EQ(building.KeyNumber(raised(0.0009, 0.3)), 0);  // on the planes any will do
+    Building other;
+    EXPECT_EQ(other.KeyNumber(raised(0.0011)), 0);
+    EXPECT_EQ(other.KeyNumber(raised(0.0009, 0.002)), 1);
+    EXPECT_EQ(other.KeyNumber(raised(0.0009)), 1);
+    EXPECT_EQ(other.KeyNumber(raised(0.0011, 0.002)), 1);
+}
+
+using Points = std::vector<CZVIMPosition>;
+
+/// Faces of one saver, each with its own points, and what they were answered.
+struct PlacedFaces {
+    template <class Face>
+    void Add(const Face& face, const Points& points) {
         placed.push_back({{}, points});
         ASSERT_TRUE(building.Relate(face, placed.back().first));
-    };
-    std::uniform_real_distribution<double> number(-1, 1);
-    for (int i = 0; i < 300; ++i) {
-        const auto vector = [&] {
-            return CZVIMVector(number(random), number(random), number(random));
-        };
-        const CZVIMTransf frame =
-            coordinate_transf(CZVIMPosition() + 1e5 * vector(), vector(), vector());
-        const double size = 5 + 0.001 * number(random);
-        const double start = 10 * number(random);
-
-        SZVLGParamCylinderFace cylinder = Cylinder(size, frame, start);
-        cylinder.shell.AddPt(At(frame, size, start, 1));
-        add(cylinder, cylinder.shell.GetPoints());
-
-        const SZVLGParamRevolvedFace revolved = Revolved(size, frame, start);
-        Points swept;
-        for (const CZVIMPosition& point : revolved.profile) {
-            for (int k = 0; k <= 7; ++k) {  // 1 radian × 18 / π + 2 steps
-                swept.push_back(At(frame, point.GetX(), start + k / 7.0, point.GetZ()));
+    }
+    /// Expects `count` geometries, and each face's on its points. A face without points is not
+    /// looked at.
+    void Expect(std::size_t count) {
+        building.saver.WriteEnd();
+        support::CZVFTReadBufferInStream in(building.buffer.data, building.out.GetPos());
+        CZVLGBlockReader reader;
+        ASSERT_TRUE(reader.Init(&in));
+        EXPECT_EQ(reader.GetGeoIdentificationNum(), count);
+        for (const auto& [rel, own] : placed) {
+            SZVLGZvgGeo geo;
+            ASSERT_TRUE(reader.GetGeoByIdentification(rel.key, geo));
+            ASSERT_EQ(geo.shells.size(), 1u);
+            const Points& points = geo.shells[0].TransformBy(rel.transform).GetPoints();
+            ASSERT_TRUE(own.empty() || points.size() == own.size());
+            for (std::size_t i = 0; i < own.size(); ++i) {
+                ASSERT_LE(points[i].DistToPt(own[i]), 0.001 + 1e-8);
             }
         }
-        add(revolved, swept);
+    }
+    Building building;
+    std::vector<std::pair<SZVLGZvgGeoRelInclude, Points>> placed;
+};
 
+CZVIMTransf RandomFrame(std::mt19937& random, double reach) {
+    std::uniform_real_distribution<double> number(-1, 1);
+    const auto vector = [&] { return CZVIMVector(number(random), number(random), number(random)); };
+    const CZVIMPosition origin = CZVIMPosition() + reach * vector();
+    const CZVIMVector xDirection = vector();
+    return coordinate_transf(origin, xDirection, vector());
+}
+
+/// The points of a swept face of one radian, eight to each profile point.
+Points Swept(const SZVLGParamRevolvedFace& face) {
+    CZVIMVector radius = face.radiusVector;
+    CZVIMVector ref = face.refVector;
+    CZVIMVector axis = face.axis;
+    radius.normalise(), ref.normalise(), axis.normalise();
+    Points points;
+    for (const CZVIMPosition& point : face.profile) {
+        for (int k = 0; k <= 7; ++k) {  // 1 radian × 18 / π + 2 steps
+            const double angle = face.startAngle + k / 7.0;
+            points.push_back(face.center + point.GetX() * std::cos(angle) * radius +
+                             point.GetX() * std::sin(angle) * ref + point.GetZ() * axis);
+        }
+    }
+    return points;
+}
+
+Points Rows(const SZVLGParamRuledFace& face) {
+    Points rows;
+    for (std::size_t row = 0; row < face.firstColumn.size(); ++row) {
+        rows.insert(rows.end(), {face.firstColumn[row], face.secondColumn[row]});
+    }
+    return rows;
+}
+
+/// Moves all that places a face by noise: uniform and up to so much in each coordinate, or, where
+/// it is 0, what f32 makes of the coordinate.
+struct Noise {
+    template <class Triple>
+    void Move(Triple& value) {
+        value = Triple(Moved(value.GetX()), Moved(value.GetY()), Moved(value.GetZ()));
+    }
+    double Moved(double value) {
+        if (most == 0) return static_cast<float>(value);
+        return value + most * std::uniform_real_distribution<double>(-1, 1)(random);
+    }
+    void Move(Points& points) {
+        for (CZVIMPosition& point : points) Move(point);
+    }
+    template <class Face>
+    void MoveTurned(Face& face) {
+        Move(face.center), Move(face.axis), Move(face.radiusVector), Move(face.refVector);
+    }
+    double most;
+    std::mt19937& random;
+};
+
+// Narrow and long ones are among them: what turns their frames moves the far corners by much more
+// than the noise. Of many shapes some lie on every border of whatever they are looked for by.
+TEST(ParamFace, ShapesAreSharedUnderNoise) {
+    for (const int shapes : {12, 300}) {
+        for (const double most : {1e-7, 1e-6, 1e-5, 1e-4, 0.0}) {
+            SCOPED_TRACE(testing::Message() << shapes << " shapes, noise " << most);
+            std::mt19937 random(11);
+            Noise noise{most, random};
+            PlacedFaces wide, high, caps, cylinders, revolved;
+            for (int i = 0; i < 600; ++i) {
+                const double width = 0.9 + 1.1 * (i % 3);
+                const double height = 0.1 + 0.0371 * (i % shapes / 3);
+                const CZVIMTransf frame = RandomFrame(random, 1000);
+                const auto corner = [&](double x, double y) {
+                    return CZVIMPosition(x, y, 0).TransformBy(frame);
+                };
+                for (PlacedFaces* const ruled : {&wide, &high}) {
+                    SZVLGParamRuledFace face{{corner(0, 0), corner(width, 0)},
+                                             {corner(0, height), corner(width, height)}};
+                    if (ruled == &high) std::swap(face.firstColumn[1], face.secondColumn[0]);
+                    noise.Move(face.firstColumn), noise.Move(face.secondColumn);
+                    ruled->Add(face, Rows(face));
+                }
+                auto cylinder = Turned<SZVLGParamCylinderFace>(frame, height, i);
+                cylinder.endHeight = width;
+                Points points;
+                for (const double along : {0.0, width, width / 3}) {
+                    if (along == width / 3) {
+                        cylinder.shell.AddPts(points);
+                        noise.MoveTurned(cylinder);
+                        caps.Add(cylinder, {});
+                    }
+                    points = {At(frame, height, i, along), At(frame, height, i + 1, along)};
+                    noise.Move(points);
+                    cylinder.shell.AddPts(points);
+                }
+                cylinders.Add(cylinder, cylinder.shell.GetPoints());
+                auto turned = Turned<SZVLGParamRevolvedFace>(frame, width, i);
+                turned.profile = {{width, 0, 0}, {width / 2, 0, height}};
+                noise.MoveTurned(turned);
+                revolved.Add(turned, Swept(turned));
+            }
+            for (PlacedFaces* const faces : {&wide, &high, &caps, &cylinders, &revolved}) {
+                faces->Expect(static_cast<std::size_t>(shapes));
+            }
+        }
+    }
+}
+
+// Where sizes differ by about the tolerance, some agree and some do not.
+TEST(ParamFace, SharedGeometryLiesOnTheFace) {
+    std::mt19937 random(5);
+    PlacedFaces faces;
+    std::set<std::wstring> keys;
+    std::uniform_real_distribution<double> number(-1, 1);
+    for (int i = 0; i < 300; ++i) {
+        const CZVIMTransf frame = RandomFrame(random, 1e5);
+        const double size = 5 + 0.001 * number(random);
+        const double start = 10 * number(random);
+        SZVLGParamCylinderFace cylinder = Cylinder(size, frame, start);
+        cylinder.shell.AddPt(At(frame, size, start, 1));
+        faces.Add(cylinder, cylinder.shell.GetPoints());
+        const SZVLGParamRevolvedFace revolved = Revolved(size, frame, start);
+        faces.Add(revolved, Swept(revolved));
         const SZVLGParamRuledFace ruled = Ruled(size, frame);
-        Points rows;
-        for (std::size_t row = 0; row < 4; ++row) {
-            rows.push_back(ruled.firstColumn[row]);
-            rows.push_back(ruled.secondColumn[row]);
-        }
-        add(ruled, rows);
+        faces.Add(ruled, Rows(ruled));
     }
-
-    building.saver.WriteEnd();
-    support::CZVFTReadBufferInStream in(building.buffer.data, building.out.GetPos());
-    CZVLGBlockReader reader;
-    ASSERT_TRUE(reader.Init(&in));
-    EXPECT_LT(reader.GetGeoIdentificationNum(), placed.size() / 2);  // they do share
-    for (const auto& [rel, own] : placed) {
-        SZVLGZvgGeo geo;
-        ASSERT_TRUE(reader.GetGeoByIdentification(rel.key, geo));
-        ASSERT_EQ(geo.shells.size(), 1u);
-        const Points& points = geo.shells[0].TransformBy(rel.transform).GetPoints();
-        ASSERT_EQ(points.size(), own.size());
-        for (std::size_t i = 0; i < own.size(); ++i) {
-            ASSERT_LE(points[i].DistToPt(own[i]), 0.001 + 1e-8);
-        }
-    }
+    for (const auto& [rel, own] : faces.placed) keys.insert(rel.key);
+    EXPECT_LT(keys.size(), faces.placed.size() / 10);  // they do share
+    faces.Expect(keys.size());
 }
 
 }  // namespace

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 #include "ZVIM/Config.h"
 #include "processing/KeyOrder.h"
+#include "processing/ShapeFit.h"
 #include "processing/TurnedFrame.h"
 
 namespace ZVSmartZvg {
@@ -14,6 +16,8 @@ namespace {
 using ZVIM::GeometryPrimitiveResource::CZVIMGeoModelConfig;
 
 constexpr double smallestCylinderRadius = 1e-05;
+/// Marks the signatures of faces on cap planes, whose shells do not count.
+constexpr std::uint64_t capPlanesOnly = 1;
 
 /// The planes are those of local heights 0 and `height`, wherever the face's own heights start.
 bool IsOnCapPlanes(const CZVIMShell& localShell, double height) {
@@ -24,13 +28,35 @@ bool IsOnCapPlanes(const CZVIMShell& localShell, double height) {
     });
 }
 
+bool AgreeSizes(const CylinderKey& a, const CylinderKey& b) {
+    return AgreeValues(a.radius, b.radius) && AgreeValues(a.span, b.span) &&
+           AgreeValues(a.height, b.height);
+}
+
 }  // namespace
 
 bool CylinderKey::operator<(const CylinderKey& other) const {
     if (const int order = CompareValues(radius, other.radius)) return order < 0;
     if (const int order = CompareValues(span, other.span)) return order < 0;
     if (const int order = CompareValues(height, other.height)) return order < 0;
+    if (isOnCapPlanes || other.isOnCapPlanes) return isOnCapPlanes && !other.isOnCapPlanes;
     return CompareShells(localShell, other.localShell) < 0;
+}
+
+bool CylinderKey::Agrees(const CylinderKey& other) const {
+    if (!AgreeSizes(*this, other)) return false;
+    // A point that noise takes off its cap plane leaves the shells as close as they were.
+    return (isOnCapPlanes && other.isOnCapPlanes) || AgreeShells(localShell, other.localShell);
+}
+
+std::optional<CZVIMTransf> CylinderKey::TurnFrom(const CylinderKey& other) const {
+    if (!AgreeSizes(*this, other)) return std::nullopt;
+    return FittingTurn(other.localShell, other.radius, localShell, radius);
+}
+
+std::vector<ShapeSignature> CylinderKey::Signatures() const {
+    if (!isOnCapPlanes) return {SignatureOf(localShell)};
+    return {{capPlanesOnly, {radius, span, height}}, SignatureOf(localShell)};
 }
 
 std::optional<DerivedFace<CylinderKey>> DeriveCylinderFace(const SZVLGParamCylinderFace& face) {
@@ -43,16 +69,14 @@ std::optional<DerivedFace<CylinderKey>> DeriveCylinderFace(const SZVLGParamCylin
 
     DerivedFace<CylinderKey> derived;
     derived.transform = frame->transform;
-    derived.localShell = face.shell;
-    derived.localShell.TransformBy(frame->transform.inverse());
+    derived.key.localShell = face.shell;
+    derived.key.localShell.TransformBy(frame->transform.inverse());
     derived.key.radius = frame->radius;
     derived.key.span = frame->span;
     const bool zAgainstAxis =
         antiparallel(frame->zUnit, frame->axisUnit, CZVIMGeoModelConfig::getnor());
     derived.key.height = zAgainstAxis ? -height : height;
-    if (!IsOnCapPlanes(derived.localShell, derived.key.height)) {
-        derived.key.localShell = derived.localShell;
-    }
+    derived.key.isOnCapPlanes = IsOnCapPlanes(derived.key.localShell, derived.key.height);
     return derived;
 }
 

@@ -4,12 +4,11 @@
 
 namespace ZVSmartZvg {
 
-/// What a parametric face comes down to: what tells its shape from others, the shape in a frame
-/// of its own, and where that frame stands.
+/// What a parametric face comes down to: its shape in a frame of its own, with what else tells it
+/// from others, and where that frame stands.
 template <class Key>
 struct DerivedFace {
-    Key key;
-    CZVIMShell localShell;
+    Key key;                ///< holds the shape as `localShell`
     CZVIMTransf transform;  ///< from the local frame to the world
 };
 

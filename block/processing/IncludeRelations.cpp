@@ -13,24 +13,25 @@ std::wstring IncludeRelations::CreateIncludeBlockGeo(const SZVLGZvgGeo& geo) {
     return key;
 }
 
+void IncludeRelations::Reset() {
+    keys = {};
+    cylinders.Clear();
+    revolved.Clear();
+    ruled.Clear();
+}
+
 template <class Key>
-void IncludeRelations::Relate(Table<Key>& table, DerivedFace<Key> derived,
+void IncludeRelations::Relate(IncludeTable<Key>& table, DerivedFace<Key> derived,
                               SZVLGZvgGeoRelInclude& rel) {
-    // One step that looks up and inserts: with an order that is not transitive a lookup may miss
-    // an entry that then stands in the way of the new one.
-    const auto [entry, isNew] = table.try_emplace(std::move(derived.key));
-    if (isNew) {
-        try {
-            SZVLGZvgGeo geo;
-            geo.shells.push_back(std::move(derived.localShell));
-            entry->second = CreateIncludeBlockGeo(geo);
-        } catch (...) {
-            table.erase(entry);
-            throw;
-        }
-    }
-    rel.key = entry->second;
-    rel.transform = derived.transform;
+    const auto match = table.FindOrAdd(std::move(derived.key), [this](Key& key) {
+        SZVLGZvgGeo geo;
+        geo.shells.push_back(std::move(key.localShell));
+        std::wstring includeKey = CreateIncludeBlockGeo(geo);
+        key.localShell = std::move(geo.shells.back());
+        return includeKey;
+    });
+    rel.key = match.includeKey;
+    rel.transform = derived.transform * match.turn;
 }
 
 bool IncludeRelations::RelateCylinderFace(const SZVLGParamCylinderFace& face,

@@ -1,13 +1,13 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <string>
 
 #include "ZVSmartZvg/Geo.h"
 #include "ZVSmartZvg/ParamFace.h"
 #include "processing/CylinderFace.h"
 #include "processing/IncludeKeys.h"
+#include "processing/IncludeTable.h"
 #include "processing/RevolvedFace.h"
 #include "processing/RuledFace.h"
 
@@ -34,18 +34,18 @@ class IncludeRelations {
     bool RelateRevolvedFace(const SZVLGParamRevolvedFace& face, SZVLGZvgGeoRelInclude& rel);
     bool RelateRuledFace(const SZVLGParamRuledFace& face, SZVLGZvgGeoRelInclude& rel);
 
+    /// As new: no shape is known, and the next number is 0. What stores geometries stays.
+    void Reset();
+
   private:
     template <class Key>
-    using Table = std::map<Key, std::wstring>;
-
-    template <class Key>
-    void Relate(Table<Key>& table, DerivedFace<Key> derived, SZVLGZvgGeoRelInclude& rel);
+    void Relate(IncludeTable<Key>& table, DerivedFace<Key> derived, SZVLGZvgGeoRelInclude& rel);
 
     StoreGeo store;
     IncludeKeys keys;
-    Table<CylinderKey> cylinders;
-    Table<RevolvedKey> revolved;
-    Table<RuledKey> ruled;
+    IncludeTable<CylinderKey> cylinders;
+    IncludeTable<RevolvedKey> revolved;
+    IncludeTable<RuledKey> ruled;
 };
 
 }  // namespace ZVSmartZvg

@@ -6,10 +6,11 @@
 
 namespace ZVSmartZvg {
 
-// How the keys of the include tables compare. Each function returns a negative number where `a`
-// is less, a positive one where `b` is, and 0 where the two agree within the tolerance. Such an
-// order is not transitive: a table may miss an entry that agrees, and then holds one more copy,
-// but whatever it finds does agree. All numbers are finite.
+// How the keys of the include tables compare. Each `Compare` returns a negative number where `a`
+// is less, a positive one where `b` is, and 0 where neither is. Such an order is not transitive,
+// and points of one cell of the order of positions are not told apart however far from each other
+// the points behind them lie: what an ordered table finds may not agree, and what agrees may not
+// be found. Each `Agree` says for certain. All numbers are finite.
 
 /// Lengths in the model's unit and angles in radians that differ by no more agree.
 constexpr double keyTolerance = 0.001;
@@ -23,5 +24,11 @@ int ComparePoints(const std::vector<CZVIMPosition>& a, const std::vector<CZVIMPo
 /// Fewer points are less, then fewer face entries, then the smaller face entry at the first that
 /// differs, then the points decide.
 int CompareShells(const CZVIMShell& a, const CZVIMShell& b);
+
+/// All pairs lie within the tolerance, and there are as many of one as of the other.
+bool AgreeValues(double a, double b);
+bool AgreePoints(const std::vector<CZVIMPosition>& a, const std::vector<CZVIMPosition>& b);
+/// So do the points, and the face lists are the same.
+bool AgreeShells(const CZVIMShell& a, const CZVIMShell& b);
 
 }  // namespace ZVSmartZvg

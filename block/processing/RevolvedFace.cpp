@@ -5,6 +5,7 @@
 
 #include "ZVIM/Mesh.h"
 #include "processing/KeyOrder.h"
+#include "processing/ShapeFit.h"
 #include "processing/TurnedFrame.h"
 
 namespace ZVSmartZvg {
@@ -60,6 +61,10 @@ CZVIMMesh SweptMesh(const SZVLGParamRevolvedFace& face, const TurnedFrame& frame
     return mesh;
 }
 
+bool AgreeSizes(const RevolvedKey& a, const RevolvedKey& b) {
+    return AgreeValues(a.radius, b.radius) && AgreeValues(a.span, b.span);
+}
+
 }  // namespace
 
 bool RevolvedKey::operator<(const RevolvedKey& other) const {
@@ -67,6 +72,22 @@ bool RevolvedKey::operator<(const RevolvedKey& other) const {
     if (const int order = CompareValues(span, other.span)) return order < 0;
     if (const int order = ComparePoints(profile, other.profile)) return order < 0;
     return CompareShells(localShell, other.localShell) < 0;
+}
+
+bool RevolvedKey::Agrees(const RevolvedKey& other) const {
+    // The profile is a column of the shell.
+    return AgreeSizes(*this, other) && AgreeShells(localShell, other.localShell);
+}
+
+std::optional<CZVIMTransf> RevolvedKey::TurnFrom(const RevolvedKey& other) const {
+    if (!AgreeSizes(*this, other) || !AgreePoints(ownProfile, other.ownProfile)) {
+        return std::nullopt;
+    }
+    return FittingTurn(other.localShell, other.radius, localShell, radius);
+}
+
+std::vector<ShapeSignature> RevolvedKey::Signatures() const {
+    return {SignatureOf(localShell)};
 }
 
 std::optional<DerivedFace<RevolvedKey>> DeriveRevolvedFace(const SZVLGParamRevolvedFace& face,
@@ -88,13 +109,15 @@ std::optional<DerivedFace<RevolvedKey>> DeriveRevolvedFace(const SZVLGParamRevol
     const CZVIMMesh mesh = SweptMesh(face, *frame, angles);
     DerivedFace<RevolvedKey> derived;
     derived.transform = frame->transform;
-    derived.localShell = MeshToShell(mesh);
     derived.key.radius = frame->radius;
     derived.key.span = frame->span;
     for (std::size_t i = 0; i < mesh.GetPoints().size(); i += angles.size()) {
         derived.key.profile.push_back(mesh.GetPoints()[i]);
     }
-    derived.key.localShell = derived.localShell;
+    for (const CZVIMPosition& point : face.profile) {
+        derived.key.ownProfile.emplace_back(point.GetX(), 0, point.GetZ());
+    }
+    derived.key.localShell = MeshToShell(mesh);
     return derived;
 }
 

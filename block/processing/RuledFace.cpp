@@ -2,6 +2,7 @@
 
 #include "ZVIM/Mesh.h"
 #include "processing/KeyOrder.h"
+#include "processing/ShapeFit.h"
 #include "processing/TurnedFrame.h"
 
 namespace ZVSmartZvg {
@@ -47,7 +48,19 @@ std::optional<CZVIMTransf> PlacingTransform(const SZVLGParamRuledFace& face) {
 }  // namespace
 
 bool RuledKey::operator<(const RuledKey& other) const {
-    return ComparePoints(positions, other.positions) < 0;
+    return ComparePoints(localShell.GetPoints(), other.localShell.GetPoints()) < 0;
+}
+
+bool RuledKey::Agrees(const RuledKey& other) const {
+    return AgreePoints(localShell.GetPoints(), other.localShell.GetPoints());
+}
+
+std::optional<CZVIMTransf> RuledKey::TurnFrom(const RuledKey& other) const {
+    return FittingTurn(other.localShell.GetPoints(), localShell.GetPoints());
+}
+
+std::vector<ShapeSignature> RuledKey::Signatures() const {
+    return {SignatureOf(localShell)};
 }
 
 std::optional<DerivedFace<RuledKey>> DeriveRuledFace(const SZVLGParamRuledFace& face) {
@@ -64,9 +77,8 @@ std::optional<DerivedFace<RuledKey>> DeriveRuledFace(const SZVLGParamRuledFace& 
     }
     DerivedFace<RuledKey> derived;
     derived.transform = *transform;
-    derived.localShell = MeshToShell(mesh);
-    derived.localShell.TransformBy(transform->inverse());
-    derived.key.positions = derived.localShell.GetPoints();
+    derived.key.localShell = MeshToShell(mesh);
+    derived.key.localShell.TransformBy(transform->inverse());
     return derived;
 }
 

@@ -11,6 +11,22 @@
 
 namespace ZVSmartZvg {
 
+// Faces of one kind share a geometry where they agree within 0.001 in every number: radius, swept
+// angle and height, the profile as it is drawn, and each point of the local shell by its distance.
+// Face lists must be the same. The tolerances of the process have no say in that.
+//
+// A local frame is known no better than what fixes it: the first points of a ruled face, the
+// vectors of the others. Noise there turns the frame and moves far points by more than itself. So
+// faces agree too where a turn about the local origin brings every point, and the tips of the
+// radius vectors, within 0.001; the transform that is answered then has that turn in it. In each
+// case it puts the shared geometry within 0.001 of the face's own points, but for a cylinder face
+// whose points all lie on the two planes that cap it, within 0.001: such faces share the geometry
+// of the first one with their radius, swept angle and height, whatever their points are.
+//
+// Agreement is not transitive: a face is compared with those that were stored, not with those
+// that shared them. Of several that agree the first stored is taken, unless the order in which
+// shapes are looked for finds another one before.
+
 using ZVIM::GeometryModelResource::CZVIMShell;
 using ZVIM::GeometryPrimitiveResource::CZVIMPosition;
 using ZVIM::GeometryPrimitiveResource::CZVIMTransf;
