@@ -225,11 +225,15 @@ TEST(ParamFace, NothingAgreesButByItsNumbers) {
         EXPECT_NE(building.KeyNumber(other), 4);
     }
     EXPECT_EQ(building.KeyNumber(Revolved(1)), 4);
-    SZVLGParamCylinderFace turned = Cylinder(5);  // by more than its radius vector may be off
-    turned.shell.AddPt(At({}, 5, 1, 1));
-    const int number = building.KeyNumber(turned);
-    turned.shell.TransformBy(coordinate_transf({}, {1, 0.0003, 0}, {0, 1, 0}));
-    EXPECT_EQ(building.KeyNumber(turned), number + 1);
+    for (const CZVIMVector& yDirection : {CZVIMVector(-0.0006, 1, 0), CZVIMVector(0, 1, 0.0006)}) {
+        SZVLGParamCylinderFace turned =
+            Cylinder(5, {}, 0);  // by more than its radius vector may be off
+        turned.shell.AddPt(At({}, 5, 1, 1));
+        const int number = building.KeyNumber(turned);
+        const CZVIMVector xDirection(1, -yDirection.GetX(), 0);
+        turned.shell.TransformBy(coordinate_transf({}, xDirection, yDirection));
+        EXPECT_GT(building.KeyNumber(turned), number);
+    }
 }
 
 // Noise takes a point off its cap plane, or onto it: the shells agree as before.
@@ -249,6 +253,15 @@ TEST(ParamFace, CapPlanesOffByNoise) {
     EXPECT_EQ(other.KeyNumber(raised(0.0009, 0.002)), 1);
     EXPECT_EQ(other.KeyNumber(raised(0.0009)), 1);
     EXPECT_EQ(other.KeyNumber(raised(0.0011, 0.002)), 1);
+    const auto swept = [](double radius, double span, double aside) {
+        SZVLGParamCylinderFace face = Cylinder(radius);
+        face.endAngle = face.startAngle + span;
+        face.shell.AddPt({aside, 0, 0});
+        return face;
+    };
+    EXPECT_EQ(other.KeyNumber(swept(2.0018, 1.5, 0)), 2);
+    EXPECT_EQ(other.KeyNumber(swept(2, 2, 0)), 3);
+    EXPECT_EQ(other.KeyNumber(swept(2.00095, 2, 0.3)), 3);  // the order takes it past the last one
 }
 
 using Points = std::vector<CZVIMPosition>;
