@@ -33,5 +33,11 @@ int main(int argc, char** argv) {
     WriteSeed(folder / "calls" / "mixed", calls);
     WriteSeed(folder / "calls" / "geometries", Bytes(300, 0x0F));
     WriteSeed(folder / "calls" / "components", Bytes(300, 0x04));
+    for (const u32 step : {1U, 3U, 7U, 37U, 73U, 101U}) {
+        Bytes faces;
+        for (u32 i = 0; i < 800; ++i) faces.push_back(static_cast<u8>(i * step % 251));
+        WriteSeed(folder / "faces" / ("steps-of-" + std::to_string(step)), faces);
+    }
+    WriteSeed(folder / "faces" / "mixed", calls);
     return 0;
 }
