@@ -108,26 +108,122 @@ TEST_F(ToolFaults, SignalsLeaveNothingBehind) {
     }
 }
 
-/// The signal comes when the first file is there but empty, and when all of it is written.
-TEST_F(ToolFaults, SignalsInMidWritingLeaveNothingBehind) {
-    for (const char* words :
-         {"export in/good.zvg -o out/x.glb", "export in/good.zvg -o out/x.obj",
-          "plan in/good.zvg -o out/x.svg", "preview in/good.zvg -o out/x.png --render 64x48",
-          "export --force in/good.zvg -o in/taken.glb", "pack -q in/big.obj -o out/x.zvg"}) {
-        for (const char* call : {"fdopen", "renameat2", "rename"}) {
+/// What the tool says of a fault at one of its calls, as fault_at_call.cpp describes it.
+std::string At(const std::string& fault, const std::string& words) {
+    return "export ZVG_FAULT=" + fault + "; LD_PRELOAD=" ZVG_FAULT_AT_CALL " $Z " + words;
+}
+
+const std::string noSpace = ":e28";
+const std::string eio = ":e5";
+const std::string namedFiles = "openNameless:0:e95,";  // as on file systems that know no others
+
+/// The end comes when the first file is there but empty, and when all of it is written.
+TEST_F(ToolFaults, EndsInMidWritingLeaveNothingBehind) {
+    const struct {
+        const char* words;
+        const char* lastCall;
+    } cases[] = {{"export in/good.zvg -o out/x.glb", "linkat"},
+                 {"plan in/good.zvg -o out/x.svg", "linkat"},
+                 {"preview in/good.zvg -o out/x.png --render 64x48", "linkat"},
+                 {"export --force in/good.zvg -o in/taken.glb", "rename"},
+                 {"pack -q in/big.obj -o out/x.zvg", "linkat"}};
+    for (const auto& [words, lastCall] : cases) {
+        for (const std::string fault : {"fdopen:1:15", "fdopen:1:9", lastCall}) {
             const bool packs = std::string(words).rfind("pack", 0) == 0;
-            if (packs && std::string(call) == "fdopen") continue;  // the child's, which is killed
-            const bool forced = std::string(words).find("--force") != std::string::npos;
-            if (std::string(call) == (forced ? "renameat2" : "rename")) continue;
+            if (packs && fault != lastCall) continue;  // the child's, which is killed
             std::ofstream(folder + "in/taken.glb") << "mine";
-            Run(std::string("ZVG_SIGNAL_AT=") + call + " LD_PRELOAD=" ZVG_SIGNAL_AT_CALL + " $Z " +
-                words + "; echo $? >status");
-            EXPECT_EQ(ReadAll(folder + "status"), "143\n") << words << call << err;
-            EXPECT_TRUE(Names("out").empty()) << words << call;
-            EXPECT_EQ(ReadAll(folder + "in/taken.glb"), "mine") << words << call;
-            EXPECT_EQ(Names("in").size(), 4U) << words << call;
+            Run(At(fault == lastCall ? fault + ":1:15" : fault, words) + "; echo $? >status");
+            EXPECT_EQ(ReadAll(folder + "status"), fault == "fdopen:1:9" ? "137\n" : "143\n")
+                << words << fault << err;
+            EXPECT_TRUE(Names("out").empty()) << words << fault;
+            EXPECT_EQ(ReadAll(folder + "in/taken.glb"), "mine") << words << fault;
+            EXPECT_EQ(Names("in").size(), 4U) << words << fault;
         }
     }
+}
+
+TEST_F(ToolFaults, WhatCannotBeKeptIsAFailureAndLeavesTheOldFiles) {
+    const std::string obj = "export --force -q in/good.zvg -o out/x.obj";
+    const std::string glb = "export -q in/good.zvg -o out/x.glb";
+    const struct {
+        std::string fault, words;
+    } cases[] = {{"fsync:1" + eio, glb},
+                 {"fsync:1" + eio, obj},
+                 {"fsync:2" + eio, obj},
+                 {"linkat:1" + noSpace, glb},
+                 {"linkat:4" + eio, obj},
+                 {"rename:1" + eio, obj},
+                 {"rename:2" + eio, obj},
+                 {"ftello:2" + eio, "pack -q in/big.obj -o out/x.zvg"},
+                 {namedFiles + "rename:2" + eio, obj},
+                 {namedFiles + "renameat2:1" + eio, glb}};
+    for (const auto& [fault, words] : cases) {
+        std::ofstream(folder + "out/x.obj") << "old";
+        std::ofstream(folder + "out/x.mtl") << "old too";
+        EXPECT_EQ(Run(At(fault, words)), 3) << fault << words << err;
+        EXPECT_NE(err.find("cannot write out/x."), std::string::npos) << fault << words << err;
+        EXPECT_EQ(ReadAll(folder + "out/x.obj"), "old") << fault << words;
+        EXPECT_EQ(ReadAll(folder + "out/x.mtl"), "old too") << fault << words;
+        EXPECT_EQ(Names("out"), (std::set<std::string>{"x.obj", "x.mtl"})) << fault << words;
+    }
+    // Without old files there are none.
+    fs::remove(folder + "out/x.obj");
+    fs::remove(folder + "out/x.mtl");
+    EXPECT_EQ(Run(At("linkat:2" + eio, "export in/good.zvg -o out/x.obj")), 3) << err;
+    EXPECT_TRUE(Names("out").empty());
+    EXPECT_EQ(Run(At("fsyncFolder:1" + eio, glb)), 3) << err;
+}
+
+TEST_F(ToolFaults, WhatIsReadIsNotWrittenOver) {
+    for (const char* name : {"g.svg", "g.glb", "g.png", "g.mtl"}) {
+        fs::copy_file(folder + "in/good.zvg", folder + "in/" + name);
+    }
+    fs::create_hard_link(folder + "in/g.svg", folder + "in/hard.svg");
+    fs::create_symlink("g.svg", folder + "in/soft.svg");
+    std::ofstream(folder + "in/tri.obj") << "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
+    std::ofstream(folder + "in/tri.mtl") << "newmtl m\n";
+    std::ofstream(folder + "in/set.ini") << "[a]\n";
+    const auto inputs = Names("in");
+    for (const char* words :
+         {"plan in/g.svg -o in/g.svg", "plan in/g.svg -o in/hard.svg",
+          "plan in/soft.svg -o in/g.svg", "plan in/hard.svg -o in/soft.svg",
+          "plan - -o in/g.svg <in/g.svg", "export in/g.glb -o in/../in/g.glb",
+          "export in/g.mtl -o in/g.obj", "preview in/g.png --render 64x48 -o in/g.png",
+          "pack in/tri.obj -o in/tri.obj", "pack in/tri.obj -o in/tri.mtl",
+          "pack in/tri.obj --settings in/set.ini -o in/set.ini",
+          "pack in/tri.obj --preview in/g.png -o in/g.png"}) {
+        for (const char* force : {" --force", ""}) {
+            EXPECT_EQ(Run("$Z " + (words + std::string(force))), 3) << words << err;
+            EXPECT_NE(err.find(": it is what is read\n"), std::string::npos) << words << err;
+        }
+    }
+    EXPECT_EQ(Names("in"), inputs);
+    for (const char* name : {"g.svg", "g.glb", "g.png", "g.mtl"}) {
+        EXPECT_EQ(ReadAll(folder + "in/" + name), ReadAll(folder + "in/good.zvg")) << name;
+    }
+    EXPECT_EQ(ReadAll(folder + "in/tri.obj").size(), 32U);
+}
+
+TEST_F(ToolFaults, FilesAreWrittenUnderAnyName) {
+    const std::string longest(251, 'n');
+    for (const std::string prefix : {"", "openNameless:0:e95,", "link:0:e1,"}) {
+        for (const std::string& words :
+             {"export -q in/good.zvg -o out/" + longest + ".glb",
+              "export -q --force in/good.zvg -o out/" + longest + ".glb",
+              "export -q --force in/good.zvg -o out/" + longest + ".obj",
+              std::string("export -q --force in/good.zvg -o out/x.obj")}) {
+            EXPECT_EQ(Run(At(prefix + "none:1:1", words)), 0) << prefix << words << err;
+        }
+        EXPECT_EQ(Names("out").size(), 5U) << prefix;
+        for (const std::string& name : Names("out")) {
+            EXPECT_GT(fs::file_size(folder + "out/" + name), 20U) << name;
+            fs::remove(folder + "out/" + name);
+        }
+    }
+    // A signal between two files that belong together waits for the second.
+    Run(At("linkat:1:15", "export in/good.zvg -o out/x.obj") + "; echo $? >status");
+    EXPECT_EQ(ReadAll(folder + "status"), "143\n");
+    EXPECT_EQ(Names("out"), (std::set<std::string>{"x.obj", "x.mtl"}));
 }
 
 /// From as little memory as the program starts in.

@@ -34,22 +34,20 @@ Format FormatOf(const std::string& path) {
 }
 
 unsigned long long ExportGlb(const ExportModel& model, const Arguments& arguments) {
-    OutputFile output(arguments.target.path, arguments.target.force);
+    OutputFile output(arguments.target.path, arguments.target.force, {arguments.file});
     output.Fill([&](CZVFTOutStream& sink) { WriteGlb(model, sink); });
     output.Commit();
     return output.Bytes();
 }
 
-/// Both files are written before either gets its name.
 unsigned long long ExportObj(const ExportModel& model, const Arguments& arguments) {
     const fs::path materials = fs::path(arguments.target.path).replace_extension(".mtl");
-    OutputFile objOutput(arguments.target.path, arguments.target.force);
-    OutputFile mtlOutput(materials.string(), arguments.target.force);
+    OutputFile objOutput(arguments.target.path, arguments.target.force, {arguments.file});
+    OutputFile mtlOutput(materials.string(), arguments.target.force, {arguments.file});
     objOutput.Fill(
         [&](CZVFTOutStream& sink) { WriteObj(model, materials.filename().string(), sink); });
     mtlOutput.Fill([&](CZVFTOutStream& sink) { WriteMtl(model, sink); });
-    mtlOutput.Commit();
-    objOutput.Commit();
+    OutputFile::CommitBoth(mtlOutput, objOutput);
     return objOutput.Bytes();
 }
 

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
@@ -98,6 +99,17 @@ void CheckReadable(const std::string& path) {
     throw ToolError(ExitStatus::InputOutput, path + ": " + std::strerror(errno));
 }
 
+/// All files that are read, as far as their names are known before; an OBJ has its materials
+/// beside it.
+std::vector<std::string> InputsOf(const Arguments& arguments) {
+    std::vector<std::string> inputs = {arguments.model, arguments.settings, arguments.preview};
+    const std::filesystem::path model(arguments.model);
+    if (model.extension() == ".obj" || model.extension() == ".OBJ") {
+        inputs.push_back(std::filesystem::path(model).replace_extension(".mtl").string());
+    }
+    return inputs;
+}
+
 PackOptions OptionsOf(const Arguments& arguments) {
     PackOptions options;
     options.modelPath = arguments.model.c_str();
@@ -139,7 +151,7 @@ void Pack(const Arguments& arguments, const CommonOptions& common) {
     CheckReadable(arguments.model);
     CheckReadable(arguments.settings);
     CheckReadable(arguments.preview);
-    OutputFile output(arguments.target.path, arguments.target.force);
+    OutputFile output(arguments.target.path, arguments.target.force, InputsOf(arguments));
     Listener listener(arguments.model, common.quiet);
     const int status = Import(arguments, output.Descriptor(), listener);
     listener.Finish();

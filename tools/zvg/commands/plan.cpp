@@ -39,8 +39,10 @@ std::string Told(const std::vector<PlanFloor>& floors) {
 void Plan(const Arguments& arguments, const CommonOptions& common) {
     OpenedBlock block(arguments.file);
     std::optional<OutputFile> output;
-    if (!arguments.target.path.empty())
-        output.emplace(arguments.target.path, arguments.target.force);
+    if (!arguments.target.path.empty()) {
+        output.emplace(arguments.target.path, arguments.target.force,
+                       std::vector<std::string>{arguments.file});
+    }
     PlacedRecords records(block);
     const std::vector<PlanFloor> floors = DrawFloors(block, records, arguments);
     const std::string title = std::filesystem::path(arguments.file).filename().string();

@@ -72,7 +72,7 @@ SZVLGZvgGeoImage Drawn(OpenedBlock& block, const Size& size) {
 
 void WritePng(const SZVLGZvgGeoImage& image, const Arguments& arguments) {
     const std::string png = EncodePng(image);
-    OutputFile output(arguments.target.path, arguments.target.force);
+    OutputFile output(arguments.target.path, arguments.target.force, {arguments.file});
     output.Fill(
         [&png](ZVSmartFormat::CZVFTOutStream& sink) { sink.Write(png.data(), png.size()); });
     output.Commit();

@@ -24,7 +24,9 @@ u64 FileSink::Write(const void* buffer, u64 size) {
 }
 
 u64 FileSink::GetPos() {
-    return file ? static_cast<u64>(ftello(file)) : 0;
+    const off_t position = file ? ftello(file) : 0;
+    if (position < 0) NoteFailure();
+    return static_cast<u64>(position);
 }
 
 int FileSink::Seek(u64 pos) {

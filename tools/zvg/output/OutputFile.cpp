@@ -1,11 +1,9 @@
 #include "tools/zvg/output/OutputFile.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
 
@@ -29,71 +27,105 @@ fs::path FollowLinks(fs::path path) {
     return path;
 }
 
+/// By device and number, as one file may have many names.
+bool IsFile(const std::string& path, const struct stat& file) {
+    struct stat status = {};
+    const int failed = path == "-" ? fstat(STDIN_FILENO, &status) : stat(path.c_str(), &status);
+    return failed == 0 && status.st_dev == file.st_dev && status.st_ino == file.st_ino;
+}
+
 }  // namespace
 
-OutputFile::OutputFile(const std::string& target, bool force)
-    : target(target), force(force), toStandardOutput(target == "-") {
-    if (toStandardOutput) {
+OutputFile::OutputFile(const std::string& target, bool force,
+                       const std::vector<std::string>& inputs)
+    : target(target), force(force) {
+    if (target == "-") {
         if (isatty(STDOUT_FILENO)) {
             throw ToolError(ExitStatus::Usage,
                             "standard output is a terminal: name a file, or pipe it on");
         }
-        descriptor = OpenAnonymousFile();
+        nameless = OpenAnonymousFile();
         return;
     }
     this->target = FollowLinks(target).string();
-    std::error_code ignored;
-    const fs::file_status status = fs::status(this->target, ignored);
-    if (fs::exists(status) && !fs::is_regular_file(status)) Fail("it is not a regular file");
-    if (fs::exists(status) && !force) Fail("it exists (--force replaces it)");
-    CreateTemporary();
+    struct stat status = {};
+    if (stat(this->target.c_str(), &status) == 0) {
+        for (const std::string& input : inputs) {
+            if (IsFile(input, status)) Fail("it is what is read");
+        }
+        if (!S_ISREG(status.st_mode)) Fail("it is not a regular file");
+        if (!force) Fail("it exists (--force replaces it)");
+    }
+    if (!file.Create(this->target)) Fail(std::strerror(errno));
 }
 
 OutputFile::~OutputFile() {
-    if (descriptor >= 0) close(descriptor);
-    if (temporary.empty()) return;
-    unlink(temporary.c_str());
-    KeepOnSignal(temporary.c_str());
+    if (nameless >= 0) close(nameless);
 }
 
-void OutputFile::CreateTemporary() {
-    const fs::path path(target);
-    const std::string stem = '.' + path.filename().string() + '.' + std::to_string(getpid());
-    constexpr int mostTries = 100;  // a process of this number may have died here before
-    for (int i = 0; descriptor < 0 && i < mostTries; ++i) {
-        temporary = (path.parent_path() / (stem + '-' + std::to_string(i) + ".tmp")).string();
-        descriptor = open(temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (descriptor < 0 && errno != EEXIST) break;
-    }
-    if (descriptor < 0) Fail(std::strerror(errno));
-    RemoveOnSignal(temporary.c_str());
+int OutputFile::Descriptor() const {
+    return nameless >= 0 ? nameless : file.Descriptor();
+}
+
+bool OutputFile::Replaces() const {
+    std::error_code ignored;
+    return nameless < 0 && fs::exists(target, ignored);
 }
 
 void OutputFile::Fill(const std::function<void(ZVSmartFormat::CZVFTOutStream&)>& write) const {
-    FileSink sink(dup(descriptor));
+    FileSink sink(dup(Descriptor()));
     write(sink);
     if (!sink.Close()) Fail(std::strerror(sink.Failure()));
 }
 
 void OutputFile::Commit() {
-    struct stat status = {};
-    if (fstat(descriptor, &status) != 0) Fail(std::strerror(errno));
-    bytes = static_cast<unsigned long long>(status.st_size);
-    if (toStandardOutput) {
-        CopyToStandardOutput();
-        Close();
-        return;
+    Finish();
+    if (nameless >= 0) return CopyToStandardOutput();
+    Place(false);
+    SyncFolder();
+}
+
+void OutputFile::CommitBoth(OutputFile& first, OutputFile& second) {
+    first.Finish();
+    second.Finish();
+    const SignalsHeld held;
+    first.Place(true);
+    try {
+        second.Place(false);
+    } catch (const ToolError&) {
+        first.TakeBack();
+        throw;
     }
-    Close();
-    Rename();
-    KeepOnSignal(temporary.c_str());
-    temporary.clear();
+    first.file.ForgetOld();
+    first.SyncFolder();
+    second.SyncFolder();
+}
+
+void OutputFile::Finish() {
+    struct stat status = {};
+    if (fstat(Descriptor(), &status) != 0) Fail(std::strerror(errno));
+    bytes = static_cast<unsigned long long>(status.st_size);
+    if (nameless < 0 && !file.Sync()) Fail(std::strerror(errno));
+}
+
+void OutputFile::Place(bool keepOld) {
+    if (!file.Place(force, keepOld)) Fail(std::strerror(errno));
+}
+
+void OutputFile::TakeBack() {
+    if (file.TakeBack()) return;
+    const std::string reason = std::strerror(errno);
+    Fail(reason + (file.OldName().empty() ? "" : "; what it was is now " + file.OldName()));
+}
+
+void OutputFile::SyncFolder() {
+    if (!file.SyncFolder()) Fail(std::strerror(errno));
 }
 
 void OutputFile::CopyToStandardOutput() {
     std::string piece(1 << 16, '\0');
     for (off_t position = 0;;) {
-        const ssize_t count = pread(descriptor, piece.data(), piece.size(), position);
+        const ssize_t count = pread(nameless, piece.data(), piece.size(), position);
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) Fail(std::strerror(errno));
         if (count == 0) break;
@@ -101,23 +133,6 @@ void OutputFile::CopyToStandardOutput() {
         position += count;
     }
     FinishOutput();
-}
-
-void OutputFile::Close() {
-    const int closing = descriptor;
-    descriptor = -1;
-    if (close(closing) != 0) Fail(std::strerror(errno));
-}
-
-/// Without `force` a target that has appeared meanwhile is not replaced, where the file system
-/// can promise that.
-void OutputFile::Rename() {
-    const char* from = temporary.c_str();
-    if (!force) {
-        if (renameat2(AT_FDCWD, from, AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) return;
-        if (errno != EINVAL && errno != ENOSYS) Fail(std::strerror(errno));
-    }
-    if (std::rename(from, target.c_str()) != 0) Fail(std::strerror(errno));
 }
 
 void OutputFile::Fail(const std::string& reason) const {

@@ -2,51 +2,60 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "ZVSmartFormat/Stream.h"
+#include "tools/zvg/output/UnfinishedFile.h"
 
-/// A file that appears whole or not at all: it is written under a temporary name beside its
-/// target, which `Commit` gives it. Without `Commit`, and on a signal, the temporary file goes
-/// and the target stays as it was. Two at a time may exist.
+/// A file that appears whole or not at all: it is written beside its target, whose name `Commit`
+/// gives it. Without `Commit`, and on a signal, nothing of it stays and the target is as it was.
+/// Two at a time may exist.
 ///
 /// The target "-" is standard output, which may not be a terminal: the file then has no name, and
 /// `Commit` copies it there.
 class OutputFile {
   public:
-    /// Creates the temporary file. Throws ToolError InputOutput where that fails, where the target
-    /// exists and `force` is false, or where it is no regular file. A target that is a symbolic
-    /// link is written where it leads. Throws ToolError Usage where standard output is a terminal.
-    OutputFile(const std::string& target, bool force);
+    /// Makes the file. Throws ToolError InputOutput where that fails, where the target exists and
+    /// `force` is false, where it is no regular file, or where it is one of the `inputs`, by
+    /// whatever name; "-" among them is standard input. A target that is a symbolic link is
+    /// written where it leads. Throws ToolError Usage where standard output is a terminal.
+    OutputFile(const std::string& target, bool force, const std::vector<std::string>& inputs);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
-    /// The temporary file, open for reading and writing; owned by this object.
-    int Descriptor() const { return descriptor; }
+    /// The file, open for reading and writing; owned by this object.
+    int Descriptor() const;
+
+    /// Whether `Commit` will replace a file.
+    bool Replaces() const;
 
     /// Has `write` write to the file, from its beginning, through a buffer. Throws ToolError
     /// InputOutput where any of that failed.
     void Fill(const std::function<void(ZVSmartFormat::CZVFTOutStream&)>& write) const;
 
-    /// Closes the file and gives it the target's name. Throws ToolError InputOutput where that
-    /// fails; the temporary file is gone then.
+    /// Gives the file the target's name; file and name outlast a failure of the machine. Throws
+    /// ToolError InputOutput where that fails.
     void Commit();
 
     /// The number of bytes in the file, once committed.
     unsigned long long Bytes() const { return bytes; }
 
+    /// Commits two files that belong together: where the second one cannot be, neither is.
+    static void CommitBoth(OutputFile& first, OutputFile& second);
+
   private:
-    void CreateTemporary();
+    void Finish();
+    void Place(bool keepOld);
+    void TakeBack();
+    void SyncFolder();
     void CopyToStandardOutput();
-    void Close();
-    void Rename();
     [[noreturn]] void Fail(const std::string& reason) const;
 
     std::string target;
-    std::string temporary;
     bool force;
-    bool toStandardOutput;
-    int descriptor = -1;
+    UnfinishedFile file;
+    int nameless = -1;  ///< what goes to standard output
     unsigned long long bytes = 0;
 };
 

@@ -11,12 +11,18 @@ constexpr int caughtSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 std::atomic<const char*> unfinishedFiles[2] = {};
 std::atomic<pid_t> childProcess = 0;
+std::atomic<bool> held = false;
+std::atomic<int> waiting = 0;  // the signal that came meanwhile
 
 static_assert(std::atomic<const char*>::is_always_lock_free &&
                   std::atomic<pid_t>::is_always_lock_free,
               "a signal handler reads them");
 
 void CleanUpAndEnd(int signal) {
+    if (held) {
+        waiting = signal;
+        return;
+    }
     RemoveUnfinished();
     std::signal(signal, SIG_DFL);
     raise(signal);
@@ -61,4 +67,14 @@ void RemoveUnfinished() {
     for (auto& file : unfinishedFiles) {
         if (const char* path = file.exchange(nullptr)) unlink(path);
     }
+}
+
+SignalsHeld::SignalsHeld() {
+    CatchSignals();
+    held = true;
+}
+
+SignalsHeld::~SignalsHeld() {
+    held = false;
+    if (waiting != 0) raise(waiting);
 }

@@ -18,3 +18,12 @@ void KillOnSignal(pid_t process);
 
 /// Kills and removes what is registered.
 void RemoveUnfinished();
+
+/// While one exists, a signal waits: for steps that only together leave things whole.
+class SignalsHeld {
+  public:
+    SignalsHeld();
+    ~SignalsHeld();
+    SignalsHeld(const SignalsHeld&) = delete;
+    SignalsHeld& operator=(const SignalsHeld&) = delete;
+};
