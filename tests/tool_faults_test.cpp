@@ -1,7 +1,11 @@
 // Runs the built tool where its output, its memory or its import child fails, and on hostile text.
 
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
 
+#include <random>
 #include <set>
 #include <vector>
 
@@ -270,6 +274,91 @@ TEST_F(ToolFaults, PacksTheSameInEveryProcess) {
           "GLIBC_TUNABLES=glibc.malloc.tcache_count=0", "MALLOC_PERTURB_=85"}) {
         EXPECT_EQ(packed(environment), first) << environment;
     }
+}
+
+/// Three floors, each with a component whose text and body do not compress.
+void WriteNoise(const std::string& path) {
+    std::mt19937 random(7);
+    std::uniform_real_distribution<double> number;
+    WriteBlock(
+        path,
+        [&](CZVLGBlockSaver& saver) {
+            for (const wchar_t* name : {L"a", L"b", L"c"}) {
+                SZVLGZvgComp comp = Comp(name, L"");
+                for (int i = 0; i < 3000; ++i) {
+                    comp.compProperties[0].second += static_cast<wchar_t>(32 + random() % 30000);
+                }
+                for (int i = 0; i < 300; ++i) {
+                    const double x = number(random), y = number(random), z = number(random);
+                    comp.geoRefs[0].geo.shells[0].AddPts({{x, y, z}});
+                }
+                saver.AddComp(comp);
+            }
+        },
+        {}, 1);
+}
+
+/// Each read in turn, until a run makes no more of them.
+TEST_F(ToolFaults, FailingReadsAreNoDamage) {
+    WriteNoise(folder + "in/a.zvg");
+    std::string bytes = ReadAll(folder + "in/a.zvg");
+    std::ofstream(folder + "in/b.zvg") << bytes;
+    bytes[bytes.size() / 4] ^= 0x55;
+    std::ofstream(folder + "in/damaged.zvg") << bytes;
+    int failures = 0;
+    for (const std::string words :
+         {"info in/a.zvg", "tree in/a.zvg", "list in/a.zvg", "list in/damaged.zvg",
+          "show in/a.zvg c:0", "geo in/a.zvg 2:0", "geo in/a.zvg a", "diff in/a.zvg in/b.zvg",
+          "preview in/a.zvg -o out/x.png --render 64x48", "plan in/a.zvg",
+          "plan in/damaged.zvg -o out/x.svg", "export in/a.zvg -o out/x.glb",
+          "export --salvage in/damaged.zvg -o out/x.obj", "verify in/a.zvg",
+          "verify in/damaged.zvg", "info - <in/a.zvg"}) {
+        const int whole = Run("$Z " + words);
+        for (int read = 1, status = 3; status == 3; ++read) {
+            for (const std::string& name : Names("out")) fs::remove(folder + "out/" + name);
+            const std::string fault = "read:" + std::to_string(read) + eio;
+            status = Run("export ZVG_FAULT_IN=" + folder + "in; " + At(fault, words));
+            if (status == whole) break;
+            ++failures;
+            EXPECT_EQ(status, 3) << words << fault << err;
+            EXPECT_NE(err.find(": Input/output error\n"), std::string::npos) << words << err;
+            EXPECT_EQ(err.find("damaged:"), std::string::npos) << words << err;
+            EXPECT_TRUE(Names("out").empty()) << words << fault;
+        }
+    }
+    RecordProperty("failures", failures);
+    EXPECT_GT(failures, 100);
+    EXPECT_EQ(Run("export ZVG_FAULT_IN=/; cat in/a.zvg | (" + At("read:2" + eio, "verify -)")), 3);
+    EXPECT_EQ(err, "zvg: standard input: Input/output error\n");
+}
+
+TEST_F(ToolFaults, InputsMayBePipesButNoDevices) {
+    const struct {
+        const char* words;
+        int status;
+        const char* says;
+    } cases[] = {
+        {"bash -c '$Z verify <(cat in/good.zvg)'", 0, ""},
+        {"bash -c '$Z diff <(cat in/good.zvg) <(cat in/good.zvg)'", 0, ""},
+        {"mkfifo in/fifo; cat in/good.zvg >in/fifo & $Z list in/fifo", 0, ""},
+        {"cat in/good.zvg | $Z info /dev/stdin", 0, ""},
+        {"$Z info in", 3, "in: is a directory"},
+        {"$Z info /dev/zero", 3, "/dev/zero: is a device"},
+        {"$Z verify in/socket", 3, "in/socket: is a socket"},
+        {"ulimit -f 1; cat in/big.obj | $Z info /dev/stdin", 3, "/dev/stdin in a temporary file"},
+    };
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    const int socketOf = socket(AF_UNIX, SOCK_STREAM, 0);
+    const std::string path = folder + "in/socket";
+    ASSERT_LT(path.size(), sizeof address.sun_path);
+    std::strcpy(address.sun_path, path.c_str());
+    ASSERT_EQ(bind(socketOf, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    for (const auto& [words, status, says] : cases) {
+        EXPECT_EQ(Run(std::string("export Z; ") + words), status) << words << err;
+        EXPECT_NE(err.find(says), std::string::npos) << words << err;
+    }
+    close(socketOf);
 }
 
 TEST_F(ToolFaults, BlocksGoThroughPipes) {

@@ -168,7 +168,8 @@ TEST_F(ToolTest, UnwritableOutputIsAFailure) {
 TEST_F(ToolTest, DamageShowsBesideWhatIsReadable) {
     const Outcome floor = Run("list --json " + DamagedBlock(3));
     EXPECT_EQ(floor.status, 4);
-    EXPECT_NE(floor.err.find("damaged.zvg: floor 0 cannot be read: "), std::string::npos)
+    EXPECT_NE(floor.err.find("damaged.zvg: damaged: floor 0 does not decode, at "),
+              std::string::npos)
         << floor.err;
     const nlohmann::json list = nlohmann::json::parse(floor.out, nullptr, false);
     ASSERT_EQ(list["components"].size(), 1U);
@@ -179,6 +180,86 @@ TEST_F(ToolTest, DamageShowsBesideWhatIsReadable) {
     EXPECT_EQ(Run("info " + folder + "damaged.zvg").status, 4);
     EXPECT_EQ(Run("geo " + folder + "damaged.zvg arc").status, 0);
     EXPECT_EQ(Run("tree " + DamagedBlock(5)).status, 4);
+}
+
+/// What is whole is shown, what is not is said, and the status is 4, whatever is damaged.
+TEST_F(ToolTest, EveryCommandTellsDamageAndShowsWhatIsWhole) {
+    const std::string copy = folder + "damaged.zvg";
+    const auto flipped = [&](std::size_t at) {
+        std::string damaged = bytes;
+        damaged[at] ^= 0x03;
+        WriteAll(copy, damaged);
+    };
+    const std::size_t nameLength = bytes.find(std::string("G\0r\0o\0", 6)) - 4;
+    // Behind magic, version, two empty texts and flags stands where the floor section begins.
+    const auto* const offset = reinterpret_cast<const unsigned char*>(bytes.data()) + 22;
+    const std::size_t floors = static_cast<std::size_t>(offset[2] << 8 | offset[3]);
+    const std::size_t lowByteOfCount = floors + 8;
+    const std::string upper = "1:0\tWall\tThick wall\tc\t";
+    const std::string lower = "0:0\tWall\tThick wall\ta\t";
+    const struct {
+        std::function<void()> damage;
+        std::string says;   // of all that read floors
+        std::string whole;  // in a list
+        bool everywhere;    // even where no floor is read
+    } cases[] = {
+        {[&] { flipped(nameLength); }, "floor 0 is damaged, at position ", upper, false},
+        {[&] { flipped(lowByteOfCount); }, "the floor section has a count", lower, true},
+        {[&] { DamagedBlock(3); }, "floor 0 does not decode, at position ", upper, false},
+        {[&] { DamagedBlock(4); }, "floor 1 does not decode, at position ", lower, false},
+    };
+    for (const auto& [damage, says, whole, everywhere] : cases) {
+        damage();
+        const auto expect = [&](const std::string& words) {
+            const Outcome outcome = Run(words);
+            EXPECT_EQ(outcome.status, 4) << words << says << outcome.err;
+            EXPECT_NE(outcome.err.find("damaged.zvg: damaged: " + says), std::string::npos)
+                << words << outcome.err;
+            return outcome.out;
+        };
+        EXPECT_NE(expect("info damaged.zvg").find("components"), std::string::npos) << says;
+        EXPECT_NE(expect("list damaged.zvg").find(whole), std::string::npos) << says;
+        const bool isUpper = whole == upper;
+        EXPECT_NE(expect("tree damaged.zvg").find(isUpper ? "Upper:1: 1\n" : "Ground: 2\n"),
+                  std::string::npos);
+        EXPECT_EQ(expect("diff damaged.zvg good.zvg"), "");
+        EXPECT_EQ(expect("preview damaged.zvg --render 64x48 -o x.png"), "");
+        EXPECT_NE(expect("plan damaged.zvg").find(isUpper ? "Upper" : "Ground"), std::string::npos);
+        WriteAll(folder + "x.svg", "mine");
+        expect("plan --force damaged.zvg -o x.svg");
+        EXPECT_EQ(ReadAll(folder + "x.svg"), "mine") << says;
+        expect("export -q damaged.zvg -o x.glb");
+        EXPECT_FALSE(std::filesystem::exists(folder + "x.glb")) << says;
+        expect("export -q --salvage damaged.zvg -o x.obj");
+        EXPECT_NE(ReadAll(folder + "x.obj").find(isUpper ? "wall_c\n" : "wall_a\n"), std::string::npos)
+            << ReadAll(folder + "x.obj");
+        std::filesystem::remove(folder + "x.obj");
+        std::filesystem::remove(folder + "x.mtl");
+        if (everywhere) {
+            EXPECT_NE(expect("geo damaged.zvg 'body of a'").find("faces"), std::string::npos);
+            EXPECT_NE(expect("show damaged.zvg Ground:0").find("F90"), std::string::npos);
+        }
+    }
+    // A body that cannot be read leaves the other ones.
+    DamagedBlock(0);
+    EXPECT_EQ(Run("export -q --salvage damaged.zvg -o x.obj").status, 4);
+    EXPECT_NE(err.find("damaged.zvg: damaged: geometry block 0 does not"), std::string::npos)
+        << err;
+    EXPECT_NE(ReadAll(folder + "x.obj").find("\nv "), std::string::npos);
+    EXPECT_EQ(Run("plan damaged.zvg").status, 4);
+    EXPECT_EQ(Run("list damaged.zvg").status, 0) << "geometry is not read";
+}
+
+TEST_F(ToolTest, SeveralFilesAreVerifiedByName) {
+    DamagedBlock(3);
+    const Outcome several = Run("verify good.zvg damaged.zvg missing.zvg good.zvg");
+    EXPECT_EQ(several.status, 4);
+    EXPECT_EQ(several.out.rfind("good.zvg: ok: floors 2", 0), 0U) << several.out;
+    EXPECT_NE(several.out.find("\ndamaged.zvg: "), std::string::npos) << several.out;
+    EXPECT_EQ(several.err.rfind("zvg: damaged.zvg: 1 fault", 0), 0U) << several.err;
+    EXPECT_NE(several.err.find("\nzvg: missing.zvg: No such file"), std::string::npos);
+    EXPECT_EQ(Run("verify missing.zvg damaged.zvg").status, 3);
+    EXPECT_EQ(Run("verify good.zvg").out.rfind("ok: ", 0), 0U);
 }
 
 TEST_F(ToolTest, HostileTextStaysOneHarmlessLine) {

@@ -21,6 +21,7 @@ struct Arguments {
     std::string file;
     Target target;
     std::optional<std::string> floor, className;
+    bool salvage = false;
 };
 
 enum class Format { Glb, Obj };
@@ -71,6 +72,7 @@ void Export(const Arguments& arguments, const CommonOptions& common) {
     ExportSelection selection;
     selection.floor = arguments.floor;
     selection.className = arguments.className;
+    selection.salvage = arguments.salvage;
     Progress progress(common.quiet);
     selection.progress = [&progress](std::size_t done, std::size_t total) {
         progress.Show("exporting", static_cast<double>(done), static_cast<double>(total),
@@ -81,6 +83,7 @@ void Export(const Arguments& arguments, const CommonOptions& common) {
     const unsigned long long bytes =
         format == Format::Glb ? ExportGlb(model, arguments) : ExportObj(model, arguments);
     if (!common.quiet) Tell(model, arguments, bytes);
+    block.ThrowIfDamaged();
 }
 
 }  // namespace
@@ -97,5 +100,7 @@ void RegisterExport(CLI::App& app, CommonOptions& common) {
         ->required();
     AddFloorOption(*command, arguments->floor);
     AddClassOption(*command, arguments->className);
+    command->add_flag("--salvage", arguments->salvage,
+                      "Of a damaged file write what is whole; the exit status is 4 all the same");
     command->callback([arguments, &common] { Export(*arguments, common); });
 }

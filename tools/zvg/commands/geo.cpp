@@ -43,13 +43,11 @@ bool IsThere(OpenedBlock& block, const SZVLGZvgGeoIndex& index) {
 SZVLGZvgGeoIndex FindGeo(OpenedBlock& block, const std::string& key) {
     const auto stored = FindIdentification(block.Reader(), FromUtf8(key));
     const auto index = stored ? stored : ParseIndex(key);
-    const bool there = index && IsThere(block, *index);
+    if (index && IsThere(block, *index)) return *index;
     block.ThrowIfDamaged();
-    if (stored && !there) {
-        throw block.Error(ExitStatus::Damaged, "the identification '" + key + "' leads nowhere");
-    }
-    if (!there) throw block.Error(ExitStatus::NotFound, "no geometry '" + key + "'");
-    return *index;
+    if (!stored) throw block.Error(ExitStatus::NotFound, "no geometry '" + key + "'");
+    throw block.Error(ExitStatus::Damaged,
+                      "damaged: the identification '" + key + "' leads nowhere");
 }
 
 Document IdentificationsOf(CZVLGBlockReader& reader, const SZVLGZvgGeoIndex& wanted) {
@@ -76,6 +74,7 @@ void Geo(const std::string& file, const std::string& key, bool asJson) {
     document["identifications"] = IdentificationsOf(block.Reader(), index);
     document.update(GeoDocument(geo));
     PrintDocument(document, asJson);
+    block.ThrowIfDamaged();
 }
 
 }  // namespace

@@ -36,7 +36,7 @@ void Info(const std::string& file, bool asJson) {
     document["preview"] = nullptr;
     if (preview) document["preview"] = {{"width", preview->width}, {"height", preview->height}};
     document["fileBytes"] = block.FileBytes();
-    document["decodedBytes"] = reader.GetEstimatedDataSize();
+    document["decodedBytes"] = block.DecodedBytes();
     PrintDocument(document, asJson);
     block.ThrowIfDamaged();
 }

@@ -36,7 +36,20 @@ std::string Told(const std::vector<PlanFloor>& floors) {
            std::to_string(floors.size()) + (floors.size() == 1 ? " floor" : " floors");
 }
 
+void CheckName(const std::string& path) {
+    const std::string extension = std::filesystem::path(path).extension().string();
+    if (path.empty() || path == "-" || extension == ".svg" || extension == ".SVG") return;
+    throw ToolError(ExitStatus::Usage, path + ": the name must end in .svg, as a plan is SVG");
+}
+
+/// Throws ToolError Damaged for what could not be drawn.
+void ThrowIfPartial(const OpenedBlock& block, const PlacedRecords& records) {
+    block.ThrowIfDamaged();
+    records.ThrowIfDamaged();
+}
+
 void Plan(const Arguments& arguments, const CommonOptions& common) {
+    CheckName(arguments.target.path);
     OpenedBlock block(arguments.file);
     std::optional<OutputFile> output;
     if (!arguments.target.path.empty()) {
@@ -45,6 +58,8 @@ void Plan(const Arguments& arguments, const CommonOptions& common) {
     }
     PlacedRecords records(block);
     const std::vector<PlanFloor> floors = DrawFloors(block, records, arguments);
+    // What stands there may be whole.
+    if (output && output->Replaces()) ThrowIfPartial(block, records);
     const std::string title = std::filesystem::path(arguments.file).filename().string();
     const std::string svg = SvgSheet(title, floors);
     if (!output) {
@@ -55,8 +70,7 @@ void Plan(const Arguments& arguments, const CommonOptions& common) {
         output->Commit();
         if (!common.quiet) WriteMessage(TargetName(arguments.target.path) + ": " + Told(floors));
     }
-    block.ThrowIfDamaged();
-    records.ThrowIfDamaged();
+    ThrowIfPartial(block, records);
 }
 
 }  // namespace

@@ -45,8 +45,8 @@ Size ParseSize(const std::string& text) {
 
 SZVLGZvgGeoImage Stored(OpenedBlock& block) {
     const std::optional<SZVLGZvgGeoImage> image = block.ReadPreview();
-    block.ThrowIfDamaged();
     if (!image) {
+        block.ThrowIfDamaged();
         throw block.Error(ExitStatus::NotFound, "it holds no preview image (--render draws one)");
     }
     // The file counts bytes in 32 bits, so the sides of a hostile one may promise more.
@@ -87,9 +87,11 @@ void Preview(const Arguments& arguments, const CommonOptions& common) {
     OpenedBlock block(arguments.file);
     const SZVLGZvgGeoImage image = size ? Drawn(block, *size) : Stored(block);
     WritePng(image, arguments);
-    if (common.quiet) return;
-    WriteMessage(TargetName(arguments.target.path) + ": " + std::to_string(image.width) + " x " +
-                 std::to_string(image.height) + " pixels");
+    if (!common.quiet) {
+        WriteMessage(TargetName(arguments.target.path) + ": " + std::to_string(image.width) +
+                     " x " + std::to_string(image.height) + " pixels");
+    }
+    block.ThrowIfDamaged();
 }
 
 }  // namespace

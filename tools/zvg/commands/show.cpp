@@ -24,10 +24,9 @@ SZVLGCompIndex FindComp(OpenedBlock& block, const std::string& place) {
         throw ToolError(ExitStatus::Usage, "'" + place + "' has no position behind its last colon");
     }
     const unsigned int floor = block.FindFloor(place.substr(0, colon));
-    const bool there = *position < block.FloorCompNum(floor);
+    if (*position < block.FloorCompNum(floor)) return {floor, *position};
     block.ThrowIfDamaged();
-    if (!there) throw block.Error(ExitStatus::NotFound, "no component " + place);
-    return {floor, *position};
+    throw block.Error(ExitStatus::NotFound, "no component " + place);
 }
 
 struct Arguments {
@@ -42,12 +41,8 @@ void PrintProperties(const PropertyList& properties) {
     }
 }
 
-void Show(const Arguments& arguments, bool asJson) {
-    OpenedBlock block(arguments.file);
-    const SZVLGCompIndex index = FindComp(block, arguments.place);
-    SZVLGZvgComp comp;
-    block.ReadComp(index, comp);
-    block.ThrowIfDamaged();
+void PrintComp(const SZVLGCompIndex& index, const SZVLGZvgComp& comp, const Arguments& arguments,
+               bool asJson) {
     Document document = NewDocument(arguments.file);
     document["component"] = PlaceText(index.floorIndex, index.compIndex);
     if (!arguments.onlyProperties) {
@@ -59,6 +54,14 @@ void Show(const Arguments& arguments, bool asJson) {
         return;
     }
     PrintDocument(document, asJson);
+}
+
+void Show(const Arguments& arguments, bool asJson) {
+    OpenedBlock block(arguments.file);
+    const SZVLGCompIndex index = FindComp(block, arguments.place);
+    SZVLGZvgComp comp;
+    if (block.ReadComp(index, comp)) PrintComp(index, comp, arguments, asJson);
+    block.ThrowIfDamaged();
 }
 
 }  // namespace

@@ -32,15 +32,17 @@ Document& CountClass(Document& parent, const std::string& name, unsigned long lo
 }
 
 Document FloorDocument(OpenedBlock& block, unsigned int floor) {
+    const std::size_t damagesBefore = block.DamageCount();
     std::map<ClassNames, unsigned long long> counts;
     block.ForEachComp(floor, [&counts](const SZVLGCompIndex&, const SZVLGZvgComp& comp) {
         ++counts[{comp.classLevel2Name, comp.classLevel3Name, comp.classLevel4Name}];
     });
     Document document = {{"floor", floor},
-                         {"name", ToUtf8(block.Reader().GetFloorNameByIndex(floor))},
-                         {"order", block.Reader().GetFloorOrderByIndex(floor)},
+                         {"name", ToUtf8(block.FloorName(floor))},
+                         {"order", block.FloorOrder(floor)},
                          {"components", block.FloorCompNum(floor)},
                          {"classes", Document::array()}};
+    if (block.DamageCount() != damagesBefore) document["damaged"] = true;
     for (const auto& [names, components] : counts) {
         Document* at = &document;
         for (const std::wstring& name : names) at = &CountClass(*at, ToUtf8(name), components);
@@ -50,7 +52,8 @@ Document FloorDocument(OpenedBlock& block, unsigned int floor) {
 
 std::string NameAndCount(const Document& entry) {
     const std::string name = EscapeControls(entry["name"].get_ref<const std::string&>());
-    return (name.empty() ? "(no name)" : name) + ": " + entry["components"].dump() + '\n';
+    return (name.empty() ? "(no name)" : name) + ": " + entry["components"].dump() +
+           (entry.contains("damaged") ? ", damaged\n" : "\n");
 }
 
 using Line = std::pair<std::size_t, const Document*>;  // indentation, class

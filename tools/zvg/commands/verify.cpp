@@ -1,10 +1,11 @@
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ZVSmartZvg/BlockVerifier.h"
 #include "tools/zvg/commands/Commands.h"
-#include "tools/zvg/commands/Options.h"
 #include "tools/zvg/reading/CountsDocument.h"
 #include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/text/Document.h"
@@ -38,18 +39,42 @@ class WatchedStream : public ZVSmartFormat::CZVFTInStream {
     u64 size;
 };
 
-std::vector<SZVLGBlockFinding> FindFaults(const std::string& path, bool quiet) {
-    OpenedFile file(path);
+std::vector<SZVLGBlockFinding> FindFaults(OpenedFile& file, bool quiet) {
     WatchedStream stream(file.Stream(), quiet);
     std::vector<SZVLGBlockFinding> findings;
     const bool good = CZVLGBlockVerifier().Verify(&stream, findings);
+    file.ThrowIfUnread();
     if (!good && findings.empty()) findings.push_back({0, "the file does not verify"});
     return findings;
 }
 
-void WriteText(const Document& document) {
+Document CountsOf(OpenedFile file) {
+    file.Stream().Seek(0);
+    OpenedBlock block(std::move(file));
+    Document counts = CountsDocument(block);
+    block.ThrowIfDamaged();
+    return counts;
+}
+
+/// What is to be said of one file. Throws ToolError where it cannot be read.
+Document Verified(const std::string& path, bool quiet) {
+    OpenedFile file(path);
+    const std::vector<SZVLGBlockFinding> findings = FindFaults(file, quiet);
+    Document document = NewDocument(path);
+    document["ok"] = findings.empty();
+    document["findings"] = Document::array();
+    for (const SZVLGBlockFinding& finding : findings) {
+        document["findings"].push_back(
+            {{"position", finding.position}, {"reason", finding.reason}});
+    }
+    if (findings.empty()) document["counts"] = CountsOf(std::move(file));
+    return document;
+}
+
+/// Each line begins with `prefix`.
+void WriteText(const Document& document, const std::string& prefix) {
     for (const Document& finding : document["findings"]) {
-        WriteOutput(finding["position"].dump() + ": " +
+        WriteOutput(prefix + finding["position"].dump() + ": " +
                     EscapeControls(finding["reason"].get_ref<const std::string&>()) + '\n');
     }
     if (!document["ok"].get<bool>()) return;
@@ -57,43 +82,61 @@ void WriteText(const Document& document) {
     for (const auto& [name, count] : document["counts"].items()) {
         line += (line.empty() ? "ok: " : ", ") + name + ' ' + count.dump();
     }
-    WriteOutput(line + '\n');
+    WriteOutput(prefix + line + '\n');
 }
 
-void Verify(const std::string& file, const CommonOptions& common) {
-    const std::vector<SZVLGBlockFinding> findings = FindFaults(file, common.quiet);
-    Document document = NewDocument(file);
-    document["ok"] = findings.empty();
-    document["findings"] = Document::array();
-    for (const SZVLGBlockFinding& finding : findings) {
-        document["findings"].push_back(
-            {{"position", finding.position}, {"reason", finding.reason}});
-    }
-    if (findings.empty()) {
-        OpenedBlock block(file);
-        document["counts"] = CountsDocument(block);
+ToolError Verdict(const Document& document, const std::string& path) {
+    const Document& findings = document["findings"];
+    const Document& first = findings.front();
+    const std::string faults =
+        std::to_string(findings.size()) + (findings.size() == 1 ? " fault" : " faults");
+    return {ExitStatus::Damaged, (path == "-" ? "standard input" : path) + ": " + faults +
+                                     ", first at position " + first["position"].dump() + ": " +
+                                     first["reason"].get<std::string>()};
+}
+
+/// Prints what is to be said of one file; what is wrong with it is returned.
+std::optional<ToolError> VerifyOne(const std::string& path, const CommonOptions& common,
+                                   const std::string& prefix) {
+    Document document;
+    try {
+        document = Verified(path, common.quiet);
+    } catch (const ToolError& error) {
+        return error;
     }
     if (common.json) {
         PrintDocument(document, common.json);
     } else {
-        WriteText(document);
+        WriteText(document, prefix);
     }
-    if (findings.empty()) return;
-    const SZVLGBlockFinding& first = findings.front();
-    const std::string faults =
-        std::to_string(findings.size()) + (findings.size() == 1 ? " fault" : " faults");
-    throw ToolError(ExitStatus::Damaged, (file == "-" ? "standard input" : file) + ": " + faults +
-                                             ", first at position " +
-                                             std::to_string(first.position) + ": " + first.reason);
+    if (document["ok"].get<bool>()) return std::nullopt;
+    return Verdict(document, path);
+}
+
+/// Every file is verified, whatever is wrong with another; the first one that fails gives the
+/// status.
+void Verify(const std::vector<std::string>& paths, const CommonOptions& common) {
+    std::optional<ToolError> failure;
+    ExitStatus status = ExitStatus::Done;
+    for (const std::string& path : paths) {
+        const std::string prefix = paths.size() == 1 ? "" : EscapeControls(path) + ": ";
+        const std::optional<ToolError> verdict = VerifyOne(path, common, prefix);
+        if (!verdict) continue;
+        if (failure) WriteError(failure->what());
+        if (!failure) status = verdict->Status();
+        failure = verdict;
+    }
+    if (failure) throw ToolError(status, failure->what());
 }
 
 }  // namespace
 
 void RegisterVerify(CLI::App& app, CommonOptions& common) {
-    const auto file = std::make_shared<std::string>();
-    AddReadingCommand(app, "verify",
-                      "Check everything in a block file; print the position and the reason of each "
-                      "fault",
-                      "zvg verify house.zvg", *file)
-        ->callback([file, &common] { Verify(*file, common); });
+    const auto files = std::make_shared<std::vector<std::string>>();
+    CLI::App* const command = app.add_subcommand(
+        "verify",
+        "Check everything in block files; print the position and the reason of each fault");
+    command->add_option("FILE", *files, "The block files; - is standard input")->required();
+    command->footer("Example:\n  zvg verify house.zvg");
+    command->callback([files, &common] { Verify(*files, common); });
 }

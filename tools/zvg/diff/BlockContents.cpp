@@ -12,8 +12,8 @@ BlockContents ReadContents(OpenedBlock& block) {
     BlockContents contents;
     const unsigned int floors = block.Reader().GetFloorNum();
     for (unsigned int floor = 0; floor < floors; ++floor) {
-        contents.floors.push_back({ToUtf8(block.Reader().GetFloorNameByIndex(floor)),
-                                   block.Reader().GetFloorOrderByIndex(floor), 0, 0});
+        contents.floors.push_back({ToUtf8(block.FloorName(floor)),
+                                   block.FloorOrder(floor), 0, 0});
         block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
             if (index.compIndex == 0) {
                 contents.floors.back().dataA = comp.classLevel1DataA;

@@ -129,7 +129,7 @@ ExportModel ReadExport(OpenedBlock& block, const ExportSelection& selection) {
     block.Reader().GetHeadInfo(head);
     model.source = ToUtf8(head.firstText);
 
-    SceneReader scene(block);
+    SceneReader scene(block, selection.salvage);
     Groups groups(model);
     const std::wstring className = FromUtf8(selection.className.value_or(""));
     const auto [first, end] = block.FindFloors(selection.floor);
@@ -137,7 +137,7 @@ ExportModel ReadExport(OpenedBlock& block, const ExportSelection& selection) {
     std::size_t total = 0;
     for (unsigned int floor = first; floor < end; ++floor) total += block.FloorCompNum(floor);
     for (unsigned int floor = first; floor < end; ++floor) {
-        const std::wstring floorName = block.Reader().GetFloorNameByIndex(floor);
+        const std::wstring floorName = block.FloorName(floor);
         block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
             if (selection.progress) selection.progress(++done, total);
             if (selection.className && !IsOfClass(comp, className)) return;
@@ -146,7 +146,7 @@ ExportModel ReadExport(OpenedBlock& block, const ExportSelection& selection) {
                                         ComponentExtras(index, comp)});
         });
     }
-    block.ThrowIfDamaged();
+    if (!selection.salvage || model.components.empty()) block.ThrowIfDamaged();
     if (selection.className && model.components.empty()) {
         throw block.Error(ExitStatus::NotFound,
                           "no component of class '" + *selection.className + "'");

@@ -41,10 +41,12 @@ struct ExportModel {
 struct ExportSelection {
     std::optional<std::string> floor;      ///< by number or name
     std::optional<std::string> className;  ///< on any level
+    bool salvage = false;                  ///< what cannot be read is left out
     /// Called with the number of components read and the number there are.
     std::function<void(std::size_t done, std::size_t total)> progress;
 };
 
 /// Reads components and their bodies. Throws ToolError Damaged for whatever cannot be read, so
-/// that nothing is exported in part without a word, and NotFound where nothing is selected.
+/// that nothing is exported in part without a word, and NotFound where nothing is selected. What is
+/// left out on request is remembered in `block`.
 ExportModel ReadExport(OpenedBlock& block, const ExportSelection& selection);

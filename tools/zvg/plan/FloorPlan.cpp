@@ -108,7 +108,7 @@ class FloorDrawing {
 
 PlanFloor DrawFloor(OpenedBlock& block, PlacedRecords& records, unsigned int floor) {
     PlanFloor plan;
-    plan.name = ToUtf8(block.Reader().GetFloorNameByIndex(floor));
+    plan.name = ToUtf8(block.FloorName(floor));
     FloorDrawing drawing(block, records);
     block.ForEachComp(floor, [&](const SZVLGCompIndex&, const SZVLGZvgComp& comp) {
         plan.elevation = ElevationOf(comp);  // the same for the whole floor

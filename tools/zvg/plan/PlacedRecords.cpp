@@ -30,6 +30,7 @@ bool PlacedRecords::Read(const std::wstring& identification, SZVLGZvgGeo& geo) {
     try {
         return geos.Read(identification, geo);
     } catch (const ToolError& error) {
+        if (error.Status() != ExitStatus::Damaged) throw;
         if (!firstDamage) firstDamage = error;
         return false;
     }

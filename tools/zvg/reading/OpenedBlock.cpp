@@ -1,47 +1,92 @@
 #include "tools/zvg/reading/OpenedBlock.h"
 
-#include <cerrno>
 #include <charconv>
 #include <cstring>
-#include <filesystem>
-#include <vector>
+#include <utility>
 
-#include "ZVSmartFormat/FileStream.h"
-#include "ZVSmartZvg/BlockVerifier.h"
 #include "tools/zvg/output/OutOfMemory.h"
-#include "tools/zvg/reading/StandardInput.h"
+#include "tools/zvg/reading/InputSource.h"
 #include "tools/zvg/text/Utf8.h"
 
 using ZVSmartFormat::CZVFTStreamException;
+using ZVSmartZvg::EZVLGMiss;
 
 namespace {
 
-std::unique_ptr<ZVSmartFormat::CZVFTInStream> Opened(const std::string& path) {
-    if (path == "-") return std::make_unique<StandardInput>();
-    std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored)) {
-        throw ToolError(ExitStatus::InputOutput, path + ": is a directory");
-    }
-    errno = 0;
-    auto stream = std::make_unique<ZVSmartFormat::CZVFTFileInStream>(path);
-    if (stream->Open()) return stream;
-    const std::string reason = errno != 0 ? std::strerror(errno) : "cannot be opened";
-    throw ToolError(ExitStatus::InputOutput, path + ": " + reason);
+constexpr std::size_t mostDamages = 1000;  // that are told apart
+
+/// Lack of memory says nothing about a file: throws on the exception that is being handled.
+void PassOnLackOfMemory(const CZVFTStreamException& exception) {
+    if (IsOutOfMemory(exception)) throw;
 }
 
 }  // namespace
 
 OpenedFile::OpenedFile(const std::string& path)
-    : path(path == "-" ? "standard input" : path), stream(Opened(path)) {}
+    : path(path == "-" ? "standard input" : path), stream(OpenInput(path)) {}
 
-OpenedBlock::OpenedBlock(const std::string& path) : file(path) {
+void OpenedFile::ThrowIfUnread() const {
+    if (stream->Failure() == 0) return;
+    throw ToolError(ExitStatus::InputOutput, path + ": " + std::strerror(stream->Failure()));
+}
+
+OpenedBlock::OpenedBlock(OpenedFile opened) : file(std::move(opened)) {
+    bool isOpen = false;
     try {
-        if (reader.Init(&file.Stream())) return;
+        isOpen = reader.Init(&file.Stream());
     } catch (const CZVFTStreamException& exception) {
-        throw Error(ExitStatus::Damaged, "head: " + DamageOf(exception));
+        PassOnLackOfMemory(exception);
+        if (!LastDamage()) ThrowForeign(exception.what());
     }
-    throw Error(ExitStatus::Damaged,
-                "the index does not decode: the file is damaged or incomplete");
+    const std::optional<std::string> damage = LastDamage();
+    if (!isOpen) throw Error(ExitStatus::Damaged, "damaged or incomplete: " + damage.value_or(""));
+    if (damage) RememberDamage(*damage);
+}
+
+void OpenedBlock::ThrowLastDamage() {
+    throw Error(ExitStatus::Damaged, "damaged: " + LastDamage().value_or(""));
+}
+
+void OpenedBlock::ThrowForeign(const std::string& reason) {
+    if (FileBytes() == 0) throw Error(ExitStatus::Damaged, "the file is empty, no block file");
+    throw Error(ExitStatus::Damaged, "head: " + reason);
+}
+
+/// Runs a query; what its answer or its exception hides is remembered. False where anything is.
+template <class Query>
+bool OpenedBlock::Ask(Query query) {
+    try {
+        query();
+    } catch (const CZVFTStreamException& exception) {
+        PassOnLackOfMemory(exception);
+    }
+    const std::optional<std::string> damage = LastDamage();
+    if (damage) RememberDamage(*damage);
+    return !damage;
+}
+
+/// What the last query hid; what it could not read is no damage.
+std::optional<std::string> OpenedBlock::LastDamage() {
+    ZVSmartZvg::SZVLGBlockFinding finding;
+    const EZVLGMiss miss = reader.GetLastMiss(finding);
+    if (miss == EZVLGMiss::Unread) {
+        file.ThrowIfUnread();
+        throw Error(ExitStatus::InputOutput, "became shorter while it was read");
+    }
+    if (miss != EZVLGMiss::Damaged) return std::nullopt;
+    return finding.reason + ", at position " + std::to_string(finding.position);
+}
+
+std::wstring OpenedBlock::FloorName(unsigned int floor) {
+    std::wstring name;
+    Ask([&] { name = reader.GetFloorNameByIndex(floor); });
+    return name;
+}
+
+unsigned int OpenedBlock::FloorOrder(unsigned int floor) {
+    unsigned int order = ZVSmartZvg::ZVLG_NONE;
+    Ask([&] { order = reader.GetFloorOrderByIndex(floor); });
+    return order;
 }
 
 unsigned int OpenedBlock::FindFloor(const std::string& text) {
@@ -50,8 +95,9 @@ unsigned int OpenedBlock::FindFloor(const std::string& text) {
     if (number && *number < floors) return *number;
     const std::wstring name = FromUtf8(text);
     for (unsigned int floor = 0; floor < floors; ++floor) {
-        if (reader.GetFloorNameByIndex(floor) == name) return floor;
+        if (FloorName(floor) == name) return floor;
     }
+    ThrowIfDamaged();
     throw Error(ExitStatus::NotFound, "no floor '" + text + "'");
 }
 
@@ -63,77 +109,69 @@ std::pair<unsigned int, unsigned int> OpenedBlock::FindFloors(
 }
 
 unsigned int OpenedBlock::FloorCompNum(unsigned int floor) {
-    const unsigned int count = reader.GetFloorCompNum(floor);
-    if (count == 0) CheckEmpty("floor " + std::to_string(floor));
+    unsigned int count = 0;
+    Ask([&] { count = reader.GetFloorCompNum(floor); });
     return count;
 }
 
 unsigned int OpenedBlock::GeoNumInBlock(unsigned int block) {
-    const unsigned int count = reader.GetGeoNumInBlock(block);
-    if (count == 0) CheckEmpty("geometry block " + std::to_string(block));
+    unsigned int count = 0;
+    Ask([&] { count = reader.GetGeoNumInBlock(block); });
     return count;
 }
 
 bool OpenedBlock::ReadComp(const ZVSmartZvg::SZVLGCompIndex& index,
                            ZVSmartZvg::SZVLGZvgComp& comp) {
-    const std::string place = "component " + PlaceText(index.floorIndex, index.compIndex);
-    try {
-        if (reader.GetCompByIndex(index, comp)) return true;
-        RememberDamage(place + ": cannot be read");
-    } catch (const CZVFTStreamException& exception) {
-        RememberDamage(place + ": " + DamageOf(exception));
-    }
-    return false;
+    bool isRead = false;
+    Ask([&] { isRead = reader.GetCompByIndex(index, comp); });
+    return isRead;
 }
 
 void OpenedBlock::ReadGeo(const ZVSmartZvg::SZVLGZvgGeoIndex& index, ZVSmartZvg::SZVLGZvgGeo& geo) {
-    const std::string place = "geometry " + PlaceText(index.blockIndex, index.indexInBlock) + ": ";
-    try {
-        if (reader.GetGeoByIndex(index, geo)) return;
-    } catch (const CZVFTStreamException& exception) {
-        throw Error(ExitStatus::Damaged, place + DamageOf(exception));
-    }
-    throw Error(ExitStatus::Damaged, place + "cannot be read");
+    bool isRead = false;
+    if (!Ask([&] { isRead = reader.GetGeoByIndex(index, geo); })) ThrowLastDamage();
+    if (isRead) return;
+    const std::string place = PlaceText(index.blockIndex, index.indexInBlock);
+    throw Error(ExitStatus::Damaged, "damaged: geometry " + place + " has no bytes");
+}
+
+bool OpenedBlock::ReadGeo(const std::wstring& identification, ZVSmartZvg::SZVLGZvgGeo& geo) {
+    bool isRead = false;
+    const auto query = [&] { isRead = reader.GetGeoByIdentification(identification, geo); };
+    if (!Ask(query)) ThrowLastDamage();
+    return isRead;
 }
 
 std::optional<ZVSmartZvg::SZVLGZvgGeoImage> OpenedBlock::ReadPreview() {
     ZVSmartZvg::SZVLGZvgGeoImage image;
-    try {
-        if (reader.GetPreviewImage(image)) return image;
-    } catch (const CZVFTStreamException& exception) {
-        RememberDamage("preview image: " + DamageOf(exception));
-    }
-    return std::nullopt;
+    bool isRead = false;
+    Ask([&] { isRead = reader.GetPreviewImage(image); });
+    if (!isRead) return std::nullopt;
+    return image;
+}
+
+unsigned int OpenedBlock::DecodedBytes() {
+    unsigned int bytes = 0;
+    Ask([&] { bytes = reader.GetEstimatedDataSize(); });
+    return bytes;
 }
 
 void OpenedBlock::ThrowIfDamaged() const {
-    if (damages == 0) return;
-    const std::string others = " (and " + std::to_string(damages - 1) + " more)";
-    throw Error(ExitStatus::Damaged, firstDamage + (damages > 1 ? others : ""));
+    if (damages.empty()) return;
+    const std::string most = damages.size() == mostDamages ? "at least " : "";
+    const std::string others = " (and " + most + std::to_string(damages.size() - 1) + " more)";
+    throw Error(ExitStatus::Damaged,
+                "damaged: " + firstDamage + (damages.size() > 1 ? others : ""));
 }
 
 ToolError OpenedBlock::Error(ExitStatus status, const std::string& reason) const {
     return ToolError(status, Path() + ": " + reason);
 }
 
-void OpenedBlock::RememberDamage(const std::string& reason) {
-    if (damages++ == 0) firstDamage = reason;
-}
-
-// The reader counts 0 for what does not decode. A whole check, at most one per run, tells that
-// from what is truly empty.
-void OpenedBlock::CheckEmpty(const std::string& what) {
-    if (emptinessChecked) return;
-    emptinessChecked = true;
-    std::vector<ZVSmartZvg::SZVLGBlockFinding> findings;
-    if (ZVSmartZvg::CZVLGBlockVerifier().Verify(&file.Stream(), findings)) return;
-    const std::string reason = findings.empty() ? "" : ": " + findings.front().reason;
-    RememberDamage(what + " cannot be read" + reason);
-}
-
-std::string DamageOf(const CZVFTStreamException& exception) {
-    if (IsOutOfMemory(exception)) throw;
-    return exception.what();
+/// The same damage may be met again and again.
+void OpenedBlock::RememberDamage(const std::string& damage) {
+    if (damages.empty()) firstDamage = damage;
+    if (damages.size() < mostDamages) damages.insert(damage);
 }
 
 std::string PlaceText(unsigned int table, unsigned int position) {

@@ -2,47 +2,58 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
 
-#include "ZVSmartFormat/Stream.h"
 #include "ZVSmartFormat/StreamException.h"
 #include "ZVSmartZvg/BlockReader.h"
 #include "tools/zvg/Command.h"
+#include "tools/zvg/reading/InputStream.h"
 
-/// An input file, opened; "-" is standard input, which may not be a terminal. Throws ToolError
-/// InputOutput where it cannot be, Usage for a terminal.
+/// An input file, opened; see OpenInput for what it may be and what opening throws.
 class OpenedFile {
   public:
     explicit OpenedFile(const std::string& path);
 
-    ZVSmartFormat::CZVFTInStream& Stream() { return *stream; }
+    InputStream& Stream() { return *stream; }
     /// As messages name it.
     const std::string& Path() const { return path; }
 
+    /// Throws ToolError InputOutput where a read has failed: nothing that was found is true then.
+    void ThrowIfUnread() const;
+
   private:
     std::string path;
-    std::unique_ptr<ZVSmartFormat::CZVFTInStream> stream;
+    std::unique_ptr<InputStream> stream;
 };
 
 /// A block file, opened for queries. What is wrong with the file becomes a ToolError that names
 /// the file, the place in it and the reason.
 ///
-/// Components and floors that cannot be read are remembered, so that a command can show what is
-/// readable before `ThrowIfDamaged` ends it.
+/// What cannot be read, and what an answer leaves out without saying so, is remembered as damage,
+/// so that a command can show what is whole before `ThrowIfDamaged` ends it. Each function here
+/// throws ToolError InputOutput where the system does not deliver the file.
 class OpenedBlock {
   public:
     /// Throws ToolError InputOutput for a file that cannot be opened, Damaged for one that is no
     /// block file or has no readable index.
-    explicit OpenedBlock(const std::string& path);
+    explicit OpenedBlock(const std::string& path) : OpenedBlock(OpenedFile(path)) {}
+    /// The same for a file that is open.
+    explicit OpenedBlock(OpenedFile file);
 
     ZVSmartZvg::CZVLGBlockReader& Reader() { return reader; }
     const std::string& Path() const { return file.Path(); }
     unsigned long long FileBytes() { return file.Stream().GetSize(); }
 
+    /// A floor's name and its order; empty and ZVLG_NONE, remembered as damage, where they cannot
+    /// be read.
+    std::wstring FloorName(unsigned int floor);
+    unsigned int FloorOrder(unsigned int floor);
+
     /// The floor that `text` names: by its number where there is a floor with that number, else
-    /// by its name. Throws ToolError NotFound.
+    /// by its name. Throws ToolError NotFound; Damaged where it may be one whose name is damaged.
     unsigned int FindFloor(const std::string& text);
 
     /// The first floor and the one behind the last: of all, or of the one that is named.
@@ -67,11 +78,19 @@ class OpenedBlock {
             if (ReadComp(index, comp)) use(index, comp);
         }
     }
-    /// Reads a geometry that is within the block's number of geometries. Throws ToolError Damaged.
+    /// Reads a geometry that is within the block's number of geometries. Throws ToolError Damaged,
+    /// which is remembered as well.
     void ReadGeo(const ZVSmartZvg::SZVLGZvgGeoIndex& index, ZVSmartZvg::SZVLGZvgGeo& geo);
+    /// Reads the geometry of an identification into `geo`, which is fresh. False where there is
+    /// none. Throws as above.
+    bool ReadGeo(const std::wstring& identification, ZVSmartZvg::SZVLGZvgGeo& geo);
     /// Reads the preview image; nothing where there is none.
     std::optional<ZVSmartZvg::SZVLGZvgGeoImage> ReadPreview();
+    /// The bytes that all blocks take when decoded.
+    unsigned int DecodedBytes();
 
+    /// The number of different damages that were remembered, as far as they are told apart.
+    std::size_t DamageCount() const { return damages.size(); }
     /// Throws ToolError Damaged for what was remembered, if anything was.
     void ThrowIfDamaged() const;
 
@@ -79,19 +98,18 @@ class OpenedBlock {
     ToolError Error(ExitStatus status, const std::string& reason) const;
 
   private:
-    void RememberDamage(const std::string& reason);
-    void CheckEmpty(const std::string& what);
+    template <class Query>
+    bool Ask(Query query);
+    std::optional<std::string> LastDamage();
+    void RememberDamage(const std::string& damage);
+    [[noreturn]] void ThrowLastDamage();
+    [[noreturn]] void ThrowForeign(const std::string& reason);
 
     OpenedFile file;
     ZVSmartZvg::CZVLGBlockReader reader;
     std::string firstDamage;
-    unsigned long long damages = 0;
-    bool emptinessChecked = false;
+    std::set<std::string> damages;
 };
-
-/// What is wrong with a file, as the exception that is being handled tells; throws it on where
-/// memory ran out, which says nothing about the file.
-std::string DamageOf(const ZVSmartFormat::CZVFTStreamException& exception);
 
 /// "FLOOR:POS" or "BLOCK:POS".
 std::string PlaceText(unsigned int table, unsigned int position);

@@ -56,7 +56,12 @@ const SceneReader::Stored& SceneReader::Read(const std::wstring& name) {
     Stored& stored = place->second;
     if (!added) return stored;
     SZVLGZvgGeo geo;
-    stored.there = geos.Read(name, geo);
+    try {
+        stored.there = geos.Read(name, geo);
+    } catch (const ToolError& error) {
+        if (!salvage || error.Status() != ExitStatus::Damaged) throw;
+        return stored;
+    }
     if (!stored.there) {
         ++missing;
         return stored;

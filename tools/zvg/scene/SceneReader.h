@@ -17,8 +17,10 @@
 /// the decoded geometries and to the number of placements, which has a limit.
 class SceneReader {
   public:
-    /// `block` is borrowed.
-    explicit SceneReader(OpenedBlock& block) : block(block), geos(block) {}
+    /// `block` is borrowed. With `salvage` a geometry that cannot be decoded is left out; `block`
+    /// remembers it.
+    explicit SceneReader(OpenedBlock& block, bool salvage = false)
+        : block(block), geos(block), salvage(salvage) {}
 
     /// Adds a component with its body; components are numbered in the order in which they come.
     /// Throws ToolError Damaged for a geometry that cannot be decoded, and for more placements
@@ -41,6 +43,7 @@ class SceneReader {
 
     OpenedBlock& block;
     StoredGeos geos;
+    bool salvage;
     SceneBuilder builder;
     std::unordered_map<std::wstring, Stored> storedByName;
     std::size_t missing = 0;

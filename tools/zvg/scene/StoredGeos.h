@@ -1,8 +1,6 @@
 #pragma once
 
-#include <optional>
 #include <string>
-#include <unordered_set>
 
 #include "ZVSmartZvg/Geo.h"
 #include "tools/zvg/reading/OpenedBlock.h"
@@ -19,8 +17,5 @@ class StoredGeos {
     bool Read(const std::wstring& identification, ZVSmartZvg::SZVLGZvgGeo& geo);
 
   private:
-    bool Holds(const std::wstring& identification);
-
     OpenedBlock& block;
-    std::optional<std::unordered_set<std::wstring>> identifications;  ///< filled when first asked
 };
