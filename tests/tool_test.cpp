@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <csignal>
 #include <utility>
 #include <vector>
 
@@ -149,20 +150,28 @@ TEST_F(ToolTest, FailuresHaveTheirStatusAndOneLine) {
 }
 
 TEST_F(ToolTest, UnwritableOutputIsAFailure) {
-    int ends[2];  // a pipe that nobody reads
-    ASSERT_EQ(pipe(ends), 0);
-    close(ends[0]);
-    for (const std::string& redirect :
-         {std::string(">/dev/full"), std::string(">&-"), ">&" + std::to_string(ends[1])}) {
+    for (const std::string redirect : {">/dev/full", ">&-"}) {
         for (const char* command : {"info ", "tree --json ", "list ", "verify "}) {
             const Outcome outcome = Run(command + good, redirect);
             EXPECT_EQ(outcome.status, 3) << command << redirect;
             EXPECT_NE(outcome.err.find("standard output"), std::string::npos) << outcome.err;
         }
     }
-    close(ends[1]);
     EXPECT_EQ(Run("--version", ">/dev/full").status, 3);
     EXPECT_EQ(ReadAll(good), bytes);
+
+    int ends[2];  // a pipe whose reader has read enough
+    ASSERT_EQ(pipe(ends), 0);
+    close(ends[0]);
+    for (const char* command : {"info ", "tree --json ", "list ", "verify ", "plan "}) {
+        const Outcome outcome = Run(command + good, ">&" + std::to_string(ends[1]));
+        EXPECT_EQ(outcome.status, 128 + SIGPIPE) << command;
+        EXPECT_EQ(outcome.err, "") << command;
+        const std::string ignoring = "trap \"\" PIPE; $Z " + (command + good);
+        EXPECT_EQ(ToolFixture::Run(ignoring + " >&" + std::to_string(ends[1])), 3) << command;
+        EXPECT_EQ(err, "zvg: standard output: Broken pipe\n") << command;
+    }
+    close(ends[1]);
 }
 
 TEST_F(ToolTest, DamageShowsBesideWhatIsReadable) {
@@ -231,7 +240,8 @@ TEST_F(ToolTest, EveryCommandTellsDamageAndShowsWhatIsWhole) {
         expect("export -q damaged.zvg -o x.glb");
         EXPECT_FALSE(std::filesystem::exists(folder + "x.glb")) << says;
         expect("export -q --salvage damaged.zvg -o x.obj");
-        EXPECT_NE(ReadAll(folder + "x.obj").find(isUpper ? "wall_c\n" : "wall_a\n"), std::string::npos)
+        EXPECT_NE(ReadAll(folder + "x.obj").find(isUpper ? "wall_c\n" : "wall_a\n"),
+                  std::string::npos)
             << ReadAll(folder + "x.obj");
         std::filesystem::remove(folder + "x.obj");
         std::filesystem::remove(folder + "x.mtl");
@@ -248,6 +258,34 @@ TEST_F(ToolTest, EveryCommandTellsDamageAndShowsWhatIsWhole) {
     EXPECT_NE(ReadAll(folder + "x.obj").find("\nv "), std::string::npos);
     EXPECT_EQ(Run("plan damaged.zvg").status, 4);
     EXPECT_EQ(Run("list damaged.zvg").status, 0) << "geometry is not read";
+}
+
+TEST_F(ToolTest, WordsHelpWhoMistypes) {
+    std::ofstream(folder + "photo.jpg") << "\xFF\xD8\xFF\xE0 JFIF";
+    std::ofstream(folder + "unknown.ifc") << "neither";
+    std::ofstream(folder + "empty.obj");
+    const std::string formats = "; these are read: ";
+    const struct {
+        std::string words;
+        int status;
+        std::string says;
+    } cases[] = {
+        {"ifno good.zvg", 2, "ifno; did you mean info? (see"},
+        {"exprot good.zvg", 2, "did you mean export?"},
+        {"xyzzy good.zvg", 2, "xyzzy (see"},
+        {"plan good.zvg -o x.png", 2, "x.png: the name must end in .svg"},
+        {"plan missing.zvg -o x", 2, "x: the name must end in .svg"},
+        {"info empty.obj", 4, "empty.obj: the file is empty"},
+        {"pack photo.jpg -o x.zvg", 3, "photo.jpg: not a known model format" + formats},
+        {"pack unknown.ifc -o x.zvg", 3, "unknown.ifc: not a known model format" + formats},
+        {"pack empty.obj -o x.zvg", 3, "empty.obj: the file is empty" + formats},
+    };
+    for (const auto& [words, status, says] : cases) {
+        const Outcome outcome = Run(words);
+        EXPECT_EQ(outcome.status, status) << words << outcome.err;
+        EXPECT_NE(outcome.err.find(says), std::string::npos) << words << outcome.err;
+        ExpectOneLine(outcome.err);
+    }
 }
 
 TEST_F(ToolTest, SeveralFilesAreVerifiedByName) {

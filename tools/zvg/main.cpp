@@ -11,6 +11,7 @@
 #include "tools/zvg/import/Importers.h"
 #include "tools/zvg/output/OutOfMemory.h"
 #include "tools/zvg/text/Colour.h"
+#include "tools/zvg/text/Nearest.h"
 #include "tools/zvg/text/StandardOutput.h"
 
 namespace {
@@ -56,13 +57,23 @@ void RegisterAll(CLI::App& app, CommonOptions& common) {
     RegisterCompletion(app);
 }
 
+std::string UnknownText(const CLI::App& app) {
+    const std::string typed = app.remaining().front();
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(command->get_name());
+    }
+    const std::string nearest = Nearest(typed, names);
+    const std::string guess = nearest.empty() ? "" : "; did you mean " + nearest + '?';
+    return "unknown command or option: " + typed + guess;
+}
+
 /// Prints the help or the version that was asked for; everything else that ends the parsing is
 /// the user's mistake.
 void AnswerParser(const CLI::App& app, const CLI::ParseError& end) {
     if (end.get_exit_code() != 0) {
         const bool unknownCommand = app.get_subcommands().empty() && !app.remaining().empty();
-        const std::string reason =
-            unknownCommand ? "unknown command or option: " + app.remaining().front() : end.what();
+        const std::string reason = unknownCommand ? UnknownText(app) : end.what();
         throw ToolError(ExitStatus::Usage, reason + " (see zvg --help)");
     }
     std::ostringstream text;

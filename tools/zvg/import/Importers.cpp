@@ -16,7 +16,7 @@
 
 namespace {
 
-enum class Format { Unknown, Ifc, IfcZip, IfcXml, Mesh };
+enum class Format { Empty, Unknown, Ifc, IfcZip, IfcXml, Mesh };
 
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -47,6 +47,7 @@ bool HasExtension(std::string_view path, std::initializer_list<std::string_view>
 
 Format FormatOf(const char* path) {
     const std::string bytes = FirstBytes(path);
+    if (bytes.empty()) return Format::Empty;
     const bool xml = bytes.find("<?xml") != std::string::npos;
     if (bytes.find("ISO-10303-21") != std::string::npos) return Format::Ifc;
     if (bytes.starts_with("PK\x03\x04") && HasExtension(path, {".ifczip", ".zip"})) {
@@ -105,6 +106,17 @@ std::vector<std::string> ImporterNames() {
     return names;
 }
 
+namespace {
+
+/// What a user may try instead.
+std::string Readable() {
+    std::string text;
+    for (const std::string& name : ImporterNames()) text += (text.empty() ? " " : ", ") + name;
+    return text.empty() ? "; this build reads none" : "; these are read:" + text;
+}
+
+}  // namespace
+
 Model ImportModel(const char* path, const ImportReport& report) {
     switch (FormatOf(path)) {
         case Format::Ifc:
@@ -115,8 +127,10 @@ Model ImportModel(const char* path, const ImportReport& report) {
             throw ImportError("ifcXML is not supported: save the model as IFC (STEP) first");
         case Format::Mesh:
             return ReadMesh(path, report);
+        case Format::Empty:
+            throw ImportError("the file is empty" + Readable());
         case Format::Unknown:
             break;
     }
-    throw ImportError("not a known model format");
+    throw ImportError("not a known model format" + Readable());
 }

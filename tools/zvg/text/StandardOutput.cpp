@@ -10,12 +10,23 @@
 #include <string>
 
 #include "tools/zvg/Command.h"
+#include "tools/zvg/output/SignalCleanup.h"
 #include "tools/zvg/text/Colour.h"
 #include "tools/zvg/text/Utf8.h"
 
 namespace {
 
+bool endsWithReader = false;  // unless the caller ignores SIGPIPE
+
+/// What a reader that has read enough leaves behind is no failure.
+void EndAsReaderWentAway() {
+    RemoveUnfinished();
+    std::signal(SIGPIPE, SIG_DFL);
+    std::raise(SIGPIPE);
+}
+
 [[noreturn]] void ThrowWriteFailure() {
+    if (errno == EPIPE && endsWithReader) EndAsReaderWentAway();
     throw ToolError(ExitStatus::InputOutput,
                     std::string("standard output: ") + std::strerror(errno));
 }
@@ -28,7 +39,7 @@ void PrepareStandardStreams() {
         // Takes the lowest free number, which is this one; writing to it fails.
         if (open("/dev/null", O_RDONLY) != number) return;
     }
-    std::signal(SIGPIPE, SIG_IGN);
+    endsWithReader = std::signal(SIGPIPE, SIG_IGN) != SIG_IGN;
     std::signal(SIGXFSZ, SIG_IGN);
 }
 

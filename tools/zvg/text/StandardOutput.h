@@ -8,7 +8,9 @@
 /// anything is opened.
 void PrepareStandardStreams();
 
-/// Writes data to standard output. Throws ToolError InputOutput where that fails.
+/// Writes data to standard output. Throws ToolError InputOutput where that fails; where its reader
+/// went away the process ends of SIGPIPE, without a word, as other programs do, unless its caller
+/// ignores that signal.
 void WriteOutput(std::string_view data);
 
 /// Hands everything to the system; throws as `WriteOutput` does.
