@@ -1,5 +1,6 @@
 // Runs the built tool on small files, on damaged ones and on hostile ones.
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -298,6 +299,40 @@ TEST_F(ToolTest, SeveralFilesAreVerifiedByName) {
     EXPECT_NE(several.err.find("\nzvg: missing.zvg: No such file"), std::string::npos);
     EXPECT_EQ(Run("verify missing.zvg damaged.zvg").status, 3);
     EXPECT_EQ(Run("verify good.zvg").out.rfind("ok: ", 0), 0U);
+}
+
+TEST_F(ToolTest, PackTellsItsWorkAndItsSettings) {
+    std::ofstream(folder + "tri.obj") << "v 0 0 0\nv 1 0 0\nv 0 1 0\no Slab\nf 1 2 3\n";
+    ASSERT_EQ(Run("pack -q --no-preview tri.obj -o plain.zvg").status, 0) << err;
+    const std::string name =
+        RunJson("show plain.zvg 0:0").value("/classLevel4/name"_json_pointer, std::string());
+    WriteAll(folder + "good.ini", "[ZBufferSize]\n" + name + "=7\nOther=8\n");
+    WriteAll(folder + "typo.ini", "[ZBufferSize]\n" + name + "x=7\n");
+    const std::string pack = "pack --no-preview tri.obj -o x.zvg --force";
+    EXPECT_NE(Run(pack + " --settings good.ini").err.find(", settings set 1 class row, "),
+              std::string::npos)
+        << err;
+    EXPECT_EQ(RunJson("show x.zvg 0:0")["classLevel4"]["attr"]["zBufferSize"], 7);
+    EXPECT_NE(Run(pack + " --settings typo.ini").err.find(", settings set 0 class rows, "),
+              std::string::npos)
+        << err;
+    EXPECT_EQ(Run(pack).err.find("settings"), std::string::npos) << err;
+
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
+    ASSERT_TRUE(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+    const int keep = open(ptsname(terminal), O_RDWR | O_NOCTTY);
+    EXPECT_EQ(Run("pack tri.obj -o x.zvg --force", std::string("2>") + ptsname(terminal)).status,
+              0);
+    std::string shown(4096, '\0');
+    shown.resize(
+        static_cast<std::size_t>(std::max<ssize_t>(read(terminal, shown.data(), shown.size()), 0)));
+    std::size_t at = 0;
+    for (const char* work : {"reading", "drawing the preview", "packing 100 %", "compressing"}) {
+        at = shown.find(work, at);
+        EXPECT_NE(at, std::string::npos) << work << '\n' << shown;
+    }
+    close(keep);
+    close(terminal);
 }
 
 TEST_F(ToolTest, HostileTextStaysOneHarmlessLine) {

@@ -12,6 +12,7 @@
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/import/ChildProcess.h"
 #include "tools/zvg/output/OutputFile.h"
+#include "tools/zvg/pack/DisplacedClasses.h"
 #include "tools/zvg/pack/PackJob.h"
 #include "tools/zvg/text/Progress.h"
 #include "tools/zvg/text/StandardOutput.h"
@@ -75,14 +76,19 @@ class Listener {
         if (++warnings <= mostWarnings) Print("warning: " + text);
     }
 
-    /// Percent of the model while it is imported, then components written of how many.
+    /// Importing is told in percent of the model, packing in components.
     void ShowProgress(const std::string& text) {
         double done = 0;
         double total = 0;
-        if (std::sscanf(text.c_str(), "%lf/%lf", &done, &total) == 2) {
-            progress.Show("packing", done, total, "components");
+        const std::size_t blank = text.find(' ');
+        if (std::sscanf(text.c_str(), "%lf/%lf", &done, &total) != 2) return;
+        const std::string work = blank == std::string::npos ? "" : text.substr(blank + 1);
+        if (total == 0) {
+            progress.Show(work);
+        } else if (work == "importing") {
+            progress.Show(work, done / total * modelBytes, modelBytes, "MB");
         } else {
-            progress.Show("importing", done / 100 * modelBytes, modelBytes, "MB");
+            progress.Show(work, done, total, "components");
         }
     }
 
@@ -144,6 +150,12 @@ ToolError ImportFailure(const Arguments& arguments, int status, const std::strin
     return {static_cast<ExitStatus>(status), lastWords};
 }
 
+/// A mistyped class name sets nothing; this number is what tells.
+std::string SettingsText(int descriptor) {
+    const std::size_t rows = CountDisplacedClasses(descriptor);
+    return ", settings set " + std::to_string(rows) + (rows == 1 ? " class row" : " class rows");
+}
+
 void Pack(const Arguments& arguments, const CommonOptions& common) {
     if (arguments.model == "-") {
         throw ToolError(ExitStatus::Usage, "a model is read from a file, not standard input");
@@ -156,8 +168,9 @@ void Pack(const Arguments& arguments, const CommonOptions& common) {
     const int status = Import(arguments, output.Descriptor(), listener);
     listener.Finish();
     if (status != 0) throw ImportFailure(arguments, status, listener.LastWords());
+    const std::string set = arguments.settings.empty() ? "" : SettingsText(output.Descriptor());
     output.Commit();
-    listener.Print(TargetName(arguments.target.path) + ": " + listener.LastWords() + ", " +
+    listener.Print(TargetName(arguments.target.path) + ": " + listener.LastWords() + set + ", " +
                    std::to_string(output.Bytes()) + " bytes");
 }
 

@@ -13,7 +13,7 @@
 
 enum class ChildMessage : char {
     Warning = 'W',
-    Progress = 'P',  ///< how far: a whole number of percent, then DONE/TOTAL
+    Progress = 'P',  ///< how far: DONE/TOTAL and the work under way; 0/0 where nobody knows
     Result = 'R',    ///< what was done
     Failure = 'F',   ///< why it was not; the last words of a child that fails
 };

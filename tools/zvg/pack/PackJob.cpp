@@ -37,27 +37,24 @@ int Fail(ExitStatus status, const std::string& message) {
     return static_cast<int>(status);
 }
 
-void TellProgress(double fraction) {
-    static int told = -1;
-    const int percent = static_cast<int>(fraction * 100);
-    if (percent == told) return;
-    told = percent;
-    TellParent(ChildMessage::Progress, std::to_string(percent));
-}
-
-void TellWritten(std::size_t done, std::size_t total) {
-    static int told = -1;
-    const int percent =
-        static_cast<int>(100.0 * static_cast<double>(done) / static_cast<double>(total));
-    if (percent == told) return;
-    told = percent;
-    TellParent(ChildMessage::Progress, std::to_string(done) + '/' + std::to_string(total));
+/// At most once for each percent of each work.
+void TellProgress(const char* work, std::size_t done, std::size_t total) {
+    static std::string told;
+    const std::size_t percent = total == 0 ? 0 : done * 100 / total;
+    const std::string step = work + std::to_string(percent);
+    if (step == told) return;
+    told = step;
+    const std::string count = std::to_string(done) + '/' + std::to_string(total) + ' ';
+    TellParent(ChildMessage::Progress, count + work);
 }
 
 Model Imported(const char* path) {
     const ImportReport report = {
         [](const std::string& message) { TellParent(ChildMessage::Warning, message); },
-        TellProgress};
+        [](double fraction) {
+            TellProgress("importing", static_cast<std::size_t>(fraction * 100), 100);
+        }};
+    TellProgress("reading", 0, 0);
     return ImportModel(path, report);
 }
 
@@ -74,7 +71,7 @@ int Write(const Model& model, const PackOptions& options) {
     const std::string cannotWrite = std::string("cannot write ") + options.outputPath + ": ";
     FileSink sink(childOutput);
     try {
-        const PackSummary summary = PackModel(model, options, sink, TellWritten);
+        const PackSummary summary = PackModel(model, options, sink, TellProgress);
         if (!summary.previewFailure.empty()) {
             TellParent(ChildMessage::Warning, "no preview: " + summary.previewFailure);
         }

@@ -92,8 +92,7 @@ void AddPreview(const Model& model, const std::vector<const ModelElement*>& elem
 }  // namespace
 
 PackSummary PackModel(const Model& model, const PackOptions& options,
-                      ZVSmartFormat::CZVFTOutStream& out,
-                      const std::function<void(std::size_t done, std::size_t total)>& progress) {
+                      ZVSmartFormat::CZVFTOutStream& out, const PackProgress& progress) {
     CZVLGBlockSaver saver(options.formatVersion);
     saver.SetEncodeFastMod(options.fast);
     saver.SetSeal(options.seal);
@@ -102,6 +101,8 @@ PackSummary PackModel(const Model& model, const PackOptions& options,
     saver.Init(&out, Head(model, options), options.settingsPath, geosPerBlock);
     const std::vector<const ModelElement*> ordered = Ordered(model);
     PackSummary summary;
+    const bool draws = options.drawPreview && !*options.previewPath && CanRender();
+    if (draws) progress("drawing the preview", 0, 0);
     AddPreview(model, ordered, options, summary, saver);
 
     std::vector<bool> stored(model.shapes.size());
@@ -117,8 +118,9 @@ PackSummary PackModel(const Model& model, const PackOptions& options,
         }
         saver.AddComp(maker.Make(*element));
         floors.insert(element->storey);
-        progress(++summary.components, ordered.size());
+        progress("packing", ++summary.components, ordered.size());
     }
+    progress("compressing", 0, 0);
     saver.WriteEnd();
     summary.floors = floors.size();
     summary.shapes = model.shapes.size();

@@ -29,11 +29,13 @@ struct PackSummary {
     std::string previewFailure;  ///< why no preview could be drawn; else empty
 };
 
+/// Told the work under way, and how much of it is done; `total` is 0 where nobody knows.
+using PackProgress = std::function<void(const char* work, std::size_t done, std::size_t total)>;
+
 /// Writes `model` as a block file at the stream's position. Floors stand in order of elevation,
 /// within a floor what has one class and type stands together, and each shape stands before the
-/// first component that places it. `progress` is told the number of components written and the
-/// number there are. The same model gives the same bytes. Throws what the saver
+/// first component that places it. `progress` is told what begins, or how many components of how
+/// many are packed. The same model gives the same bytes. Throws what the saver
 /// throws, and ToolError for a preview image that cannot be read.
 PackSummary PackModel(const Model& model, const PackOptions& options,
-                      ZVSmartFormat::CZVFTOutStream& out,
-                      const std::function<void(std::size_t done, std::size_t total)>& progress);
+                      ZVSmartFormat::CZVFTOutStream& out, const PackProgress& progress);

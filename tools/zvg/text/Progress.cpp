@@ -7,19 +7,29 @@
 
 Progress::Progress(bool quiet) : wanted(!quiet && isatty(STDERR_FILENO)) {}
 
-void Progress::Show(const std::string& verb, double done, double total, const char* unit) {
-    if (!wanted || total <= 0) return;
+/// Whether the line is to be printed: the first one of some work always is.
+bool Progress::Begin(const std::string& verb) {
+    if (!wanted) return false;
     const Clock::time_point now = Clock::now();
-    if (verb != current) {
-        current = verb;
-        begun = now;
-    }
     constexpr std::chrono::milliseconds pause(200);
-    if (now - printed < pause) return;
+    const bool isNew = verb != current;
+    if (isNew) begun = now;
+    if (!isNew && now - printed < pause) return false;
+    current = verb;
     printed = now;
     shown = true;
-    std::fprintf(stderr, "\r\033[K%s %.0f %%", verb.c_str(), done / total * 100);
-    const double seconds = std::chrono::duration<double>(now - begun).count();
+    std::fprintf(stderr, "\r\033[K%s", verb.c_str());
+    return true;
+}
+
+void Progress::Show(const std::string& verb) {
+    if (verb != current) Begin(verb);
+}
+
+void Progress::Show(const std::string& verb, double done, double total, const char* unit) {
+    if (total <= 0 || !Begin(verb)) return;
+    std::fprintf(stderr, " %.0f %%", done / total * 100);
+    const double seconds = std::chrono::duration<double>(printed - begun).count();
     constexpr double soonestGuess = 0.5;
     if (seconds < soonestGuess || done <= 0) return;
     const double rate = done / seconds;

@@ -17,11 +17,16 @@ class Progress {
     /// bytes. A new verb starts the clock anew. Prints a few times a second at most.
     void Show(const std::string& verb, double done, double total, const char* unit);
 
+    /// The same for work of which nobody knows how far it is.
+    void Show(const std::string& verb);
+
     /// Removes the line, so that another one may be printed.
     void Clear();
 
   private:
     using Clock = std::chrono::steady_clock;
+
+    bool Begin(const std::string& verb);
 
     bool wanted;
     bool shown = false;
