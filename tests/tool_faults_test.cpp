@@ -285,10 +285,10 @@ void WriteNoise(const std::string& path) {
         [&](CZVLGBlockSaver& saver) {
             for (const wchar_t* name : {L"a", L"b", L"c"}) {
                 SZVLGZvgComp comp = Comp(name, L"");
-                for (int i = 0; i < 3000; ++i) {
+                for (int i = 0; i < 1500; ++i) {
                     comp.compProperties[0].second += static_cast<wchar_t>(32 + random() % 30000);
                 }
-                for (int i = 0; i < 300; ++i) {
+                for (int i = 0; i < 150; ++i) {
                     const double x = number(random), y = number(random), z = number(random);
                     comp.geoRefs[0].geo.shells[0].AddPts({{x, y, z}});
                 }
@@ -327,7 +327,7 @@ TEST_F(ToolFaults, FailingReadsAreNoDamage) {
         }
     }
     RecordProperty("failures", failures);
-    EXPECT_GT(failures, 100);
+    EXPECT_GT(failures, 60);
     EXPECT_EQ(Run("export ZVG_FAULT_IN=/; cat in/a.zvg | (" + At("read:2" + eio, "verify -)")), 3);
     EXPECT_EQ(err, "zvg: standard input: Input/output error\n");
 }
