@@ -185,6 +185,10 @@ void CZVLGBlockSaver::SetSeal(bool seal) {
     imp->isToBeSealed = seal;
 }
 
+void CZVLGBlockSaver::SetDisplacementSettings(const CZVFTIniFile& settings) {
+    imp->settings = settings;
+}
+
 void CZVLGBlockSaver::SetEncodeFastMod(bool fast) {
     ZVSmartLzma::CZVFTLzmaTool::SetEocodeFastMod(fast);
 }

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "ZVSmartFormat/IniFile.h"
 #include "ZVSmartFormat/Stream.h"
 #include "ZVSmartZvg/BlockHeadInfo.h"
 #include "ZVSmartZvg/Comp.h"
@@ -50,6 +51,10 @@ class ZVLG_API CZVLGBlockSaver {
     /// the texts and numbers that no block's checksum covers. Readers need not know of it. False
     /// unless set; but for these bytes the file is the same.
     void SetSeal(bool seal);
+
+    /// Replaces the component displacement settings that `Init` read, for a program that opens no
+    /// files by then. Components that were added already keep theirs. `settings` is copied.
+    void SetDisplacementSettings(const ZVSmartFormat::CZVFTIniFile& settings);
 
     /// Chooses the coder's faster, weaker setting for every saver of the process.
     void SetEncodeFastMod(bool fast);
