@@ -47,6 +47,12 @@ inline nlohmann::json JsonOfGlb(const std::string& bytes) {
     return nlohmann::json::parse(isGlb ? bytes.substr(20, head[3]) : "", nullptr, false);
 }
 
+/// A mesh that the library behind the importer never finishes.
+constexpr const char* endlessPly =
+    "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+    "property float z\nelement face 1\nproperty list uchar int vertex_indices\n"
+    "end_head1.0\nelement vertex 3\nproperty float x\nprer\n0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n";
+
 /// A folder of its own for each test, in which the tool runs.
 class ToolFixture : public testing::Test {
   protected:

@@ -7,6 +7,7 @@
 
 #include "tools/zvg/Command.h"
 #include "tools/zvg/commands/Commands.h"
+#include "tools/zvg/import/Cage.h"
 #include "tools/zvg/import/ChildProcess.h"
 #include "tools/zvg/import/Importers.h"
 #include "tools/zvg/output/OutOfMemory.h"
@@ -27,7 +28,8 @@ std::string VersionText() {
     std::string text = "zvg " ZVG_VERSION "\nimporters:";
     const std::vector<std::string> names = ImporterNames();
     for (const std::string& name : names) text += ' ' + name;
-    return names.empty() ? text + " none" : text;
+    if (names.empty()) text += " none";
+    return text + "\ncage of the importers: " + CageText(AvailableCage());
 }
 
 void RegisterAll(CLI::App& app, CommonOptions& common) {

@@ -1,6 +1,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -27,17 +30,16 @@ struct Arguments {
     bool fast = false;
     bool noPreview = false;
     bool seal = false;
+    std::uint64_t maxMemory = 0;  ///< bytes; 0 where not given
+    double maxTime = 0;           ///< seconds; 0 where not given
 };
 
 /// Prints what the child says: warnings up to a number that a person reads, progress on a
 /// terminal only.
 class Listener {
   public:
-    Listener(const std::string& model, bool quiet) : quiet(quiet), progress(quiet) {
-        std::error_code none;
-        const auto size = std::filesystem::file_size(model, none);
-        modelBytes = none ? 0 : static_cast<double>(size);
-    }
+    Listener(unsigned long long modelBytes, bool quiet)
+        : quiet(quiet), progress(quiet), modelBytes(static_cast<double>(modelBytes)) {}
 
     void Take(ChildMessage kind, const std::string& text) {
         switch (kind) {
@@ -51,6 +53,9 @@ class Listener {
             case ChildMessage::Failure:
                 lastWords = text;
                 break;
+            case ChildMessage::NoMemory:
+            case ChildMessage::Open:
+                break;  // answered before
         }
     }
 
@@ -94,7 +99,7 @@ class Listener {
 
     bool quiet;
     Progress progress;
-    double modelBytes = 0;
+    double modelBytes;
     int warnings = 0;
     std::string lastWords;
 };
@@ -116,25 +121,38 @@ std::vector<std::string> InputsOf(const Arguments& arguments) {
     return inputs;
 }
 
-PackOptions OptionsOf(const Arguments& arguments) {
-    PackOptions options;
-    options.modelPath = arguments.model.c_str();
-    options.outputPath =
-        arguments.target.path == "-" ? "standard output" : arguments.target.path.c_str();
-    options.settingsPath = arguments.settings.c_str();
-    options.previewPath = arguments.preview.c_str();
-    options.geosPerBlock = arguments.geosPerBlock;
-    options.formatVersion = arguments.formatVersion;
-    options.fast = arguments.fast;
-    options.drawPreview = !arguments.noPreview;
-    options.seal = arguments.seal;
-    return options;
+PackJob JobOf(const Arguments& arguments) {
+    PackJob job;
+    job.modelPath = arguments.model;
+    job.outputPath = TargetName(arguments.target.path);
+    job.settingsPath = arguments.settings;
+    job.previewPath = arguments.preview;
+    job.geosPerBlock = arguments.geosPerBlock;
+    job.formatVersion = arguments.formatVersion;
+    job.fast = arguments.fast;
+    job.drawPreview = !arguments.noPreview;
+    job.seal = arguments.seal;
+    return job;
 }
 
-int Import(const Arguments& arguments, int descriptor, Listener& listener) {
+/// A time that the user gives is instead of the one without progress: some models need it.
+ImportLimits LimitsOf(const Arguments& arguments, unsigned long long modelBytes) {
+    ImportLimits limits = ImportLimits::For(modelBytes);
+    if (arguments.maxMemory != 0) limits.memoryBytes = arguments.maxMemory;
+    if (std::isnan(arguments.maxTime)) throw ToolError(ExitStatus::Usage, "--max-time: no number");
+    if (arguments.maxTime > 0) {
+        limits.silence = {};
+        limits.time = std::chrono::milliseconds(std::llround(arguments.maxTime * 1000));
+    }
+    return limits;
+}
+
+int Import(const Arguments& arguments, const ModelFolder& folder, int descriptor,
+           Listener& listener) {
     try {
         return RunInChild(
-            PackJobArguments(OptionsOf(arguments)), descriptor,
+            PackJobArguments(JobOf(arguments)), descriptor, folder,
+            LimitsOf(arguments, folder.ModelBytes()),
             [&](ChildMessage kind, const std::string& text) { listener.Take(kind, text); });
     } catch (const ToolError& error) {
         listener.Finish();
@@ -160,12 +178,12 @@ void Pack(const Arguments& arguments, const CommonOptions& common) {
     if (arguments.model == "-") {
         throw ToolError(ExitStatus::Usage, "a model is read from a file, not standard input");
     }
-    CheckReadable(arguments.model);
+    const ModelFolder folder(arguments.model);
     CheckReadable(arguments.settings);
     CheckReadable(arguments.preview);
     OutputFile output(arguments.target.path, arguments.target.force, InputsOf(arguments));
-    Listener listener(arguments.model, common.quiet);
-    const int status = Import(arguments, output.Descriptor(), listener);
+    Listener listener(folder.ModelBytes(), common.quiet);
+    const int status = Import(arguments, folder, output.Descriptor(), listener);
     listener.Finish();
     if (status != 0) throw ImportFailure(arguments, status, listener.LastWords());
     const std::string set = arguments.settings.empty() ? "" : SettingsText(output.Descriptor());
@@ -203,6 +221,20 @@ void RegisterPack(CLI::App& app, CommonOptions& common) {
                                      "Store no picture of the model"));
     command->add_flag("--seal", arguments->seal,
                       "Write a checksum of the whole file behind its end; zvg verify checks it");
+    command
+        ->add_option("--max-memory", arguments->maxMemory,
+                     "Memory that importing may take, such as 512M or 8G (default: half of the "
+                     "machine's)")
+        ->option_text("SIZE")
+        ->transform(CLI::AsSizeValue(false))
+        ->check(CLI::PositiveNumber);
+    constexpr double longestTime = 1e9;
+    command
+        ->add_option("--max-time", arguments->maxTime,
+                     "Seconds that importing may take in all (default: no limit but a minute "
+                     "without progress, more for large models)")
+        ->option_text("SECONDS")
+        ->check(CLI::Range(0.001, longestTime));
     command->footer("Example:\n  zvg pack house.ifc -o house.zvg --preview house.png");
     command->callback([arguments, &common] { Pack(*arguments, common); });
 }

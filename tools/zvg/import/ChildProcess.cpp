@@ -1,16 +1,21 @@
 #include "tools/zvg/import/ChildProcess.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/personality.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <optional>
 
 #include "tools/zvg/Command.h"
+#include "tools/zvg/import/FilePassing.h"
 #include "tools/zvg/output/SignalCleanup.h"
 
 namespace {
@@ -24,24 +29,43 @@ constexpr int cannotStart = 127;
                     std::string("cannot start the import process: ") + std::strerror(errno));
 }
 
-/// The reading and the writing end of a pipe; closed with this object.
-struct Pipe {
-    Pipe() {
-        if (pipe2(ends, O_CLOEXEC) != 0) ThrowCannotStart();
+/// The two ends of a connection.
+struct Connection {
+    Connection() {
+        int ends[2] = {-1, -1};
+        if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) ThrowCannotStart();
+        parent = OwnedDescriptor(ends[0]);
+        child = OwnedDescriptor(ends[1]);
     }
-    ~Pipe() {
-        close(ends[0]);
-        CloseWriting();
-    }
-    Pipe(const Pipe&) = delete;
-    Pipe& operator=(const Pipe&) = delete;
+    OwnedDescriptor parent, child;
+};
 
-    void CloseWriting() {
-        if (ends[1] >= 0) close(ends[1]);
-        ends[1] = -1;
-    }
+/// Pointers to texts, and a null pointer behind them, as exec takes them.
+std::vector<char*> Pointers(std::vector<std::string>& texts) {
+    std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
+    for (std::string& text : texts) pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
 
-    int ends[2] = {-1, -1};
+/// What the loader and the allocator go by; the rest of the environment is not a model's business.
+std::vector<std::string> ChildEnvironment() {
+    std::vector<std::string> kept;
+    for (char** each = environ; *each != nullptr; ++each) {
+        const std::string_view text = *each;
+        for (const std::string_view name : {"LD_", "MALLOC_", "GLIBC_TUNABLES="}) {
+            if (text.starts_with(name)) kept.emplace_back(text);
+        }
+    }
+    return kept;
+}
+
+/// What a new child is given; made before fork, since nothing may be allocated after it.
+struct ChildStart {
+    std::vector<char*> arguments, environment;
+    int messages, output;
+    std::uint64_t memoryBytes;
 };
 
 /// Makes `target` the number of the file that `source` is, over exec as well.
@@ -50,59 +74,38 @@ bool GiveNumber(int source, int target) {
 }
 
 /// Becomes the child; only what is safe between fork and exec. Does not return.
-[[noreturn]] void BecomeChild(char* const* arguments, int messages, int output) {
+[[noreturn]] void BecomeChild(const ChildStart& start) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    setpgid(0, 0);
+    LimitOwnMemory(start.memoryBytes);
     // Nothing random is left for an importer to depend on. Where this is refused, as in some
     // containers, the work is done all the same.
     const int current = personality(0xFFFFFFFF);
     if (current != -1) personality(static_cast<unsigned long>(current) | ADDR_NO_RANDOMIZE);
     // Out of the way of the numbers that are given below.
     constexpr int firstFree = 10;
-    messages = fcntl(messages, F_DUPFD_CLOEXEC, firstFree);
-    output = fcntl(output, F_DUPFD_CLOEXEC, firstFree);
+    const int messages = fcntl(start.messages, F_DUPFD_CLOEXEC, firstFree);
+    const int output = fcntl(start.output, F_DUPFD_CLOEXEC, firstFree);
     const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
     const bool ready = GiveNumber(nowhere, STDIN_FILENO) && GiveNumber(nowhere, STDOUT_FILENO) &&
                        GiveNumber(nowhere, STDERR_FILENO) && GiveNumber(messages, childMessages) &&
                        GiveNumber(output, childOutput);
-    if (ready) execv("/proc/self/exe", arguments);
+    closefrom(childOutput + 1);
+    if (ready) execve("/proc/self/exe", start.arguments.data(), start.environment.data());
     _exit(cannotStart);
 }
 
-pid_t Start(const std::vector<std::string>& arguments, int messages, int output) {
+pid_t Start(const std::vector<std::string>& arguments, int messages, int output,
+            std::uint64_t memoryBytes) {
     std::vector<std::string> words = {"zvg", childFlag};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> pointers;
-    pointers.reserve(words.size() + 1);
-    for (std::string& word : words) pointers.push_back(word.data());
-    pointers.push_back(nullptr);
+    std::vector<std::string> variables = ChildEnvironment();
+    const ChildStart start = {Pointers(words), Pointers(variables), messages, output, memoryBytes};
     const pid_t child = fork();
     if (child < 0) ThrowCannotStart();
-    if (child == 0) BecomeChild(pointers.data(), messages, output);
+    if (child == 0) BecomeChild(start);
+    setpgid(child, child);  // whoever comes first
     return child;
-}
-
-void HandOn(std::string_view line,
-            const std::function<void(ChildMessage, const std::string&)>& listener) {
-    if (!line.empty()) listener(static_cast<ChildMessage>(line[0]), std::string(line.substr(1)));
-}
-
-/// Reads lines until the child closes its end.
-void Listen(int messages, const std::function<void(ChildMessage, const std::string&)>& listener) {
-    std::string pending;
-    char bytes[4096];
-    while (true) {
-        const ssize_t count = read(messages, bytes, sizeof bytes);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return;
-        pending.append(bytes, static_cast<std::size_t>(count));
-        std::size_t begin = 0;
-        for (std::size_t end = pending.find('\n'); end != std::string::npos;
-             end = pending.find('\n', begin)) {
-            HandOn(std::string_view(pending).substr(begin, end - begin), listener);
-            begin = end + 1;
-        }
-        pending.erase(0, begin);
-    }
 }
 
 /// Kills and buries a child that is still there when its parent has no more use for it.
@@ -111,16 +114,20 @@ class Burial {
     explicit Burial(pid_t child) : child(child) { KillOnSignal(child); }
     ~Burial() {
         if (child == 0) return;
-        kill(child, SIGKILL);
-        Wait();
+        kill(-child, SIGKILL);
+        while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) continue;
+        KillOnSignal(0);
     }
     Burial(const Burial&) = delete;
     Burial& operator=(const Burial&) = delete;
 
-    /// Waits for the child's end and returns its status as `waitpid` gives it.
-    int Wait() {
+    /// Waits for the child's end, under watch, and returns its status as `waitpid` gives it.
+    int Wait(const Watch& watch) {
         int status = 0;
-        while (waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
+        for (int pause = 0; waitpid(child, &status, WNOHANG) != child; pause = 1) {
+            poll(nullptr, 0, pause);
+            watch.Check();
+        }
         KillOnSignal(0);
         child = 0;
         return status;
@@ -128,6 +135,51 @@ class Burial {
 
   private:
     pid_t child;
+};
+
+/// Hears a child until it closes its end.
+class Hearing {
+  public:
+    Hearing(int connection, const ModelFolder& folder, Watch& watch,
+            const MessageReader::Listener& listener)
+        : connection(connection), folder(folder), watch(watch), listener(listener) {}
+
+    /// Whether the child's last words were that it has no memory.
+    bool Listen() {
+        MessageReader reader;
+        std::array<char, 4096> bytes;
+        while (true) {
+            pollfd waiting = {connection, POLLIN, 0};
+            const int ready = poll(&waiting, 1, Watch::pauseMilliseconds);
+            if (ready > 0) {
+                const ssize_t count = read(connection, bytes.data(), bytes.size());
+                if (count == 0 || (count < 0 && errno != EINTR)) return noMemory;
+                if (count < 0) continue;
+                reader.Take(
+                    {bytes.data(), static_cast<std::size_t>(count)},
+                    [this](ChildMessage kind, const std::string& text) { Take(kind, text); });
+            }
+            watch.Check();
+        }
+    }
+
+  private:
+    void Take(ChildMessage kind, const std::string& text) {
+        if (kind == ChildMessage::Progress) watch.NoteProgress();
+        if (kind == ChildMessage::NoMemory) {
+            noMemory = true;
+        } else if (kind != ChildMessage::Open) {
+            listener(kind, text);
+        } else if (!PassFile(connection, folder.Open(text))) {
+            throw ToolError(ExitStatus::InputOutput, "the importer takes no answers");
+        }
+    }
+
+    int connection;
+    const ModelFolder& folder;
+    Watch& watch;
+    const MessageReader::Listener& listener;
+    bool noMemory = false;
 };
 
 [[noreturn]] void ThrowDied(int signal) {
@@ -139,17 +191,20 @@ class Burial {
 
 }  // namespace
 
-int RunInChild(const std::vector<std::string>& arguments, int output,
-               const std::function<void(ChildMessage, const std::string&)>& listener) {
-    Pipe messages;
-    Burial child(Start(arguments, messages.ends[1], output));
-    messages.CloseWriting();
-    Listen(messages.ends[0], listener);
-    const int status = child.Wait();
+int RunInChild(const std::vector<std::string>& arguments, int output, const ModelFolder& folder,
+               const ImportLimits& limits, const MessageReader::Listener& listener) {
+    Connection connection;
+    const pid_t pid = Start(arguments, connection.child.Number(), output, limits.memoryBytes);
+    Burial child(pid);
+    connection.child = OwnedDescriptor();
+    Watch watch(pid, limits);
+    const bool noMemory = Hearing(connection.parent.Number(), folder, watch, listener).Listen();
+    const int status = child.Wait(watch);
     if (WIFSIGNALED(status)) ThrowDied(WTERMSIG(status));
     if (WEXITSTATUS(status) == cannotStart) {
         throw ToolError(ExitStatus::Internal, "cannot start the import process");
     }
+    if (noMemory) ThrowNoMemory(limits);
     return WEXITSTATUS(status);
 }
 
@@ -159,11 +214,7 @@ std::optional<std::vector<std::string_view>> ChildArguments(int argc, char** arg
 }
 
 void TellParent(ChildMessage kind, std::string_view text) {
-    std::string line = static_cast<char>(kind) + std::string(text);
-    for (char& c : line) {
-        if (c == '\n' || c == '\r') c = ' ';
-    }
-    line += '\n';
+    const std::string line = MessageLine(kind, text);
     std::string_view rest = line;
     while (!rest.empty()) {
         const ssize_t count = write(childMessages, rest.data(), rest.size());
@@ -171,4 +222,11 @@ void TellParent(ChildMessage kind, std::string_view text) {
         if (count <= 0) return;  // nobody listens any more
         rest.remove_prefix(static_cast<std::size_t>(count));
     }
+}
+
+std::optional<ModelFile> AskParentFor(const std::string& name) {
+    TellParent(ChildMessage::Open, name);
+    OwnedDescriptor file = TakePassedFile(childMessages);
+    if (!file.IsOpen()) return std::nullopt;
+    return ModelFile(std::move(file));
 }

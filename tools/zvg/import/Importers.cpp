@@ -1,11 +1,10 @@
 #include "tools/zvg/import/Importers.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <memory>
 #include <string_view>
+
+#include "tools/zvg/import/StepCycles.h"
+#include "tools/zvg/import/UnusableGeometry.h"
 
 #ifdef ZVG_HAVE_IFC
 #include "tools/zvg/import/IfcImporter.h"
@@ -18,24 +17,6 @@ namespace {
 
 enum class Format { Empty, Unknown, Ifc, IfcZip, IfcXml, Mesh };
 
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-std::unique_ptr<std::FILE, CloseFile> Opened(const char* path) {
-    std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path, "rb"));
-    if (!file) throw ImportError(std::strerror(errno));
-    return file;
-}
-
-std::string FirstBytes(const char* path) {
-    std::string bytes(1024, '\0');
-    const auto file = Opened(path);
-    bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
-    if (std::ferror(file.get())) throw ImportError(std::strerror(errno));
-    return bytes;
-}
-
 bool HasExtension(std::string_view path, std::initializer_list<std::string_view> extensions) {
     return std::any_of(extensions.begin(), extensions.end(), [&](std::string_view extension) {
         if (path.size() < extension.size()) return false;
@@ -45,8 +26,9 @@ bool HasExtension(std::string_view path, std::initializer_list<std::string_view>
     });
 }
 
-Format FormatOf(const char* path) {
-    const std::string bytes = FirstBytes(path);
+Format FormatOf(const ModelFile& file, std::string_view path) {
+    constexpr std::uint64_t headBytes = 1024;
+    const std::string bytes = file.Bytes(0, headBytes);
     if (bytes.empty()) return Format::Empty;
     const bool xml = bytes.find("<?xml") != std::string::npos;
     if (bytes.find("ISO-10303-21") != std::string::npos) return Format::Ifc;
@@ -63,35 +45,53 @@ Format FormatOf(const char* path) {
 }
 
 #ifdef ZVG_HAVE_IFC
-std::string AllBytes(const char* path) {
-    const auto file = Opened(path);
-    std::string bytes;
-    std::string piece(1 << 16, '\0');
-    while (const std::size_t count = std::fread(piece.data(), 1, piece.size(), file.get())) {
-        bytes.append(piece, 0, count);
-    }
-    if (std::ferror(file.get())) throw ImportError(std::strerror(errno));
-    return bytes;
-}
-
-Model ReadIfc(const char* path, const ImportReport& report) {
-    return ImportIfc(AllBytes(path), report);
+Model ReadIfc(const ModelFile& file, const ImportReport& report) {
+    std::string bytes = file.Bytes(0, file.Size());
+    CutStepCycles(bytes, report);
+    return ImportIfc(std::move(bytes), report);
 }
 #else
-Model ReadIfc(const char*, const ImportReport&) {
+Model ReadIfc(const ModelFile&, const ImportReport&) {
     throw ImportError("this build has no IFC importer (it needs libifcplusplus)");
 }
 #endif
 
 #ifdef ZVG_HAVE_ASSIMP
-Model ReadMesh(const char* path, const ImportReport& report) {
-    return ImportMesh(path, report);
+Model ReadMesh(const std::string& name, const OpenModelFile& open, const ImportReport& report) {
+    return ImportMesh(name, open, report);
 }
 #else
-Model ReadMesh(const char*, const ImportReport&) {
+Model ReadMesh(const std::string&, const OpenModelFile&, const ImportReport&) {
     throw ImportError("this build has no importer for meshes (it needs assimp)");
 }
 #endif
+
+/// What a user may try instead.
+std::string Readable() {
+    std::string text;
+    for (const std::string& name : ImporterNames()) text += (text.empty() ? " " : ", ") + name;
+    return text.empty() ? "; this build reads none" : "; these are read:" + text;
+}
+
+Model Read(const std::string& path, const OpenModelFile& open, const ImportReport& report) {
+    const std::optional<ModelFile> file = open("");
+    if (!file) throw ImportError("it is gone");
+    switch (FormatOf(*file, path)) {
+        case Format::Ifc:
+            return ReadIfc(*file, report);
+        case Format::IfcZip:
+            throw ImportError("ifcZIP is not supported: unpack the file first");
+        case Format::IfcXml:
+            throw ImportError("ifcXML is not supported: save the model as IFC (STEP) first");
+        case Format::Mesh:
+            return ReadMesh(path.substr(path.rfind('/') + 1), open, report);
+        case Format::Empty:
+            throw ImportError("the file is empty" + Readable());
+        case Format::Unknown:
+            break;
+    }
+    throw ImportError("not a known model format" + Readable());
+}
 
 }  // namespace
 
@@ -106,31 +106,9 @@ std::vector<std::string> ImporterNames() {
     return names;
 }
 
-namespace {
-
-/// What a user may try instead.
-std::string Readable() {
-    std::string text;
-    for (const std::string& name : ImporterNames()) text += (text.empty() ? " " : ", ") + name;
-    return text.empty() ? "; this build reads none" : "; these are read:" + text;
-}
-
-}  // namespace
-
-Model ImportModel(const char* path, const ImportReport& report) {
-    switch (FormatOf(path)) {
-        case Format::Ifc:
-            return ReadIfc(path, report);
-        case Format::IfcZip:
-            throw ImportError("ifcZIP is not supported: unpack the file first");
-        case Format::IfcXml:
-            throw ImportError("ifcXML is not supported: save the model as IFC (STEP) first");
-        case Format::Mesh:
-            return ReadMesh(path, report);
-        case Format::Empty:
-            throw ImportError("the file is empty" + Readable());
-        case Format::Unknown:
-            break;
-    }
-    throw ImportError("not a known model format" + Readable());
+Model ImportModel(const std::string& path, const OpenModelFile& open, const ImportReport& report) {
+    Model model = Read(path, open, report);
+    LeaveOutUnusable(model, report);
+    if (model.elements.empty()) throw ImportError("nothing in it can be packed");
+    return model;
 }

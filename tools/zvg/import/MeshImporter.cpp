@@ -8,14 +8,18 @@
 #include <algorithm>
 #include <assimp/Importer.hpp>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
 
+#include "tools/zvg/import/MeshFiles.h"
 #include "tools/zvg/import/ShapeStore.h"
 #include "tools/zvg/text/Utf8.h"
 
 namespace {
+
+constexpr std::string_view meshExtensions[] = {"gltf", "glb", "obj", "stl", "ply", "fbx", "dae"};
 
 std::wstring Wide(const aiString& text) {
     return FromUtf8({text.data, text.length});
@@ -225,14 +229,30 @@ std::string Reason(const Assimp::Importer& importer, const std::string& extensio
     return unknown ? "damaged, or not a " + extension + " file" : reason;
 }
 
+/// Of the library's readers only those for the formats that this tool names: the others are as
+/// much code again for a damaged file to fall into.
+void KeepReaders(Assimp::Importer& importer) {
+    for (std::size_t i = importer.GetImporterCount(); i-- > 0;) {
+        std::set<std::string> extensions;
+        importer.GetImporter(i)->GetExtensionList(extensions);
+        const bool wanted = std::any_of(
+            std::begin(meshExtensions), std::end(meshExtensions),
+            [&](std::string_view wish) { return extensions.count(std::string(wish)) != 0; });
+        if (!wanted) importer.UnregisterLoader(importer.GetImporter(i));
+    }
+}
+
 }  // namespace
 
-Model ImportMesh(const char* path, const ImportReport& report) {
-    const std::string extension = ExtensionOf(path);
+Model ImportMesh(const std::string& name, const OpenModelFile& open, const ImportReport& report) {
+    const std::string extension = ExtensionOf(name);
     Assimp::Importer importer;
-    importer.UnregisterLoader(importer.GetImporter("ifc"));
+    KeepReaders(importer);
+    // The importer owns both from here.
+    importer.SetIOHandler(std::make_unique<MeshFiles>(name, open).release());
+    importer.SetProgressHandler(std::make_unique<MeshProgress>(report).release());
     const aiScene* scene =
-        importer.ReadFile(path, aiProcess_Triangulate | aiProcess_JoinIdenticalVertices);
+        importer.ReadFile(name, aiProcess_Triangulate | aiProcess_JoinIdenticalVertices);
     if (!scene || !scene->mRootNode) throw ImportError(Reason(importer, extension));
     if (HasPoints(*scene)) report.warn("points are left out");
     Model model = SceneReader(*scene).Read(ToModelAxes(*scene, extension));

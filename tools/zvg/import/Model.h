@@ -48,7 +48,8 @@ struct ShapePart {
 struct Shape {
     std::vector<ShapePart> parts;
     std::vector<ModelCurves> curves;
-    std::wstring key;  ///< made from the content; unique within the model
+    std::size_t unusable = 0;  ///< triangles and curves left out: their numbers are no coordinates
+    std::wstring key;          ///< made from the content; unique within the model
 };
 
 struct PlacedShape {

@@ -40,11 +40,21 @@ class Numbers {
 };
 
 template <typename Curve>
-bool IsFinite(const Curve& curve) {
+bool IsUsable(const Curve& curve) {
     Numbers numbers;
     numbers.Add(curve);
     const std::vector<double> all = numbers.Take();
-    return std::all_of(all.begin(), all.end(), [](double n) { return std::isfinite(n); });
+    return std::all_of(all.begin(), all.end(), IsCoordinate);
+}
+
+bool IsUsable(const ModelCircle& circle) {
+    return circle.radius >= 0 && IsUsable<ModelCircle>(circle);
+}
+
+template <typename Curve>
+std::size_t Unusable(const std::vector<Curve>& curves) {
+    return static_cast<std::size_t>(std::count_if(
+        curves.begin(), curves.end(), [](const Curve& curve) { return !IsUsable(curve); }));
 }
 
 /// Rounds one kind of curve after the other.
@@ -86,7 +96,7 @@ class Rounding {
     std::vector<Curve> Kept(const std::vector<Curve>& curves) const {
         std::vector<Curve> kept;
         for (Curve curve : curves) {
-            if (IsFinite(curve) && Keeps(curve)) kept.push_back(std::move(curve));
+            if (IsUsable(curve) && Keeps(curve)) kept.push_back(std::move(curve));
         }
         return kept;
     }
@@ -108,6 +118,11 @@ std::vector<double> NumbersOf(const ModelCurves& curves) {
     numbers.Add(curves.arcs);
     numbers.Add(curves.circles);
     return numbers.Take();
+}
+
+std::size_t UnusableCurves(const ModelCurves& curves) {
+    return Unusable(curves.polylines) + Unusable(curves.segments) + Unusable(curves.arcs) +
+           Unusable(curves.circles);
 }
 
 ModelCurves RoundedCurves(const ModelCurves& curves, double coordinateStep) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -49,6 +50,9 @@ struct ModelCurves {
 /// Every number of the curves, in their order and with the counts that tell their lists apart.
 std::vector<double> NumbersOf(const ModelCurves& curves);
 
+/// The number of curves with a number that is no coordinate, or a radius below zero.
+std::size_t UnusableCurves(const ModelCurves& curves);
+
 /// The curves with their points and radii rounded to multiples of `coordinateStep`, without those
-/// that have a number that is not finite or that are shorter than a step.
+/// that are unusable or shorter than a step.
 ModelCurves RoundedCurves(const ModelCurves& curves, double coordinateStep);

@@ -1,6 +1,15 @@
 #pragma once
 
+#include <cmath>
 #include <compare>
+
+/// No model reaches farther, in metres; beyond, doubles tell no millimetres apart either.
+constexpr double farthestCoordinate = 1e11;
+
+/// Neither infinite nor no number at all.
+inline bool IsCoordinate(double value) {
+    return std::abs(value) <= farthestCoordinate;
+}
 
 /// A point in metres, or a direction.
 struct ModelPoint {

@@ -37,8 +37,8 @@ double Rounded(double coordinate) {
     return rounded + 0.0;  // no negative zero
 }
 
-bool IsFinite(const ModelPoint& point) {
-    return std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
+bool IsUsable(const ModelPoint& point) {
+    return IsCoordinate(point.x) && IsCoordinate(point.y) && IsCoordinate(point.z);
 }
 
 using Triangle = std::array<std::uint32_t, 3>;
@@ -57,17 +57,26 @@ std::vector<ModelPoint> RoundedPoints(const std::vector<ModelPoint>& points) {
     return rounded;
 }
 
+bool IsUsable(const std::vector<ModelPoint>& points, const Triangle& triangle) {
+    const auto& [a, b, c] = triangle;
+    return IsUsable(points[a]) && IsUsable(points[b]) && IsUsable(points[c]);
+}
+
 /// Whether the triangle's corners are points that differ.
 bool IsTriangle(const std::vector<ModelPoint>& points, const Triangle& triangle) {
     const auto& [a, b, c] = triangle;
-    return IsFinite(points[a]) && IsFinite(points[b]) && IsFinite(points[c]) &&
-           points[a] != points[b] && points[b] != points[c] && points[c] != points[a];
+    return points[a] != points[b] && points[b] != points[c] && points[c] != points[a];
 }
 
-ModelShell Canonical(const ModelShell& shell) {
+/// Adds what it leaves out for its coordinates to `unusable`.
+ModelShell Canonical(const ModelShell& shell, std::size_t& unusable) {
     const std::vector<ModelPoint> rounded = RoundedPoints(shell.points);
     ModelShell result;
     for (const Triangle& triangle : shell.triangles) {
+        if (!IsUsable(rounded, triangle)) {
+            ++unusable;
+            continue;
+        }
         if (!IsTriangle(rounded, triangle)) continue;
         result.triangles.push_back(triangle);
         for (const std::uint32_t corner : triangle) result.points.push_back(rounded[corner]);
@@ -101,7 +110,7 @@ bool SamePart(const ShapePart& a, const ShapePart& b) {
 }
 
 bool SameShape(const Shape& a, const Shape& b) {
-    return a.curves == b.curves &&
+    return a.unusable == b.unusable && a.curves == b.curves &&
            std::equal(a.parts.begin(), a.parts.end(), b.parts.begin(), b.parts.end(), SamePart);
 }
 
@@ -110,7 +119,7 @@ Shape Canonical(const Shape& shape) {
     Shape result;
     for (const ShapePart& part : shape.parts) {
         for (const ModelShell& shell : part.shells) {
-            ModelShell canonical = Canonical(shell);
+            ModelShell canonical = Canonical(shell, result.unusable);
             if (canonical.triangles.empty()) continue;
             auto target = std::find_if(result.parts.begin(), result.parts.end(),
                                        [&](const ShapePart& p) { return SameLook(p, part); });
@@ -121,6 +130,7 @@ Shape Canonical(const Shape& shape) {
         }
     }
     for (const ModelCurves& curves : shape.curves) {
+        result.unusable += UnusableCurves(curves);
         ModelCurves rounded = RoundedCurves(curves, ShapeStore::coordinateStep);
         if (!rounded.IsEmpty()) result.curves.push_back(std::move(rounded));
     }
@@ -167,7 +177,9 @@ std::wstring KeyOf(std::uint64_t hash, std::ptrdiff_t sameHash) {
 
 std::optional<std::size_t> ShapeStore::Add(Shape shape) {
     Shape canonical = Canonical(shape);
-    if (canonical.parts.empty() && canonical.curves.empty()) return std::nullopt;
+    if (canonical.parts.empty() && canonical.curves.empty() && canonical.unusable == 0) {
+        return std::nullopt;
+    }
     const std::uint64_t hash = HashOf(canonical);
     const auto [first, last] = shapeByHash.equal_range(hash);
     for (auto i = first; i != last; ++i) {

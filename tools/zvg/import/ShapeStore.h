@@ -21,9 +21,9 @@ class ShapeStore {
     /// bits of every stored coordinate are zero and compress away.
     static constexpr double coordinateStep = 1.0 / 16777216;
 
-    /// The number of `shape` in `Shapes()`; nothing where it has no triangle and no
-    /// curve left. Coordinates
-    /// that are not finite take their triangles with them.
+    /// The number of `shape` in `Shapes()`; nothing where it has no triangle and no curve left.
+    /// Triangles and curves whose numbers are no coordinates are left out and counted, so that a
+    /// shape of which they leave nothing is stored too.
     std::optional<std::size_t> Add(Shape shape);
 
     const std::vector<Shape>& Shapes() const { return shapes; }

@@ -63,7 +63,7 @@ void KillOnSignal(pid_t process) {
 
 void RemoveUnfinished() {
     const pid_t child = childProcess.exchange(0);
-    if (child > 0) kill(child, SIGKILL);
+    if (child > 0) kill(-child, SIGKILL);
     for (auto& file : unfinishedFiles) {
         if (const char* path = file.exchange(nullptr)) unlink(path);
     }

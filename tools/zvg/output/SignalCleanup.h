@@ -13,7 +13,7 @@ void RemoveOnSignal(const char* path);
 /// Takes the file out again; nothing happens where it is not registered.
 void KeepOnSignal(const char* path);
 
-/// Registers a process to be killed; 0 for none.
+/// Registers a process, which leads its group, to be killed with it; 0 for none.
 void KillOnSignal(pid_t process);
 
 /// Kills and removes what is registered.

@@ -1,15 +1,20 @@
 #include "tools/zvg/pack/PackJob.h"
 
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string_view>
 
 #include "ZVSmartFormat/StreamException.h"
 #include "tools/zvg/Command.h"
+#include "tools/zvg/import/Cage.h"
 #include "tools/zvg/import/ChildProcess.h"
 #include "tools/zvg/import/Importers.h"
 #include "tools/zvg/output/FileSink.h"
 #include "tools/zvg/output/OutOfMemory.h"
+#include "tools/zvg/pack/PackModel.h"
 
 namespace {
 
@@ -17,12 +22,19 @@ using Words = std::vector<std::string_view>;
 
 constexpr std::size_t wordCount = 9;
 
+constexpr const char* noMemory = "out of memory";
+
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
 /// The words point into `argv`, so each ends in a zero byte.
 PackOptions OptionsOf(const Words& words) {
     PackOptions options;
     options.modelPath = words[0].data();
     options.outputPath = words[1].data();
-    options.settingsPath = words[2].data();
+    options.settings.LoadFile(words[2].data());
     options.previewPath = words[3].data();
     options.geosPerBlock = static_cast<unsigned int>(std::strtoul(words[4].data(), nullptr, 10));
     options.formatVersion = static_cast<unsigned int>(std::strtoul(words[5].data(), nullptr, 10));
@@ -55,7 +67,7 @@ Model Imported(const char* path) {
             TellProgress("importing", static_cast<std::size_t>(fraction * 100), 100);
         }};
     TellProgress("reading", 0, 0);
-    return ImportModel(path, report);
+    return ImportModel(path, AskParentFor, report);
 }
 
 std::string Counted(std::size_t count, const char* noun) {
@@ -96,30 +108,44 @@ int RunPackJob(const PackOptions& options) {
     } catch (const ToolError& error) {
         return Fail(error.Status(), error.what());
     } catch (const std::exception& error) {
-        if (IsOutOfMemory(error)) return Fail(ExitStatus::Internal, "out of memory");
+        if (IsOutOfMemory(error)) {
+            TellParent(ChildMessage::NoMemory, noMemory);
+            return static_cast<int>(ExitStatus::Internal);
+        }
         return failInput(error.what());  // whatever an importer throws, its input is the reason
     }
 }
 
 }  // namespace
 
-std::vector<std::string> PackJobArguments(const PackOptions& options) {
-    return {options.modelPath,
-            options.outputPath,
-            options.settingsPath,
-            options.previewPath,
-            std::to_string(options.geosPerBlock),
-            std::to_string(options.formatVersion),
-            options.fast ? "fast" : "best",
-            options.drawPreview ? "draw" : "none",
-            options.seal ? "seal" : "open"};
+std::vector<std::string> PackJobArguments(const PackJob& job) {
+    return {job.modelPath,
+            job.outputPath,
+            job.settingsPath,
+            job.previewPath,
+            std::to_string(job.geosPerBlock),
+            std::to_string(job.formatVersion),
+            job.fast ? "fast" : "best",
+            job.drawPreview ? "draw" : "none",
+            job.seal ? "seal" : "open"};
 }
 
 int RunChildIfAsked(int argc, char** argv) {
     const auto words = ChildArguments(argc, argv);
     if (!words) return -1;
     if (words->size() != wordCount) return static_cast<int>(ExitStatus::Usage);
-    EndWhenOutOfMemory([](const char* reason) { TellParent(ChildMessage::Failure, reason); });
+    EndWhenOutOfMemory([](const char* reason) {
+        const bool lacksMemory = std::strcmp(reason, noMemory) == 0;
+        TellParent(lacksMemory ? ChildMessage::NoMemory : ChildMessage::Failure, reason);
+    });
+    PackOptions options = OptionsOf(*words);
+    const File preview(*options.previewPath ? std::fopen(options.previewPath, "rb") : nullptr);
+    if (*options.previewPath && !preview) {
+        return Fail(ExitStatus::InputOutput,
+                    std::string(options.previewPath) + ": " + std::strerror(errno));
+    }
+    options.preview = preview.get();
+    EnterCage({true, true});
     // Without taking down what an importer holds: that would cost time, and may crash as well.
-    std::_Exit(RunPackJob(OptionsOf(*words)));
+    std::_Exit(RunPackJob(options));
 }

@@ -81,8 +81,8 @@ std::optional<SZVLGZvgGeoImage> Drawn(const Model& model,
 
 void AddPreview(const Model& model, const std::vector<const ModelElement*>& elements,
                 const PackOptions& options, PackSummary& summary, CZVLGBlockSaver& saver) {
-    if (*options.previewPath) {
-        saver.AddPreviewImage(ReadPng(options.previewPath));
+    if (options.preview != nullptr) {
+        saver.AddPreviewImage(ReadPng(options.preview, options.previewPath));
     } else if (options.drawPreview && CanRender()) {
         const auto image = Drawn(model, elements, summary.previewFailure);
         if (image) saver.AddPreviewImage(*image);
@@ -98,7 +98,8 @@ PackSummary PackModel(const Model& model, const PackOptions& options,
     saver.SetSeal(options.seal);
     const unsigned int geosPerBlock =
         options.geosPerBlock != 0 ? options.geosPerBlock : ChosenGeosPerBlock(model);
-    saver.Init(&out, Head(model, options), options.settingsPath, geosPerBlock);
+    saver.Init(&out, Head(model, options), "", geosPerBlock);
+    saver.SetDisplacementSettings(options.settings);
     const std::vector<const ModelElement*> ordered = Ordered(model);
     PackSummary summary;
     const bool draws = options.drawPreview && !*options.previewPath && CanRender();

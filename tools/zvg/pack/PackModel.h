@@ -1,23 +1,26 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdio>
 #include <functional>
 #include <string>
 
+#include "ZVSmartFormat/IniFile.h"
 #include "ZVSmartFormat/Stream.h"
 #include "tools/zvg/import/Model.h"
 
 /// How to write a block file.
 struct PackOptions {
     const char* modelPath = "";
-    const char* outputPath = "";     ///< for messages only
-    const char* settingsPath = "";   ///< displacement settings; empty for none
-    const char* previewPath = "";    ///< a PNG file; empty for none
-    bool drawPreview = true;         ///< where there is no such file and this build can draw
-    unsigned int geosPerBlock = 0;   ///< 0 chooses by the sizes of the geometries
-    unsigned int formatVersion = 4;  ///< 0 to 4
-    bool fast = false;               ///< compress faster and weaker
-    bool seal = false;               ///< write a checksum of the whole file behind its end
+    const char* outputPath = "";           ///< for messages only
+    ZVSmartFormat::CZVFTIniFile settings;  ///< of component displacement; may hold nothing
+    const char* previewPath = "";          ///< of `preview`, for messages only
+    std::FILE* preview = nullptr;          ///< a PNG file; borrowed; null for none
+    bool drawPreview = true;               ///< where there is no such file and this build can draw
+    unsigned int geosPerBlock = 0;         ///< 0 chooses by the sizes of the geometries
+    unsigned int formatVersion = 4;        ///< 0 to 4
+    bool fast = false;                     ///< compress faster and weaker
+    bool seal = false;                     ///< write a checksum of the file behind its end
 };
 
 /// What was written.

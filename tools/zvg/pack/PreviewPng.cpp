@@ -18,9 +18,9 @@ constexpr std::uint64_t mostBytes = 64 << 20;
 /// libpng's simplified reader; freed with this object.
 class PngFile {
   public:
-    explicit PngFile(const char* path) : path(path) {
+    PngFile(std::FILE* file, const char* path) : path(path) {
         image.version = PNG_IMAGE_VERSION;
-        if (!png_image_begin_read_from_file(&image, path)) Fail(image.message);
+        if (!png_image_begin_read_from_stdio(&image, file)) Fail(image.message);
         image.format = PNG_FORMAT_RGBA;
     }
     ~PngFile() { png_image_free(&image); }
@@ -50,8 +50,8 @@ class PngFile {
 
 }  // namespace
 
-ZVSmartZvg::SZVLGZvgGeoImage ReadPng(const char* path) {
-    return PngFile(path).Decoded();
+ZVSmartZvg::SZVLGZvgGeoImage ReadPng(std::FILE* file, const char* path) {
+    return PngFile(file, path).Decoded();
 }
 
 std::string EncodePng(const ZVSmartZvg::SZVLGZvgGeoImage& image) {
@@ -71,7 +71,7 @@ std::string EncodePng(const ZVSmartZvg::SZVLGZvgGeoImage& image) {
 
 #else
 
-ZVSmartZvg::SZVLGZvgGeoImage ReadPng(const char* path) {
+ZVSmartZvg::SZVLGZvgGeoImage ReadPng(std::FILE*, const char* path) {
     throw ToolError(ExitStatus::InputOutput,
                     std::string(path) + ": this build reads no PNG (it needs libpng)");
 }

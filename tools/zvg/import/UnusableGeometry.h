@@ -1,0 +1,10 @@
+#pragma once
+
+#include "tools/zvg/import/ImportReport.h"
+#include "tools/zvg/import/Model.h"
+
+/// Takes out of an imported model what has no place in space, with a warning that names each
+/// element it is taken from: placements with a number that is none or lies beyond
+/// `farthestCoordinate`, and shapes of which nothing is left, as `Shape::unusable` tells. Elements
+/// stay; those of meshes, which are nothing without their shapes, go.
+void LeaveOutUnusable(Model& model, const ImportReport& report);

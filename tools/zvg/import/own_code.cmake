@@ -1,0 +1,3 @@
+# What of the importers needs no foreign library, for the fuzzers as well.
+set(ZVG_IMPORT_OWN_CODE ChildMessages.cpp FilePassing.cpp Model.cpp ModelCurves.cpp ModelFile.cpp
+    ModelFolder.cpp ShapeStore.cpp StepCycles.cpp StepText.cpp UnusableGeometry.cpp)
