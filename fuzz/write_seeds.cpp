@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <string_view>
 
 #include "support.h"
 
@@ -13,6 +14,31 @@ void WriteSeed(const std::filesystem::path& path, const Bytes& bytes) {
     std::filesystem::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary)
         .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+}
+
+/// The first byte chooses what `fuzz_import` does with the text.
+void WriteImportSeeds(const std::filesystem::path& folder) {
+    const struct {
+        const char* name;
+        char part;
+        std::string_view text;
+    } seeds[] = {
+        {"step-text", 0,
+         "FILE_SCHEMA(('IFC4X3'));ENDSEC;DATA;#1=IFCLABEL('it''s\\X2\\00E9\\X0\\ (\xC3\xA9)');"
+         "/* ' */#2=A(#1,\\S\\a);ENDSEC;"},
+        {"step-cycle", 1, "DATA;#1=A(#2,'#3');#2=B((#3,#1));#3=C(#3,#9);ENDSEC;"},
+        {"shapes", 2,
+         std::string_view("\1\3\0\0\0\1\0\0\0\1\0\2\0\1\2\0\0\0\377\0\0\0\0\0\0\360\177", 27)},
+        {"messages", 3, "P12\nWa warning\n\nOred.mtl\nRdone\nFcut"},
+        {"names", 4, "d/../l"},
+        {"names-link", 4, "r/etc/passwd"},
+    };
+    for (const auto& [name, part, text] : seeds) {
+        Bytes bytes;
+        bytes.push_back(static_cast<u8>(part));
+        for (const char c : text) bytes.push_back(static_cast<u8>(c));
+        WriteSeed(folder / name, bytes);
+    }
 }
 
 }  // namespace
@@ -39,5 +65,6 @@ int main(int argc, char** argv) {
         WriteSeed(folder / "faces" / ("steps-of-" + std::to_string(step)), faces);
     }
     WriteSeed(folder / "faces" / "mixed", calls);
+    WriteImportSeeds(folder / "import");
     return 0;
 }
