@@ -26,6 +26,7 @@ void WriteImportSeeds(const std::filesystem::path& folder) {
         {"step-text", 0,
          "FILE_SCHEMA(('IFC4X3'));ENDSEC;DATA;#1=IFCLABEL('it''s\\X2\\00E9\\X0\\ (\xC3\xA9)');"
          "/* ' */#2=A(#1,\\S\\a);ENDSEC;"},
+        {"step-apostrophe", 0, "FILE_SCHEMA(('IFC\\S\\'));FILE_SCHEMA(('\\S\\''X'"},
         {"step-cycle", 1, "DATA;#1=A(#2,'#3');#2=B((#3,#1));#3=C(#3,#9);ENDSEC;"},
         {"shapes", 2,
          std::string_view("\1\3\0\0\0\1\0\0\0\1\0\2\0\1\2\0\0\0\377\0\0\0\0\0\0\360\177", 27)},

@@ -99,7 +99,7 @@ class Rewriter {
             at += 3;
             RewriteGroup(2);
         } else if (Ahead("\\S\\")) {
-            Copy(4);
+            RewriteShifted();
         } else if (source[at] == '\\') {
             Copy(1);  // the alphabet directive \PA\, or a stray backslash
         } else if (source[at] == '\r' || source[at] == '\n') {
@@ -108,6 +108,21 @@ class Rewriter {
             RewriteBytes();
         } else {
             Put(static_cast<char32_t>(source[at++]));
+        }
+    }
+
+    /// `\S\` and a character, which stands for the one 128 above it. An apostrophe is doubled
+    /// there too, and else ends the string.
+    void RewriteShifted() {
+        constexpr std::size_t prefix = 3;
+        const std::string_view next = source.substr(at + prefix, 2);
+        if (next == "''") {
+            Put(U'\xA7');
+            at += prefix + 2;
+        } else if (next.starts_with('\'')) {
+            at += prefix;
+        } else {
+            Copy(prefix + 1);
         }
     }
 
