@@ -42,7 +42,13 @@ class WatchedStream : public ZVSmartFormat::CZVFTInStream {
 std::vector<SZVLGBlockFinding> FindFaults(OpenedFile& file, bool quiet) {
     WatchedStream stream(file.Stream(), quiet);
     std::vector<SZVLGBlockFinding> findings;
-    const bool good = CZVLGBlockVerifier().Verify(&stream, findings);
+    bool good = false;
+    try {
+        good = CZVLGBlockVerifier().Verify(&stream, findings);
+    } catch (const ZVSmartFormat::CZVFTStreamException&) {
+        file.ThrowIfUnread();
+        throw;
+    }
     file.ThrowIfUnread();
     if (!good && findings.empty()) findings.push_back({0, "the file does not verify"});
     return findings;

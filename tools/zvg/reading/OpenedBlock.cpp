@@ -15,6 +15,10 @@ namespace {
 
 constexpr std::size_t mostDamages = 1000;  // that are told apart
 
+std::string DamageText(const ZVSmartZvg::SZVLGBlockFinding& finding) {
+    return finding.reason + ", at position " + std::to_string(finding.position);
+}
+
 /// Lack of memory says nothing about a file: throws on the exception that is being handled.
 void PassOnLackOfMemory(const CZVFTStreamException& exception) {
     if (IsOutOfMemory(exception)) throw;
@@ -41,6 +45,9 @@ OpenedBlock::OpenedBlock(OpenedFile opened) : file(std::move(opened)) {
     const std::optional<std::string> damage = LastDamage();
     if (!isOpen) throw Error(ExitStatus::Damaged, "damaged or incomplete: " + damage.value_or(""));
     if (damage) RememberDamage(*damage);
+    ZVSmartZvg::SZVLGBlockFinding misfit;
+    if (reader.GetStructureFinding(misfit)) RememberDamage(DamageText(misfit));
+    knowsOnlyMisfit = true;
 }
 
 void OpenedBlock::ThrowLastDamage() {
@@ -74,7 +81,7 @@ std::optional<std::string> OpenedBlock::LastDamage() {
         throw Error(ExitStatus::InputOutput, "became shorter while it was read");
     }
     if (miss != EZVLGMiss::Damaged) return std::nullopt;
-    return finding.reason + ", at position " + std::to_string(finding.position);
+    return DamageText(finding);
 }
 
 std::wstring OpenedBlock::FloorName(unsigned int floor) {
@@ -168,10 +175,13 @@ ToolError OpenedBlock::Error(ExitStatus status, const std::string& reason) const
     return ToolError(status, Path() + ": " + reason);
 }
 
-/// The same damage may be met again and again.
+/// The same damage may be met again and again. What a query meets says more than what does not
+/// fit together in the file.
 void OpenedBlock::RememberDamage(const std::string& damage) {
-    if (damages.empty()) firstDamage = damage;
-    if (damages.size() < mostDamages) damages.insert(damage);
+    const bool isNew = damages.size() < mostDamages && damages.insert(damage).second;
+    if (!isNew || (damages.size() > 1 && !knowsOnlyMisfit)) return;
+    firstDamage = damage;
+    knowsOnlyMisfit = false;
 }
 
 std::string PlaceText(unsigned int table, unsigned int position) {

@@ -108,6 +108,7 @@ class OpenedBlock {
     OpenedFile file;
     ZVSmartZvg::CZVLGBlockReader reader;
     std::string firstDamage;
+    bool knowsOnlyMisfit = false;
     std::set<std::string> damages;
 };
 
