@@ -158,7 +158,6 @@ TEST_F(ToolFaults, WhatCannotBeKeptIsAFailureAndLeavesTheOldFiles) {
                  {"linkat:4" + eio, obj},
                  {"rename:1" + eio, obj},
                  {"rename:2" + eio, obj},
-                 {"ftello:2" + eio, "pack -q in/big.obj -o out/x.zvg"},
                  {namedFiles + "rename:2" + eio, obj},
                  {namedFiles + "renameat2:1" + eio, glb}};
     for (const auto& [fault, words] : cases) {
