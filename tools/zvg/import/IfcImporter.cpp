@@ -20,6 +20,7 @@
 #include "tools/zvg/import/ifc/IfcMaterials.h"
 #include "tools/zvg/import/ifc/IfcPlanCurves.h"
 #include "tools/zvg/import/ifc/IfcProperties.h"
+#include "tools/zvg/import/ifc/IfcRepairs.h"
 #include "tools/zvg/import/ifc/IfcShapes.h"
 #include "tools/zvg/import/ifc/IfcStructure.h"
 #include "tools/zvg/import/ifc/Texts.h"
@@ -120,6 +121,7 @@ Model ImportIfc(std::string bytes, const ImportReport& report) {
     const double unit = source->getUnitConverter()->getLengthInMeterFactor();
     const IfcUnits units = {unit, source->getUnitConverter()->getAngleInRadiantFactor()};
     const IfcStructure structure(*source, unit);
+    RepairForShapes(*source);
     IfcShapes bodies(source, report);
     ShapeStore store;
     std::set<std::wstring> takenIds;

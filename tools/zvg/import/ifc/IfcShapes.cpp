@@ -1,17 +1,21 @@
 #include "tools/zvg/import/ifc/IfcShapes.h"
 
-// The one file that includes the geometry part of libifcplusplus, which takes the compiler most
-// of a gigabyte each time. Where solids meet, the library goes through their points and faces in
-// the order of their addresses, and its results differ with it: it works in steady memory.
+#include <ifcpp/IFC4/include/IfcGloballyUniqueId.h>
 #include <ifcpp/IFC4/include/IfcMaterial.h>
 #include <ifcpp/IFC4/include/IfcMaterialDefinitionRepresentation.h>
-#include <ifcpp/geometry/Carve/GeometryConverter.h>
+#include <ifcpp/IFC4/include/IfcRelVoidsElement.h>
+#include <ifcpp/IFC4/include/IfcSurfaceStyle.h>
 #include <ifcpp/model/BuildingModel.h>
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 #include "tools/zvg/import/SteadyMemory.h"
+#include "tools/zvg/import/ifc/BooleanStep.h"
+#include "tools/zvg/import/ifc/CheckedBoolean.h"
+#include "tools/zvg/import/ifc/IfcColours.h"
+#include "tools/zvg/import/ifc/LibraryGeometry.h"
 #include "tools/zvg/import/ifc/Texts.h"
 
 namespace {
@@ -82,7 +86,41 @@ std::string Narrow(const std::wstring& text) {
     return {text.begin(), text.end()};  // the library's messages are ASCII
 }
 
+std::string NameOf(const IfcRoot& root) {
+    return std::string(root.className()) + ' ' + Narrow(TextOf(root.m_GlobalId));
+}
+
+template <typename Meshsets>
+bool AnyHas(const ProductShapeData& data, Meshsets ItemShapeData::*sets) {
+    for (const auto& representation : data.m_vec_representations) {
+        if (!representation || IsNoBody(representation->m_representation_identifier)) continue;
+        for (const auto& item : representation->m_vec_item_data) {
+            if (item && !((*item).*sets).empty()) return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace
+
+bool CSG_Adapter::checkMeshSetValidAndClosed(const std::shared_ptr<meshset_t>& solid,
+                                             StatusCallback*, BuildingEntity*) {
+    if (!solid || solid->meshes.empty() || !IsClosed(*solid)) return false;
+    TurnRightSideOut(*solid);
+    return true;
+}
+
+void CSG_Adapter::computeCSG(std::shared_ptr<meshset_t>& a, std::shared_ptr<meshset_t>& b,
+                             carve::csg::CSG::OP operation, std::shared_ptr<meshset_t>& result,
+                             StatusCallback*, BuildingEntity* entity) {
+    if (!a) a = EmptySolid();
+    if (!b) b = EmptySolid();
+    result = CheckedBoolean(*a, *b, operation);
+    if (auto* step = BooleanStep::Current()) {
+        step->Take(result != nullptr, entity ? entity->m_entity_id : 0);
+    }
+    if (!result) result = operation == BooleanOperation::UNION ? Together(*a, *b) : a;
+}
 
 class IfcShapes::Maker {
   public:
@@ -96,8 +134,12 @@ class IfcShapes::Maker {
                 const std::vector<IfcMaterialUse>& materials) {
         auto data = std::make_shared<ProductShapeData>(element->m_entity_id);
         data->m_ifc_object_definition = element;
-        Try(*element, [&] { converter.convertIfcProductShape(data); });
-        Try(*element, [&] { CutOpeningsOfWhole(*element, data); });
+        // Openings are cut one by one afterwards, so that it is known which is being cut.
+        auto openings = std::exchange(element->m_HasOpenings_inverse, {});
+        Try(*element, [&] { MakeWhole(*element, data); });
+        element->m_HasOpenings_inverse = std::move(openings);
+        CutOpenings(*element, element, data);
+        CutOpeningsOfWhole(*element, data);
         Body body;
         body.placement = PlacementOf(data->getTransform());
         const Look materialLook = LookOf(materials);
@@ -118,13 +160,53 @@ class IfcShapes::Maker {
     }
 
   private:
+    void MakeWhole(const IfcElement& element, std::shared_ptr<ProductShapeData>& data) {
+        const BooleanStep step([&](int entity) {
+            Warn("a boolean (#" + std::to_string(entity) + ") in " + NameOf(element) +
+                 " could not be made: its first operand is kept as it is");
+        });
+        converter.convertIfcProductShape(data);
+    }
+
     /// The parts of an assembled element lose what is cut out of the whole.
-    void CutOpeningsOfWhole(const IfcElement& element, std::shared_ptr<ProductShapeData>& data) {
-        for (const auto& weakRelation : element.m_Decomposes_inverse) {
+    void CutOpeningsOfWhole(const IfcElement& part, std::shared_ptr<ProductShapeData>& data) {
+        for (const auto& weakRelation : part.m_Decomposes_inverse) {
             const auto relation = weakRelation.lock();
             if (!relation) continue;
             const auto whole = std::dynamic_pointer_cast<IfcElement>(relation->m_RelatingObject);
-            if (whole) converter.getRepresentationConverter()->subtractOpenings(whole, data);
+            if (whole) CutOpenings(part, whole, data);
+        }
+    }
+
+    /// Cuts the openings of `host` out of what has been made of `element`.
+    void CutOpenings(const IfcElement& element, const std::shared_ptr<IfcElement>& host,
+                     std::shared_ptr<ProductShapeData>& data) {
+        const auto openings = host->m_HasOpenings_inverse;
+        for (const auto& weakRelation : openings) {
+            const auto relation = weakRelation.lock();
+            const auto opening = relation ? relation->m_RelatedOpeningElement : nullptr;
+            if (!opening || !opening->m_Representation) continue;
+            host->m_HasOpenings_inverse = {weakRelation};
+            CutOpening(element, host, *opening, data);
+        }
+        host->m_HasOpenings_inverse = openings;
+    }
+
+    void CutOpening(const IfcElement& element, const std::shared_ptr<IfcElement>& host,
+                    const IfcFeatureElementSubtraction& opening,
+                    std::shared_ptr<ProductShapeData>& data) {
+        const bool closed = AnyHas(*data, &ItemShapeData::m_meshsets);
+        if (!closed && !AnyHas(*data, &ItemShapeData::m_meshsets_open)) return;
+        const std::string what = NameOf(opening) + " could not be cut out of " + NameOf(element);
+        bool failed = false;
+        const BooleanStep step([&](int) { failed = true; });
+        Try(element, [&] { converter.getRepresentationConverter()->subtractOpenings(host, data); });
+        if (failed) {
+            Warn(what + ": it is left closed");
+        } else if (!closed) {
+            Warn(what + ", whose surface is not closed");
+        } else if (step.Count() == 0) {
+            Warn(what + ": the opening has no closed body");
         }
     }
 
@@ -141,25 +223,24 @@ class IfcShapes::Maker {
         shape.parts.push_back(std::move(part));
     }
 
+    /// Of the first that tells a surface's colour; styles of curves, fillings and texts do not.
     Look LookOf(const Appearances& appearances) const {
+        const auto& entities = model->getMapIfcEntities();
         for (const auto& appearance : appearances) {
-            const bool ofSurface =
-                appearance &&
-                appearance->m_apply_to_geometry_type != AppearanceData::GEOM_TYPE_CURVE &&
-                appearance->m_apply_to_geometry_type != AppearanceData::GEOM_TYPE_TEXT;
-            if (!ofSurface) continue;
-            const vec4& colour = appearance->m_color_diffuse;
-            return {MakeColour(colour.r(), colour.g(), colour.b(), appearance->m_transparency),
-                    StyleName(appearance->m_step_style_id)};
+            if (!appearance) continue;
+            const auto entity = entities.find(appearance->m_step_style_id);
+            if (entity == entities.end()) return LookOfProperty(*appearance);
+            const auto style = std::dynamic_pointer_cast<IfcSurfaceStyle>(entity->second);
+            const auto colour = style ? ColourOf(*style) : std::nullopt;
+            if (colour) return {colour, TextOf(style->m_Name)};
         }
         return {};
     }
 
-    std::wstring StyleName(int entity) const {
-        const auto found = model->getMapIfcEntities().find(entity);
-        if (found == model->getMapIfcEntities().end()) return {};
-        const auto style = std::dynamic_pointer_cast<IfcPresentationStyle>(found->second);
-        return style ? TextOf(style->m_Name) : std::wstring();
+    /// Of a property called "Color", which the library reads.
+    static Look LookOfProperty(const AppearanceData& appearance) {
+        const vec4& colour = appearance.m_color_diffuse;
+        return {MakeColour(colour.r(), colour.g(), colour.b(), appearance.m_transparency), {}};
     }
 
     Look LookOf(const std::vector<IfcMaterialUse>& materials) {
@@ -200,15 +281,13 @@ class IfcShapes::Maker {
         } catch (const std::bad_alloc&) {
             throw;
         } catch (const carve::exception& error) {
-            Warn(entity.m_entity_id, error.str());
+            Warn('#' + std::to_string(entity.m_entity_id) + ": " + error.str());
         } catch (const std::exception& error) {
-            Warn(entity.m_entity_id, error.what());
+            Warn('#' + std::to_string(entity.m_entity_id) + ": " + error.what());
         }
     }
 
-    void Warn(int entity, const std::string& text) const {
-        report.warn('#' + std::to_string(entity) + ": " + text);
-    }
+    void Warn(const std::string& text) const { report.warn(text); }
 
     static void TakeMessage(void* self, std::shared_ptr<StatusCallback::Message> message) {
         const auto type = message->m_message_type;
@@ -217,11 +296,8 @@ class IfcShapes::Maker {
         if (!matters) return;
         const auto* maker = static_cast<Maker*>(self);
         const std::string text = Narrow(message->m_message_text);
-        if (message->m_entity) {
-            maker->Warn(message->m_entity->m_entity_id, text);
-        } else {
-            maker->report.warn(text);
-        }
+        const auto* entity = message->m_entity;
+        maker->Warn(entity ? '#' + std::to_string(entity->m_entity_id) + ": " + text : text);
     }
 
     std::shared_ptr<BuildingModel> model;

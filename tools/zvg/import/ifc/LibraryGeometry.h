@@ -1,0 +1,26 @@
+#pragma once
+
+// The geometry part of libifcplusplus, with its boolean step replaced by ours. It takes the
+// compiler most of a gigabyte each time: one file includes it.
+
+#define checkMeshSetValidAndClosed checkMeshSetOfLibrary
+#define computeCSG computeCSGOfLibrary
+#include <ifcpp/geometry/Carve/CSG_Adapter.h>
+#undef computeCSG
+#undef checkMeshSetValidAndClosed
+
+namespace CSG_Adapter {
+
+/// What the library calls before it cuts openings out of a solid: whether that can be done.
+bool checkMeshSetValidAndClosed(const std::shared_ptr<meshset_t>& solid, StatusCallback*,
+                                BuildingEntity*);
+
+/// What the library calls for openings, with the element that they are cut out of, and for
+/// boolean results, with these. `result` always becomes a solid, which may be empty.
+void computeCSG(std::shared_ptr<meshset_t>& a, std::shared_ptr<meshset_t>& b,
+                carve::csg::CSG::OP operation, std::shared_ptr<meshset_t>& result, StatusCallback*,
+                BuildingEntity* entity);
+
+}  // namespace CSG_Adapter
+
+#include <ifcpp/geometry/Carve/GeometryConverter.h>
