@@ -10,7 +10,10 @@
 
 namespace {
 
-constexpr std::array movesInMetres = {0.0001, 0.0003, 0.001, 0.00003};
+// Metres. What coincides moves away from where it matters; all planes move only so far that the
+// difference is not noticed.
+constexpr std::array coincidentMoves = {0.0001, 0.0003, 0.001, 0.00003};
+constexpr std::array moves = {0.00003, -0.00003, 0.0001, -0.0001};
 constexpr double nearOrigin = 100;       ///< metres; farther away digits are lost
 constexpr double leastVolume = 1e-9;     ///< cubic metres; smaller shells are crumbs
 constexpr double cornerStep = 0.000001;  ///< metres; corners that are nearer become one
@@ -147,11 +150,18 @@ std::unique_ptr<Solid> Made(const Solid& a, Solid& b, BooleanOperation operation
     auto result = Attempt(a, b, operation);
     if (result && IsClosed(*result) && check.IsRight(*result)) return result;
     CoincidentPlanes planes(a, b, operation);
-    if (planes.None()) return nullptr;
-    for (const double move : movesInMetres) {
-        planes.Move(move);
+    const auto accept = [&] {
         result = Attempt(a, b, operation);
-        if (result && IsClosed(*result) && check.IsRight(*result)) return result;
+        return result && IsClosed(*result) && check.IsRight(*result);
+    };
+    for (const double distance : coincidentMoves) {
+        if (planes.None()) break;
+        planes.Move(distance);
+        if (accept()) return result;
+    }
+    for (const double distance : moves) {
+        planes.MoveAll(distance);
+        if (accept()) return result;
     }
     return nullptr;
 }

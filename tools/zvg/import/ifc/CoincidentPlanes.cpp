@@ -104,13 +104,22 @@ std::size_t CoincidentPlanes::PlaneOf(const Solid::face_t& face) {
     return planes.size() - 1;
 }
 
-void CoincidentPlanes::Move(double distance) {
+template <typename Way>
+void CoincidentPlanes::MoveBy(const Way& distanceOf) {
     for (std::size_t i = 0; i < corners.size(); ++i) {
         ShortestWay way;
-        for (const std::size_t plane : corners[i].planes) {
-            way.Ask(planes[plane].normal, planes[plane].way * distance);
+        for (const std::size_t index : corners[i].planes) {
+            way.Ask(planes[index].normal, distanceOf(planes[index]));
         }
         b.vertex_storage[i].v = corners[i].place + way.Solve();
     }
     for (auto* mesh : b.meshes) mesh->recalc();
+}
+
+void CoincidentPlanes::Move(double distance) {
+    MoveBy([&](const Plane& plane) { return plane.way * distance; });
+}
+
+void CoincidentPlanes::MoveAll(double distance) {
+    MoveBy([&](const Plane&) { return distance; });
 }

@@ -14,8 +14,11 @@ class CoincidentPlanes {
 
     bool None() const { return none; }
 
-    /// Puts the planes `distance` metres from where they were at first.
+    /// Puts them `distance` metres from where they were at first.
     void Move(double distance);
+
+    /// Puts all planes of B so far outwards.
+    void MoveAll(double distance);
 
   private:
     struct Corner {
@@ -28,6 +31,8 @@ class CoincidentPlanes {
         int way = 0;  ///< 1 outwards, -1 inwards, 0 stays
     };
 
+    template <typename Way>
+    void MoveBy(const Way& distanceOf);
     std::size_t PlaneOf(const Solid::face_t& face);
 
     Solid& b;
