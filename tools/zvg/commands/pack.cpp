@@ -32,6 +32,7 @@ struct Arguments {
     bool seal = false;
     std::uint64_t maxMemory = 0;  ///< bytes; 0 where not given
     double maxTime = 0;           ///< seconds; 0 where not given
+    double tolerance = 1;
 };
 
 /// Prints what the child says: warnings up to a number that a person reads, progress on a
@@ -132,6 +133,7 @@ PackJob JobOf(const Arguments& arguments) {
     job.fast = arguments.fast;
     job.drawPreview = !arguments.noPreview;
     job.seal = arguments.seal;
+    job.tolerance = arguments.tolerance;
     return job;
 }
 
@@ -235,6 +237,10 @@ void RegisterPack(CLI::App& app, CommonOptions& common) {
                      "without progress, more for large models)")
         ->option_text("SECONDS")
         ->check(CLI::Range(0.001, longestTime));
+    command
+        ->add_option("--tolerance", arguments->tolerance,
+                     "Millimetres that lines may be off the circles of an IFC model (default 1)")
+        ->check(CLI::Range(0.01, 1000.0));
     command->footer("Example:\n  zvg pack house.ifc -o house.zvg --preview house.png");
     command->callback([arguments, &common] { Pack(*arguments, common); });
 }

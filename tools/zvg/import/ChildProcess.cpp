@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/personality.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -78,10 +77,6 @@ bool GiveNumber(int source, int target) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     setpgid(0, 0);
     LimitOwnMemory(start.memoryBytes);
-    // Nothing random is left for an importer to depend on. Where this is refused, as in some
-    // containers, the work is done all the same.
-    const int current = personality(0xFFFFFFFF);
-    if (current != -1) personality(static_cast<unsigned long>(current) | ADDR_NO_RANDOMIZE);
     // Out of the way of the numbers that are given below.
     constexpr int firstFree = 10;
     const int messages = fcntl(start.messages, F_DUPFD_CLOEXEC, firstFree);

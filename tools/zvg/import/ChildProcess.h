@@ -11,7 +11,7 @@
 #include "tools/zvg/import/Watch.h"
 
 // Work on a stranger's file runs in a child process: the same executable, started with a hidden
-// argument, without address randomisation, in a process group of its own, with nothing open but
+// argument, in a process group of its own, with nothing open but
 // what it needs and an environment that says nothing. The child tells its parent what there is to
 // say through a socket, asks it there for the model's files, and writes its result to a file that
 // the parent opened. What it prints otherwise, such as the chatter of a library, goes nowhere.

@@ -15,7 +15,6 @@
 #include <set>
 
 #include "tools/zvg/import/ShapeStore.h"
-#include "tools/zvg/import/SteadyMemory.h"
 #include "tools/zvg/import/StepText.h"
 #include "tools/zvg/import/ifc/IfcMaterials.h"
 #include "tools/zvg/import/ifc/IfcPlanCurves.h"
@@ -46,7 +45,6 @@ StepText Prepared(const std::string& bytes) {
 }
 
 std::shared_ptr<BuildingModel> Load(StepText& step, const ImportReport& report) {
-    const SteadyMemory steady;
     auto model = std::make_shared<BuildingModel>();
     ReaderSTEP reader;
     // The library's callback takes no pointer to const, and passes it on untouched.
@@ -110,7 +108,7 @@ Shape PlanOf(const IfcElement& element, const IfcUnits& units) {
 
 }  // namespace
 
-Model ImportIfc(std::string bytes, const ImportReport& report) {
+Model ImportIfc(std::string bytes, const ImportOptions& options, const ImportReport& report) {
     StepText step = Prepared(bytes);
     std::string().swap(bytes);
     const std::shared_ptr<BuildingModel> source = Load(step, report);
@@ -122,7 +120,7 @@ Model ImportIfc(std::string bytes, const ImportReport& report) {
     const IfcUnits units = {unit, source->getUnitConverter()->getAngleInRadiantFactor()};
     const IfcStructure structure(*source, unit);
     RepairForShapes(*source);
-    IfcShapes bodies(source, report);
+    IfcShapes bodies(source, options.tolerance, report);
     ShapeStore store;
     std::set<std::wstring> takenIds;
     Model model;

@@ -7,4 +7,4 @@
 
 /// Reads an IFC file (STEP form, IFC2X to IFC4) from its bytes. Elements whose body fails come
 /// without it, with a warning. Throws ImportError for what holds no building.
-Model ImportIfc(std::string bytes, const ImportReport& report);
+Model ImportIfc(std::string bytes, const ImportOptions& options, const ImportReport& report);

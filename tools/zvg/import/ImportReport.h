@@ -10,6 +10,11 @@ struct ImportReport {
     std::function<void(double fraction)> progress;  ///< 0 to 1
 };
 
+/// What a user may choose.
+struct ImportOptions {
+    double tolerance = 0.001;  ///< metres that lines may be off the curves they stand for
+};
+
 /// An input that cannot be read; `what()` says why, without the input's name.
 class ImportError : public std::runtime_error {
   public:

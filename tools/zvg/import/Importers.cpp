@@ -45,13 +45,13 @@ Format FormatOf(const ModelFile& file, std::string_view path) {
 }
 
 #ifdef ZVG_HAVE_IFC
-Model ReadIfc(const ModelFile& file, const ImportReport& report) {
+Model ReadIfc(const ModelFile& file, const ImportOptions& options, const ImportReport& report) {
     std::string bytes = file.Bytes(0, file.Size());
     CutStepCycles(bytes, report);
-    return ImportIfc(std::move(bytes), report);
+    return ImportIfc(std::move(bytes), options, report);
 }
 #else
-Model ReadIfc(const ModelFile&, const ImportReport&) {
+Model ReadIfc(const ModelFile&, const ImportOptions&, const ImportReport&) {
     throw ImportError("this build has no IFC importer (it needs libifcplusplus)");
 }
 #endif
@@ -73,12 +73,13 @@ std::string Readable() {
     return text.empty() ? "; this build reads none" : "; these are read:" + text;
 }
 
-Model Read(const std::string& path, const OpenModelFile& open, const ImportReport& report) {
+Model Read(const std::string& path, const OpenModelFile& open, const ImportOptions& options,
+           const ImportReport& report) {
     const std::optional<ModelFile> file = open("");
     if (!file) throw ImportError("it is gone");
     switch (FormatOf(*file, path)) {
         case Format::Ifc:
-            return ReadIfc(*file, report);
+            return ReadIfc(*file, options, report);
         case Format::IfcZip:
             throw ImportError("ifcZIP is not supported: unpack the file first");
         case Format::IfcXml:
@@ -106,8 +107,9 @@ std::vector<std::string> ImporterNames() {
     return names;
 }
 
-Model ImportModel(const std::string& path, const OpenModelFile& open, const ImportReport& report) {
-    Model model = Read(path, open, report);
+Model ImportModel(const std::string& path, const OpenModelFile& open, const ImportOptions& options,
+                  const ImportReport& report) {
+    Model model = Read(path, open, options, report);
     LeaveOutUnusable(model, report);
     if (model.elements.empty()) throw ImportError("nothing in it can be packed");
     return model;

@@ -15,4 +15,5 @@ std::vector<std::string> ImporterNames();
 /// ImportError where it cannot be read, its format is unknown, or this build has no importer for
 /// it. The importers are big libraries that may crash on hostile files: call this in a child
 /// process.
-Model ImportModel(const std::string& path, const OpenModelFile& open, const ImportReport& report);
+Model ImportModel(const std::string& path, const OpenModelFile& open, const ImportOptions& options,
+                  const ImportReport& report);

@@ -20,7 +20,7 @@ namespace {
 
 using Words = std::vector<std::string_view>;
 
-constexpr std::size_t wordCount = 9;
+constexpr std::size_t wordCount = 10;
 
 constexpr const char* noMemory = "out of memory";
 
@@ -41,6 +41,7 @@ PackOptions OptionsOf(const Words& words) {
     options.fast = words[6] == "fast";
     options.drawPreview = words[7] == "draw";
     options.seal = words[8] == "seal";
+    options.tolerance = std::strtod(words[9].data(), nullptr);
     return options;
 }
 
@@ -60,14 +61,15 @@ void TellProgress(const char* work, std::size_t done, std::size_t total) {
     TellParent(ChildMessage::Progress, count + work);
 }
 
-Model Imported(const char* path) {
+Model Imported(const PackOptions& options) {
     const ImportReport report = {
         [](const std::string& message) { TellParent(ChildMessage::Warning, message); },
         [](double fraction) {
             TellProgress("importing", static_cast<std::size_t>(fraction * 100), 100);
         }};
     TellProgress("reading", 0, 0);
-    return ImportModel(path, AskParentFor, report);
+    return ImportModel(options.modelPath, AskParentFor, {.tolerance = options.tolerance / 1000},
+                       report);
 }
 
 std::string Counted(std::size_t count, const char* noun) {
@@ -103,7 +105,7 @@ int RunPackJob(const PackOptions& options) {
         return Fail(ExitStatus::InputOutput, std::string(options.modelPath) + ": " + reason);
     };
     try {
-        const Model model = Imported(options.modelPath);
+        const Model model = Imported(options);
         return Write(model, options);
     } catch (const ToolError& error) {
         return Fail(error.Status(), error.what());
@@ -127,7 +129,8 @@ std::vector<std::string> PackJobArguments(const PackJob& job) {
             std::to_string(job.formatVersion),
             job.fast ? "fast" : "best",
             job.drawPreview ? "draw" : "none",
-            job.seal ? "seal" : "open"};
+            job.seal ? "seal" : "open",
+            std::to_string(job.tolerance)};
 }
 
 int RunChildIfAsked(int argc, char** argv) {

@@ -14,7 +14,8 @@ struct PackJob {
     unsigned int geosPerBlock = 0;
     unsigned int formatVersion = 4;
     bool fast = false;
-    bool seal = false;  ///< write a checksum of the whole file behind its end
+    bool seal = false;     ///< write a checksum of the whole file behind its end
+    double tolerance = 1;  ///< millimetres that lines may be off curves of the model
 };
 
 /// The words that the child is given. It opens what is named here besides the model, enters its

@@ -21,6 +21,7 @@ struct PackOptions {
     unsigned int formatVersion = 4;        ///< 0 to 4
     bool fast = false;                     ///< compress faster and weaker
     bool seal = false;                     ///< write a checksum of the file behind its end
+    double tolerance = 1;  ///< millimetres that lines may be off curves of the model
 };
 
 /// What was written.

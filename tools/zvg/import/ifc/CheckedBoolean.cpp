@@ -12,11 +12,14 @@ namespace {
 
 // Metres. What coincides moves away from where it matters; all planes move only so far that the
 // difference is not noticed.
-constexpr std::array coincidentMoves = {0.0001, 0.0003, 0.001, 0.00003};
+constexpr std::array coincidentMoves = {0.0, 0.0001, 0.0003, 0.001, 0.00003};
 constexpr std::array moves = {0.00003, -0.00003, 0.0001, -0.0001};
 constexpr double nearOrigin = 100;       ///< metres; farther away digits are lost
 constexpr double leastVolume = 1e-9;     ///< cubic metres; smaller shells are crumbs
 constexpr double cornerStep = 0.000001;  ///< metres; corners that are nearer become one
+/// Not quite a half: half a step is a number that models hold, and the last digits of a cut, which
+/// depend on addresses, must not decide which way it goes.
+constexpr double roundsUp = 0.5001;
 
 double VolumeOf(const Solid::mesh_t& mesh) {
     double volume = 0;
@@ -75,7 +78,7 @@ class TriangleMesh {
     static SolidVector Rounded(const SolidVector& corner) {
         SolidVector rounded = corner;
         for (double& number : rounded.v) {
-            number = std::round(number / cornerStep) * cornerStep + 0.0;
+            number = std::floor(number / cornerStep + roundsUp) * cornerStep + 0.0;
         }
         return rounded;
     }
@@ -147,13 +150,13 @@ std::unique_ptr<Solid> Made(const Solid& a, Solid& b, BooleanOperation operation
     const BooleanCheck check(a, b, operation);
     if (check.Apart() && operation == BooleanOperation::A_MINUS_B) return Copy(a);
     if (check.Apart() && operation == BooleanOperation::INTERSECTION) return EmptySolid();
-    auto result = Attempt(a, b, operation);
-    if (result && IsClosed(*result) && check.IsRight(*result)) return result;
     CoincidentPlanes planes(a, b, operation);
+    std::unique_ptr<Solid> result;
     const auto accept = [&] {
         result = Attempt(a, b, operation);
         return result && IsClosed(*result) && check.IsRight(*result);
     };
+    if (planes.None() && accept()) return result;
     for (const double distance : coincidentMoves) {
         if (planes.None()) break;
         planes.Move(distance);

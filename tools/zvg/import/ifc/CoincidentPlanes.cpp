@@ -11,24 +11,16 @@ constexpr double parallel = 0.9999;   ///< cosine of the angle between normals
 constexpr double sameNormal = 1 - 1e-9;
 constexpr double sameOffset = 1e-6;  ///< metres
 
-/// The sides of a plane of A that B has a face on.
-struct Sides {
-    bool same = false, opposite = false;
-};
-
-Sides SidesOf(const Solid::face_t& faceOfB, const Solid& a) {
-    Sides sides;
-    for (const auto* mesh : a.meshes) {
-        for (const auto* face : mesh->faces) {
-            const double cosine = carve::geom::dot(face->plane.N, faceOfB.plane.N);
-            if (std::abs(cosine) < parallel) continue;
-            const bool near = std::all_of(faceOfB.begin(), faceOfB.end(), [&](const auto& edge) {
-                return std::abs(carve::geom::distance(face->plane, edge.vert->v)) < coincides;
-            });
-            if (near) (cosine > 0 ? sides.same : sides.opposite) = true;
+SolidBox BoxAround(const Solid::face_t& face) {
+    const SolidVector first = face.edge->vert->v;
+    SolidBox box = {first, first};
+    for (const auto& edge : face) {
+        for (unsigned int i = 0; i < 3; ++i) {
+            box.low.v[i] = std::min(box.low.v[i], edge.vert->v.v[i] - coincides);
+            box.high.v[i] = std::max(box.high.v[i], edge.vert->v.v[i] + coincides);
         }
     }
-    return sides;
+    return box;
 }
 
 /// The shortest way that takes a point along each of the normals as far as is asked, or as
@@ -74,22 +66,56 @@ CoincidentPlanes::CoincidentPlanes(const Solid& a, Solid& solidB, BooleanOperati
     for (std::size_t i = 0; i < corners.size(); ++i) corners[i].place = b.vertex_storage[i].v;
     // A face flush with A's is moved out of A, one that touches A from outside away from it; a
     // union is the other way round: it needs B to reach into A, and not to stick out of it.
-    const int outOfFlush = operation == BooleanOperation::UNION ? -1 : 1;
+    const int flushWay = operation == BooleanOperation::UNION ? -1 : 1;
+    const std::vector<FaceOfA> facesOfA = FacesOf(a);
     for (const auto* mesh : b.meshes) {
+        for (const auto* face : mesh->faces) AddFace(*face, facesOfA, flushWay);
+    }
+}
+
+std::vector<CoincidentPlanes::FaceOfA> CoincidentPlanes::FacesOf(const Solid& a) {
+    std::vector<FaceOfA> faces;
+    for (const auto* mesh : a.meshes) {
         for (const auto* face : mesh->faces) {
-            const std::size_t index = PlaneOf(*face);
-            for (const auto& edge : *face) {
-                auto& own =
-                    corners[static_cast<std::size_t>(edge.vert - b.vertex_storage.data())].planes;
-                if (std::find(own.begin(), own.end(), index) == own.end()) own.push_back(index);
-            }
-            if (planes[index].way != 0) continue;
-            const Sides sides = SidesOf(*face, a);
-            if (sides.same) planes[index].way = outOfFlush;
-            if (sides.opposite && !sides.same) planes[index].way = -outOfFlush;
-            if (planes[index].way != 0) none = false;
+            faces.push_back({BoxAround(*face), {face->plane.N, -face->plane.d, 0}});
         }
     }
+    return faces;
+}
+
+void CoincidentPlanes::AddFace(const Solid::face_t& face, const std::vector<FaceOfA>& facesOfA,
+                               int flushWay) {
+    const std::size_t index = PlaneOf(face);
+    for (const auto& edge : face) {
+        auto& own = corners[static_cast<std::size_t>(edge.vert - b.vertex_storage.data())].planes;
+        if (std::find(own.begin(), own.end(), index) == own.end()) own.push_back(index);
+    }
+    if (targets[index].way != 0) return;
+    const Plane found = FoundAt(face, facesOfA, flushWay);
+    if (found.way == 0) return;
+    targets[index] = found;
+    none = false;
+}
+
+/// The plane of A that a face of B lies in; one that looks the same way comes first.
+CoincidentPlanes::Plane CoincidentPlanes::FoundAt(const Solid::face_t& face,
+                                                  const std::vector<FaceOfA>& facesOfA,
+                                                  int flushWay) {
+    const SolidBox box = BoxAround(face);
+    Plane found;
+    for (const FaceOfA& ofA : facesOfA) {
+        if (ofA.box.Overlap(box).IsEmpty()) continue;
+        const double cosine = carve::geom::dot(ofA.plane.normal, face.plane.N);
+        if (std::abs(cosine) < parallel || (cosine < 0 && found.way != 0)) continue;
+        const bool near = std::all_of(face.begin(), face.end(), [&](const auto& edge) {
+            const double height = carve::geom::dot(ofA.plane.normal, edge.vert->v);
+            return std::abs(height - ofA.plane.offset) < coincides;
+        });
+        if (!near) continue;
+        if (cosine > 0) return {ofA.plane.normal, ofA.plane.offset, flushWay};
+        found = {-ofA.plane.normal, -ofA.plane.offset, -flushWay};
+    }
+    return found;
 }
 
 std::size_t CoincidentPlanes::PlaneOf(const Solid::face_t& face) {
@@ -101,15 +127,18 @@ std::size_t CoincidentPlanes::PlaneOf(const Solid::face_t& face) {
     });
     if (known != planes.end()) return static_cast<std::size_t>(known - planes.begin());
     planes.push_back({normal, offset, 0});
+    targets.push_back(planes.back());
     return planes.size() - 1;
 }
 
-template <typename Way>
-void CoincidentPlanes::MoveBy(const Way& distanceOf) {
+template <typename Distance>
+void CoincidentPlanes::MoveBy(const std::vector<Plane>& to, const Distance& distanceOf) {
     for (std::size_t i = 0; i < corners.size(); ++i) {
         ShortestWay way;
         for (const std::size_t index : corners[i].planes) {
-            way.Ask(planes[index].normal, distanceOf(planes[index]));
+            const Plane& plane = to[index];
+            const double height = carve::geom::dot(plane.normal, corners[i].place);
+            way.Ask(plane.normal, plane.offset - height + distanceOf(plane));
         }
         b.vertex_storage[i].v = corners[i].place + way.Solve();
     }
@@ -117,9 +146,9 @@ void CoincidentPlanes::MoveBy(const Way& distanceOf) {
 }
 
 void CoincidentPlanes::Move(double distance) {
-    MoveBy([&](const Plane& plane) { return plane.way * distance; });
+    MoveBy(targets, [&](const Plane& plane) { return plane.way * distance; });
 }
 
 void CoincidentPlanes::MoveAll(double distance) {
-    MoveBy([&](const Plane&) { return distance; });
+    MoveBy(planes, [&](const Plane&) { return distance; });
 }

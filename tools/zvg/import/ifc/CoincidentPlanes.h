@@ -14,10 +14,11 @@ class CoincidentPlanes {
 
     bool None() const { return none; }
 
-    /// Puts them `distance` metres from where they were at first.
+    /// Puts them `distance` metres away from A's; with 0 exactly there, so that it is not left to
+    /// chance which of two places a nanometre apart counts.
     void Move(double distance);
 
-    /// Puts all planes of B so far outwards.
+    /// Puts all planes of B `distance` outwards of where they were at first.
     void MoveAll(double distance);
 
   private:
@@ -26,17 +27,27 @@ class CoincidentPlanes {
         std::vector<std::size_t> planes;  ///< indices into `planes`
     };
     struct Plane {
-        SolidVector normal;
+        SolidVector normal;  ///< outwards of B
         double offset = 0;
         int way = 0;  ///< 1 outwards, -1 inwards, 0 stays
     };
+    struct FaceOfA {
+        SolidBox box;  ///< with what is near
+        Plane plane;
+    };
 
-    template <typename Way>
-    void MoveBy(const Way& distanceOf);
+    void AddFace(const Solid::face_t& face, const std::vector<FaceOfA>& facesOfA, int flushWay);
     std::size_t PlaneOf(const Solid::face_t& face);
+    template <typename Distance>
+    void MoveBy(const std::vector<Plane>& to, const Distance& distanceOf);
+
+    static std::vector<FaceOfA> FacesOf(const Solid& a);
+    static Plane FoundAt(const Solid::face_t& face, const std::vector<FaceOfA>& facesOfA,
+                         int flushWay);
 
     Solid& b;
-    std::vector<Plane> planes;
+    std::vector<Plane> planes;    ///< as they were at first
+    std::vector<Plane> targets;   ///< where they coincide with A's, these
     std::vector<Corner> corners;  ///< one for each vertex of B
     bool none = true;
 };

@@ -11,10 +11,10 @@
 #include <new>
 #include <utility>
 
-#include "tools/zvg/import/SteadyMemory.h"
 #include "tools/zvg/import/ifc/BooleanStep.h"
 #include "tools/zvg/import/ifc/CheckedBoolean.h"
 #include "tools/zvg/import/ifc/IfcColours.h"
+#include "tools/zvg/import/ifc/IfcRoundness.h"
 #include "tools/zvg/import/ifc/LibraryGeometry.h"
 #include "tools/zvg/import/ifc/Texts.h"
 
@@ -39,7 +39,6 @@ bool IsNoBody(const std::wstring& identifier) {
 /// Corners of triangles of a face with `count` vertices that begin at `first` in the shell.
 std::vector<carve::triangulate::tri_idx> Triangles(const MeshSet::face_t& face, std::size_t count) {
     if (count == 3) return {{0, 1, 2}};
-    const SteadyMemory steady;
     std::vector<carve::geom::vector<2>> projected;
     face.getProjectedVertices(projected);
     std::vector<carve::triangulate::tri_idx> triangles;
@@ -124,9 +123,11 @@ void CSG_Adapter::computeCSG(std::shared_ptr<meshset_t>& a, std::shared_ptr<mesh
 
 class IfcShapes::Maker {
   public:
-    Maker(std::shared_ptr<BuildingModel> loaded, const ImportReport& report)
-        : model(std::move(loaded)), report(report), converter(model) {
+    Maker(std::shared_ptr<BuildingModel> loaded, double tolerance, const ImportReport& report)
+        : model(std::move(loaded)), tolerance(tolerance), report(report), converter(model) {
         converter.setMessageCallBack(this, &Maker::TakeMessage);
+        converter.getGeomSettings()->setNumVerticesPerCircleGivenRadius(
+            [tolerance](double radius) { return SidesOfCircle(radius, tolerance); });
         carve::setEpsilon(1.5e-5 * model->getUnitConverter()->getLengthInMeterFactor());
     }
 
@@ -134,6 +135,7 @@ class IfcShapes::Maker {
                 const std::vector<IfcMaterialUse>& materials) {
         auto data = std::make_shared<ProductShapeData>(element->m_entity_id);
         data->m_ifc_object_definition = element;
+        SetSidesOfRevolved(*element);
         // Openings are cut one by one afterwards, so that it is known which is being cut.
         auto openings = std::exchange(element->m_HasOpenings_inverse, {});
         Try(*element, [&] { MakeWhole(*element, data); });
@@ -160,6 +162,30 @@ class IfcShapes::Maker {
     }
 
   private:
+    /// The library asks for one number of sides for all revolved solids: here that of the largest
+    /// circle that a point of the element's runs along.
+    void SetSidesOfRevolved(const IfcElement& element) {
+        double radius = 0;
+        for (const auto& solid : RevolvedSolidsOf(element)) {
+            Try(*solid, [&] { radius = std::max(radius, RadiusOf(*solid)); });
+        }
+        converter.getGeomSettings()->setNumVerticesPerCircle(SidesOfCircle(radius, tolerance));
+    }
+
+    double RadiusOf(IfcRevolvedAreaSolid& solid) {
+        if (!solid.m_SweptArea) return 0;
+        const auto& shapes = converter.getRepresentationConverter();
+        const auto profile = shapes->getProfileCache()->getProfileConverter(solid.m_SweptArea);
+        const double unit = model->getUnitConverter()->getLengthInMeterFactor();
+        double radius = 0;
+        for (const auto& loop : profile->getCoordinates()) {
+            for (const auto& corner : loop) {
+                radius = std::max(radius, DistanceFromAxis(solid, corner.x, corner.y, unit));
+            }
+        }
+        return radius;
+    }
+
     void MakeWhole(const IfcElement& element, std::shared_ptr<ProductShapeData>& data) {
         const BooleanStep step([&](int entity) {
             Warn("a boolean (#" + std::to_string(entity) + ") in " + NameOf(element) +
@@ -276,7 +302,6 @@ class IfcShapes::Maker {
     template <typename Work>
     void Try(const BuildingEntity& entity, const Work& work) {
         try {
-            const SteadyMemory steady;
             work();
         } catch (const std::bad_alloc&) {
             throw;
@@ -301,14 +326,14 @@ class IfcShapes::Maker {
     }
 
     std::shared_ptr<BuildingModel> model;
+    double tolerance;
     const ImportReport& report;
     GeometryConverter converter;
 };
 
-IfcShapes::IfcShapes(const std::shared_ptr<BuildingModel>& model, const ImportReport& report) {
-    const SteadyMemory steady;
-    maker = std::make_unique<Maker>(model, report);
-}
+IfcShapes::IfcShapes(const std::shared_ptr<BuildingModel>& model, double tolerance,
+                     const ImportReport& report)
+    : maker(std::make_unique<Maker>(model, tolerance, report)) {}
 
 IfcShapes::~IfcShapes() = default;
 

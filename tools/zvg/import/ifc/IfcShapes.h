@@ -13,8 +13,9 @@ class IfcElement;
 /// Makes the bodies of elements, openings cut out.
 class IfcShapes {
   public:
-    /// `report` is borrowed.
-    IfcShapes(const std::shared_ptr<BuildingModel>& model, const ImportReport& report);
+    /// `tolerance`: metres that lines may be off the curves they stand for. `report` is borrowed.
+    IfcShapes(const std::shared_ptr<BuildingModel>& model, double tolerance,
+              const ImportReport& report);
     ~IfcShapes();
 
     struct Body {

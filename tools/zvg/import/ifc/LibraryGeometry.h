@@ -23,4 +23,10 @@ void computeCSG(std::shared_ptr<meshset_t>& a, std::shared_ptr<meshset_t>& b,
 
 }  // namespace CSG_Adapter
 
+// Discs that are swept along a line have eight or twelve sides whatever is asked for, unless what
+// is asked for is handed on here.
+#include <ifcpp/geometry/Carve/Sweeper.h>
+#define sweepDisk(path, entity, item, sides, radius, inner) \
+    sweepDisk(path, entity, item, static_cast<std::size_t>(nvc), radius, inner)
 #include <ifcpp/geometry/Carve/GeometryConverter.h>
+#undef sweepDisk
