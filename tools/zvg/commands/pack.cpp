@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <memory>
@@ -240,7 +241,11 @@ void RegisterPack(CLI::App& app, CommonOptions& common) {
     command
         ->add_option("--tolerance", arguments->tolerance,
                      "Millimetres that lines may be off the circles of an IFC model (default 1)")
-        ->check(CLI::Range(0.01, 1000.0));
+        ->check([](const std::string& text) {
+            const double tolerance = std::strtod(text.c_str(), nullptr);  // which may be no number
+            return tolerance >= 0.01 && tolerance <= 1000 ? ""
+                                                          : text + " is not within 0.01 and 1000";
+        });
     command->footer("Example:\n  zvg pack house.ifc -o house.zvg --preview house.png");
     command->callback([arguments, &common] { Pack(*arguments, common); });
 }
