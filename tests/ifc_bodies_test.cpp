@@ -120,6 +120,8 @@ TEST_F(IfcBodiesTest, VolumesAreTheOnesThatArithmeticGives) {
         {"niche", 3.3},
         {"hollow", 3.5},
         {"round_hole", 3.6 - 0.3 * 0.04 * PolygonArea(32)},
+        {"turned", 1.566},
+        {"turned_union", 1.95},
         {"clipped", 0.6},
         {"clipped_in_box", 0.6},
         {"union", 1.5},
