@@ -23,15 +23,53 @@ struct Place {
     }
 };
 
+/// Reads the records of a section, wherever its offsets lead, in work that stays in proportion to
+/// its bytes: going back costs of an allowance as large as the section.
+template <class Source>
+class RecordWalk {
+  public:
+    RecordWalk(Source& in, const Section& section)
+        : in(in),
+          cursor(section.position + SZVLGSectionHead::byteSize),
+          furthest(cursor),
+          recordsEnd(section.position + section.head.tableOffset),
+          allowance(section.head.tableOffset) {}
+
+    /// Where the last record that was read ends, and the furthest of all.
+    u64 Cursor() const { return cursor; }
+    u64 Furthest() const { return furthest; }
+    u64 RecordsEnd() const { return recordsEnd; }
+
+    /// Reads a record by `read`, and gives what that gives. True, with nothing read, for one behind
+    /// the records or beyond the allowance.
+    template <class Read>
+    bool ReadAt(u64 position, Read read) {
+        const u64 back = position < furthest ? furthest - position : 0;
+        if (position >= recordsEnd || back > allowance) return true;
+        allowance -= back;
+        in.Seek(position);
+        const bool isRead = read();
+        cursor = in.GetPos();
+        furthest = std::max(furthest, cursor);
+        return isRead;
+    }
+
+  private:
+    Source& in;
+    u64 cursor;
+    u64 furthest;
+    u64 recordsEnd;
+    u64 allowance;
+};
+
 /// Checks a section and its records, which must follow each other without gaps.
 /// `visit(i)` reads record i, to whose first byte `in` was moved, and leaves `in` behind it.
 ///
 /// One wound is one finding: behind a record that does not read, or that is not where it should
-/// be, the next is taken where its offset leads, and what is found in a misplaced record is not
-/// told besides. Where the head is wrong, nothing is told of offsets. Going back costs of an
-/// allowance as large as the section, so that the work stays in proportion to the bytes. Leaves
-/// `in` behind the section and behind all that was visited; returns the section. Throws
-/// Findings::Told where it cannot be one.
+/// be, the next is taken where its offset leads, and what is found in a misplaced record that does
+/// not read is not told besides. Where the head is wrong, nothing is told of offsets. Leaves `in`
+/// behind the section and behind all that was visited; returns the section. Throws Findings::Told
+/// where it cannot be one.
 template <class Source, class Visit>
 Section CheckSection(Source& in, const Place& place, const char* what, Findings& findings,
                      Visit visit) {
@@ -46,41 +84,31 @@ Section CheckSection(Source& in, const Place& place, const char* what, Findings&
     if (!stored.IsPossible(bytesAvailable)) throw Findings::Told();
 
     const Section section = ReadSection(in, start);
-    const u64 recordsEnd = start + section.head.tableOffset;
-    u64 cursor = start + SZVLGSectionHead::byteSize;
-    u64 furthest = cursor;
-    u64 allowance = section.head.tableOffset;
-    bool isLost = false;  // where the record before ends is not known
-    const auto leave = [&] {
-        in.Seek(std::max(section.End(), furthest));
-        return section;
-    };
+    RecordWalk<Source> walk(in, section);
+    bool isLost = false;  // where the next record should be is not known
     for (u32 i = 0; i < section.Count(); ++i) {
         const auto record = [&] { return name() + ", record " + std::to_string(i); };
         const u64 position = start + ReadEntry(in, section, i);
-        const bool isMisplaced = position != cursor && !isLost;
-        if (isMisplaced && headFault != nullptr) return leave();  // offsets that are none
+        const u64 expected = walk.Cursor();
+        const bool isMisplaced = position != expected && !isLost;
+        if (isMisplaced && headFault != nullptr) break;  // offsets that are none
         const std::size_t before = findings.Count();
-        const u64 expected = cursor;
-        const u64 back = position < furthest ? furthest - position : 0;
-        isLost = isMisplaced;
-        if (position < recordsEnd && back <= allowance) {
-            allowance -= back;
-            in.Seek(position);
-            if (!findings.Guard(place.Of(position), record, [&] { visit(i); })) {
-                isLost = true;
-                if (isMisplaced) findings.CutTo(before);
-            }
-            cursor = in.GetPos();
-            furthest = std::max(furthest, cursor);
-        }
-        if (isMisplaced)
+        const auto read = [&] {
+            return findings.Guard(place.Of(position), record, [&] { visit(i); });
+        };
+        const bool isRead = walk.ReadAt(position, read);
+        if (isMisplaced) {
+            if (!isRead) findings.CutTo(before);
             findings.Add(place.Of(expected),
                          record() + ": does not begin where the one before ends");
+        }
+        isLost = isMisplaced || !isRead;
     }
-    if (furthest != recordsEnd && !isLost && headFault == nullptr)
-        findings.Add(place.Of(furthest), name() + ": the records do not end at the offset table");
-    return leave();
+    if (walk.Furthest() != walk.RecordsEnd() && !isLost && headFault == nullptr)
+        findings.Add(place.Of(walk.Furthest()),
+                     name() + ": the records do not end at the offset table");
+    in.Seek(std::max(section.End(), walk.Furthest()));
+    return section;
 }
 
 }  // namespace ZVSmartZvg
