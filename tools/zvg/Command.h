@@ -28,6 +28,7 @@ class ToolError : public std::runtime_error {
 
 /// What the user may say about every command.
 struct CommonOptions {
-    bool quiet = false;  ///< nothing but errors on standard error
-    bool json = false;   ///< inspecting commands print JSON instead of text
+    bool quiet = false;    ///< nothing but errors on standard error
+    bool json = false;     ///< inspecting commands print JSON instead of text
+    bool noLimit = false;  ///< reading commands take what work and memory a file asks for
 };

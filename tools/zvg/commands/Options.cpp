@@ -8,6 +8,11 @@ CLI::App* AddReadingCommand(CLI::App& app, const std::string& name, const std::s
     return command;
 }
 
+void AddLimitOption(CLI::App& command, CommonOptions& common) {
+    command.add_flag("--no-limit", common.noLimit,
+                     "Take what work and memory the file asks for, however small it is");
+}
+
 void AddFloorOption(CLI::App& command, std::optional<std::string>& floor) {
     command.add_option("--floor", floor, "Only this floor, by its number or its name");
 }

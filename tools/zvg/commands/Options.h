@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "tools/zvg/Command.h"
+
 /// Adds a command whose first argument is a block file, kept in `file`, which must outlive `app`.
 /// `example` is the command line that its help shows.
 CLI::App* AddReadingCommand(CLI::App& app, const std::string& name, const std::string& description,
@@ -11,6 +13,7 @@ CLI::App* AddReadingCommand(CLI::App& app, const std::string& name, const std::s
 
 // Options that several commands have, kept in what is named, which must outlive `app`.
 
+void AddLimitOption(CLI::App& command, CommonOptions& common);
 void AddFloorOption(CLI::App& command, std::optional<std::string>& floor);
 void AddClassOption(CLI::App& command, std::optional<std::string>& className);
 

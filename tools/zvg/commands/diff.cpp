@@ -5,10 +5,12 @@
 #include <vector>
 
 #include "tools/zvg/commands/Commands.h"
+#include "tools/zvg/commands/Options.h"
 #include "tools/zvg/diff/BlockContents.h"
 #include "tools/zvg/diff/CompDifference.h"
 #include "tools/zvg/diff/Matching.h"
 #include "tools/zvg/reading/OpenedBlock.h"
+#include "tools/zvg/reading/RecordBytes.h"
 #include "tools/zvg/reading/RecordDocument.h"
 #include "tools/zvg/text/JsonList.h"
 #include "tools/zvg/text/StandardOutput.h"
@@ -175,10 +177,14 @@ class Comparison {
             entry["floor"] =
                 Change(a.floors[left.index.floorIndex].name, b.floors[right.index.floorIndex].name);
         }
+        HeldMemory held(blockA.Limits());
         if (!sameAspects) {
             SZVLGZvgComp compA, compB;
             blockA.ReadComp(left.index, compA);
             blockB.ReadComp(right.index, compB);
+            const u64 bytes = BytesOf(compA) + BytesOf(compB);
+            blockA.Limits().Work(bytes);
+            held.Add(2 * bytes);
             entry.update(CompDifference(compA, compB));
         }
         if (left.geometry != right.geometry) entry["geometry"] = true;
@@ -191,12 +197,13 @@ class Comparison {
     BlockContents a, b;
 };
 
-void Diff(const std::string& fileA, const std::string& fileB, bool asJson) {
-    OpenedBlock blockA(fileA);
-    OpenedBlock blockB(fileB);
+void Diff(const std::string& fileA, const std::string& fileB, const CommonOptions& common) {
+    Budget limits(common.noLimit);
+    OpenedBlock blockA(fileA, limits);
+    OpenedBlock blockB(fileB, limits);
     BlockContents contentsA = ReadContents(blockA);
     BlockContents contentsB = ReadContents(blockB);
-    DifferencePrinter printer(fileA, fileB, asJson);
+    DifferencePrinter printer(fileA, fileB, common.json);
     Comparison(blockA, blockB, std::move(contentsA), std::move(contentsB), printer).Print();
     printer.End();
     blockA.ThrowIfDamaged();
@@ -217,5 +224,6 @@ void RegisterDiff(CLI::App& app, CommonOptions& common) {
     command->add_option("A", *fileA, "The first block file; - is standard input")->required();
     command->add_option("B", *fileB, "The second block file; - is standard input")->required();
     command->footer("Example:\n  zvg diff before.zvg after.zvg");
-    command->callback([fileA, fileB, &common] { Diff(*fileA, *fileB, common.json); });
+    AddLimitOption(*command, common);
+    command->callback([fileA, fileB, &common] { Diff(*fileA, *fileB, common); });
 }

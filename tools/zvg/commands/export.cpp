@@ -41,12 +41,13 @@ unsigned long long ExportGlb(const ExportModel& model, const Arguments& argument
     return output.Bytes();
 }
 
-unsigned long long ExportObj(const ExportModel& model, const Arguments& arguments) {
+unsigned long long ExportObj(const ExportModel& model, const Arguments& arguments, Budget& limits) {
     const fs::path materials = fs::path(arguments.target.path).replace_extension(".mtl");
     OutputFile objOutput(arguments.target.path, arguments.target.force, {arguments.file});
     OutputFile mtlOutput(materials.string(), arguments.target.force, {arguments.file});
-    objOutput.Fill(
-        [&](CZVFTOutStream& sink) { WriteObj(model, materials.filename().string(), sink); });
+    objOutput.Fill([&](CZVFTOutStream& sink) {
+        WriteObj(model, materials.filename().string(), limits, sink);
+    });
     mtlOutput.Fill([&](CZVFTOutStream& sink) { WriteMtl(model, sink); });
     OutputFile::CommitBoth(mtlOutput, objOutput);
     return objOutput.Bytes();
@@ -68,7 +69,8 @@ void Export(const Arguments& arguments, const CommonOptions& common) {
     if (format == Format::Glb && !CanWriteGlb()) {
         throw ToolError(ExitStatus::Usage, "this build writes no GLB (it needs tinygltf)");
     }
-    OpenedBlock block(arguments.file);
+    Budget limits(common.noLimit);
+    OpenedBlock block(arguments.file, limits);
     ExportSelection selection;
     selection.floor = arguments.floor;
     selection.className = arguments.className;
@@ -81,7 +83,7 @@ void Export(const Arguments& arguments, const CommonOptions& common) {
     const ExportModel model = ReadExport(block, selection);
     progress.Clear();
     const unsigned long long bytes =
-        format == Format::Glb ? ExportGlb(model, arguments) : ExportObj(model, arguments);
+        format == Format::Glb ? ExportGlb(model, arguments) : ExportObj(model, arguments, limits);
     if (!common.quiet) Tell(model, arguments, bytes);
     block.ThrowIfDamaged();
 }
@@ -102,5 +104,6 @@ void RegisterExport(CLI::App& app, CommonOptions& common) {
     AddClassOption(*command, arguments->className);
     command->add_flag("--salvage", arguments->salvage,
                       "Of a damaged file write what is whole; the exit status is 4 all the same");
+    AddLimitOption(*command, common);
     command->callback([arguments, &common] { Export(*arguments, common); });
 }

@@ -13,16 +13,12 @@ using namespace ZVSmartZvg;
 
 namespace {
 
-std::optional<SZVLGZvgGeoIndex> FindIdentification(CZVLGBlockReader& reader,
-                                                   const std::wstring& wanted) {
-    std::wstring identification;
-    SZVLGZvgGeoIndex index;
-    const unsigned int count = reader.GetGeoIdentificationNum();
-    for (unsigned int i = 0; i < count; ++i) {
-        if (!reader.GetGeoIdentificationByIndex(i, identification, index)) break;
-        if (identification == wanted) return index;
-    }
-    return std::nullopt;
+std::optional<SZVLGZvgGeoIndex> FindIdentification(OpenedBlock& block, const std::wstring& wanted) {
+    std::optional<SZVLGZvgGeoIndex> found;
+    block.ForEachIdentification([&](const std::wstring& name, const SZVLGZvgGeoIndex& index) {
+        if (!found && name == wanted) found = index;
+    });
+    return found;
 }
 
 std::optional<SZVLGZvgGeoIndex> ParseIndex(const std::string& text) {
@@ -41,7 +37,7 @@ bool IsThere(OpenedBlock& block, const SZVLGZvgGeoIndex& index) {
 
 /// An identification may look like BLOCK:POS; it goes first.
 SZVLGZvgGeoIndex FindGeo(OpenedBlock& block, const std::string& key) {
-    const auto stored = FindIdentification(block.Reader(), FromUtf8(key));
+    const auto stored = FindIdentification(block, FromUtf8(key));
     const auto index = stored ? stored : ParseIndex(key);
     if (index && IsThere(block, *index)) return *index;
     block.ThrowIfDamaged();
@@ -50,31 +46,35 @@ SZVLGZvgGeoIndex FindGeo(OpenedBlock& block, const std::string& key) {
                       "damaged: the identification '" + key + "' leads nowhere");
 }
 
-Document IdentificationsOf(CZVLGBlockReader& reader, const SZVLGZvgGeoIndex& wanted) {
+Document IdentificationsOf(OpenedBlock& block, const SZVLGZvgGeoIndex& wanted) {
     Document list = Document::array();
-    std::wstring identification;
-    SZVLGZvgGeoIndex index;
-    const unsigned int count = reader.GetGeoIdentificationNum();
-    for (unsigned int i = 0; i < count; ++i) {
-        if (!reader.GetGeoIdentificationByIndex(i, identification, index)) break;
+    block.ForEachIdentification([&](const std::wstring& name, const SZVLGZvgGeoIndex& index) {
         const bool leadsHere =
             index.blockIndex == wanted.blockIndex && index.indexInBlock == wanted.indexInBlock;
-        if (leadsHere) list.push_back(ToUtf8(identification));
-    }
+        if (!leadsHere) return;
+        block.Limits().Memory(100 + 10 * name.size());
+        list.push_back(ToUtf8(name));
+    });
     return list;
 }
 
-void Geo(const std::string& file, const std::string& key, bool asJson) {
-    OpenedBlock block(file);
+void Geo(const std::string& file, const std::string& key, const CommonOptions& common) {
+    Budget limits(common.noLimit);
+    OpenedBlock block(file, limits);
     const SZVLGZvgGeoIndex index = FindGeo(block, key);
     SZVLGZvgGeo geo;
     block.ReadGeo(index, geo);
     Document document = NewDocument(file);
     document["geometry"] = PlaceText(index.blockIndex, index.indexInBlock);
-    document["identifications"] = IdentificationsOf(block.Reader(), index);
-    document.update(GeoDocument(geo));
-    PrintDocument(document, asJson);
+    document["identifications"] = IdentificationsOf(block, index);
+    document.update(GeoDocument(geo, limits));
+    PrintDocument(document, common.json);
     block.ThrowIfDamaged();
+    if (!document.contains("recordsLeftOut")) return;
+    throw block.Error(ExitStatus::Damaged,
+                      document["recordsLeftOut"].dump() +
+                          " of its records are left out: more memory than the file's size "
+                          "accounts for (--no-limit takes it)");
 }
 
 }  // namespace
@@ -91,5 +91,6 @@ void RegisterGeo(CLI::App& app, CommonOptions& common) {
         ->add_option("KEY|BLOCK:POS", *key,
                      "The geometry: its identification, or its block and its position there")
         ->required();
-    command->callback([file, key, &common] { Geo(*file, *key, common.json); });
+    AddLimitOption(*command, common);
+    command->callback([file, key, &common] { Geo(*file, *key, common); });
 }

@@ -26,8 +26,10 @@ void AddHead(Document& document, CZVLGBlockReader& reader) {
     if (!head.transf.identity()) document["transf"] = TransfDocument(head.transf);
 }
 
-void Info(const std::string& file, bool asJson) {
-    OpenedBlock block(file);
+void Info(const std::string& file, const CommonOptions& common) {
+    const bool asJson = common.json;
+    Budget limits(common.noLimit);
+    OpenedBlock block(file, limits);
     CZVLGBlockReader& reader = block.Reader();
     Document document = NewDocument(file);
     AddHead(document, reader);
@@ -45,8 +47,9 @@ void Info(const std::string& file, bool asJson) {
 
 void RegisterInfo(CLI::App& app, CommonOptions& common) {
     const auto file = std::make_shared<std::string>();
-    AddReadingCommand(app, "info",
-                      "Print what a block file says about itself and how much it holds",
-                      "zvg info house.zvg", *file)
-        ->callback([file, &common] { Info(*file, common.json); });
+    CLI::App* const command = AddReadingCommand(
+        app, "info", "Print what a block file says about itself and how much it holds",
+        "zvg info house.zvg", *file);
+    AddLimitOption(*command, common);
+    command->callback([file, &common] { Info(*file, common); });
 }

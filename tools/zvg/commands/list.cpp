@@ -48,12 +48,14 @@ enum class ListFormat { Text, Csv, Json };
 /// Prints entries as they come, so that a list of any length takes no memory.
 class EntryPrinter {
   public:
-    EntryPrinter(const std::string& file, ListFormat format) : format(format) {
+    EntryPrinter(const std::string& file, ListFormat format, Budget& limits)
+        : format(format), limits(limits) {
         if (format == ListFormat::Json) json.emplace(NewDocument(file), "components");
         if (format == ListFormat::Csv) WriteOutput(CsvHeader(EntryDocument({}, {})));
     }
 
     void Print(const Document& entry) {
+        limits.Work(stepsOfEntry);
         if (json) {
             json->Add(entry);
         } else {
@@ -69,7 +71,10 @@ class EntryPrinter {
     unsigned long long Count() const { return count; }
 
   private:
+    static constexpr unsigned int stepsOfEntry = 200;
+
     ListFormat format;
+    Budget& limits;
     std::optional<JsonList> json;
     unsigned long long count = 0;
 };
@@ -81,13 +86,16 @@ ListFormat FormatOf(const ListOptions& options, bool asJson) {
     return options.csv ? ListFormat::Csv : asJson ? ListFormat::Json : ListFormat::Text;
 }
 
-void List(const ListOptions& options, ListFormat format) {
-    OpenedBlock block(options.file);
+void List(const ListOptions& options, ListFormat format, bool noLimit) {
+    Budget limits(noLimit);
+    OpenedBlock block(options.file, limits);
     const auto [first, end] = block.FindFloors(options.floor);
     const std::wstring className = FromUtf8(options.className.value_or(""));
-    EntryPrinter printer(options.file, format);
+    EntryPrinter printer(options.file, format, limits);
     const auto printIfWanted = [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
         if (options.className && !IsOfClass(comp, className)) return;
+        limits.Work(2 * (comp.classLevel2Name.size() + comp.classLevel3Name.size() +
+                         comp.compGuidName.name.size()));
         printer.Print(EntryDocument(index, comp));
     };
     for (unsigned int floor = first; floor < end; ++floor) block.ForEachComp(floor, printIfWanted);
@@ -110,5 +118,7 @@ void RegisterList(CLI::App& app, CommonOptions& common) {
     AddClassOption(*command, options->className);
     command->add_flag("--csv", options->csv,
                       "Print comma-separated values (RFC 4180), their names in the first line");
-    command->callback([options, &common] { List(*options, FormatOf(*options, common.json)); });
+    AddLimitOption(*command, common);
+    command->callback(
+        [options, &common] { List(*options, FormatOf(*options, common.json), common.noLimit); });
 }

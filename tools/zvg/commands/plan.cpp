@@ -24,7 +24,8 @@ std::vector<PlanFloor> DrawFloors(OpenedBlock& block, PlacedRecords& records,
     const auto [first, end] = block.FindFloors(arguments.floor);
     std::vector<PlanFloor> floors;
     for (unsigned int floor = first; floor < end; ++floor) {
-        floors.push_back(DrawFloor(block, records, floor));
+        const auto draw = [&] { floors.push_back(DrawFloor(block, records, floor)); };
+        if (!block.Within("floor " + std::to_string(floor), draw)) break;
     }
     return floors;
 }
@@ -50,7 +51,8 @@ void ThrowIfPartial(const OpenedBlock& block, const PlacedRecords& records) {
 
 void Plan(const Arguments& arguments, const CommonOptions& common) {
     CheckName(arguments.target.path);
-    OpenedBlock block(arguments.file);
+    Budget limits(common.noLimit);
+    OpenedBlock block(arguments.file, limits);
     std::optional<OutputFile> output;
     if (!arguments.target.path.empty()) {
         output.emplace(arguments.target.path, arguments.target.force,
@@ -85,5 +87,6 @@ void RegisterPlan(CLI::App& app, CommonOptions& common) {
     AddTargetOptions(*command, "The SVG file to write; - and the default are standard output",
                      arguments->target);
     AddFloorOption(*command, arguments->floor);
+    AddLimitOption(*command, common);
     command->callback([arguments, &common] { Plan(*arguments, common); });
 }

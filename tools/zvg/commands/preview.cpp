@@ -57,7 +57,7 @@ SZVLGZvgGeoImage Stored(OpenedBlock& block) {
     return *image;
 }
 
-SZVLGZvgGeoImage Drawn(OpenedBlock& block, const Size& size) {
+SZVLGZvgGeoImage Drawn(OpenedBlock& block, const Size& size, bool patient) try {
     SceneReader reader(block);
     const unsigned int floors = block.Reader().GetFloorNum();
     for (unsigned int floor = 0; floor < floors; ++floor) {
@@ -65,9 +65,11 @@ SZVLGZvgGeoImage Drawn(OpenedBlock& block, const Size& size) {
                                      const ZVSmartZvg::SZVLGZvgComp& comp) { reader.Add(comp); });
     }
     block.ThrowIfDamaged();
-    const auto image = RenderPreview(reader.Take(), size.width, size.height);
+    const auto image = RenderPreview(reader.Take(), size.width, size.height, patient);
     if (!image) throw block.Error(ExitStatus::NotFound, "it holds no surfaces to draw");
     return *image;
+} catch (const RenderTooLong& error) {
+    throw block.Error(ExitStatus::Damaged, std::string(error.what()) + " (--no-limit goes on)");
 }
 
 void WritePng(const SZVLGZvgGeoImage& image, const Arguments& arguments) {
@@ -84,8 +86,9 @@ void Preview(const Arguments& arguments, const CommonOptions& common) {
     if (size && !CanRender()) {
         throw ToolError(ExitStatus::Usage, "this build draws no pictures (it needs embree)");
     }
-    OpenedBlock block(arguments.file);
-    const SZVLGZvgGeoImage image = size ? Drawn(block, *size) : Stored(block);
+    Budget limits(common.noLimit);
+    OpenedBlock block(arguments.file, limits);
+    const SZVLGZvgGeoImage image = size ? Drawn(block, *size, common.noLimit) : Stored(block);
     WritePng(image, arguments);
     if (!common.quiet) {
         WriteMessage(TargetName(arguments.target.path) + ": " + std::to_string(image.width) +
@@ -107,5 +110,6 @@ void RegisterPreview(CLI::App& app, CommonOptions& common) {
         ->add_option("--render", arguments->size,
                      "Draw a picture of this size instead of writing the stored one")
         ->type_name("WIDTHxHEIGHT");
+    AddLimitOption(*command, common);
     command->callback([arguments, &common] { Preview(*arguments, common); });
 }

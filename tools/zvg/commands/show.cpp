@@ -4,6 +4,7 @@
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/reading/OpenedBlock.h"
+#include "tools/zvg/reading/RecordBytes.h"
 #include "tools/zvg/reading/RecordDocument.h"
 #include "tools/zvg/text/Document.h"
 #include "tools/zvg/text/StandardOutput.h"
@@ -56,11 +57,16 @@ void PrintComp(const SZVLGCompIndex& index, const SZVLGZvgComp& comp, const Argu
     PrintDocument(document, asJson);
 }
 
-void Show(const Arguments& arguments, bool asJson) {
-    OpenedBlock block(arguments.file);
+void Show(const Arguments& arguments, const CommonOptions& common) {
+    Budget limits(common.noLimit);
+    OpenedBlock block(arguments.file, limits);
     const SZVLGCompIndex index = FindComp(block, arguments.place);
     SZVLGZvgComp comp;
-    if (block.ReadComp(index, comp)) PrintComp(index, comp, arguments, asJson);
+    if (block.ReadComp(index, comp)) {
+        limits.Memory(10 * BytesOf(comp));  // as documents
+        limits.Work(BytesOf(comp));
+        PrintComp(index, comp, arguments, common.json);
+    }
     block.ThrowIfDamaged();
 }
 
@@ -77,5 +83,6 @@ void RegisterShow(CLI::App& app, CommonOptions& common) {
         ->required();
     command->add_flag("--properties", arguments->onlyProperties,
                       "Only its properties: name, tab and value, one to a line");
-    command->callback([arguments, &common] { Show(*arguments, common.json); });
+    AddLimitOption(*command, common);
+    command->callback([arguments, &common] { Show(*arguments, common); });
 }

@@ -1,5 +1,6 @@
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -19,11 +20,15 @@ namespace {
 
 using ClassNames = std::array<std::wstring, 3>;  // of levels 2, 3 and 4
 
+constexpr unsigned int bytesOfEntry = 1000;  // in a map, in a document and in its text
+
 /// Counts `components` in the entry called `name` of the list `parent["classes"]`, which is
 /// filled in the order of the names; returns the entry.
-Document& CountClass(Document& parent, const std::string& name, unsigned long long components) {
+Document& CountClass(Document& parent, const std::string& name, unsigned long long components,
+                     Budget& limits) {
     Document& list = parent["classes"];
     if (list.empty() || list.back()["name"] != name) {
+        limits.Memory(bytesOfEntry + name.size());
         list.push_back({{"name", name}, {"components", 0}});
     }
     Document& entry = list.back();
@@ -34,18 +39,27 @@ Document& CountClass(Document& parent, const std::string& name, unsigned long lo
 Document FloorDocument(OpenedBlock& block, unsigned int floor) {
     const std::size_t damagesBefore = block.DamageCount();
     std::map<ClassNames, unsigned long long> counts;
-    block.ForEachComp(floor, [&counts](const SZVLGCompIndex&, const SZVLGZvgComp& comp) {
-        ++counts[{comp.classLevel2Name, comp.classLevel3Name, comp.classLevel4Name}];
+    HeldMemory held(block.Limits());
+    block.ForEachComp(floor, [&](const SZVLGCompIndex&, const SZVLGZvgComp& comp) {
+        ClassNames names = {comp.classLevel2Name, comp.classLevel3Name, comp.classLevel4Name};
+        std::uint64_t bytes = bytesOfEntry;
+        for (const std::wstring& name : names) bytes += name.size() * sizeof(wchar_t);
+        if (++counts[std::move(names)] == 1) held.Add(bytes);
     });
+    const std::string floorName = ToUtf8(block.FloorName(floor));
+    block.Limits().Memory(bytesOfEntry + 2 * floorName.size());
+    block.Limits().Work(bytesOfEntry);
     Document document = {{"floor", floor},
-                         {"name", ToUtf8(block.FloorName(floor))},
+                         {"name", floorName},
                          {"order", block.FloorOrder(floor)},
                          {"components", block.FloorCompNum(floor)},
                          {"classes", Document::array()}};
     if (block.DamageCount() != damagesBefore) document["damaged"] = true;
     for (const auto& [names, components] : counts) {
         Document* at = &document;
-        for (const std::wstring& name : names) at = &CountClass(*at, ToUtf8(name), components);
+        for (const std::wstring& name : names) {
+            at = &CountClass(*at, ToUtf8(name), components, block.Limits());
+        }
     }
     return document;
 }
@@ -79,13 +93,16 @@ void WriteTree(const Document& document) {
     }
 }
 
-void Tree(const std::string& file, bool asJson) {
-    OpenedBlock block(file);
+void Tree(const std::string& file, const CommonOptions& common) {
+    const bool asJson = common.json;
+    Budget limits(common.noLimit);
+    OpenedBlock block(file, limits);
     Document document = NewDocument(file);
     document["floors"] = Document::array();
     const unsigned int floors = block.Reader().GetFloorNum();
     for (unsigned int floor = 0; floor < floors; ++floor) {
-        document["floors"].push_back(FloorDocument(block, floor));
+        const auto add = [&] { document["floors"].push_back(FloorDocument(block, floor)); };
+        if (!block.Within("floor " + std::to_string(floor), add)) break;
     }
     if (asJson) {
         PrintDocument(document, asJson);
@@ -99,7 +116,9 @@ void Tree(const std::string& file, bool asJson) {
 
 void RegisterTree(CLI::App& app, CommonOptions& common) {
     const auto file = std::make_shared<std::string>();
-    AddReadingCommand(app, "tree", "Print floors, their classes and the number of components",
-                      "zvg tree house.zvg", *file)
-        ->callback([file, &common] { Tree(*file, common.json); });
+    CLI::App* const command =
+        AddReadingCommand(app, "tree", "Print floors, their classes and the number of components",
+                          "zvg tree house.zvg", *file);
+    AddLimitOption(*command, common);
+    command->callback([file, &common] { Tree(*file, common); });
 }

@@ -6,6 +6,7 @@
 
 #include "ZVSmartZvg/BlockVerifier.h"
 #include "tools/zvg/commands/Commands.h"
+#include "tools/zvg/commands/Options.h"
 #include "tools/zvg/reading/CountsDocument.h"
 #include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/text/Document.h"
@@ -54,18 +55,19 @@ std::vector<SZVLGBlockFinding> FindFaults(OpenedFile& file, bool quiet) {
     return findings;
 }
 
-Document CountsOf(OpenedFile file) {
+Document CountsOf(OpenedFile file, bool noLimit) {
     file.Stream().Seek(0);
-    OpenedBlock block(std::move(file));
+    Budget limits(noLimit);
+    OpenedBlock block(std::move(file), limits);
     Document counts = CountsDocument(block);
     block.ThrowIfDamaged();
     return counts;
 }
 
 /// What is to be said of one file. Throws ToolError where it cannot be read.
-Document Verified(const std::string& path, bool quiet) {
+Document Verified(const std::string& path, const CommonOptions& common) {
     OpenedFile file(path);
-    const std::vector<SZVLGBlockFinding> findings = FindFaults(file, quiet);
+    const std::vector<SZVLGBlockFinding> findings = FindFaults(file, common.quiet);
     Document document = NewDocument(path);
     document["ok"] = findings.empty();
     document["findings"] = Document::array();
@@ -73,7 +75,7 @@ Document Verified(const std::string& path, bool quiet) {
         document["findings"].push_back(
             {{"position", finding.position}, {"reason", finding.reason}});
     }
-    if (findings.empty()) document["counts"] = CountsOf(std::move(file));
+    if (findings.empty()) document["counts"] = CountsOf(std::move(file), common.noLimit);
     return document;
 }
 
@@ -106,7 +108,7 @@ std::optional<ToolError> VerifyOne(const std::string& path, const CommonOptions&
                                    const std::string& prefix) {
     Document document;
     try {
-        document = Verified(path, common.quiet);
+        document = Verified(path, common);
     } catch (const ToolError& error) {
         return error;
     }
@@ -144,5 +146,6 @@ void RegisterVerify(CLI::App& app, CommonOptions& common) {
         "Check everything in block files; print the position and the reason of each fault");
     command->add_option("FILE", *files, "The block files; - is standard input")->required();
     command->footer("Example:\n  zvg verify house.zvg");
+    AddLimitOption(*command, common);
     command->callback([files, &common] { Verify(*files, common); });
 }

@@ -28,5 +28,5 @@ struct BlockContents {
 };
 
 /// Reads a whole file once. Throws ToolError Damaged for whatever cannot be read. Takes memory for
-/// the keys of the components and of the geometries.
+/// the keys of the components and of the geometries, and charges it to the block's budget.
 BlockContents ReadContents(OpenedBlock& block);

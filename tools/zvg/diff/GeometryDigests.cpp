@@ -1,10 +1,12 @@
 #include "tools/zvg/diff/GeometryDigests.h"
 
 #include <algorithm>
+#include <optional>
 #include <tuple>
 #include <utility>
 
 #include "tools/zvg/diff/Digest.h"
+#include "tools/zvg/reading/RecordBytes.h"
 #include "tools/zvg/reading/RecordDocument.h"
 
 using namespace ZVSmartZvg;
@@ -115,11 +117,12 @@ struct Place {
 };
 
 /// In the order of the blocks, so that each is decoded once.
-std::vector<Place> PlacesOf(CZVLGBlockReader& reader) {
-    std::vector<Place> places(reader.GetGeoIdentificationNum());
-    for (unsigned int i = 0; i < places.size(); ++i) {
-        reader.GetGeoIdentificationByIndex(i, places[i].identification, places[i].index);
-    }
+std::vector<Place> PlacesOf(OpenedBlock& block) {
+    std::vector<Place> places;
+    block.ForEachIdentification([&](const std::wstring& name, const SZVLGZvgGeoIndex& index) {
+        block.Limits().Memory(4 * sizeof(Place) + 2 * name.size() * sizeof(wchar_t));
+        places.push_back({index, name});
+    });
     std::sort(places.begin(), places.end(), [](const Place& a, const Place& b) {
         return std::tie(a.index.blockIndex, a.index.indexInBlock) <
                std::tie(b.index.blockIndex, b.index.indexInBlock);
@@ -127,16 +130,34 @@ std::vector<Place> PlacesOf(CZVLGBlockReader& reader) {
     return places;
 }
 
+bool IsSame(const SZVLGZvgGeoIndex& a, const SZVLGZvgGeoIndex& b) {
+    return a.blockIndex == b.blockIndex && a.indexInBlock == b.indexInBlock;
+}
+
+u64 MemoryOf(const std::vector<std::wstring>& names) {
+    u64 bytes = names.capacity() * sizeof(std::wstring);
+    for (const std::wstring& name : names) bytes += name.size() * sizeof(wchar_t);
+    return bytes;
+}
+
 }  // namespace
 
-GeometryDigests::GeometryDigests(OpenedBlock& block) {
-    for (Place& place : PlacesOf(block.Reader())) {
-        SZVLGZvgGeo geo;
-        block.ReadGeo(place.index, geo);
-        Stored stored;
-        stored.digest = DigestOf(geo, stored.places);
-        stored.notYetMet.assign(stored.places.rbegin(), stored.places.rend());
-        storedByName.emplace(std::move(place.identification), std::move(stored));
+GeometryDigests::GeometryDigests(OpenedBlock& block) : limits(block.Limits()) {
+    std::optional<SZVLGZvgGeoIndex> last;
+    for (Place& place : PlacesOf(block)) {
+        if (!last || !IsSame(*last, place.index)) {
+            SZVLGZvgGeo geo;
+            block.ReadGeo(place.index, geo);
+            const u64 bytes = BytesOf(geo);
+            HeldMemory held(limits);
+            held.Add(bytes);
+            limits.Work(bytes / 4);
+            Stored& stored = records.emplace_back();
+            stored.digest = DigestOf(geo, stored.places);
+            limits.Memory(sizeof stored + MemoryOf(stored.places));
+            last = place.index;
+        }
+        storedByName.emplace(std::move(place.identification), &records.back());
     }
 }
 
@@ -150,6 +171,7 @@ u64 GeometryDigests::Of(const SZVLGZvgComp& comp) {
         digest.Writer().WriteU64(ref.geoIds.size());
         for (const SZVLGZvgGeoId& row : ref.geoIds) {
             const std::wstring name = GetGeoIdentification(row);
+            limits.Work(20 + name.size());
             Resolve(name);
             digest.Writer().WriteU64(Of(name));
         }
@@ -160,29 +182,28 @@ u64 GeometryDigests::Of(const SZVLGZvgComp& comp) {
 /// What is not there is known by its name.
 u64 GeometryDigests::Of(const std::wstring& name) {
     const auto found = storedByName.find(name);
-    if (found != storedByName.end()) return found->second.digest;
+    if (found != storedByName.end()) return found->second->digest;
     Digest digest;
     digest.Writer().WriteWString(name);
     return digest.Value();
 }
 
-/// Combines what is placed before what places it. A name that leads back to itself, as in a
-/// hostile file, counts with its own record alone.
+/// Combines what is placed before what places it. A record that places itself over others, as in
+/// a hostile file, counts there without what it places.
 void GeometryDigests::Resolve(const std::wstring& name) {
     std::vector<Stored*> open;
     const auto begin = [&](const std::wstring& next) {
+        limits.Work(10 + next.size());
         const auto found = storedByName.find(next);
-        if (found == storedByName.end() || found->second.begun) return;
-        found->second.begun = true;
-        open.push_back(&found->second);
+        if (found == storedByName.end() || found->second->begun) return;
+        found->second->begun = true;
+        open.push_back(found->second);
     };
     begin(name);
     while (!open.empty()) {
         Stored& stored = *open.back();
-        if (!stored.notYetMet.empty()) {
-            const std::wstring next = std::move(stored.notYetMet.back());
-            stored.notYetMet.pop_back();
-            begin(next);
+        if (stored.met < stored.places.size()) {
+            begin(stored.places[stored.met++]);
             continue;
         }
         Combine(stored);
@@ -196,5 +217,6 @@ void GeometryDigests::Combine(Stored& stored) {
     digest.Writer().WriteU64(stored.digest);
     for (const std::wstring& place : stored.places) digest.Writer().WriteU64(Of(place));
     stored.digest = digest.Value();
-    stored.places.clear();
+    limits.GiveBack(MemoryOf(stored.places));
+    stored.places = {};
 }

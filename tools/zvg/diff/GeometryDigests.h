@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -11,7 +12,8 @@
 /// The digests of a block file's geometries: of each stored record, with the records that it
 /// places by name in the place of their names. So shapes may be renamed without a difference.
 ///
-/// Takes memory for the identifications and the names in the records, not for what they hold.
+/// A record is read once, whatever identifications lead to it. Takes memory for the identifications
+/// and the names in the records, not for what they hold; both are charged to the block's budget.
 class GeometryDigests {
   public:
     /// Reads every geometry that has an identification, block by block. Throws ToolError Damaged
@@ -23,9 +25,9 @@ class GeometryDigests {
 
   private:
     struct Stored {
-        ZVSmartZvg::u64 digest = 0;           ///< first of the record alone, then of all it places
-        std::vector<std::wstring> notYetMet;  ///< the names that it places, last one first
+        ZVSmartZvg::u64 digest = 0;  ///< first of the record alone, then of all it places
         std::vector<std::wstring> places;
+        std::size_t met = 0;  ///< how many of these were looked at
         bool begun = false;
     };
 
@@ -33,5 +35,7 @@ class GeometryDigests {
     void Resolve(const std::wstring& name);
     void Combine(Stored& stored);
 
-    std::unordered_map<std::wstring, Stored> storedByName;
+    Budget& limits;
+    std::deque<Stored> records;
+    std::unordered_map<std::wstring, Stored*> storedByName;
 };

@@ -1,12 +1,14 @@
 #include "tools/zvg/export/ExportModel.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <unordered_map>
 #include <utility>
 
 #include "tools/zvg/reading/ClassNames.h"
+#include "tools/zvg/reading/RecordBytes.h"
 #include "tools/zvg/reading/RecordDocument.h"
 #include "tools/zvg/scene/SceneReader.h"
 #include "tools/zvg/text/Utf8.h"
@@ -14,6 +16,8 @@
 using namespace ZVSmartZvg;
 
 namespace {
+
+constexpr std::uint64_t bytesOfComponent = 2000;  // as a node, besides what it says
 
 bool IsNamed(const SerialKey& key) {
     return KeyText(key) != KeyText(SerialKey());
@@ -141,6 +145,7 @@ ExportModel ReadExport(OpenedBlock& block, const ExportSelection& selection) {
         block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
             if (selection.progress) selection.progress(++done, total);
             if (selection.className && !IsOfClass(comp, className)) return;
+            block.Limits().Memory(bytesOfComponent + 5 * BytesOf(comp));
             scene.Add(comp);
             model.components.push_back({groups.Of(floor, floorName, comp), ComponentName(comp),
                                         ComponentExtras(index, comp)});

@@ -44,12 +44,16 @@ bool Mirrors(const Placement& p) {
            0;
 }
 
-void CheckSize(const Scene& scene) {
+void CheckSize(const Scene& scene, Budget& limits) {
+    constexpr unsigned int stepsOfPoint = 40, stepsOfTriangle = 10;
     std::uint64_t points = 0;
     for (const SceneComponent& component : scene.components) {
         for (const ScenePlacement& placement : component.placements) {
             for (const ScenePart& part : scene.meshes[placement.mesh].parts) {
-                points += scene.surfaces[part.surface].points.size();
+                const SceneSurface& surface = scene.surfaces[part.surface];
+                points += surface.points.size();
+                limits.Work(stepsOfPoint * surface.points.size() +
+                            stepsOfTriangle * surface.triangles.size());
             }
         }
     }
@@ -112,9 +116,9 @@ std::string ObjectName(const ExportModel& model, const ExportComponent& componen
 
 }  // namespace
 
-void WriteObj(const ExportModel& model, const std::string& materialFile,
+void WriteObj(const ExportModel& model, const std::string& materialFile, Budget& limits,
               ZVSmartFormat::CZVFTOutStream& out) {
-    CheckSize(model.scene);
+    CheckSize(model.scene, limits);
     ObjWriter writer(model.scene, out);
     writer.Add("# zvg " ZVG_VERSION ", Y is up");
     writer.Add("mtllib " + materialFile);

@@ -15,7 +15,10 @@ using namespace ZVSmartZvg;
 
 namespace {
 
+constexpr std::size_t bytesOfComponent = 500;
+constexpr std::size_t bytesOfFloor = 2000;  // with its heading in the sheet
 constexpr std::size_t mostCorners = 20000000;
+constexpr std::size_t bytesOfCorner = 200;  // in all forms that it goes through, and in the sheet
 
 /// The floor's elevation; 0 where the host keeps something else in that field.
 double ElevationOf(const SZVLGZvgComp& comp) {
@@ -81,15 +84,21 @@ class FloorDrawing {
 
     PlanComponent Draw(const SZVLGZvgComp& comp, double elevation) {
         ComponentDrawing drawing(elevation + cutHeight);
+        std::size_t charged = 0;  // corners
         records.Visit(comp, [&](const PlacedRecord& placed) {
             drawing.Add(placed);
             if (corners + drawing.Corners() > mostCorners) ThrowTooLarge();
+            block.Limits().Memory((drawing.Corners() - charged) * bytesOfCorner);
+            charged = drawing.Corners();
         });
         corners += drawing.Corners();
         PlanComponent component = drawing.Take();
         component.identity = KeyText(comp.compGuidName);
         component.name = NameOf(comp);
         component.className = ToUtf8(comp.classLevel2Name);
+        const auto textBytes =
+            component.identity.size() + component.name.size() + component.className.size();
+        block.Limits().Memory(bytesOfComponent + 4 * textBytes);
         return component;
     }
 
@@ -109,6 +118,7 @@ class FloorDrawing {
 PlanFloor DrawFloor(OpenedBlock& block, PlacedRecords& records, unsigned int floor) {
     PlanFloor plan;
     plan.name = ToUtf8(block.FloorName(floor));
+    block.Limits().Memory(bytesOfFloor + 2 * plan.name.size());
     FloorDrawing drawing(block, records);
     block.ForEachComp(floor, [&](const SZVLGCompIndex&, const SZVLGZvgComp& comp) {
         plan.elevation = ElevationOf(comp);  // the same for the whole floor

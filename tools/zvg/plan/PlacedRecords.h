@@ -1,13 +1,16 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include "ZVSmartZvg/Comp.h"
 #include "ZVSmartZvg/Geo.h"
 #include "tools/zvg/reading/OpenedBlock.h"
+#include "tools/zvg/scene/RecordWalk.h"
 #include "tools/zvg/scene/StoredGeos.h"
 
 /// A record and where it lies. What is nested in it or placed by it comes separately.
@@ -20,14 +23,16 @@ struct PlacedRecord {
 /// Finds what a component's body consists of: the geometries that its references lead to, those
 /// that these place by name, and what is nested in them.
 ///
-/// Untrusted files are safe: a name that leads back to itself is left out, chains of placements
-/// end at 16 links, and a component places at most `mostPlacementsOfComponent` geometries.
+/// Untrusted files are safe: walks end (see WalkPlacements) and all is charged to the block's
+/// budget. Geometries that were read are kept up to a number of bytes, for they may be placed
+/// again.
 class PlacedRecords {
   public:
     using Use = std::function<void(const PlacedRecord& placed)>;
 
     /// `block` is borrowed.
-    explicit PlacedRecords(OpenedBlock& block) : geos(block) {}
+    explicit PlacedRecords(OpenedBlock& block)
+        : limits(block.Limits()), geos(block), held(limits) {}
 
     /// Hands every record of the component's body to `use`. What cannot be read is left out and
     /// remembered; a name that the file does not hold is the host's own and just left out.
@@ -37,8 +42,17 @@ class PlacedRecords {
     void ThrowIfDamaged() const;
 
   private:
-    bool Read(const std::wstring& identification, ZVSmartZvg::SZVLGZvgGeo& geo);
+    struct Stored {
+        ZVSmartZvg::SZVLGZvgGeo geo;
+        NamedPlacements placements;
+    };
 
+    /// What is stored there; null where that cannot be read. Holds until the next call.
+    const Stored* Read(std::uint64_t place);
+
+    Budget& limits;
     StoredGeos geos;
+    std::unordered_map<std::uint64_t, std::optional<Stored>> read;  ///< none: it cannot be
+    HeldMemory held;                                                ///< by `read`
     std::optional<ToolError> firstDamage;
 };

@@ -6,6 +6,6 @@ bool CanRender() {
     return false;
 }
 
-Picture Render(const Scene&, unsigned int, unsigned int) {
+Picture Render(const Scene&, unsigned int, unsigned int, bool) {
     throw std::runtime_error("this build draws no pictures (it needs embree)");
 }

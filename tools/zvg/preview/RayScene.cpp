@@ -9,6 +9,8 @@
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -91,6 +93,32 @@ std::optional<std::array<Vec, 3>> NormalTransform(const Placement& p) {
                      static_cast<float>(c[2] / largest)};
     }
     return rows;
+}
+
+using Corners = std::array<std::array<float, 3>, 3>;
+
+struct HashNumbers {
+    template <class Numbers>
+    std::size_t operator()(const Numbers& numbers) const {
+        std::string_view bytes(reinterpret_cast<const char*>(&numbers), sizeof numbers);
+        return std::hash<std::string_view>()(bytes);
+    }
+};
+
+/// The triangles of a surface without those that cover another one, of which every ray would have
+/// to ask which is nearer.
+std::vector<std::array<std::uint32_t, 3>> Different(const SceneSurface& surface) {
+    std::vector<std::array<std::uint32_t, 3>> different;
+    std::unordered_set<Corners, HashNumbers> known;
+    different.reserve(surface.triangles.size());
+    known.reserve(surface.triangles.size());
+    for (const auto& triangle : surface.triangles) {
+        Corners corners;
+        for (std::size_t i = 0; i < 3; ++i) corners[i] = surface.points[triangle[i]];
+        std::sort(corners.begin(), corners.end());
+        if (known.insert(corners).second) different.push_back(triangle);
+    }
+    return different;
 }
 
 }  // namespace
@@ -237,7 +265,7 @@ class RayScene::Tree {
         const SceneSurface& surface = source.surfaces[number];
         known.reset(rtcNewGeometry(device.get(), RTC_GEOMETRY_TYPE_TRIANGLE));
         CopyBuffer(known.get(), RTC_BUFFER_TYPE_VERTEX, RTC_FORMAT_FLOAT3, surface.points);
-        CopyBuffer(known.get(), RTC_BUFFER_TYPE_INDEX, RTC_FORMAT_UINT3, surface.triangles);
+        CopyBuffer(known.get(), RTC_BUFFER_TYPE_INDEX, RTC_FORMAT_UINT3, Different(surface));
         rtcSetGeometryOccludedFilterFunction(known.get(), Consider);
         rtcCommitGeometry(known.get());
         return known.get();
@@ -253,9 +281,10 @@ class RayScene::Tree {
         std::memcpy(bytes, elements.data(), elements.size() * sizeof(Element));
     }
 
-    /// Leaves out what has no thickness or an extreme scale: the ray tracer turns rays by the
-    /// inverse of the placement.
+    /// Leaves out what lies where the same mesh lies already, what has no thickness and what has an
+    /// extreme scale: the ray tracer turns rays by the inverse of the placement.
     void AddInstance(const ScenePlacement& placement, std::uint32_t component) {
+        if (!placed.insert({placement.toModel, static_cast<double>(placement.mesh)}).second) return;
         const auto normals = NormalTransform(placement.toModel);
         const RTCScene mesh = normals ? Built(placement.mesh) : nullptr;
         if (mesh == nullptr) return;
@@ -281,6 +310,13 @@ class RayScene::Tree {
     std::vector<Mesh> meshes;
     std::map<std::size_t, std::unique_ptr<RTCGeometryTy, ReleaseGeometry>> geometries;
     std::vector<Instance> instances;
+
+    struct Place {
+        Placement toModel;
+        double mesh;  ///< its number
+        friend bool operator==(const Place&, const Place&) = default;
+    };
+    std::unordered_set<Place, HashNumbers> placed;
 };
 
 RayScene::RayScene(const Scene& scene, const std::array<double, 3>& center, double radius)

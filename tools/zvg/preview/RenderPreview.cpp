@@ -7,8 +7,8 @@
 #include "tools/zvg/preview/Renderer.h"
 
 std::optional<ZVSmartZvg::SZVLGZvgGeoImage> RenderPreview(const Scene& scene, unsigned int width,
-                                                          unsigned int height) {
-    const Picture picture = Render(scene, width, height);
+                                                          unsigned int height, bool patient) {
+    const Picture picture = Render(scene, width, height, patient);
     if (picture.pixels.empty()) return std::nullopt;
     ZVSmartZvg::SZVLGZvgGeoImage image;
     image.width = picture.width;

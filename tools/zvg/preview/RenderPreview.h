@@ -13,4 +13,5 @@ constexpr unsigned int previewHeight = 480;
 /// A drawn scene as a file stores it; none where there is nothing to show. Throws what Render
 /// throws.
 std::optional<ZVSmartZvg::SZVLGZvgGeoImage> RenderPreview(const Scene& scene, unsigned int width,
-                                                          unsigned int height);
+                                                          unsigned int height,
+                                                          bool patient = false);

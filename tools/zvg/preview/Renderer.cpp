@@ -1,6 +1,7 @@
 #include "tools/zvg/preview/Renderer.h"
 
 #include <atomic>
+#include <cstdint>
 #include <exception>
 #include <limits>
 #include <mutex>
@@ -11,12 +12,47 @@
 #include "tools/zvg/preview/Camera.h"
 #include "tools/zvg/preview/RayScene.h"
 #include "tools/zvg/preview/Shading.h"
+#include "tools/zvg/reading/Budget.h"
 
 namespace {
 
 constexpr unsigned int stripRows = 8;  // pixels; what a thread draws at once
 constexpr int glassLayers = 4;
 constexpr Vec lineColour = {0.012F, 0.013F, 0.016F};
+
+// In steps of Budget: about ten times what buildings take.
+constexpr double leastSteps = 1e8;
+constexpr double stepsPerPixel = 3000;
+constexpr double bytesThatDouble = 2 << 20;  // of surfaces
+
+/// How long all threads together may draw.
+class Patience {
+  public:
+    explicit Patience(std::int64_t steps) : left(steps) {}
+
+    /// Charges what this thread has taken since `since`, which becomes now.
+    void Charge(std::uint64_t& since) {
+        const std::uint64_t now = Budget::ProcessorSteps();
+        const auto taken = static_cast<std::int64_t>(now - since);
+        since = now;
+        if (left.fetch_sub(taken) < taken) throw RenderTooLong();
+    }
+
+  private:
+    std::atomic<std::int64_t> left;
+};
+
+std::int64_t PatienceFor(const Scene& scene, const Picture& picture, bool patient) {
+    constexpr double mostSteps = 1e18;
+    if (patient) return static_cast<std::int64_t>(mostSteps);
+    double bytes = 0;
+    for (const SceneSurface& surface : scene.surfaces) {
+        bytes += 12 * static_cast<double>(surface.points.size() + surface.triangles.size());
+    }
+    const double pixels = static_cast<double>(picture.width) * picture.height;
+    const double steps = (leastSteps + pixels * stepsPerPixel) * (1 + bytes / bytesThatDouble);
+    return static_cast<std::int64_t>(std::min(steps, mostSteps));
+}
 
 /// What is seen at one place within a pixel.
 struct Sample {
@@ -42,10 +78,12 @@ float LineStrength(const Sample& a, const Sample& b, float pixelSize) {
 /// Draws strips of rows; each strip by itself, so that any number of threads gives one picture.
 class Painter {
   public:
-    Painter(const Camera& camera, const RayScene& rays, const Shading& shading, Picture& picture)
+    Painter(const Camera& camera, const RayScene& rays, const Shading& shading, Patience& patience,
+            Picture& picture)
         : camera(camera),
           rays(rays),
           shading(shading),
+          patience(patience),
           picture(picture),
           across(picture.width * samplesAcross + 2) {}
 
@@ -53,20 +91,27 @@ class Painter {
         const unsigned int rows = std::min(stripRows, picture.height - firstRow);
         const unsigned int sampleRows = rows * samplesAcross + 2;
         std::vector<Sample> samples(std::size_t{sampleRows} * across);
+        std::uint64_t since = Budget::ProcessorSteps();
         for (unsigned int y = 0; y < sampleRows; ++y) {
             for (unsigned int x = 0; x < across; ++x) {
                 const Vec direction = DirectionOf(x, y, firstRow);
                 samples[std::size_t{y} * across + x] = Look(direction);
+                if (x % looksPerCharge == 0) patience.Charge(since);
             }
         }
         for (unsigned int row = 0; row < rows; ++row) {
             for (unsigned int column = 0; column < picture.width; ++column) {
                 PaintPixel(samples, firstRow, row, column);
+                if (column % pixelsPerCharge == 0) patience.Charge(since);
             }
         }
     }
 
   private:
+    // Asking for the time takes as long as a simple ray.
+    static constexpr unsigned int looksPerCharge = 32;
+    static constexpr unsigned int pixelsPerCharge = 8;
+
     /// Samples have a border of one around the picture and around each strip.
     Vec DirectionOf(unsigned int x, unsigned int y, unsigned int firstRow) const {
         const float column = (static_cast<float>(x) - 0.5F) / samplesAcross;
@@ -146,6 +191,7 @@ class Painter {
     const Camera& camera;
     const RayScene& rays;
     const Shading& shading;
+    Patience& patience;
     Picture& picture;
     unsigned int across;  ///< samples in a row
 };
@@ -164,6 +210,7 @@ void PaintAll(const Painter& painter, unsigned int height) {
         } catch (...) {
             const std::lock_guard lock(mutex);
             failure = std::current_exception();
+            next = height;
         }
     };
     constexpr unsigned int mostThreads = 16;
@@ -186,14 +233,17 @@ bool CanRender() {
     return true;
 }
 
-Picture Render(const Scene& scene, unsigned int width, unsigned int height) {
+Picture Render(const Scene& scene, unsigned int width, unsigned int height, bool patient) {
     const Framing framing = FramingOf(scene);
     if (framing.box.IsEmpty()) return {};
+    Picture picture = {width, height, {}};
+    Patience patience(PatienceFor(scene, picture, patient));
+    std::uint64_t since = Budget::ProcessorSteps();
     const Camera camera(framing, width, height);
     const RayScene rays(scene, camera.Center(), camera.Radius());
     const Shading shading(scene, rays, camera);
-    Picture picture = {width, height, {}};
+    patience.Charge(since);
     picture.pixels.resize(std::size_t{width} * height * 4);
-    PaintAll(Painter(camera, rays, shading, picture), height);
+    PaintAll(Painter(camera, rays, shading, patience, picture), height);
     return picture;
 }

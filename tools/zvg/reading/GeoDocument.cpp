@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tools/zvg/reading/GeoExtent.h"
+#include "tools/zvg/reading/RecordBytes.h"
 #include "tools/zvg/reading/RecordDocument.h"
 #include "tools/zvg/text/Utf8.h"
 
@@ -90,10 +91,30 @@ Document RecordDocument(const Pending& pending, const GeoExtent& extent) {
     return document;
 }
 
+/// Whether the document may grow by a record.
+bool HasRoomFor(const Pending& pending, Budget& limits) {
+    const SZVLGZvgGeo& geo = *pending.geo;
+    const std::size_t described =
+        geo.namedTransfs.size() + geo.namedTransfs2.size() + geo.blobs.size() + geo.images.size();
+    u64 bytes = 3000 + 1500 * described;
+    for (const auto* list : {&geo.namedTransfs, &geo.namedTransfs2}) {
+        for (const SZVLGZvgGeoNamedTransf& named : *list) bytes += 2 * named.name.size();
+    }
+    if (pending.attr != nullptr) bytes += 10 * BytesOf(*pending.attr);
+    try {
+        limits.Memory(bytes);
+        limits.Work(bytes / 2);
+        return true;
+    } catch (const BudgetUsedUp&) {
+        return false;
+    }
+}
+
 }  // namespace
 
-Document GeoDocument(const SZVLGZvgGeo& geo) {
+Document GeoDocument(const SZVLGZvgGeo& geo, Budget& limits) {
     GeoExtent total;
+    std::size_t leftOut = 0;
     Document records = Document::array();
     std::vector<Pending> stack = {{&geo, nullptr, 0, 0}};
     while (!stack.empty()) {
@@ -101,7 +122,11 @@ Document GeoDocument(const SZVLGZvgGeo& geo) {
         stack.pop_back();
         const GeoExtent extent = MeasureGeo(*pending.geo);
         const std::size_t position = records.size();
-        records.push_back(RecordDocument(pending, extent));
+        if (leftOut != 0 || !HasRoomFor(pending, limits)) {
+            ++leftOut;
+        } else {
+            records.push_back(RecordDocument(pending, extent));
+        }
         total.Add(extent);
         const std::vector<SZVLGZvgSubGeo>& subGeos = pending.geo->subGeos;
         for (std::size_t i = subGeos.size(); i > 0; --i) {
@@ -111,6 +136,7 @@ Document GeoDocument(const SZVLGZvgGeo& geo) {
     }
     Document document;
     AddExtent(document["total"], total);
+    if (leftOut != 0) document["recordsLeftOut"] = leftOut;
     document["records"] = std::move(records);
     return document;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ZVSmartZvg/Geo.h"
+#include "tools/zvg/reading/Budget.h"
 #include "tools/zvg/text/Document.h"
 
 /// What a geometry record holds.
@@ -13,4 +14,7 @@
 /// - "boundingBox", two corners, in the record's own coordinates: neither named transforms nor
 ///   display attributes move anything,
 /// - "namedTransfs" and "namedTransfs2", "blobs" and "images", described one by one.
-Document GeoDocument(const ZVSmartZvg::SZVLGZvgGeo& geo);
+///
+/// Where `limits` end, the records from there on are left out and "recordsLeftOut" says how many;
+/// "total" has them all.
+Document GeoDocument(const ZVSmartZvg::SZVLGZvgGeo& geo, Budget& limits);

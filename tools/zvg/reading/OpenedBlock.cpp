@@ -6,9 +6,11 @@
 
 #include "tools/zvg/output/OutOfMemory.h"
 #include "tools/zvg/reading/InputSource.h"
+#include "tools/zvg/reading/RecordBytes.h"
 #include "tools/zvg/text/Utf8.h"
 
 using ZVSmartFormat::CZVFTStreamException;
+using ZVSmartFormat::u64;
 using ZVSmartZvg::EZVLGMiss;
 
 namespace {
@@ -34,7 +36,10 @@ void OpenedFile::ThrowIfUnread() const {
     throw ToolError(ExitStatus::InputOutput, path + ": " + std::strerror(stream->Failure()));
 }
 
-OpenedBlock::OpenedBlock(OpenedFile opened) : file(std::move(opened)) {
+OpenedBlock::OpenedBlock(OpenedFile opened, Budget& limits)
+    : file(std::move(opened)), limits(limits) {
+    limits.AddFile(file.Path(), FileBytes());
+    reader.SetDecodedBlockLimit(limits.BlockLimit(FileBytes()));
     bool isOpen = false;
     try {
         isOpen = reader.Init(&file.Stream());
@@ -48,10 +53,6 @@ OpenedBlock::OpenedBlock(OpenedFile opened) : file(std::move(opened)) {
     ZVSmartZvg::SZVLGBlockFinding misfit;
     if (reader.GetStructureFinding(misfit)) RememberDamage(DamageText(misfit));
     knowsOnlyMisfit = true;
-}
-
-void OpenedBlock::ThrowLastDamage() {
-    throw Error(ExitStatus::Damaged, "damaged: " + LastDamage().value_or(""));
 }
 
 void OpenedBlock::ThrowForeign(const std::string& reason) {
@@ -68,8 +69,11 @@ bool OpenedBlock::Ask(Query query) {
         PassOnLackOfMemory(exception);
     }
     const std::optional<std::string> damage = LastDamage();
-    if (damage) RememberDamage(*damage);
-    return !damage;
+    if (!damage) return true;
+    RememberDamage(*damage);
+    latestDamage = *damage;
+    ThrowIfTooLarge();
+    return false;
 }
 
 /// What the last query hid; what it could not read is no damage.
@@ -102,7 +106,9 @@ unsigned int OpenedBlock::FindFloor(const std::string& text) {
     if (number && *number < floors) return *number;
     const std::wstring name = FromUtf8(text);
     for (unsigned int floor = 0; floor < floors; ++floor) {
-        if (FloorName(floor) == name) return floor;
+        const std::wstring found = FloorName(floor);
+        limits.Work(100 + found.size());
+        if (found == name) return floor;
     }
     ThrowIfDamaged();
     throw Error(ExitStatus::NotFound, "no floor '" + text + "'");
@@ -116,27 +122,39 @@ std::pair<unsigned int, unsigned int> OpenedBlock::FindFloors(
 }
 
 unsigned int OpenedBlock::FloorCompNum(unsigned int floor) {
-    unsigned int count = 0;
-    Ask([&] { count = reader.GetFloorCompNum(floor); });
-    return count;
+    return Counted("floor", floor, [&] { return reader.GetFloorCompNum(floor); });
 }
 
 unsigned int OpenedBlock::GeoNumInBlock(unsigned int block) {
-    unsigned int count = 0;
-    Ask([&] { count = reader.GetGeoNumInBlock(block); });
-    return count;
+    return Counted("geometry block", block, [&] { return reader.GetGeoNumInBlock(block); });
+}
+
+/// What `count()` says of the records of `what`; decoding them may take much.
+template <class Count>
+unsigned int OpenedBlock::Counted(const char* what, unsigned int number, Count count) {
+    unsigned int counted = 0;
+    const bool within = Within(what + (' ' + std::to_string(number)), [&] {
+        limits.Timed([&] { return Ask([&] { counted = count(); }); });
+    });
+    return within ? counted : 0;
 }
 
 bool OpenedBlock::ReadComp(const ZVSmartZvg::SZVLGCompIndex& index,
                            ZVSmartZvg::SZVLGZvgComp& comp) {
+    limits.Work(100);
+    const u64 begun = Budget::ProcessorSteps();
     bool isRead = false;
     Ask([&] { isRead = reader.GetCompByIndex(index, comp); });
+    // A record may turn out to be damaged at its very end, and nothing of it is there to count.
+    limits.Work(isRead ? BytesOf(comp) / 8 : Budget::ProcessorSteps() - begun);
     return isRead;
 }
 
 void OpenedBlock::ReadGeo(const ZVSmartZvg::SZVLGZvgGeoIndex& index, ZVSmartZvg::SZVLGZvgGeo& geo) {
     bool isRead = false;
-    if (!Ask([&] { isRead = reader.GetGeoByIndex(index, geo); })) ThrowLastDamage();
+    const auto query = [&] { isRead = reader.GetGeoByIndex(index, geo); };
+    if (!limits.Timed([&] { return Ask(query); }))
+        throw Error(ExitStatus::Damaged, "damaged: " + latestDamage);
     if (isRead) return;
     const std::string place = PlaceText(index.blockIndex, index.indexInBlock);
     throw Error(ExitStatus::Damaged, "damaged: geometry " + place + " has no bytes");
@@ -145,7 +163,8 @@ void OpenedBlock::ReadGeo(const ZVSmartZvg::SZVLGZvgGeoIndex& index, ZVSmartZvg:
 bool OpenedBlock::ReadGeo(const std::wstring& identification, ZVSmartZvg::SZVLGZvgGeo& geo) {
     bool isRead = false;
     const auto query = [&] { isRead = reader.GetGeoByIdentification(identification, geo); };
-    if (!Ask(query)) ThrowLastDamage();
+    if (!limits.Timed([&] { return Ask(query); }))
+        throw Error(ExitStatus::Damaged, "damaged: " + latestDamage);
     return isRead;
 }
 
@@ -164,6 +183,7 @@ unsigned int OpenedBlock::DecodedBytes() {
 }
 
 void OpenedBlock::ThrowIfDamaged() const {
+    if (!leftOut.empty()) throw Error(ExitStatus::Damaged, leftOut);
     if (damages.empty()) return;
     const std::string most = damages.size() == mostDamages ? "at least " : "";
     const std::string others = " (and " + most + std::to_string(damages.size() - 1) + " more)";
@@ -182,6 +202,21 @@ void OpenedBlock::RememberDamage(const std::string& damage) {
     if (!isNew || (damages.size() > 1 && !knowsOnlyMisfit)) return;
     firstDamage = damage;
     knowsOnlyMisfit = false;
+}
+
+/// Throws BudgetUsedUp where a block that does not decode may be larger than the budget allows.
+void OpenedBlock::ThrowIfTooLarge() {
+    u64 decodedBytes = 0;
+    try {
+        decodedBytes = reader.GetEstimatedDataSize();
+    } catch (const CZVFTStreamException& exception) {
+        return PassOnLackOfMemory(exception);  // it is damage, then
+    }
+    if (decodedBytes > limits.BlockLimit(FileBytes())) limits.EndMemory();
+}
+
+void OpenedBlock::LeaveOut(const std::string& what, const BudgetUsedUp& end) {
+    if (leftOut.empty()) leftOut = what + " and what follows are left out: " + end.Reason();
 }
 
 std::string PlaceText(unsigned int table, unsigned int position) {

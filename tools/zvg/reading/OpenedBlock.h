@@ -10,7 +10,11 @@
 #include "ZVSmartFormat/StreamException.h"
 #include "ZVSmartZvg/BlockReader.h"
 #include "tools/zvg/Command.h"
+#include "tools/zvg/reading/Budget.h"
 #include "tools/zvg/reading/InputStream.h"
+
+/// "FLOOR:POS" or "BLOCK:POS".
+std::string PlaceText(unsigned int table, unsigned int position);
 
 /// An input file, opened; see OpenInput for what it may be and what opening throws.
 class OpenedFile {
@@ -33,17 +37,19 @@ class OpenedFile {
 /// the file, the place in it and the reason.
 ///
 /// What cannot be read, and what an answer leaves out without saying so, is remembered as damage,
-/// so that a command can show what is whole before `ThrowIfDamaged` ends it. Each function here
-/// throws ToolError InputOutput where the system does not deliver the file.
+/// so that a command can show what is whole before `ThrowIfDamaged` ends it. So is where the
+/// command's budget was used up: what follows in the file is as if it were not there. Each function
+/// here throws ToolError InputOutput where the system does not deliver the file.
 class OpenedBlock {
   public:
     /// Throws ToolError InputOutput for a file that cannot be opened, Damaged for one that is no
-    /// block file or has no readable index.
-    explicit OpenedBlock(const std::string& path) : OpenedBlock(OpenedFile(path)) {}
+    /// block file or has no readable index. `limits` is borrowed, and charged for what is read.
+    OpenedBlock(const std::string& path, Budget& limits) : OpenedBlock(OpenedFile(path), limits) {}
     /// The same for a file that is open.
-    explicit OpenedBlock(OpenedFile file);
+    OpenedBlock(OpenedFile file, Budget& limits);
 
     ZVSmartZvg::CZVLGBlockReader& Reader() { return reader; }
+    Budget& Limits() { return limits; }
     const std::string& Path() const { return file.Path(); }
     unsigned long long FileBytes() { return file.Stream().GetSize(); }
 
@@ -68,14 +74,32 @@ class OpenedBlock {
     /// Reads the component at `index`, which is within the floor's number of components. False,
     /// remembered as damage, where it cannot be read.
     bool ReadComp(const ZVSmartZvg::SZVLGCompIndex& index, ZVSmartZvg::SZVLGZvgComp& comp);
-    /// Hands every readable component of a floor to `use(index, comp)`, in order.
+    /// Does `act`. False where the budget was used up before or is by it, which is remembered:
+    /// `what` and what follows are left out.
+    template <class Act>
+    bool Within(const std::string& what, Act act) {
+        if (!leftOut.empty()) return false;
+        try {
+            act();
+        } catch (const BudgetUsedUp& end) {
+            LeaveOut(what, end);
+        }
+        return leftOut.empty();
+    }
+
+    /// Hands every readable component of a floor to `use(index, comp)`, in order, until the budget
+    /// is used up.
     template <class Use>
     void ForEachComp(unsigned int floor, Use use) {
         ZVSmartZvg::SZVLGZvgComp comp;
         const unsigned int count = FloorCompNum(floor);
         for (unsigned int position = 0; position < count; ++position) {
             const ZVSmartZvg::SZVLGCompIndex index{floor, position};
-            if (ReadComp(index, comp)) use(index, comp);
+            try {
+                if (ReadComp(index, comp)) use(index, comp);
+            } catch (const BudgetUsedUp& end) {
+                return LeaveOut("component " + PlaceText(floor, position), end);
+            }
         }
     }
     /// Reads a geometry that is within the block's number of geometries. Throws ToolError Damaged,
@@ -91,6 +115,20 @@ class OpenedBlock {
 
     /// The number of different damages that were remembered, as far as they are told apart.
     std::size_t DamageCount() const { return damages.size(); }
+
+    /// Hands every identification and where it leads to `use(identification, index)`.
+    template <class Use>
+    void ForEachIdentification(Use use) {
+        std::wstring identification;
+        ZVSmartZvg::SZVLGZvgGeoIndex index;
+        const unsigned int count = reader.GetGeoIdentificationNum();
+        for (unsigned int i = 0; i < count; ++i) {
+            if (!reader.GetGeoIdentificationByIndex(i, identification, index)) return;
+            limits.Work(10 + identification.size());
+            use(identification, index);
+        }
+    }
+
     /// Throws ToolError Damaged for what was remembered, if anything was.
     void ThrowIfDamaged() const;
 
@@ -100,20 +138,22 @@ class OpenedBlock {
   private:
     template <class Query>
     bool Ask(Query query);
+    template <class Count>
+    unsigned int Counted(const char* what, unsigned int number, Count count);
     std::optional<std::string> LastDamage();
     void RememberDamage(const std::string& damage);
-    [[noreturn]] void ThrowLastDamage();
+    void ThrowIfTooLarge();
+    void LeaveOut(const std::string& what, const BudgetUsedUp& end);
     [[noreturn]] void ThrowForeign(const std::string& reason);
 
     OpenedFile file;
+    Budget& limits;
     ZVSmartZvg::CZVLGBlockReader reader;
-    std::string firstDamage;
+    std::string firstDamage, latestDamage;
+    std::string leftOut;  ///< what, and why; empty while the budget lasts
     bool knowsOnlyMisfit = false;
     std::set<std::string> damages;
 };
-
-/// "FLOOR:POS" or "BLOCK:POS".
-std::string PlaceText(unsigned int table, unsigned int position);
 
 /// `text` as a number that is written in digits alone and fits 32 bits.
 std::optional<unsigned int> ParseNumber(std::string_view text);

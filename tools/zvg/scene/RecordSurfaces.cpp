@@ -15,8 +15,8 @@ constexpr u16 styleNameFlag = 0x80;
 /// The point lists of a record move into one surface; indices count from where theirs begins.
 class SurfaceFiller {
   public:
-    SurfaceFiller(ShapeSurface& surface, const CZVIMTransf& toShape)
-        : surface(surface), toShape(toShape) {}
+    SurfaceFiller(ShapeSurface& surface, const CZVIMTransf& toShape, Budget& limits)
+        : surface(surface), toShape(toShape), limits(limits) {}
 
     void Begin(const std::vector<CZVIMPosition>& points) {
         first = surface.points.size();
@@ -61,13 +61,14 @@ class SurfaceFiller {
             if (corner(i) >= count) return;  // a negative index is a huge one here
             polygon.push_back(surface.points[first + corner(i)]);
         }
-        for (const auto& [a, b, c] : Triangulate(polygon)) {
+        for (const auto& [a, b, c] : Triangulate(polygon, limits)) {
             AddTriangle(corner(a), corner(b), corner(c));
         }
     }
 
     ShapeSurface& surface;
     const CZVIMTransf& toShape;
+    Budget& limits;
     std::size_t first = 0;
     std::size_t count = 0;
 };
@@ -95,14 +96,14 @@ void AddRecord(const SZVLGZvgGeo& geo, SurfaceFiller& filler) {
 
 }  // namespace
 
-std::vector<ShapeSurface> SurfacesOf(const SZVLGZvgGeo& geo) {
+std::vector<ShapeSurface> SurfacesOf(const SZVLGZvgGeo& geo, Budget& limits) {
     std::map<std::optional<SceneLook>, ShapeSurface> byLook;
     VisitNested(geo, [&](const NestedRecord& record) {
         std::optional<SceneLook> look;
         if (record.coloured != nullptr) look = LookOf(*record.coloured, L"");
         ShapeSurface& surface = byLook[look];
         surface.look = look;
-        SurfaceFiller filler(surface, record.toOutermost);
+        SurfaceFiller filler(surface, record.toOutermost, limits);
         AddRecord(*record.geo, filler);
     });
     std::vector<ShapeSurface> surfaces;

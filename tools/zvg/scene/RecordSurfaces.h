@@ -3,13 +3,15 @@
 #include <vector>
 
 #include "ZVSmartZvg/Geo.h"
+#include "tools/zvg/reading/Budget.h"
 #include "tools/zvg/scene/SceneBuilder.h"
 
 /// The surfaces of a record and of all that is nested in it, one per look: shells, visual shells,
 /// poly face meshes, meshes and the triangles of render meshes, in the record's coordinates. What
 /// is nested takes the colour of the innermost display attributes around it. Faces whose indices
-/// lead nowhere are left out, so untrusted records are safe.
-std::vector<ShapeSurface> SurfacesOf(const ZVSmartZvg::SZVLGZvgGeo& geo);
+/// lead nowhere are left out, so untrusted records are safe; what cutting polygons takes is
+/// charged.
+std::vector<ShapeSurface> SurfacesOf(const ZVSmartZvg::SZVLGZvgGeo& geo, Budget& limits);
 
 /// What display attributes make of a surface; they hold a colour. `otherName` is its name where
 /// they have none.

@@ -20,22 +20,19 @@ struct PlacedName {
 /// What one component places, in the order in which it was found.
 class PlacedNames {
   public:
-    /// Adds nothing where the name is one that leads here, the chain is too long, or there are
-    /// too many.
+    explicit PlacedNames(Budget& limits) : limits(limits), held(limits) {}
+
+    /// Adds nothing where the name is one that leads here or the chain is too long.
     void Add(const std::wstring& name, const CZVIMTransf& toModel, std::size_t placedBy) {
-        ++considered;
-        if (!IsFull() && IsNew(name, placedBy)) list.push_back({name, toModel, placedBy});
+        limits.Work(20 + name.size() / 8);
+        if (!IsNew(name, placedBy)) return;
+        held.Add(2 * sizeof(PlacedName) + name.size() * sizeof(wchar_t));
+        list.push_back({name, toModel, placedBy});
     }
 
     /// Several rows may lead to one geometry; it is there once.
     void AddReferenced(const std::wstring& name) {
         if (referenced.insert(name).second) Add(name, CZVIMTransf(), nothing);
-    }
-
-    /// Also where too many were refused: a hostile file may offer the same ones for ever.
-    bool IsFull() const {
-        constexpr std::size_t mostOffers = 100 * mostPlacementsOfComponent;
-        return list.size() >= mostPlacementsOfComponent || considered > mostOffers;
     }
 
     std::size_t Size() const { return list.size(); }
@@ -51,9 +48,10 @@ class PlacedNames {
         return true;
     }
 
+    Budget& limits;
+    HeldMemory held;
     std::vector<PlacedName> list;
     std::unordered_set<std::wstring> referenced;
-    std::size_t considered = 0;
 };
 
 }  // namespace
@@ -88,10 +86,10 @@ NamedPlacements PlacementsIn(const SZVLGZvgGeo& geo) {
 }
 
 void WalkPlacements(
-    const SZVLGZvgComp& comp,
+    const SZVLGZvgComp& comp, Budget& limits,
     const std::function<const NamedPlacements*(const std::wstring& name)>& placedBy,
     const std::function<void(const std::wstring& name, const CZVIMTransf& toModel)>& use) {
-    PlacedNames placements;
+    PlacedNames placements(limits);
     for (const SZVLGZvgCompGeoRef& ref : comp.geoRefs) {
         for (const SZVLGZvgGeoId& row : ref.geoIds) {
             placements.AddReferenced(GetGeoIdentification(row));
@@ -103,7 +101,6 @@ void WalkPlacements(
         if (more == nullptr) continue;
         use(placed.name, placed.toModel);
         for (const SZVLGZvgGeoNamedTransf& named : *more) {
-            if (placements.IsFull()) break;
             placements.Add(named.name, placed.toModel * named.transf, i);
         }
     }

@@ -7,6 +7,7 @@
 
 #include "ZVSmartZvg/Comp.h"
 #include "ZVSmartZvg/Geo.h"
+#include "tools/zvg/reading/Budget.h"
 
 /// A record within a record, or the outermost one itself.
 struct NestedRecord {
@@ -37,11 +38,8 @@ NamedPlacements PlacementsIn(const ZVSmartZvg::SZVLGZvgGeo& geo);
 /// `placedBy(name)` gives what the geometry stored under a name places, null where there is none;
 /// the answer must hold until the next call. `use` then gets that name and its coordinates to the
 /// model's. Untrusted files are safe: a name that leads back to itself is left out, chains of
-/// placements end at 16 links, and a component places at most
-/// `mostPlacementsOfComponent`.
-void WalkPlacements(const ZVSmartZvg::SZVLGZvgComp& comp,
+/// placements end at 16 links, and each placement is charged to `limits`.
+void WalkPlacements(const ZVSmartZvg::SZVLGZvgComp& comp, Budget& limits,
                     const std::function<const NamedPlacements*(const std::wstring& name)>& placedBy,
                     const std::function<void(const std::wstring& name,
                                              const ZVSmartZvg::CZVIMTransf& toModel)>& use);
-
-constexpr std::size_t mostPlacementsOfComponent = 10000;

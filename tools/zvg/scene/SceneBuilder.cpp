@@ -93,6 +93,13 @@ std::optional<std::size_t> SceneBuilder::AddShape(const std::wstring& name,
     return shapes.size() - 1;
 }
 
+std::size_t SceneBuilder::AddNamesake(const std::wstring& name, std::size_t shape) {
+    Shape namesake = shapes[shape];
+    namesake.name = name;
+    shapes.push_back(std::move(namesake));
+    return shapes.size() - 1;
+}
+
 std::size_t SceneBuilder::AddComponent() {
     scene.components.emplace_back();
     return scene.components.size() - 1;

@@ -31,6 +31,9 @@ class SceneBuilder {
     std::optional<std::size_t> AddShape(const std::wstring& name,
                                         const std::vector<ShapeSurface>& surfaces);
 
+    /// Keeps a shape that has another name and is otherwise the same; returns its number.
+    std::size_t AddNamesake(const std::wstring& name, std::size_t shape);
+
     /// Adds a component without a body; returns its number.
     std::size_t AddComponent();
 

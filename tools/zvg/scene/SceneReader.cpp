@@ -3,11 +3,16 @@
 #include <stdexcept>
 #include <utility>
 
+#include "tools/zvg/reading/RecordBytes.h"
 #include "tools/zvg/scene/RecordSurfaces.h"
 
 using namespace ZVSmartZvg;
 
 namespace {
+
+// With what a writer or the ray tracer keeps of each.
+constexpr u64 bytesOfPlacement = 1500;
+constexpr u64 bytesOfName = 500;
 
 Placement PlacementOf(const CZVIMTransf& transf) {
     Placement placement;
@@ -34,16 +39,17 @@ void SceneReader::Add(const SZVLGZvgComp& comp) {
     const std::size_t component = builder.AddComponent();
     const SceneLook ownLook = OwnLook(comp);
     const auto placedBy = [this](const std::wstring& name) {
-        const Stored& stored = Read(name);
-        return stored.there ? &stored.placements : nullptr;
+        const Stored* const stored = Find(name).stored;
+        return stored != nullptr ? &stored->placements : nullptr;
     };
     const auto place = [&](const std::wstring& name, const CZVIMTransf& toModel) {
-        const Stored& stored = Read(name);
-        if (!stored.shape) return;
-        builder.Place(component, *stored.shape, PlacementOf(toModel), ownLook);
+        const Named& named = Find(name);
+        if (!named.shape) return;
+        block.Limits().Memory(bytesOfPlacement);
+        builder.Place(component, *named.shape, PlacementOf(toModel), ownLook);
     };
     try {
-        WalkPlacements(comp, placedBy, place);
+        WalkPlacements(comp, block.Limits(), placedBy, place);
     } catch (const std::length_error&) {
         throw block.Error(ExitStatus::Damaged, "its geometries are placed more than " +
                                                    std::to_string(SceneBuilder::mostPlacements) +
@@ -51,22 +57,41 @@ void SceneReader::Add(const SZVLGZvgComp& comp) {
     }
 }
 
-const SceneReader::Stored& SceneReader::Read(const std::wstring& name) {
-    const auto [place, added] = storedByName.try_emplace(name);
-    Stored& stored = place->second;
-    if (!added) return stored;
+const SceneReader::Named& SceneReader::Find(const std::wstring& name) {
+    const auto [known, added] = names.try_emplace(name);
+    Named& named = known->second;
+    if (!added) return named;
+    block.Limits().Memory(bytesOfName + 2 * name.size() * sizeof(wchar_t));
+    const std::optional<u64> place = geos.Find(name);
+    if (!place) {
+        ++missing;
+        return named;
+    }
+    const auto stored = storedByPlace.find(*place);
+    if (stored != storedByPlace.end()) {
+        named.stored = &stored->second;
+        if (named.stored->shape) named.shape = builder.AddNamesake(name, *named.stored->shape);
+    } else {
+        named.stored = &storedByPlace.emplace(*place, Read(name, *place)).first->second;
+        named.shape = named.stored->shape;
+    }
+    return named;
+}
+
+SceneReader::Stored SceneReader::Read(const std::wstring& name, u64 place) {
+    Budget& limits = block.Limits();
     SZVLGZvgGeo geo;
+    Stored stored;
     try {
-        stored.there = geos.Read(name, geo);
+        geos.Read(place, geo);
+    } catch (const BudgetUsedUp&) {
+        throw;
     } catch (const ToolError& error) {
         if (!salvage || error.Status() != ExitStatus::Damaged) throw;
         return stored;
     }
-    if (!stored.there) {
-        ++missing;
-        return stored;
-    }
-    stored.shape = builder.AddShape(name, SurfacesOf(geo));
+    limits.Memory(BytesOf(geo));  // about what stays of it
+    stored.shape = builder.AddShape(name, SurfacesOf(geo, limits));
     stored.placements = PlacementsIn(geo);
     return stored;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -11,10 +12,9 @@
 #include "tools/zvg/scene/SceneBuilder.h"
 #include "tools/zvg/scene/StoredGeos.h"
 
-/// Reads the bodies of a block file's components into a scene. Each stored geometry is read once.
-///
-/// Untrusted files are safe: walks end (see WalkPlacements), and memory stays in proportion to
-/// the decoded geometries and to the number of placements, which has a limit.
+/// Reads the bodies of a block file's components into a scene. Each stored geometry is read once,
+/// whatever names lead to it. Untrusted files are safe: walks end (see WalkPlacements), and what is
+/// kept is charged to the block's budget.
 class SceneReader {
   public:
     /// `block` is borrowed. With `salvage` a geometry that cannot be decoded is left out; `block`
@@ -33,18 +33,26 @@ class SceneReader {
     Scene Take() { return builder.Take(); }
 
   private:
+    /// What is read of one stored geometry.
     struct Stored {
-        bool there = false;
         std::optional<std::size_t> shape;
         NamedPlacements placements;
     };
 
-    const Stored& Read(const std::wstring& name);
+    /// A name that components use; what it leads to is null where the file does not hold it.
+    struct Named {
+        const Stored* stored = nullptr;
+        std::optional<std::size_t> shape;  ///< bears the name
+    };
+
+    const Named& Find(const std::wstring& name);
+    Stored Read(const std::wstring& name, std::uint64_t place);
 
     OpenedBlock& block;
     StoredGeos geos;
     bool salvage;
     SceneBuilder builder;
-    std::unordered_map<std::wstring, Stored> storedByName;
+    std::unordered_map<std::uint64_t, Stored> storedByPlace;
+    std::unordered_map<std::wstring, Named> names;
     std::size_t missing = 0;
 };

@@ -1,21 +1,30 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <unordered_map>
 
 #include "ZVSmartZvg/Geo.h"
 #include "tools/zvg/reading/OpenedBlock.h"
 
-/// Geometries by their identification, where those that the file does not hold and those that
-/// cannot be read are told apart: names may be the host's own, and lead nowhere rightly.
+/// Where geometries are stored, by their identifications. Names may be the host's own, and lead
+/// nowhere rightly.
 class StoredGeos {
   public:
     /// `block` is borrowed.
     explicit StoredGeos(OpenedBlock& block) : block(block) {}
 
-    /// Reads into `geo`, which is fresh. False where the file holds no such geometry. Throws
-    /// ToolError Damaged where it holds one that cannot be read.
-    bool Read(const std::wstring& identification, ZVSmartZvg::SZVLGZvgGeo& geo);
+    /// The place of a geometry, one number for each; none where the file holds no such name.
+    /// Several names may lead to one place.
+    std::optional<std::uint64_t> Find(const std::wstring& identification);
+
+    /// Reads into `geo`, which is fresh, what is at `place`. Throws ToolError Damaged where it
+    /// cannot be read.
+    void Read(std::uint64_t place, ZVSmartZvg::SZVLGZvgGeo& geo);
 
   private:
     OpenedBlock& block;
+    /// Filled when first asked.
+    std::optional<std::unordered_map<std::wstring, std::uint64_t>> places;
 };

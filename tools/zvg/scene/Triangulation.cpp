@@ -1,7 +1,7 @@
 #include "tools/zvg/scene/Triangulation.h"
 
 #include <cmath>
-#include <numeric>
+#include <utility>
 
 namespace {
 
@@ -57,58 +57,100 @@ bool Same(const Flat& a, const Flat& b) {
     return a.x == b.x && a.y == b.y;
 }
 
-bool IsEar(const std::vector<Flat>& flat, const std::vector<std::size_t>& left, std::size_t at) {
-    const std::size_t count = left.size();
-    const Flat& a = flat[left[(at + count - 1) % count]];
-    const Flat& b = flat[left[at]];
-    const Flat& c = flat[left[(at + 1) % count]];
-    if (!(Turn(a, b, c) > 0)) return false;
-    for (const std::size_t i : left) {
-        const Flat& point = flat[i];
-        if (Same(point, a) || Same(point, b) || Same(point, c)) continue;
-        if (Covers(a, b, c, point)) return false;
-    }
-    return true;
-}
-
 Triangles Fan(std::size_t corners) {
     Triangles triangles;
     for (std::size_t i = 2; i < corners; ++i) triangles.push_back({0, i - 1, i});
     return triangles;
 }
 
-/// A corner on a straight line, which can go without a triangle.
-bool IsStraight(const std::vector<Flat>& flat, const std::vector<std::size_t>& left,
-                std::size_t at) {
-    const std::size_t count = left.size();
-    return Turn(flat[left[(at + count - 1) % count]], flat[left[at]],
-                flat[left[(at + 1) % count]]) == 0;
-}
+/// Clips corner by corner, going round. What is known of a corner holds until one of its
+/// neighbours goes: corners that were found outside its triangle stay outside. So the search for
+/// one that lies inside goes on where it ended, and of n corners each looks at all others about
+/// three times at most.
+class Clipper {
+  public:
+    Clipper(std::vector<Flat> polygon, Budget& limits)
+        : flat(std::move(polygon)), limits(limits), left(flat.size()), corners(left) {
+        for (std::size_t i = 0; i < left; ++i) {
+            corners[i].before = i == 0 ? left - 1 : i - 1;
+            corners[i].behind = i + 1 == left ? 0 : i + 1;
+        }
+    }
+
+    Triangles Clip() {
+        std::size_t at = 0;
+        std::size_t misses = 0;
+        while (left > 3) {
+            limits.Work(1);
+            const Corner& corner = corners[at];
+            const double turn = Turn(flat[corner.before], flat[at], flat[corner.behind]);
+            const bool ear = turn > 0 && IsFree(at);
+            const std::size_t next = corner.behind;
+            if (ear) triangles.push_back({corner.before, at, next});
+            if (ear || turn == 0) {  // a corner on a straight line goes without a triangle
+                Remove(at);
+                misses = 0;
+            } else if (++misses > left) {
+                return Fan(flat.size());
+            }
+            at = next;
+        }
+        AddLast();
+        return std::move(triangles);
+    }
+
+  private:
+    struct Corner {
+        std::size_t before = 0, behind = 0;  ///< the neighbours
+        std::size_t searched = 0;            ///< all corners up to here lie outside its triangle
+        bool gone = false;
+    };
+
+    /// Whether no other corner lies in the triangle of this one, which turns left.
+    bool IsFree(std::size_t at) {
+        Corner& corner = corners[at];
+        const Flat& a = flat[corner.before];
+        const Flat& b = flat[at];
+        const Flat& c = flat[corner.behind];
+        const std::size_t begun = corner.searched;
+        const auto blocks = [&](std::size_t i) {
+            const Flat& point = flat[i];
+            if (corners[i].gone || Same(point, a) || Same(point, b) || Same(point, c)) return false;
+            return Covers(a, b, c, point);
+        };
+        while (corner.searched < flat.size() && !blocks(corner.searched)) ++corner.searched;
+        limits.Work(1 + (corner.searched - begun) / 2);
+        return corner.searched == flat.size();
+    }
+
+    void Remove(std::size_t at) {
+        Corner& corner = corners[at];
+        corner.gone = true;
+        corners[corner.before].behind = corner.behind;
+        corners[corner.behind].before = corner.before;
+        corners[corner.before].searched = corners[corner.behind].searched = 0;
+        --left;
+    }
+
+    void AddLast() {
+        std::array<std::size_t, 3> last = {};
+        std::size_t count = 0;
+        for (std::size_t i = 0; i < corners.size(); ++i) {
+            if (!corners[i].gone) last[count++] = i;
+        }
+        triangles.push_back(last);
+    }
+
+    const std::vector<Flat> flat;
+    Budget& limits;
+    std::size_t left;  ///< corners
+    std::vector<Corner> corners;
+    Triangles triangles;
+};
 
 }  // namespace
 
-Triangles Triangulate(const Polygon& polygon) {
+Triangles Triangulate(const Polygon& polygon, Budget& limits) {
     if (polygon.size() <= 3 || polygon.size() > mostCorners) return Fan(polygon.size());
-    const std::vector<Flat> flat = Flattened(polygon);
-    std::vector<std::size_t> left(polygon.size());
-    std::iota(left.begin(), left.end(), std::size_t{0});
-    Triangles triangles;
-    std::size_t at = 0;
-    std::size_t misses = 0;
-    while (left.size() > 3) {
-        at %= left.size();
-        const bool ear = IsEar(flat, left, at);
-        if (!ear && !IsStraight(flat, left, at)) {
-            ++at;
-            if (++misses > left.size()) return Fan(polygon.size());
-            continue;
-        }
-        const std::size_t count = left.size();
-        if (ear)
-            triangles.push_back({left[(at + count - 1) % count], left[at], left[(at + 1) % count]});
-        left.erase(left.begin() + static_cast<std::ptrdiff_t>(at));
-        misses = 0;
-    }
-    triangles.push_back({left[0], left[1], left[2]});
-    return triangles;
+    return Clipper(Flattened(polygon), limits).Clip();
 }

@@ -4,9 +4,12 @@
 #include <cstddef>
 #include <vector>
 
+#include "tools/zvg/reading/Budget.h"
+
 /// Cuts a polygon into triangles by clipping ears (Meisters 1975) in the plane that Newell's
 /// normal gives; each triangle holds positions in `polygon` and turns as the polygon does. A
 /// polygon that crosses itself, or has more than 1000 corners, becomes a fan; fewer than three
-/// corners give none. Takes time proportional to the square of the corners, up to that number.
+/// corners give none. Takes time that grows with the square of the corners, up to that number; it
+/// is charged to `limits`.
 std::vector<std::array<std::size_t, 3>> Triangulate(
-    const std::vector<std::array<double, 3>>& polygon);
+    const std::vector<std::array<double, 3>>& polygon, Budget& limits);
