@@ -15,5 +15,5 @@ std::optional<u64> StoredGeos::Find(const std::wstring& identification) {
 }
 
 void StoredGeos::Read(u64 place, SZVLGZvgGeo& geo) {
-    block.ReadGeo({static_cast<u32>(place >> 32), static_cast<u32>(place)}, geo);
+    block.ReadGeo(SZVLGZvgGeoIndex{static_cast<u32>(place >> 32), static_cast<u32>(place)}, geo);
 }
