@@ -287,7 +287,7 @@ const std::vector<HostileFile>& HostileFiles() {
         {"properties", [] { return PropertiesFile(1, 400000); }},
         {"many_properties", [] { return PropertiesFile(100, 8000); }},
         {"materials", [] { return MaterialsFile(300000); }},
-        {"floors", [] { return Multiplied(ComponentsFile(20, [](SZVLGZvgComp&) {}), 1, 100000); }},
+        {"floors", [] { return Multiplied(ComponentsFile(20, [](SZVLGZvgComp&) {}), 1, 40000); }},
         {"long_floors",
          [] {
              const std::wstring name(20000, L'f');
@@ -319,7 +319,7 @@ const std::vector<HostileFile>& HostileFiles() {
         {"nested_styles", [] { return BodyFile(Nested(3000, 1, Styled(5000))); }},
         {"transforms", [] { return BodyFile(Places(L"none", 250000)); }},
         {"coincident", [] { return CoincidentTriangles(1000000); }},
-        {"coincident_placed", [] { return PlacedFile(Triangle(), 60000, Moved(1, 2, 3)); }},
+        {"coincident_placed", [] { return PlacedFile(Triangle(), 40000, Moved(1, 2, 3)); }},
         {"crossing", [] { return BodyFile(Triangles(Crossing(20000))); }},
         {"crossing_glass", [] { return BodyFile(Glass(Triangles(Crossing(20000)))); }},
         {"crossing_shapes", [] { return CrossingShapes(5000); }},

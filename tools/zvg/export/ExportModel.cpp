@@ -18,6 +18,7 @@ using namespace ZVSmartZvg;
 namespace {
 
 constexpr std::uint64_t bytesOfComponent = 2000;  // as a node, besides what it says
+constexpr std::uint64_t stepsOfComponent = 3000;
 
 bool IsNamed(const SerialKey& key) {
     return KeyText(key) != KeyText(SerialKey());
@@ -145,7 +146,9 @@ ExportModel ReadExport(OpenedBlock& block, const ExportSelection& selection) {
         block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
             if (selection.progress) selection.progress(++done, total);
             if (selection.className && !IsOfClass(comp, className)) return;
-            block.Limits().Memory(bytesOfComponent + 5 * BytesOf(comp));
+            const std::uint64_t bytes = BytesOf(comp) - sizeof comp;
+            block.Limits().Memory(bytesOfComponent + 5 * bytes);
+            block.Limits().Work(stepsOfComponent + bytes);
             scene.Add(comp);
             model.components.push_back({groups.Of(floor, floorName, comp), ComponentName(comp),
                                         ComponentExtras(index, comp)});

@@ -7,11 +7,11 @@ namespace {
 
 constexpr std::uint64_t boundless = std::uint64_t{1} << 62;  // leaves room to give back
 
-// A second and 128 MiB for any file, and what grows with it.
+// A second and 96 MiB for any file, and what grows with it.
 constexpr std::uint64_t leastWork = 100'000'000;
-constexpr std::uint64_t workPerByte = 100;
-constexpr std::uint64_t leastMemory = 128 << 20;
-constexpr std::uint64_t memoryPerByte = 256;
+constexpr std::uint64_t workPerByte = 400;
+constexpr std::uint64_t leastMemory = 96 << 20;
+constexpr std::uint64_t memoryPerByte = 2048;
 
 }  // namespace
 
