@@ -117,7 +117,7 @@ class Burial {
     Burial& operator=(const Burial&) = delete;
 
     /// Waits for the child's end, under watch, and returns its status as `waitpid` gives it.
-    int Wait(const Watch& watch) {
+    int Wait(Watch& watch) {
         int status = 0;
         for (int pause = 0; waitpid(child, &status, WNOHANG) != child; pause = 1) {
             poll(nullptr, 0, pause);

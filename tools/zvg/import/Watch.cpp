@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -45,6 +46,14 @@ std::uint64_t ResidentBytes(pid_t process) {
     return resident * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
 }
 
+/// What processors spent on it; nothing where it is not told.
+std::chrono::nanoseconds WorkOf(pid_t process) {
+    clockid_t clock = 0;
+    timespec time = {};
+    if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &time) != 0) return {};
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
 std::uint64_t SoftLimit(int resource) {
     rlimit limit = {RLIM_INFINITY, RLIM_INFINITY};
     getrlimit(static_cast<__rlimit_resource>(resource), &limit);
@@ -62,15 +71,35 @@ ImportLimits ImportLimits::For(std::uint64_t modelBytes) {
 }
 
 Watch::Watch(pid_t child, const ImportLimits& limits)
-    : child(child), limits(limits), begun(Clock::now()), progress(begun) {}
+    : child(child), limits(limits), begun(Clock::now()), progress(begun), sampled(begun) {}
 
-void Watch::Check() const {
+void Watch::NoteProgress() {
+    progress = Clock::now();
+    workSinceProgress = {};
+}
+
+void Watch::Check() {
     if (ResidentBytes(child) > limits.memoryBytes) ThrowTooMuchMemory(limits.memoryBytes);
     const Clock::time_point now = Clock::now();
     if (limits.time.count() != 0 && now - begun > limits.time) {
         Throw("the importer needs more than " + Seconds(limits.time) + " (--max-time)");
     }
-    if (limits.silence.count() != 0 && now - progress > limits.silence) {
+    if (limits.silence.count() != 0) CheckSilence(now);
+}
+
+/// A busy machine does not make a model hostile: what counts is the time in which the child
+/// worked, and a multiple of it by the clock only for one that does nothing at all.
+void Watch::CheckSilence(Clock::time_point now) {
+    constexpr std::chrono::milliseconds sampling(200);
+    constexpr int idleFactor = 20;
+    if (now - sampled < sampling) return;
+    const Clock::duration work = WorkOf(child);
+    // Many threads at once count as one.
+    workSinceProgress += std::clamp(work - workAtSample, Clock::duration(0), now - sampled);
+    workAtSample = work;
+    sampled = now;
+    const bool idle = now - progress > idleFactor * limits.silence;
+    if (idle || workSinceProgress > limits.silence) {
         Throw("the importer makes no progress for " + Seconds(limits.silence) +
               " (--max-time gives it a time in all instead)");
     }

@@ -9,7 +9,7 @@
 struct ImportLimits {
     std::uint64_t memoryBytes = 0;         ///< of memory in use
     std::chrono::milliseconds time{0};     ///< in all; 0 for no such limit
-    std::chrono::milliseconds silence{0};  ///< without progress; 0 for no such limit
+    std::chrono::milliseconds silence{0};  ///< of work without progress; 0 for no such limit
 
     /// Half of the machine's memory, and a minute without progress: more for a large model, whose
     /// parsing tells nothing, by a second for each megabyte.
@@ -24,16 +24,22 @@ class Watch {
     /// How long to wait at most before the next Check.
     static constexpr int pauseMilliseconds = 20;
 
-    void NoteProgress() { progress = Clock::now(); }
+    void NoteProgress();
     /// Throws ToolError InputOutput where a limit is passed.
-    void Check() const;
+    void Check();
 
   private:
     using Clock = std::chrono::steady_clock;
 
+    void CheckSilence(Clock::time_point now);
+
     pid_t child;
     ImportLimits limits;
     Clock::time_point begun, progress;
+    /// When it was last seen how long the child has worked: the time that passed, or less where
+    /// other programs had the processors.
+    Clock::time_point sampled;
+    Clock::duration workAtSample{0}, workSinceProgress{0};
 };
 
 /// Lowers what this process may allocate to the limit, with room for what is never used; for use
