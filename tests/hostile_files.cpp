@@ -314,7 +314,7 @@ const std::vector<HostileFile>& HostileFiles() {
         {"placed_circles", [] { return PlacedFile(Circles(5000), 1000, Tilted()); }},
         {"chain", [] { return ChainFile(14); }},
         {"identifications", [] { return IdentificationsFile(20000); }},
-        {"nested_wide", [] { return BodyFile(Nested(250000, 1)); }},
+        {"nested_wide", [] { return BodyFile(Nested(40000, 1)); }},
         {"nested_deep", [] { return BodyFile(Nested(1, 200000)); }},
         {"nested_styles", [] { return BodyFile(Nested(3000, 1, Styled(5000))); }},
         {"transforms", [] { return BodyFile(Places(L"none", 250000)); }},

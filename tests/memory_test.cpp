@@ -59,6 +59,7 @@ Bytes FileWithGeo(const Bytes& record) {
 struct Outcome {
     bool isRead = false;
     std::size_t peak = 0;
+    EZVLGMiss miss = EZVLGMiss::None;
     std::string reason;
 };
 
@@ -73,7 +74,7 @@ Outcome ReadGeo(const Bytes& file, u64 limit) {
     SZVLGBlockFinding finding;
     outcome.peak = PeakOf([&] {
         Thrown([&] { outcome.isRead = reader.GetGeoByIndex({0, 0}, geo); });
-        reader.GetLastMiss(finding);
+        outcome.miss = reader.GetLastMiss(finding);
     });
     outcome.reason = finding.reason;
     return outcome;
@@ -112,6 +113,7 @@ TEST(Memory, TheWorstRecordThatIsAcceptedStaysWithinTheLimit) {
         const Outcome first = ReadGeo(FileWithGeo(one.make(count + 1)), limit);
         EXPECT_FALSE(first.isRead) << one.name;
         EXPECT_EQ(first.reason, "geometry block 0, record 0 takes more memory than the limit");
+        EXPECT_EQ(first.miss, EZVLGMiss::TooLarge) << one.name;
         EXPECT_LE(first.peak, limit + page) << one.name;
         EXPECT_LE(worst.peak, limit + page) << one.name << ", " << count;
         EXPECT_TRUE(!AllocHooks::available || worst.peak > limit / 4) << one.name << ", " << count;

@@ -187,8 +187,11 @@ bool CZVLGBlockReader::Imp::ReadBlock(CheckedInStream& in, const LastMiss::Subje
                                       DecodedBlock& block) {
     last.LookAt(in.GetPos() - basePos, subject);
     if (ReadCompressedBlock(in, decodedLimit, block)) return true;
-    const bool isTooLarge = ZVSmartFormat::DecodedSizeOfBlock(in) > decodedLimit;
-    last.NoteDamaged(isTooLarge ? "decodes to more than the limit" : "does not decode");
+    if (ZVSmartFormat::DecodedSizeOfBlock(in) > decodedLimit) {
+        last.NoteTooLarge("decodes to more than the limit");
+    } else {
+        last.NoteDamaged("does not decode");
+    }
     return false;
 }
 

@@ -10,7 +10,7 @@ void LastMiss::NoteException() {
     try {
         throw;
     } catch (const ZVSmartFormat::OverLimit&) {
-        NoteDamaged("takes more memory than the limit");
+        NoteTooLarge("takes more memory than the limit");
     } catch (const ZVSmartFormat::CZVFTStreamException& exception) {
         if (ZVSmartFormat::IsLackOfMemory(exception)) return Clear();
         if (ZVSmartFormat::IsForeignFile(exception)) return NoteAbsent();
@@ -34,7 +34,7 @@ void AppendName(std::string& text, const char* what, LastMiss::u32 number) {
 }  // namespace
 
 void LastMiss::Tell(SZVLGBlockFinding& finding) const {
-    if (kind != EZVLGMiss::Damaged && kind != EZVLGMiss::Unread) return;
+    if (kind == EZVLGMiss::None || kind == EZVLGMiss::Absent) return;
     std::string text;
     AppendName(text, subject.what, subject.number);
     if (*subject.record != '\0') text += ", ";

@@ -40,6 +40,11 @@ class LastMiss {
         kind = EZVLGMiss::Damaged;
         reason = newReason;
     }
+    /// The same where it is the host's limit that stands in the way.
+    void NoteTooLarge(const char* newReason) {
+        kind = EZVLGMiss::TooLarge;
+        reason = newReason;
+    }
     void NoteUnread(u64 newPosition) {
         kind = EZVLGMiss::Unread;
         position = newPosition;

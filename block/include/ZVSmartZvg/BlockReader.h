@@ -17,10 +17,11 @@ namespace ZVSmartZvg {
 
 /// What a query's neutral answer, or its exception, stands for.
 enum class EZVLGMiss : unsigned char {
-    None,     ///< the last query found what it was asked for
-    Absent,   ///< the file has no such thing
-    Damaged,  ///< the file has it, but its bytes are damaged
-    Unread,   ///< the stream failed to deliver bytes that it has
+    None,      ///< the last query found what it was asked for
+    Absent,    ///< the file has no such thing
+    Damaged,   ///< the file has it, but its bytes are damaged
+    Unread,    ///< the stream failed to deliver bytes that it has
+    TooLarge,  ///< the file has it, but reading it takes more than `SetDecodedBlockLimit` allows
 };
 
 /// Opens a block file and answers queries. `Init` reads the head and the index; geometry blocks
@@ -64,7 +65,7 @@ class ZVLG_API CZVLGBlockReader {
     bool Init(ZVSmartFormat::CZVFTInStream* in, unsigned int geoBlockCacheLimit = 0,
               unsigned int floorCacheLimit = 0);
 
-    /// What hid behind the answer to the last query, `Init` included. For Damaged and Unread
+    /// What hid behind the answer to the last query, `Init` included. For all but None and Absent
     /// `finding` is replaced by the place, from the file's base, and the reason in one line;
     /// otherwise it stays.
     ///
@@ -72,12 +73,14 @@ class ZVLG_API CZVLGBlockReader {
     /// - Absent: a number out of range, an identification that the index does not have, a
     ///   geometry without bytes, a preview without an image; any query before `Init`; an `Init`
     ///   that throws "it's not zvg file format" or "it's upper zvg format".
-    /// - Damaged: a block that does not decode or is larger than the limit; a record that cannot
-    ///   be located or read, or takes more memory than the limit; an identification that leads to
-    ///   no stored geometry; a component that refers to rows which are not there, so that fields
-    ///   which it has are left empty; a section whose count, size and place contradict each other,
-    ///   so that records may be hidden. The last is also told by an `Init` that returns true, and
-    ///   by the queries for numbers of records and for one beyond the count.
+    /// - Damaged: a block that does not decode; a record that cannot be located or read; an
+    ///   identification that leads to no stored geometry; a component that refers to rows which
+    ///   are not there, so that fields which it has are left empty; a section whose count, size and
+    ///   place contradict each other, so that records may be hidden. The last is also told by an
+    ///   `Init` that returns true, and by the queries for numbers of records and for one beyond
+    ///   the count.
+    /// - TooLarge: a block that announces more, or a record that takes more, than
+    ///   `SetDecodedBlockLimit` allows.
     /// - Unread: a read or a seek within the size that the stream tells failed or fell short.
     ///
     /// After a failed `Init` every query is told as that `Init` was. `GetVersion`, `GetHeadInfo`,

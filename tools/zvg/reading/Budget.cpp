@@ -49,6 +49,7 @@ void Budget::EndWork() {
 
 void Budget::EndMemory() {
     workLeft = 0;
-    throw BudgetUsedUp(files,
-                       "more memory than the file's size accounts for (--no-limit takes it)");
+    throw BudgetUsedUp(
+        files, unlimited ? "more than 4 GiB in one piece"
+                         : "more memory than the file's size accounts for (--no-limit takes it)");
 }

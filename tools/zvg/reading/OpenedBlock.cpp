@@ -72,7 +72,6 @@ bool OpenedBlock::Ask(Query query) {
     if (!damage) return true;
     RememberDamage(*damage);
     latestDamage = *damage;
-    ThrowIfTooLarge();
     return false;
 }
 
@@ -84,6 +83,7 @@ std::optional<std::string> OpenedBlock::LastDamage() {
         file.ThrowIfUnread();
         throw Error(ExitStatus::InputOutput, "became shorter while it was read");
     }
+    if (miss == EZVLGMiss::TooLarge) limits.EndMemory();
     if (miss != EZVLGMiss::Damaged) return std::nullopt;
     return DamageText(finding);
 }
@@ -202,17 +202,6 @@ void OpenedBlock::RememberDamage(const std::string& damage) {
     if (!isNew || (damages.size() > 1 && !knowsOnlyMisfit)) return;
     firstDamage = damage;
     knowsOnlyMisfit = false;
-}
-
-/// Throws BudgetUsedUp where a block that does not decode may be larger than the budget allows.
-void OpenedBlock::ThrowIfTooLarge() {
-    u64 decodedBytes = 0;
-    try {
-        decodedBytes = reader.GetEstimatedDataSize();
-    } catch (const CZVFTStreamException& exception) {
-        return PassOnLackOfMemory(exception);  // it is damage, then
-    }
-    if (decodedBytes > limits.BlockLimit(FileBytes())) limits.EndMemory();
 }
 
 void OpenedBlock::LeaveOut(const std::string& what, const BudgetUsedUp& end) {

@@ -142,7 +142,6 @@ class OpenedBlock {
     unsigned int Counted(const char* what, unsigned int number, Count count);
     std::optional<std::string> LastDamage();
     void RememberDamage(const std::string& damage);
-    void ThrowIfTooLarge();
     void LeaveOut(const std::string& what, const BudgetUsedUp& end);
     [[noreturn]] void ThrowForeign(const std::string& reason);
 
