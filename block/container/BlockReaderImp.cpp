@@ -232,7 +232,7 @@ std::vector<std::wstring> CZVLGBlockReader::Imp::AllFloorNames() {
     return AskOpen(std::vector<std::wstring>(floorSection.Count()), [&] {
         std::vector<std::wstring> names;
         MemoryBudget memory(recordLimit);
-        if (!memory.Take(ListMemory(floorSection.Count(), sizeof names.front())))
+        if (!memory.Take(ListMemory(floorSection.Count(), sizeof(std::wstring))))
             throw ZVSmartFormat::OverLimit();
         names.reserve(floorSection.Count());
         const PositionGuard guard(stream);
