@@ -4,6 +4,7 @@
 
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
+#include "tools/zvg/property/PropertyKinds.h"
 #include "tools/zvg/reading/ClassNames.h"
 #include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/reading/RecordDocument.h"
@@ -28,7 +29,7 @@ Document EntryDocument(const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
             {"classLevel2", ToUtf8(comp.classLevel2Name)},
             {"classLevel3", ToUtf8(comp.classLevel3Name)},
             {"compGuidName", KeyText(comp.compGuidName)},
-            {"properties", comp.compProperties.size()},
+            {"properties", PropertiesOfPairs(comp.compProperties).size()},
             {"geoRefs", comp.geoRefs.size()}};
 }
 

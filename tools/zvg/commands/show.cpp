@@ -3,6 +3,7 @@
 
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
+#include "tools/zvg/property/PropertyKinds.h"
 #include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/reading/RecordBytes.h"
 #include "tools/zvg/reading/RecordDocument.h"
@@ -35,10 +36,11 @@ struct Arguments {
     bool onlyProperties = false;
 };
 
-/// A name and its value on one line each; tabs within either are escaped.
+/// A name and its value, with the unit, on one line each; tabs within either are escaped.
 void PrintProperties(const PropertyList& properties) {
-    for (const auto& [name, value] : properties) {
-        WriteOutput(EscapeControls(ToUtf8(name)) + '\t' + EscapeControls(ToUtf8(value)) + '\n');
+    for (const Property& property : PropertiesOfPairs(properties)) {
+        WriteOutput(EscapeControls(ToUtf8(property.name)) + '\t' +
+                    EscapeControls(ToUtf8(ValueWithUnit(property))) + '\n');
     }
 }
 
@@ -82,7 +84,7 @@ void RegisterShow(CLI::App& app, CommonOptions& common) {
                      "The component: its floor, by number or name, and its position there")
         ->required();
     command->add_flag("--properties", arguments->onlyProperties,
-                      "Only its properties: name, tab and value, one to a line");
+                      "Only its properties: name, tab and value with its unit, one to a line");
     AddLimitOption(*command, common);
     command->callback([arguments, &common] { Show(*arguments, common); });
 }

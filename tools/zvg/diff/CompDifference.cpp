@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "tools/zvg/diff/Digest.h"
+#include "tools/zvg/property/PropertyKinds.h"
 #include "tools/zvg/reading/RecordDocument.h"
 #include "tools/zvg/text/Utf8.h"
 
@@ -93,21 +95,35 @@ PropertyList Sorted(PropertyList properties) {
     return properties;
 }
 
+std::vector<Property> SortedProperties(const PropertyList& pairs) {
+    std::vector<Property> properties = PropertiesOfPairs(pairs);
+    std::stable_sort(properties.begin(), properties.end(),
+                     [](const Property& a, const Property& b) { return a.name < b.name; });
+    return properties;
+}
+
+/// The value with its unit, and with its kind where that alone may be what differs.
+std::string ToldValue(const Property& property, bool withKind) {
+    const std::string value = ToUtf8(ValueWithUnit(property));
+    return withKind ? value + " (" + ToUtf8(property.kind) + ')' : value;
+}
+
 Document PropertyDifferences(const SZVLGZvgComp& compA, const SZVLGZvgComp& compB) {
     Document list = Document::array();
-    const PropertyList a = Sorted(compA.compProperties);
-    const PropertyList b = Sorted(compB.compProperties);
+    const std::vector<Property> a = SortedProperties(compA.compProperties);
+    const std::vector<Property> b = SortedProperties(compB.compProperties);
     auto left = a.begin();
     auto right = b.begin();
     while (left != a.end() || right != b.end()) {
-        const bool onlyLeft = right == b.end() || (left != a.end() && left->first < right->first);
-        const bool onlyRight = left == a.end() || (right != b.end() && right->first < left->first);
-        Document entry = {{"name", ToUtf8(onlyRight ? right->first : left->first)},
-                          {"a", nullptr},
-                          {"b", nullptr}};
-        const bool equal = !onlyLeft && !onlyRight && left->second == right->second;
-        if (!onlyRight) entry["a"] = ToUtf8((left++)->second);
-        if (!onlyLeft) entry["b"] = ToUtf8((right++)->second);
+        const bool onlyLeft = right == b.end() || (left != a.end() && left->name < right->name);
+        const bool onlyRight = left == a.end() || (right != b.end() && right->name < left->name);
+        Document entry = {
+            {"name", ToUtf8(onlyRight ? right->name : left->name)}, {"a", nullptr}, {"b", nullptr}};
+        const bool both = !onlyLeft && !onlyRight;
+        const bool equal = both && *left == *right;
+        const bool withKind = both && left->kind != right->kind;
+        if (!onlyRight) entry["a"] = ToldValue(*left++, withKind);
+        if (!onlyLeft) entry["b"] = ToldValue(*right++, withKind);
         if (!equal) list.push_back(std::move(entry));
     }
     return list;

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <initializer_list>
 
+#include "tools/zvg/property/PropertyKinds.h"
 #include "tools/zvg/text/Utf8.h"
 
 using namespace ZVSmartZvg;
@@ -138,8 +139,12 @@ Document TransfDocument(const CZVIMTransf& transf) {
 
 Document PropertiesDocument(const PropertyList& properties) {
     Document list = Document::array();
-    for (const auto& [name, value] : properties) {
-        list.push_back({{"name", ToUtf8(name)}, {"value", ToUtf8(value)}});
+    for (const Property& property : PropertiesOfPairs(properties)) {
+        Document& entry = list.emplace_back();
+        entry["name"] = ToUtf8(property.name);
+        entry["value"] = ToUtf8(property.value);
+        if (property.kind != textKind) entry["kind"] = ToUtf8(property.kind);
+        if (!property.unit.empty()) entry["unit"] = ToUtf8(property.unit);
     }
     return list;
 }

@@ -18,7 +18,8 @@ Document EightBytesDocument(ZVSmartZvg::u64 value);
 /// The rows of the transform, 3 arrays of 4 numbers.
 Document TransfDocument(const ZVIM::GeometryPrimitiveResource::CZVIMTransf& transf);
 
-/// The (name, value) pairs, in their order.
+/// The properties of (name, value) pairs, in their order, each with its kind, unless that is text,
+/// and its unit.
 Document PropertiesDocument(const ZVSmartZvg::PropertyList& properties);
 
 /// The two flag words and the fields that they announce.
