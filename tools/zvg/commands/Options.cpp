@@ -22,6 +22,11 @@ void AddClassOption(CLI::App& command, std::optional<std::string>& className) {
                        "Only components with a class of this name, on any level");
 }
 
+void AddRoomsOption(CLI::App& command, bool& rooms) {
+    command.add_flag("--rooms", rooms,
+                     "Show the bodies of rooms as well, which hide what is in them");
+}
+
 CLI::Option* AddTargetOptions(CLI::App& command, const std::string& what, Target& target) {
     CLI::Option* const output = command.add_option("-o,--output", target.path, what);
     command.add_flag("--force", target.force, "Replace what exists under that name");

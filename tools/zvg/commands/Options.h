@@ -16,6 +16,7 @@ CLI::App* AddReadingCommand(CLI::App& app, const std::string& name, const std::s
 void AddLimitOption(CLI::App& command, CommonOptions& common);
 void AddFloorOption(CLI::App& command, std::optional<std::string>& floor);
 void AddClassOption(CLI::App& command, std::optional<std::string>& className);
+void AddRoomsOption(CLI::App& command, bool& rooms);
 
 /// Where a command writes; what `--output` and `--force` say.
 struct Target {

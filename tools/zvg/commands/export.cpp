@@ -22,6 +22,7 @@ struct Arguments {
     Target target;
     std::optional<std::string> floor, className;
     bool salvage = false;
+    bool rooms = false;
 };
 
 enum class Format { Glb, Obj };
@@ -75,6 +76,7 @@ void Export(const Arguments& arguments, const CommonOptions& common) {
     selection.floor = arguments.floor;
     selection.className = arguments.className;
     selection.salvage = arguments.salvage;
+    selection.rooms = arguments.rooms;
     Progress progress(common.quiet);
     selection.progress = [&progress](std::size_t done, std::size_t total) {
         progress.Show("exporting", static_cast<double>(done), static_cast<double>(total),
@@ -105,5 +107,6 @@ void RegisterExport(CLI::App& app, CommonOptions& common) {
     command->add_flag("--salvage", arguments->salvage,
                       "Of a damaged file write what is whole; the exit status is 4 all the same");
     AddLimitOption(*command, common);
+    AddRoomsOption(*command, arguments->rooms);
     command->callback([arguments, &common] { Export(*arguments, common); });
 }

@@ -24,7 +24,7 @@
 namespace {
 
 struct Arguments {
-    std::string model, settings, preview;
+    std::string model, settings, preview, report;
     Target target;
     unsigned int geosPerBlock = 0;
     unsigned int formatVersion = 4;
@@ -34,6 +34,7 @@ struct Arguments {
     std::uint64_t maxMemory = 0;  ///< bytes; 0 where not given
     double maxTime = 0;           ///< seconds; 0 where not given
     double tolerance = 1;
+    bool strict = false;
 };
 
 /// Prints what the child says: warnings up to a number that a person reads, progress on a
@@ -50,6 +51,9 @@ class Listener {
                 break;
             case ChildMessage::Progress:
                 ShowProgress(text);
+                break;
+            case ChildMessage::Report:
+                report += text;
                 break;
             case ChildMessage::Result:
             case ChildMessage::Failure:
@@ -75,6 +79,8 @@ class Listener {
     }
 
     const std::string& LastWords() const { return lastWords; }
+    /// What the child said of the model; empty where it did not come so far.
+    const std::string& Report() const { return report; }
 
   private:
     static constexpr int mostWarnings = 20;
@@ -103,7 +109,7 @@ class Listener {
     Progress progress;
     double modelBytes;
     int warnings = 0;
-    std::string lastWords;
+    std::string lastWords, report;
 };
 
 /// Tells of a missing input before anything is made.
@@ -135,6 +141,7 @@ PackJob JobOf(const Arguments& arguments) {
     job.drawPreview = !arguments.noPreview;
     job.seal = arguments.seal;
     job.tolerance = arguments.tolerance;
+    job.strict = arguments.strict;
     return job;
 }
 
@@ -177,6 +184,16 @@ std::string SettingsText(int descriptor) {
     return ", settings set " + std::to_string(rows) + (rows == 1 ? " class row" : " class rows");
 }
 
+/// What a strict packing refuses is reported as well.
+void WriteReport(const Arguments& arguments, const std::string& report) {
+    if (arguments.report.empty() || report.empty()) return;
+    OutputFile output(arguments.report, arguments.target.force, InputsOf(arguments));
+    const std::string line = report + '\n';
+    output.Fill(
+        [&line](ZVSmartFormat::CZVFTOutStream& sink) { sink.Write(line.data(), line.size()); });
+    output.Commit();
+}
+
 void Pack(const Arguments& arguments, const CommonOptions& common) {
     if (arguments.model == "-") {
         throw ToolError(ExitStatus::Usage, "a model is read from a file, not standard input");
@@ -188,6 +205,7 @@ void Pack(const Arguments& arguments, const CommonOptions& common) {
     Listener listener(folder.ModelBytes(), common.quiet);
     const int status = Import(arguments, folder, output.Descriptor(), listener);
     listener.Finish();
+    WriteReport(arguments, listener.Report());
     if (status != 0) throw ImportFailure(arguments, status, listener.LastWords());
     const std::string set = arguments.settings.empty() ? "" : SettingsText(output.Descriptor());
     output.Commit();
@@ -246,6 +264,10 @@ void RegisterPack(CLI::App& app, CommonOptions& common) {
             return tolerance >= 0.01 && tolerance <= 1000 ? ""
                                                           : text + " is not within 0.01 and 1000";
         });
+    command->add_option("--report", arguments->report,
+                        "Write what arrived and what was lost, and where, to this file as JSON");
+    command->add_flag("--strict", arguments->strict,
+                      "Pack nothing, with exit status 4, where anything is lost");
     command->footer("Example:\n  zvg pack house.ifc -o house.zvg --preview house.png");
     command->callback([arguments, &common] { Pack(*arguments, common); });
 }

@@ -2,6 +2,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/zvg/commands/Commands.h"
@@ -24,7 +25,11 @@ std::vector<PlanFloor> DrawFloors(OpenedBlock& block, PlacedRecords& records,
     const auto [first, end] = block.FindFloors(arguments.floor);
     std::vector<PlanFloor> floors;
     for (unsigned int floor = first; floor < end; ++floor) {
-        const auto draw = [&] { floors.push_back(DrawFloor(block, records, floor)); };
+        const auto draw = [&] {
+            PlanFloor plan = DrawFloor(block, records, floor);
+            // Many a model has a floor that only says something about it.
+            if (arguments.floor || !plan.components.empty()) floors.push_back(std::move(plan));
+        };
         if (!block.Within("floor " + std::to_string(floor), draw)) break;
     }
     return floors;

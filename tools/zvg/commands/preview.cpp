@@ -10,6 +10,7 @@
 #include "tools/zvg/pack/PreviewPng.h"
 #include "tools/zvg/preview/RenderPreview.h"
 #include "tools/zvg/preview/Renderer.h"
+#include "tools/zvg/reading/ClassNames.h"
 #include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/scene/SceneReader.h"
 #include "tools/zvg/text/StandardOutput.h"
@@ -21,6 +22,7 @@ namespace {
 struct Arguments {
     std::string file, size;
     Target target;
+    bool rooms = false;
 };
 
 struct Size {
@@ -57,12 +59,14 @@ SZVLGZvgGeoImage Stored(OpenedBlock& block) {
     return *image;
 }
 
-SZVLGZvgGeoImage Drawn(OpenedBlock& block, const Size& size, bool patient) try {
+SZVLGZvgGeoImage Drawn(OpenedBlock& block, const Size& size, bool rooms, bool patient) try {
     SceneReader reader(block);
     const unsigned int floors = block.Reader().GetFloorNum();
     for (unsigned int floor = 0; floor < floors; ++floor) {
-        block.ForEachComp(floor, [&](const ZVSmartZvg::SZVLGCompIndex&,
-                                     const ZVSmartZvg::SZVLGZvgComp& comp) { reader.Add(comp); });
+        block.ForEachComp(
+            floor, [&](const ZVSmartZvg::SZVLGCompIndex&, const ZVSmartZvg::SZVLGZvgComp& comp) {
+                if (rooms || !IsRoomClass(comp.classLevel2Name)) reader.Add(comp);
+            });
     }
     block.ThrowIfDamaged();
     const auto image = RenderPreview(reader.Take(), size.width, size.height, patient);
@@ -88,7 +92,8 @@ void Preview(const Arguments& arguments, const CommonOptions& common) {
     }
     Budget limits(common.noLimit);
     OpenedBlock block(arguments.file, limits);
-    const SZVLGZvgGeoImage image = size ? Drawn(block, *size, common.noLimit) : Stored(block);
+    const SZVLGZvgGeoImage image =
+        size ? Drawn(block, *size, arguments.rooms, common.noLimit) : Stored(block);
     WritePng(image, arguments);
     if (!common.quiet) {
         WriteMessage(TargetName(arguments.target.path) + ": " + std::to_string(image.width) +
@@ -111,5 +116,6 @@ void RegisterPreview(CLI::App& app, CommonOptions& common) {
                      "Draw a picture of this size instead of writing the stored one")
         ->type_name("WIDTHxHEIGHT");
     AddLimitOption(*command, common);
+    AddRoomsOption(*command, arguments->rooms);
     command->callback([arguments, &common] { Preview(*arguments, common); });
 }

@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "tools/zvg/property/PropertyKinds.h"
 #include "tools/zvg/reading/ClassNames.h"
 #include "tools/zvg/reading/RecordBytes.h"
 #include "tools/zvg/reading/RecordDocument.h"
@@ -28,19 +29,27 @@ void AddText(Extras& document, const char* name, const std::wstring& text) {
     if (!text.empty()) document[name] = ToUtf8(text);
 }
 
+/// A text as it is, anything else with what it is.
+Extras ValueOf(const Property& property) {
+    if (property.kind == textKind && property.unit.empty()) return ToUtf8(property.value);
+    Extras value = {{"value", ToUtf8(property.value)}, {"kind", ToUtf8(property.kind)}};
+    AddText(value, "unit", property.unit);
+    return value;
+}
+
 /// Names may repeat, which an object's members may not.
 Extras PropertiesObject(const PropertyList& properties) {
     Extras object = Extras::object();
     std::unordered_map<std::string, int> timesSeen;
-    for (const auto& [name, value] : properties) {
-        const std::string wanted = ToUtf8(name);
+    for (const Property& property : PropertiesOfPairs(properties)) {
+        const std::string wanted = ToUtf8(property.name);
         int& times = timesSeen[wanted];
         std::string free = wanted;
         while (++times > 1 || object.contains(free)) {
             free = wanted + " (" + std::to_string(std::max(times, 2)) + ')';
             if (!object.contains(free)) break;
         }
-        object[free] = ToUtf8(value);
+        object[free] = ValueOf(property);
     }
     return object;
 }
@@ -146,6 +155,8 @@ ExportModel ReadExport(OpenedBlock& block, const ExportSelection& selection) {
         block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
             if (selection.progress) selection.progress(++done, total);
             if (selection.className && !IsOfClass(comp, className)) return;
+            const bool hidden = !selection.rooms && !selection.className;
+            if (hidden && IsRoomClass(comp.classLevel2Name)) return;
             const std::uint64_t bytes = BytesOf(comp) - sizeof comp;
             block.Limits().Memory(bytesOfComponent + 5 * bytes);
             block.Limits().Work(stepsOfComponent + bytes);

@@ -42,6 +42,7 @@ struct ExportSelection {
     std::optional<std::string> floor;      ///< by number or name
     std::optional<std::string> className;  ///< on any level
     bool salvage = false;                  ///< what cannot be read is left out
+    bool rooms = false;                    ///< rooms as well, where no class is named
     /// Called with the number of components read and the number there are.
     std::function<void(std::size_t done, std::size_t total)> progress;
 };

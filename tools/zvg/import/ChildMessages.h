@@ -10,6 +10,7 @@ enum class ChildMessage : char {
     Warning = 'W',
     Progress = 'P',  ///< how far: DONE/TOTAL and the work under way; 0/0 where nobody knows
     Result = 'R',    ///< what was done
+    Report = 'J',    ///< a piece of the report on the model
     Failure = 'F',   ///< why it was not; the last words of a child that fails
     NoMemory = 'M',  ///< the same, where memory ran out
     Open = 'O',      ///< asks for a file of the model by the name that the model gives

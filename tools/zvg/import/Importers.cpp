@@ -8,6 +8,7 @@
 
 #ifdef ZVG_HAVE_IFC
 #include "tools/zvg/import/IfcImporter.h"
+#include "tools/zvg/import/IfcZip.h"
 #endif
 #ifdef ZVG_HAVE_ASSIMP
 #include "tools/zvg/import/MeshImporter.h"
@@ -50,7 +51,18 @@ Model ReadIfc(const ModelFile& file, const ImportOptions& options, const ImportR
     CutStepCycles(bytes, report);
     return ImportIfc(std::move(bytes), options, report);
 }
+
+Model ReadZippedIfc(const ModelFile& file, const ImportOptions& options,
+                    const ImportReport& report) {
+    std::string bytes = UnpackedIfc(file.Bytes(0, file.Size()));
+    CutStepCycles(bytes, report);
+    return ImportIfc(std::move(bytes), options, report);
+}
 #else
+Model ReadZippedIfc(const ModelFile&, const ImportOptions&, const ImportReport&) {
+    throw ImportError("this build has no IFC importer (it needs libifcplusplus)");
+}
+
 Model ReadIfc(const ModelFile&, const ImportOptions&, const ImportReport&) {
     throw ImportError("this build has no IFC importer (it needs libifcplusplus)");
 }
@@ -81,7 +93,7 @@ Model Read(const std::string& path, const OpenModelFile& open, const ImportOptio
         case Format::Ifc:
             return ReadIfc(*file, options, report);
         case Format::IfcZip:
-            throw ImportError("ifcZIP is not supported: unpack the file first");
+            return ReadZippedIfc(*file, options, report);
         case Format::IfcXml:
             throw ImportError("ifcXML is not supported: save the model as IFC (STEP) first");
         case Format::Mesh:

@@ -8,8 +8,10 @@
 #include <utility>
 #include <vector>
 
+#include "tools/zvg/import/ImportFindings.h"
 #include "tools/zvg/import/ModelCurves.h"
 #include "tools/zvg/import/ModelPoint.h"
+#include "tools/zvg/property/PropertyKinds.h"
 
 // A building model as the importers hand it on. Lengths are metres, Z is up.
 
@@ -57,8 +59,8 @@ struct PlacedShape {
     Placement placement = identityPlacement;
 };
 
-/// (name, value) in the order of the source.
-using ModelProperties = std::vector<std::pair<std::wstring, std::wstring>>;
+/// In the order of the source, in the form in which they are stored.
+using ModelProperties = PropertyPairs;
 
 struct ModelMaterial {
     std::wstring name;
@@ -85,6 +87,7 @@ struct ModelElement {
     std::optional<std::size_t> storey;    ///< index into Model::storeys
     std::optional<std::size_t> building;  ///< index into Model::buildings
     std::vector<std::wstring> belongsTo;  ///< GlobalIds of the host and of the aggregates
+    std::wstring group;                   ///< GlobalId of the first group it is in; or empty
     ModelProperties properties;           ///< names as "set.property"
     std::vector<ModelMaterial> materials;
     std::vector<PlacedShape> shapes;
@@ -96,4 +99,5 @@ struct Model {
     std::vector<ModelBuilding> buildings;
     std::vector<Shape> shapes;
     std::vector<ModelElement> elements;  ///< in the order of the source
+    ImportFindings findings;             ///< what the importer has to tell
 };

@@ -4,7 +4,10 @@
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
+#include <unordered_set>
 
+#include "tools/zvg/import/StepNames.h"
+#include "tools/zvg/import/StepStatement.h"
 #include "tools/zvg/text/Utf8.h"
 
 namespace {
@@ -17,7 +20,8 @@ constexpr char32_t firstPlaceholder = 0xFDD0;
 /// Rewrites one file; `at` is what comes next.
 class Rewriter {
   public:
-    explicit Rewriter(std::string_view source) : source(source) {
+    Rewriter(std::string_view source, const std::function<bool(const std::string&)>& isKnown)
+        : source(source), isKnown(isKnown) {
         result.text.reserve(source.size() + source.size() / 8);
     }
 
@@ -31,10 +35,14 @@ class Rewriter {
                 CopyCharacter();
             }
         }
+        if (!leftOut.empty()) {
+            result.cutReferences = CutReferences(result.text, leftOut);
+        }
         return std::move(result);
     }
 
   private:
+    static bool IsLineEnd(char c) { return c == '\r' || c == '\n'; }
     bool Ahead(std::string_view word) const { return source.substr(at, word.size()) == word; }
 
     void SkipComment() {
@@ -55,12 +63,108 @@ class Rewriter {
                 if (Ahead("DATA;") || Ahead("DATA(") || Ahead("DATA ")) inData = true;
                 break;
             case 'E':
-                if (Ahead("ENDSEC")) result.dataEnds = inData;
+                if (Ahead("ENDSEC")) EndData();
                 break;
             default:
                 break;
         }
         result.text += source[at++];
+        if (result.text.back() == ';') EndStatement();
+    }
+
+    /// What stands before the end of the section without a semicolon is judged as well.
+    void EndData() {
+        result.dataEnds = inData;
+        if (!inData || result.text.find('#', statementBegin) == std::string::npos) return;
+        result.text += ';';
+        EndStatement();
+    }
+
+    void EndStatement() {
+        const std::size_t number = result.text.find('#', statementBegin);
+        if (inData && number != std::string::npos) {
+            std::string statements = result.text.substr(statementBegin);
+            result.text.resize(statementBegin);
+            statements.pop_back();
+            AddStatements(statements, number - statementBegin + 1);
+        }
+        statementBegin = result.text.size();
+    }
+
+    /// One statement, unless a semicolon is missing before its end.
+    void AddStatements(std::string_view text, std::size_t behindFirst) {
+        std::size_t begin = 0;
+        for (std::size_t next = NextStatement(text, behindFirst); next != std::string_view::npos;
+             next = NextStatement(text, begin + 1)) {
+            AddStatement(text.substr(begin, next - begin));
+            begin = next;
+        }
+        AddStatement(text.substr(begin));
+    }
+
+    void AddStatement(std::string_view text) {
+        StepStatement statement;
+        if (!ParseStatement(text, statement)) {
+            result.damaged.Add(Start(text));
+            if (statement.number > 0) leftOut.insert(statement.number);
+            return;
+        }
+        const StepAlias* alias = AliasOf(statement.name);
+        if (!Count(statement, alias != nullptr)) {
+            leftOut.insert(statement.number);
+        } else if (alias) {
+            AddAliased(statement, *alias);
+        } else {
+            result.text += text;
+            result.text += ';';
+        }
+    }
+
+    /// How a damaged statement begins, on one line.
+    static std::string Start(std::string_view text) {
+        text.remove_prefix(std::min(text.find('#'), text.size()));
+        std::string start(text.substr(0, mostOfDamaged));
+        std::replace_if(start.begin(), start.end(), IsLineEnd, ' ');
+        return start;
+    }
+
+    /// Whether the reader knows such a statement.
+    bool Count(const StepStatement& statement, bool hasAlias) {
+        auto counted = result.entities.find(statement.name);
+        if (counted == result.entities.end()) {
+            const std::string name(statement.name);
+            counted = result.entities.emplace(name, StepEntity()).first;
+            counted->second.known = hasAlias || !isKnown || isKnown(name);
+        }
+        if (counted->second.first.size() == StepSample::longest) {
+            ++counted->second.count;
+            return counted->second.known;
+        }
+        constexpr std::size_t globalIdBytes = 22;
+        const std::string_view first = statement.arguments.substr(0, globalIdBytes + 2);
+        const bool isGlobalId = first.size() == globalIdBytes + 2 && first.front() == '\'' &&
+                                first.find('\'', 1) == globalIdBytes + 1;
+        counted->second.Add(isGlobalId ? std::string(first.substr(1, globalIdBytes))
+                                       : '#' + std::to_string(statement.number));
+        return counted->second.known;
+    }
+
+    void AddAliased(const StepStatement& statement, const StepAlias& alias) {
+        const std::vector<std::string_view> arguments = ArgumentsOf(statement);
+        StepTrueName trueName = {alias.name, ""};
+        result.text += "\n#" + std::to_string(statement.number) + '=' + alias.known + '(';
+        for (std::size_t i = 0; i < arguments.size(); ++i) {
+            if (i >= alias.argumentCount && arguments[i].starts_with('.')) {
+                trueName.predefinedType = arguments[i].substr(1, arguments[i].size() - 2);
+            }
+            if (i >= alias.argumentCount) continue;
+            if (i > 0) result.text += ',';
+            result.text += arguments[i];
+        }
+        for (std::size_t i = arguments.size(); i < alias.argumentCount; ++i) result.text += ",$";
+        result.text += alias.more;
+        result.text += ");";
+        result.trueNames.emplace(statement.number, std::move(trueName));
     }
 
     void CheckEntityNumber() {
@@ -72,15 +176,21 @@ class Rewriter {
         }
     }
 
-    /// Ends behind the closing apostrophe, or at the end of a file that is cut short.
+    /// Ends behind the closing apostrophe, at the end of a file that is cut short, or where the
+    /// next statement begins: no string holds a line that looks like one.
     void RewriteString() {
         const std::size_t begin = result.text.size();
         result.text += '\'';
         ++at;
-        while (at < source.size() && !(source[at] == '\'' && !Ahead("''"))) RewriteCharacter();
+        bool lost = false;
+        while (at < source.size() && !(source[at] == '\'' && !Ahead("''")) && !lost) {
+            lost = source[at] == '\n' &&
+                   NextStatement(source.substr(at, longestStart), 0) != std::string_view::npos;
+            if (!lost) RewriteCharacter();
+        }
         if (at < source.size()) {
             result.text += '\'';
-            ++at;
+            if (!lost) ++at;
         }
         if (inSchema) NameSchema(begin);
     }
@@ -102,7 +212,7 @@ class Rewriter {
             RewriteShifted();
         } else if (source[at] == '\\') {
             Copy(1);  // the alphabet directive \PA\, or a stray backslash
-        } else if (source[at] == '\r' || source[at] == '\n') {
+        } else if (IsLineEnd(source[at])) {
             ++at;
         } else if (static_cast<unsigned char>(source[at]) >= 0x80) {
             RewriteBytes();
@@ -112,7 +222,8 @@ class Rewriter {
     }
 
     /// `\S\` and a character, which stands for the one 128 above it. An apostrophe is doubled
-    /// there too, and else ends the string.
+    /// there too, and else ends the string. The reader knows the alphabets; but what looks like
+    /// punctuation goes as the character that it is in the first of them.
     void RewriteShifted() {
         constexpr std::size_t prefix = 3;
         const std::string_view next = source.substr(at + prefix, 2);
@@ -121,6 +232,9 @@ class Rewriter {
             at += prefix + 2;
         } else if (next.starts_with('\'')) {
             at += prefix;
+        } else if (!next.empty() && maskedCharacters.find(next[0]) != std::string_view::npos) {
+            Put(static_cast<char32_t>(next[0]) + 0x80);
+            at += prefix + 1;
         } else {
             Copy(prefix + 1);
         }
@@ -203,8 +317,14 @@ class Rewriter {
         inSchema = false;
     }
 
+    static constexpr std::size_t mostOfDamaged = 60;
+    static constexpr std::size_t longestStart = 64;  ///< of a line that begins a statement
+
     std::string_view source;
+    const std::function<bool(const std::string&)>& isKnown;
+    std::unordered_set<int> leftOut;  ///< the numbers of entities
     std::size_t at = 0;
+    std::size_t statementBegin = 0;  ///< in the result's text
     bool inSchema = false;
     bool inData = false;
     StepText result;
@@ -219,8 +339,14 @@ char32_t FromPlaceholder(char32_t character) {
 
 }  // namespace
 
-StepText PrepareStepText(std::string_view source) {
-    return Rewriter(source).Run();
+void StepSample::Add(const std::string& one) {
+    ++count;
+    if (first.size() < longest) first.push_back(one);
+}
+
+StepText PrepareStepText(std::string_view source,
+                         const std::function<bool(const std::string& name)>& isKnown) {
+    return Rewriter(source, isKnown).Run();
 }
 
 std::wstring FinishStepString(std::wstring_view text) {

@@ -42,6 +42,7 @@ SZVLGZvgComp ComponentMaker::Make(const ModelElement& element) {
     SetGeometry(element, comp);
     comp.compGuidName = SerialKey(element.globalId);
     for (const std::wstring& id : element.belongsTo) comp.relatedGuidNames.emplace_back(id);
+    if (!element.group.empty()) comp.groupGuidName = SerialKey(element.group);
     comp.compProperties = element.properties;
     return comp;
 }

@@ -14,7 +14,7 @@
 /// Level 2 is the entity type, level 3 the name of the type, level 4 the material's name, or the
 /// style's, with its colour; level 2b is the predefined type. The owner is the building, and the
 /// site behind it. A component is known by its element's GlobalId, under which its geometry is
-/// stored as well.
+/// stored as well; its group is the first one that the model puts it in.
 class ComponentMaker {
   public:
     /// `model` is borrowed. `version` is the format's.

@@ -15,12 +15,13 @@
 #include "tools/zvg/output/FileSink.h"
 #include "tools/zvg/output/OutOfMemory.h"
 #include "tools/zvg/pack/PackModel.h"
+#include "tools/zvg/pack/PackReport.h"
 
 namespace {
 
 using Words = std::vector<std::string_view>;
 
-constexpr std::size_t wordCount = 10;
+constexpr std::size_t wordCount = 11;
 
 constexpr const char* noMemory = "out of memory";
 
@@ -42,6 +43,7 @@ PackOptions OptionsOf(const Words& words) {
     options.drawPreview = words[7] == "draw";
     options.seal = words[8] == "seal";
     options.tolerance = std::strtod(words[9].data(), nullptr);
+    options.strict = words[10] == "strict";
     return options;
 }
 
@@ -62,14 +64,26 @@ void TellProgress(const char* work, std::size_t done, std::size_t total) {
 }
 
 Model Imported(const PackOptions& options) {
+    std::vector<std::string> warnings;
     const ImportReport report = {
-        [](const std::string& message) { TellParent(ChildMessage::Warning, message); },
+        [&warnings](const std::string& message) { warnings.push_back(message); },
         [](double fraction) {
             TellProgress("importing", static_cast<std::size_t>(fraction * 100), 100);
         }};
     TellProgress("reading", 0, 0);
-    return ImportModel(options.modelPath, AskParentFor, {.tolerance = options.tolerance / 1000},
-                       report);
+    Model model = ImportModel(options.modelPath, AskParentFor,
+                              {.tolerance = options.tolerance / 1000}, report);
+    for (const std::string& warning : warnings) model.findings.Add("import", warning, true, "");
+    return model;
+}
+
+/// In pieces, as a message is no longer than its reader allows.
+void TellReport(const Model& model, const PackOptions& options) {
+    constexpr std::size_t pieceBytes = 4096;
+    const std::string report = PackReport(model, options.modelPath);
+    for (std::size_t at = 0; at < report.size(); at += pieceBytes) {
+        TellParent(ChildMessage::Report, std::string_view(report).substr(at, pieceBytes));
+    }
 }
 
 std::string Counted(std::size_t count, const char* noun) {
@@ -106,6 +120,13 @@ int RunPackJob(const PackOptions& options) {
     };
     try {
         const Model model = Imported(options);
+        TellReport(model, options);
+        const std::string lost = model.findings.Told();
+        if (!lost.empty() && options.strict) {
+            return Fail(ExitStatus::Damaged,
+                        std::string(options.modelPath) + ": not everything arrived: " + lost);
+        }
+        if (!lost.empty()) TellParent(ChildMessage::Warning, "not everything arrived: " + lost);
         return Write(model, options);
     } catch (const ToolError& error) {
         return Fail(error.Status(), error.what());
@@ -130,7 +151,8 @@ std::vector<std::string> PackJobArguments(const PackJob& job) {
             job.fast ? "fast" : "best",
             job.drawPreview ? "draw" : "none",
             job.seal ? "seal" : "open",
-            std::to_string(job.tolerance)};
+            std::to_string(job.tolerance),
+            job.strict ? "strict" : "lenient"};
 }
 
 int RunChildIfAsked(int argc, char** argv) {

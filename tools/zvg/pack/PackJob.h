@@ -15,6 +15,7 @@ struct PackJob {
     unsigned int formatVersion = 4;
     bool fast = false;
     bool seal = false;     ///< write a checksum of the whole file behind its end
+    bool strict = false;   ///< pack nothing of a model of which something is lost
     double tolerance = 1;  ///< millimetres that lines may be off curves of the model
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <iterator>
 #include <optional>
 #include <set>
 #include <string>
@@ -17,6 +18,7 @@
 #include "tools/zvg/pack/ShapeRecords.h"
 #include "tools/zvg/preview/RenderPreview.h"
 #include "tools/zvg/preview/Renderer.h"
+#include "tools/zvg/reading/ClassNames.h"
 #include "tools/zvg/text/Utf8.h"
 
 using namespace ZVSmartZvg;
@@ -63,7 +65,7 @@ SZVLGZvgBlockHeadInfo Head(const Model& model, const PackOptions& options) {
     SZVLGZvgBlockHeadInfo head;
     head.firstText = FileName(options.modelPath) + L" (" + model.schema + L"), packed by zvg " +
                      FromUtf8(ZVG_VERSION);
-    head.secondText = L"lengths in metres";
+    head.secondText = L"geometry in metres, values in the units beside them";
     return head;
 }
 
@@ -72,7 +74,10 @@ std::optional<SZVLGZvgGeoImage> Drawn(const Model& model,
                                       const std::vector<const ModelElement*>& elements,
                                       std::string& failure) {
     try {
-        return RenderPreview(SceneOf(model, elements), previewWidth, previewHeight);
+        std::vector<const ModelElement*> shown;
+        std::copy_if(elements.begin(), elements.end(), std::back_inserter(shown),
+                     [](const ModelElement* e) { return !IsRoomClass(e->entityType); });
+        return RenderPreview(SceneOf(model, shown), previewWidth, previewHeight);
     } catch (const std::exception& error) {
         failure = IsOutOfMemory(error) ? "out of memory" : error.what();
         return std::nullopt;

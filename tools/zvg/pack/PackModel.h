@@ -22,6 +22,7 @@ struct PackOptions {
     bool fast = false;                     ///< compress faster and weaker
     bool seal = false;                     ///< write a checksum of the file behind its end
     double tolerance = 1;  ///< millimetres that lines may be off curves of the model
+    bool strict = false;   ///< pack nothing of a model of which something is lost
 };
 
 /// What was written.

@@ -6,8 +6,11 @@
 namespace {
 
 /// The first that fits counts: a curtain wall is glass, a wall covering no wall. What carries is
-/// dark, what is glass blue, what can be moved or lies on the floor pale.
+/// dark, what is glass blue, what can be moved or lies on the floor pale; rooms lie under it all.
 constexpr ClassStyle styles[] = {
+    {"spaceheater", 4, "#dfe9e0", "#68866c", 0.13},
+    {"space spatialzone", -1, "#fbf8ef", "#d9d2bf", 0.13},
+    {"ifcgrid", 9, "none", "#b0534a", 0.13},
     {"curtain window glazing", 8, "#d3e5ef", "#4f7f9b", 0.18},
     {"door gate", 8, "#f3e3cb", "#8a6134", 0.18},
     {"covering ceiling", 1, "#f0ebe1", "#b7ad99", 0.13},

@@ -1,6 +1,6 @@
 #include "tools/zvg/import/ifc/IfcMaterials.h"
 
-#include <ifcpp/IFC4/include/IfcElement.h>
+#include <ifcpp/IFC4/include/IfcIdentifier.h>
 #include <ifcpp/IFC4/include/IfcLabel.h>
 #include <ifcpp/IFC4/include/IfcMaterial.h>
 #include <ifcpp/IFC4/include/IfcMaterialConstituent.h>
@@ -12,11 +12,13 @@
 #include <ifcpp/IFC4/include/IfcMaterialProfile.h>
 #include <ifcpp/IFC4/include/IfcMaterialProfileSet.h>
 #include <ifcpp/IFC4/include/IfcMaterialProfileSetUsage.h>
+#include <ifcpp/IFC4/include/IfcMaterialProperties.h>
 #include <ifcpp/IFC4/include/IfcNonNegativeLengthMeasure.h>
 #include <ifcpp/IFC4/include/IfcRelAssociatesMaterial.h>
-#include <ifcpp/IFC4/include/IfcRelDefinesByType.h>
 #include <ifcpp/IFC4/include/IfcTypeObject.h>
 
+#include "tools/zvg/import/ifc/IfcProperties.h"
+#include "tools/zvg/import/ifc/IfcRelations.h"
 #include "tools/zvg/import/ifc/Metres.h"
 #include "tools/zvg/import/ifc/Texts.h"
 
@@ -82,23 +84,26 @@ Uses OwnUses(const IfcObjectDefinition& object) {
 
 }  // namespace
 
-std::vector<IfcMaterialUse> MaterialUsesOf(const IfcElement& element) {
-    Uses uses = OwnUses(element);
-    for (const auto& weakRelation : element.m_IsTypedBy_inverse) {
-        const auto relation = weakRelation.lock();
-        if (!uses.empty()) break;
-        if (relation && relation->m_RelatingType) uses = OwnUses(*relation->m_RelatingType);
-    }
-    return uses;
+std::vector<IfcMaterialUse> MaterialUsesOf(const IfcObjectDefinition& object) {
+    Uses uses = OwnUses(object);
+    const auto type = TypeOf(object);
+    return uses.empty() && type ? OwnUses(*type) : uses;
 }
 
-ModelMaterial MaterialOf(const IfcMaterialUse& use, double unitInMetres) {
+ModelMaterial MaterialOf(const IfcMaterialUse& use, double unitInMetres,
+                         const IfcUnitSymbols& units) {
     ModelMaterial material;
     material.name = TextOf(use.material->m_Name);
     material.category = TextOf(use.material->m_Category);
+    PropertyGatherer gatherer;
     if (use.layerThickness > 0) {
-        material.properties.emplace_back(L"LayerThickness",
-                                         NumberText(InMetres(use.layerThickness, unitInMetres)));
+        gatherer.Add({L"LayerThickness", NumberText(InMetres(use.layerThickness, unitInMetres)),
+                      L"length", L"m"});
     }
+    for (const auto& weakSet : use.material->m_HasProperties_inverse) {
+        const auto set = weakSet.lock();
+        if (set) AddProperties(TextOf(set->m_Name), set->m_Properties, units, gatherer);
+    }
+    material.properties = PairsOf(gatherer.Take());
     return material;
 }

@@ -4,8 +4,9 @@
 #include <vector>
 
 #include "tools/zvg/import/Model.h"
+#include "tools/zvg/import/ifc/IfcUnitSymbols.h"
 
-class IfcElement;
+class IfcObjectDefinition;
 class IfcMaterial;
 
 /// One material of an element as a file gives it: alone, in a list, or as a layer, profile or
@@ -15,8 +16,10 @@ struct IfcMaterialUse {
     double layerThickness = 0;              ///< in the file's unit; 0 where it is no layer
 };
 
-/// The materials of an element, or else of its type, in the file's order.
-std::vector<IfcMaterialUse> MaterialUsesOf(const IfcElement& element);
+/// The materials of an object, or else of its type, in the file's order.
+std::vector<IfcMaterialUse> MaterialUsesOf(const IfcObjectDefinition& object);
 
-/// `unitInMetres` converts the file's lengths.
-ModelMaterial MaterialOf(const IfcMaterialUse& use, double unitInMetres);
+/// `unitInMetres` converts the thickness of a layer; the material's own properties stay in the
+/// file's units.
+ModelMaterial MaterialOf(const IfcMaterialUse& use, double unitInMetres,
+                         const IfcUnitSymbols& units);

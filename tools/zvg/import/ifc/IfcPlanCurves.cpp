@@ -4,11 +4,11 @@
 #include <ifcpp/IFC4/include/IfcAxis2Placement.h>
 #include <ifcpp/IFC4/include/IfcCartesianTransformationOperator.h>
 #include <ifcpp/IFC4/include/IfcCurve.h>
-#include <ifcpp/IFC4/include/IfcElement.h>
 #include <ifcpp/IFC4/include/IfcGeometricSet.h>
 #include <ifcpp/IFC4/include/IfcGeometricSetSelect.h>
 #include <ifcpp/IFC4/include/IfcLabel.h>
 #include <ifcpp/IFC4/include/IfcMappedItem.h>
+#include <ifcpp/IFC4/include/IfcProduct.h>
 #include <ifcpp/IFC4/include/IfcProductRepresentation.h>
 #include <ifcpp/IFC4/include/IfcRepresentation.h>
 #include <ifcpp/IFC4/include/IfcRepresentationItem.h>
@@ -110,7 +110,7 @@ class Gatherer {
 
 }  // namespace
 
-std::vector<ModelCurves> PlanCurvesOf(const IfcElement& element, const IfcUnits& units) {
+std::vector<ModelCurves> PlanCurvesOf(const IfcProduct& element, const IfcUnits& units) {
     std::vector<ModelCurves> all;
     if (!element.m_Representation) return all;
     for (const auto& representation : element.m_Representation->m_Representations) {

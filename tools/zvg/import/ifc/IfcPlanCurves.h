@@ -4,7 +4,7 @@
 
 #include "tools/zvg/import/Model.h"
 
-class IfcElement;
+class IfcProduct;
 
 /// What turns the numbers of a file into metres and radians.
 struct IfcUnits {
@@ -12,10 +12,10 @@ struct IfcUnits {
     double radians = 1;
 };
 
-/// The curves of an element's flat representations (FootPrint, Axis, Plan, Boundary, WalkingLine,
-/// Annotation), in the element's own coordinates and in metres; named after the representation.
+/// The curves of a product's flat representations (FootPrint, Axis, Plan, Boundary, WalkingLine,
+/// Annotation), in its own coordinates and in metres; named after the representation.
 ///
 /// Polylines, circles and arcs stay what they are; ellipses, and circles that a mapping makes
 /// uneven, become short straight pieces. Each composite curve stands by itself, so that its pieces
 /// can be chained. Curves of other kinds (splines, unbounded lines) and texts are left out.
-std::vector<ModelCurves> PlanCurvesOf(const IfcElement& element, const IfcUnits& units);
+std::vector<ModelCurves> PlanCurvesOf(const IfcProduct& element, const IfcUnits& units);

@@ -5,7 +5,7 @@
 #include <ifcpp/IFC4/include/IfcCartesianPoint.h>
 #include <ifcpp/IFC4/include/IfcCsgSolid.h>
 #include <ifcpp/IFC4/include/IfcDirection.h>
-#include <ifcpp/IFC4/include/IfcElement.h>
+#include <ifcpp/IFC4/include/IfcProduct.h>
 #include <ifcpp/IFC4/include/IfcLengthMeasure.h>
 #include <ifcpp/IFC4/include/IfcMappedItem.h>
 #include <ifcpp/IFC4/include/IfcProductRepresentation.h>
@@ -78,7 +78,7 @@ int SidesOfCircle(double radius, double tolerance) {
     return std::clamp(4 * static_cast<int>(quarters), fewestSides, mostSides);
 }
 
-Found RevolvedSolidsOf(const IfcElement& element) {
+Found RevolvedSolidsOf(const IfcProduct& element) {
     Found found;
     if (!element.m_Representation) return found;
     Search search(found);

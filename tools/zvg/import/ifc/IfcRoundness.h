@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-class IfcElement;
+class IfcProduct;
 class IfcRevolvedAreaSolid;
 
 /// The lines that stand for a circle: no farther from it than `tolerance` and at least 24, a
@@ -12,7 +12,7 @@ int SidesOfCircle(double radius, double tolerance);
 
 /// The revolved solids that an element's representations are made of, those in mapped items and
 /// boolean results as well.
-std::vector<std::shared_ptr<IfcRevolvedAreaSolid>> RevolvedSolidsOf(const IfcElement& element);
+std::vector<std::shared_ptr<IfcRevolvedAreaSolid>> RevolvedSolidsOf(const IfcProduct& element);
 
 /// Metres from the solid's axis to the point (x, y) of its profile, which are metres.
 double DistanceFromAxis(const IfcRevolvedAreaSolid& solid, double x, double y, double unitInMetres);

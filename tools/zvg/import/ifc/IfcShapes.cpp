@@ -131,17 +131,22 @@ class IfcShapes::Maker {
         carve::setEpsilon(1.5e-5 * model->getUnitConverter()->getLengthInMeterFactor());
     }
 
-    Body BodyOf(const std::shared_ptr<IfcElement>& element,
+    Body BodyOf(const std::shared_ptr<IfcProduct>& product,
                 const std::vector<IfcMaterialUse>& materials) {
-        auto data = std::make_shared<ProductShapeData>(element->m_entity_id);
-        data->m_ifc_object_definition = element;
-        SetSidesOfRevolved(*element);
-        // Openings are cut one by one afterwards, so that it is known which is being cut.
-        auto openings = std::exchange(element->m_HasOpenings_inverse, {});
-        Try(*element, [&] { MakeWhole(*element, data); });
-        element->m_HasOpenings_inverse = std::move(openings);
-        CutOpenings(*element, element, data);
-        CutOpeningsOfWhole(*element, data);
+        auto data = std::make_shared<ProductShapeData>(product->m_entity_id);
+        data->m_ifc_object_definition = product;
+        SetSidesOfRevolved(*product);
+        const auto element = std::dynamic_pointer_cast<IfcElement>(product);
+        if (element) {
+            // Openings are cut one by one afterwards, so that it is known which is being cut.
+            auto openings = std::exchange(element->m_HasOpenings_inverse, {});
+            Try(*product, [&] { MakeWhole(*product, data); });
+            element->m_HasOpenings_inverse = std::move(openings);
+            CutOpenings(*product, element, data);
+        } else {
+            Try(*product, [&] { MakeWhole(*product, data); });
+        }
+        CutOpeningsOfWhole(*product, data);
         Body body;
         body.placement = PlacementOf(data->getTransform());
         const Look materialLook = LookOf(materials);
@@ -164,7 +169,7 @@ class IfcShapes::Maker {
   private:
     /// The library asks for one number of sides for all revolved solids: here that of the largest
     /// circle that a point of the element's runs along.
-    void SetSidesOfRevolved(const IfcElement& element) {
+    void SetSidesOfRevolved(const IfcProduct& element) {
         double radius = 0;
         for (const auto& solid : RevolvedSolidsOf(element)) {
             Try(*solid, [&] { radius = std::max(radius, RadiusOf(*solid)); });
@@ -186,7 +191,7 @@ class IfcShapes::Maker {
         return radius;
     }
 
-    void MakeWhole(const IfcElement& element, std::shared_ptr<ProductShapeData>& data) {
+    void MakeWhole(const IfcProduct& element, std::shared_ptr<ProductShapeData>& data) {
         const BooleanStep step([&](int entity) {
             Warn("a boolean (#" + std::to_string(entity) + ") in " + NameOf(element) +
                  " could not be made: its first operand is kept as it is");
@@ -195,7 +200,7 @@ class IfcShapes::Maker {
     }
 
     /// The parts of an assembled element lose what is cut out of the whole.
-    void CutOpeningsOfWhole(const IfcElement& part, std::shared_ptr<ProductShapeData>& data) {
+    void CutOpeningsOfWhole(const IfcProduct& part, std::shared_ptr<ProductShapeData>& data) {
         for (const auto& weakRelation : part.m_Decomposes_inverse) {
             const auto relation = weakRelation.lock();
             if (!relation) continue;
@@ -205,7 +210,7 @@ class IfcShapes::Maker {
     }
 
     /// Cuts the openings of `host` out of what has been made of `element`.
-    void CutOpenings(const IfcElement& element, const std::shared_ptr<IfcElement>& host,
+    void CutOpenings(const IfcProduct& element, const std::shared_ptr<IfcElement>& host,
                      std::shared_ptr<ProductShapeData>& data) {
         const auto openings = host->m_HasOpenings_inverse;
         for (const auto& weakRelation : openings) {
@@ -218,7 +223,7 @@ class IfcShapes::Maker {
         host->m_HasOpenings_inverse = openings;
     }
 
-    void CutOpening(const IfcElement& element, const std::shared_ptr<IfcElement>& host,
+    void CutOpening(const IfcProduct& element, const std::shared_ptr<IfcElement>& host,
                     const IfcFeatureElementSubtraction& opening,
                     std::shared_ptr<ProductShapeData>& data) {
         const bool closed = AnyHas(*data, &ItemShapeData::m_meshsets);
@@ -337,7 +342,7 @@ IfcShapes::IfcShapes(const std::shared_ptr<BuildingModel>& model, double toleran
 
 IfcShapes::~IfcShapes() = default;
 
-IfcShapes::Body IfcShapes::BodyOf(const std::shared_ptr<IfcElement>& element,
+IfcShapes::Body IfcShapes::BodyOf(const std::shared_ptr<IfcProduct>& product,
                                   const std::vector<IfcMaterialUse>& materials) {
-    return maker->BodyOf(element, materials);
+    return maker->BodyOf(product, materials);
 }

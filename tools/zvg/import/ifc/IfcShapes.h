@@ -8,7 +8,7 @@
 #include "tools/zvg/import/ifc/IfcMaterials.h"
 
 class BuildingModel;
-class IfcElement;
+class IfcProduct;
 
 /// Makes the bodies of elements, openings cut out.
 class IfcShapes {
@@ -23,10 +23,10 @@ class IfcShapes {
         Placement placement = identityPlacement;
     };
 
-    /// The element's body; without parts where it has none. What cannot be made is left out with
+    /// The product's body; without parts where it has none. What cannot be made is left out with
     /// a warning. Surfaces without a colour of their own take that of the first material that
     /// has one.
-    Body BodyOf(const std::shared_ptr<IfcElement>& element,
+    Body BodyOf(const std::shared_ptr<IfcProduct>& product,
                 const std::vector<IfcMaterialUse>& materials);
 
   private:

@@ -4,6 +4,7 @@
 #include <ifcpp/IFC4/include/IfcBuilding.h>
 #include <ifcpp/IFC4/include/IfcBuildingStorey.h>
 #include <ifcpp/IFC4/include/IfcCartesianPoint.h>
+#include <ifcpp/IFC4/include/IfcDistributionElement.h>
 #include <ifcpp/IFC4/include/IfcElement.h>
 #include <ifcpp/IFC4/include/IfcFeatureElementSubtraction.h>
 #include <ifcpp/IFC4/include/IfcGloballyUniqueId.h>
@@ -11,12 +12,15 @@
 #include <ifcpp/IFC4/include/IfcLengthMeasure.h>
 #include <ifcpp/IFC4/include/IfcLocalPlacement.h>
 #include <ifcpp/IFC4/include/IfcOpeningElement.h>
+#include <ifcpp/IFC4/include/IfcPort.h>
 #include <ifcpp/IFC4/include/IfcRelAggregates.h>
+#include <ifcpp/IFC4/include/IfcRelConnectsPortToElement.h>
 #include <ifcpp/IFC4/include/IfcRelContainedInSpatialStructure.h>
 #include <ifcpp/IFC4/include/IfcRelFillsElement.h>
 #include <ifcpp/IFC4/include/IfcRelNests.h>
 #include <ifcpp/IFC4/include/IfcRelVoidsElement.h>
 #include <ifcpp/IFC4/include/IfcSite.h>
+#include <ifcpp/IFC4/include/IfcSpace.h>
 #include <ifcpp/model/BuildingModel.h>
 
 #include <algorithm>
@@ -55,21 +59,20 @@ Object HostOf(const IfcElement& element) {
     return nullptr;
 }
 
-Object ContainerOf(const IfcElement& element) {
-    for (const auto& weakRelation : element.m_ContainedInStructure_inverse) {
+/// The element that a port is on.
+Object ElementOf(const IfcPort& port) {
+    for (const auto& weakRelation : port.m_ContainedIn_inverse) {
         const auto relation = weakRelation.lock();
-        if (relation && relation->m_RelatingStructure) return relation->m_RelatingStructure;
+        if (relation && relation->m_RelatedElement) return relation->m_RelatedElement;
     }
     return nullptr;
 }
 
-/// One step from an object towards the project.
-Object Above(const IfcObjectDefinition& object) {
-    const auto* element = dynamic_cast<const IfcElement*>(&object);
-    if (!element) return WholeOf(object);
-    if (Object container = ContainerOf(*element)) return container;
-    if (Object whole = WholeOf(object)) return whole;
-    return HostOf(*element);
+/// What an object has its place by although it is no part of it.
+Object HolderOf(const IfcObjectDefinition& object) {
+    if (const auto* element = dynamic_cast<const IfcElement*>(&object)) return HostOf(*element);
+    if (const auto* port = dynamic_cast<const IfcPort*>(&object)) return ElementOf(*port);
+    return nullptr;
 }
 
 template <typename Type, typename Model>
@@ -125,6 +128,12 @@ std::wstring NameOf(const IfcSpatialElement& element) {
 IfcStructure::IfcStructure(const BuildingModel& model, double unitInMetres) {
     AddStoreys(EntitiesOf<IfcBuildingStorey>(model), unitInMetres);
     for (const auto& building : EntitiesOf<IfcBuilding>(model)) AddBuilding(*building);
+    for (const auto& relation : EntitiesOf<IfcRelContainedInSpatialStructure>(model)) {
+        for (const auto& product : relation->m_RelatedElements) {
+            if (!product || !relation->m_RelatingStructure) continue;
+            containerByEntity.emplace(product->m_entity_id, relation->m_RelatingStructure);
+        }
+    }
 }
 
 void IfcStructure::AddStoreys(const std::vector<std::shared_ptr<IfcBuildingStorey>>& found,
@@ -164,18 +173,32 @@ void IfcStructure::AddBuilding(const IfcBuilding& building) {
     buildings.push_back(record);
 }
 
-void IfcStructure::Place(const IfcElement& source, ModelElement& element) const {
-    for (const Object& owner : {WholeOf(source), HostOf(source)}) {
-        const auto ownerElement = std::dynamic_pointer_cast<IfcElement>(owner);
-        if (ownerElement) element.belongsTo.push_back(TextOf(ownerElement->m_GlobalId));
+/// One step from an object towards the project.
+Object IfcStructure::Above(const IfcObjectDefinition& object) const {
+    const auto container = containerByEntity.find(object.m_entity_id);
+    if (container != containerByEntity.end()) return container->second;
+    if (Object whole = WholeOf(object)) return whole;
+    return HolderOf(object);
+}
+
+void IfcStructure::PlaceAt(int entity, ModelElement& element) const {
+    const auto storey = storeyByEntity.find(entity);
+    if (storey != storeyByEntity.end() && !element.storey) element.storey = storey->second;
+    const auto building = buildingByEntity.find(entity);
+    if (building != buildingByEntity.end() && !element.building) {
+        element.building = building->second;
     }
+}
+
+void IfcStructure::Place(const IfcObjectDefinition& source, ModelElement& element) const {
+    for (const Object& owner : {WholeOf(source), HolderOf(source)}) {
+        const bool isComponent = std::dynamic_pointer_cast<IfcElement>(owner) ||
+                                 std::dynamic_pointer_cast<IfcSpace>(owner);
+        if (isComponent) element.belongsTo.push_back(TextOf(owner->m_GlobalId));
+    }
+    PlaceAt(source.m_entity_id, element);
     Object above = Above(source);
     for (int step = 0; above && step < longestChain; ++step, above = Above(*above)) {
-        const auto storey = storeyByEntity.find(above->m_entity_id);
-        if (storey != storeyByEntity.end() && !element.storey) element.storey = storey->second;
-        const auto building = buildingByEntity.find(above->m_entity_id);
-        if (building != buildingByEntity.end() && !element.building) {
-            element.building = building->second;
-        }
+        PlaceAt(above->m_entity_id, element);
     }
 }

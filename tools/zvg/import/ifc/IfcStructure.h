@@ -8,7 +8,7 @@
 #include "tools/zvg/import/Model.h"
 
 class BuildingModel;
-class IfcElement;
+class IfcObjectDefinition;
 class IfcBuilding;
 class IfcBuildingStorey;
 
@@ -22,12 +22,17 @@ class IfcStructure {
     std::vector<ModelBuilding> buildings;  ///< in the file's order
 
     /// Fills in the element's storey and building, and the elements it belongs to: what it is a
-    /// part of, and the wall whose opening it fills.
-    void Place(const IfcElement& source, ModelElement& element) const;
+    /// part of, and the wall whose opening it fills. A storey stands on its own floor; site,
+    /// project and groups are on none.
+    void Place(const IfcObjectDefinition& source, ModelElement& element) const;
 
   private:
     void AddStoreys(const std::vector<std::shared_ptr<IfcBuildingStorey>>& found, double unit);
     void AddBuilding(const IfcBuilding& building);
+    std::shared_ptr<IfcObjectDefinition> Above(const IfcObjectDefinition& object) const;
+    void PlaceAt(int entity, ModelElement& element) const;
 
     std::map<int, std::size_t> storeyByEntity, buildingByEntity;
+    /// What contains an object, for those that do not know it themselves.
+    std::map<int, std::shared_ptr<IfcObjectDefinition>> containerByEntity;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <optional>
 #include <sstream>
 #include <utility>
@@ -26,7 +27,11 @@ std::optional<double> NumberOf(const BuildingObject& value) {
 
 std::wstring NumberText(double number) {
     char digits[64];
-    const char* end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+    const double size = std::fabs(number);
+    const bool plain = size == 0 || (size >= 1e-6 && size < 1e15);
+    const char* end =
+        plain ? std::to_chars(digits, digits + sizeof digits, number, std::chars_format::fixed).ptr
+              : std::to_chars(digits, digits + sizeof digits, number).ptr;
     return {static_cast<const char*>(digits), end};
 }
 

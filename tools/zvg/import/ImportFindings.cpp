@@ -1,0 +1,34 @@
+#include "tools/zvg/import/ImportFindings.h"
+
+#include <algorithm>
+
+void ImportFindings::Add(const std::string& kind, const std::string& text, bool lost,
+                         const std::string& where, std::size_t count) {
+    const auto [place, added] = places.emplace(std::make_pair(kind, text), findings.size());
+    if (added) findings.push_back({kind, text, lost, 0, {}});
+    ImportFinding& finding = findings[place->second];
+    finding.count += count;
+    const bool known = !finding.where.empty() && finding.where.back() == where;
+    if (!where.empty() && !known && finding.where.size() < ImportFinding::mostPlaces) {
+        finding.where.push_back(where);
+    }
+}
+
+bool ImportFindings::AnythingLost() const {
+    return std::any_of(findings.begin(), findings.end(),
+                       [](const ImportFinding& finding) { return finding.lost; });
+}
+
+std::string ImportFindings::Told() const {
+    constexpr std::size_t mostTold = 5;
+    std::string told;
+    std::size_t losses = 0;
+    for (const ImportFinding& finding : findings) {
+        if (!finding.lost || ++losses > mostTold) continue;
+        told += (told.empty() ? "" : "; ") + finding.text;
+        if (finding.count > 1) told += " (" + std::to_string(finding.count) + " times)";
+        if (!finding.where.empty()) told += ", as at " + finding.where.front();
+    }
+    if (losses > mostTold) told += "; and " + std::to_string(losses - mostTold) + " more";
+    return told;
+}
