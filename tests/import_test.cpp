@@ -175,6 +175,13 @@ TEST_F(Importing, SaysWhatCannotBeMade) {
                            "#101=IFCREPRESENTATIONMAP(#5,#25);"));
     EXPECT_EQ(Run("$Z pack --force m/self.ifc -o out/x.zvg"), 0) << err;
     EXPECT_NE(err.find(" #101: the reference to #25 leads back"), std::string::npos) << err;
+
+    Save("m/minus.ifc", Ifc("SweptSolid",
+                            "#100=IFCEXTRUDEDAREASOLID(#101,$,#102,1.);"
+                            "#101=IFCCIRCLEPROFILEDEF(.AREA.,$,$,-1.);"
+                            "#102=IFCDIRECTION((0.,0.,1.));"));
+    EXPECT_EQ(Run("$Z pack --force m/minus.ifc -o out/x.zvg"), 0) << err;
+    EXPECT_NE(err.find("elements lost their bodies, as at wall"), std::string::npos) << err;
 }
 
 /// Looked at through /proc, which shows a process without dumps to root only.

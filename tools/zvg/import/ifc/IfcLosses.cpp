@@ -1,9 +1,14 @@
 #include "tools/zvg/import/ifc/IfcLosses.h"
 
+#include <ifcpp/IFC4/include/IfcBooleanResult.h>
+#include <ifcpp/IFC4/include/IfcElement.h>
 #include <ifcpp/IFC4/include/IfcLabel.h>
+#include <ifcpp/IFC4/include/IfcMappedItem.h>
 #include <ifcpp/IFC4/include/IfcProduct.h>
 #include <ifcpp/IFC4/include/IfcProductRepresentation.h>
+#include <ifcpp/IFC4/include/IfcRelAggregates.h>
 #include <ifcpp/IFC4/include/IfcRepresentation.h>
+#include <ifcpp/IFC4/include/IfcRepresentationMap.h>
 
 #include <algorithm>
 #include <string_view>
@@ -43,6 +48,42 @@ bool HasBody(const IfcProduct& product) {
     return std::any_of(all.begin(), all.end(), [](const auto& representation) {
         return representation && !representation->m_Items.empty() &&
                IsBodyName(TextOf(representation->m_RepresentationIdentifier));
+    });
+}
+
+bool HasOpenings(const BuildingEntity& object) {
+    const auto* const element = dynamic_cast<const IfcElement*>(&object);
+    return element != nullptr && !element->m_HasOpenings_inverse.empty();
+}
+
+bool HasBooleans(const IfcRepresentation& representation) {
+    const auto& items = representation.m_Items;
+    return std::any_of(items.begin(), items.end(), [](const auto& item) {
+        if (const auto mapped = std::dynamic_pointer_cast<IfcMappedItem>(item)) {
+            const auto& source = mapped->m_MappingSource;
+            return source && source->m_MappedRepresentation &&
+                   std::any_of(source->m_MappedRepresentation->m_Items.begin(),
+                               source->m_MappedRepresentation->m_Items.end(), [](const auto& one) {
+                                   return dynamic_cast<IfcBooleanResult*>(one.get()) != nullptr;
+                               });
+        }
+        return dynamic_cast<IfcBooleanResult*>(item.get()) != nullptr;
+    });
+}
+
+/// Whether a body of which nothing is left may be right: something is cut out of it, or out of
+/// the whole that it is part of.
+bool MayBeCutAway(const IfcProduct& product) {
+    if (HasOpenings(product)) return true;
+    for (const auto& weakRelation : product.m_Decomposes_inverse) {
+        const auto relation = weakRelation.lock();
+        if (relation && relation->m_RelatingObject && HasOpenings(*relation->m_RelatingObject)) {
+            return true;
+        }
+    }
+    const auto& all = product.m_Representation->m_Representations;
+    return std::any_of(all.begin(), all.end(), [](const auto& representation) {
+        return representation && HasBooleans(*representation);
     });
 }
 
@@ -103,7 +144,7 @@ void IfcLosses::End(const ModelElement& element, const IfcProduct* source) {
     ++count.arrived;
     if (!element.shapes.empty()) ++count.withBody;
     const bool bodiless = source && element.shapes.empty() && HasBody(*source);
-    if (bodiless && failed) {
+    if (bodiless && (failed || !MayBeCutAway(*source))) {
         findings.Add("noBody", "elements lost their bodies", true, current);
     } else if (bodiless) {
         findings.Add("emptyBody", "bodies hold no surface", false, current);
