@@ -14,6 +14,7 @@
 #include <set>
 
 #include "tools/zvg/import/ShapeStore.h"
+#include "tools/zvg/import/SteadyMemory.h"
 #include "tools/zvg/import/StepText.h"
 #include "tools/zvg/import/ifc/IfcGrids.h"
 #include "tools/zvg/import/ifc/IfcLosses.h"
@@ -51,6 +52,7 @@ StepText Prepared(const std::string& bytes) {
 }
 
 std::shared_ptr<BuildingModel> Load(StepText& step, IfcLosses& losses) {
+    const SteadyMemory steady;
     auto model = std::make_shared<BuildingModel>();
     ReaderSTEP reader;
     reader.setMessageCallBack(&losses, PassOn);

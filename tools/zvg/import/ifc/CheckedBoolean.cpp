@@ -14,12 +14,9 @@ namespace {
 // difference is not noticed.
 constexpr std::array coincidentMoves = {0.0, 0.0001, 0.0003, 0.001, 0.00003};
 constexpr std::array moves = {0.00003, -0.00003, 0.0001, -0.0001};
-constexpr double nearOrigin = 100;       ///< metres; farther away digits are lost
-constexpr double leastVolume = 1e-9;     ///< cubic metres; smaller shells are crumbs
-constexpr double cornerStep = 0.000001;  ///< metres; corners that are nearer become one
-/// Not quite a half: half a step is a number that models hold, and the last digits of a cut, which
-/// depend on addresses, must not decide which way it goes.
-constexpr double roundsUp = 0.5001;
+constexpr double nearOrigin = 100;          ///< metres; farther away digits are lost
+constexpr double leastVolume = 1e-9;        ///< cubic metres; smaller shells are crumbs
+constexpr double cornerStep = 0.000000001;  ///< metres; corners that are nearer become one
 
 double VolumeOf(const Solid::mesh_t& mesh) {
     double volume = 0;
@@ -36,7 +33,7 @@ double VolumeOf(const Solid::mesh_t& mesh) {
 }
 
 /// A mesh of triangles that is built face by face. Its order depends on where the corners are
-/// alone: the order in which the library gives faces and corners depends on addresses.
+/// alone, not on that of the library's faces and corners, which comes from addresses.
 class TriangleMesh {
   public:
     void Add(const Solid::face_t& face) {
@@ -78,7 +75,7 @@ class TriangleMesh {
     static SolidVector Rounded(const SolidVector& corner) {
         SolidVector rounded = corner;
         for (double& number : rounded.v) {
-            number = std::floor(number / cornerStep + roundsUp) * cornerStep + 0.0;
+            number = std::round(number / cornerStep) * cornerStep + 0.0;
         }
         return rounded;
     }
@@ -137,12 +134,10 @@ std::unique_ptr<Solid> Attempt(const Solid& a, const Solid& b, BooleanOperation 
                                                       carve::csg::CSG::CLASSIFY_EDGE));
         if (!made) return nullptr;
         return InTriangles(*made);
-    } catch (const carve::exception&) {
-        return nullptr;
     } catch (const std::bad_alloc&) {
         throw;
-    } catch (const std::exception&) {
-        return nullptr;  // what the library's containers throw at indices gone astray
+    } catch (...) {
+        return nullptr;  // its own exceptions, and what containers throw at indices gone astray
     }
 }
 

@@ -23,6 +23,15 @@ SolidBox BoxAround(const Solid::face_t& face) {
     return box;
 }
 
+double AreaOf(const Solid::face_t& face) {
+    SolidVector twice = carve::geom::VECTOR(0, 0, 0);
+    const SolidVector first = face.edge->vert->v;
+    for (const auto* edge = face.edge->next; edge->next != face.edge; edge = edge->next) {
+        twice += carve::geom::cross(edge->vert->v - first, edge->next->vert->v - first);
+    }
+    return twice.length() / 2;
+}
+
 /// The shortest way that takes a point along each of the normals as far as is asked, or as
 /// nearly as can be (least squares, with so little weight on the way itself that it only decides
 /// where the normals leave it open).
@@ -77,9 +86,12 @@ std::vector<CoincidentPlanes::FaceOfA> CoincidentPlanes::FacesOf(const Solid& a)
     std::vector<FaceOfA> faces;
     for (const auto* mesh : a.meshes) {
         for (const auto* face : mesh->faces) {
-            faces.push_back({BoxAround(*face), {face->plane.N, -face->plane.d, 0}});
+            faces.push_back({BoxAround(*face), {face->plane.N, -face->plane.d, 0}, AreaOf(*face)});
         }
     }
+    // Slivers know least where their plane is.
+    std::stable_sort(faces.begin(), faces.end(),
+                     [](const FaceOfA& x, const FaceOfA& y) { return x.area > y.area; });
     return faces;
 }
 

@@ -34,6 +34,7 @@ class CoincidentPlanes {
     struct FaceOfA {
         SolidBox box;  ///< with what is near
         Plane plane;
+        double area = 0;
     };
 
     void AddFace(const Solid::face_t& face, const std::vector<FaceOfA>& facesOfA, int flushWay);

@@ -11,6 +11,7 @@
 #include <new>
 #include <utility>
 
+#include "tools/zvg/import/SteadyMemory.h"
 #include "tools/zvg/import/ifc/BooleanStep.h"
 #include "tools/zvg/import/ifc/CheckedBoolean.h"
 #include "tools/zvg/import/ifc/IfcColours.h"
@@ -39,6 +40,7 @@ bool IsNoBody(const std::wstring& identifier) {
 /// Corners of triangles of a face with `count` vertices that begin at `first` in the shell.
 std::vector<carve::triangulate::tri_idx> Triangles(const MeshSet::face_t& face, std::size_t count) {
     if (count == 3) return {{0, 1, 2}};
+    const SteadyMemory steady;
     std::vector<carve::geom::vector<2>> projected;
     face.getProjectedVertices(projected);
     std::vector<carve::triangulate::tri_idx> triangles;
@@ -307,6 +309,7 @@ class IfcShapes::Maker {
     template <typename Work>
     void Try(const BuildingEntity& entity, const Work& work) {
         try {
+            const SteadyMemory steady;
             work();
         } catch (const std::bad_alloc&) {
             throw;
@@ -337,8 +340,10 @@ class IfcShapes::Maker {
 };
 
 IfcShapes::IfcShapes(const std::shared_ptr<BuildingModel>& model, double tolerance,
-                     const ImportReport& report)
-    : maker(std::make_unique<Maker>(model, tolerance, report)) {}
+                     const ImportReport& report) {
+    const SteadyMemory steady;
+    maker = std::make_unique<Maker>(model, tolerance, report);
+}
 
 IfcShapes::~IfcShapes() = default;
 
