@@ -42,6 +42,7 @@ TEST_F(Pages, WalksAndSavesAgain) {
     });
     EXPECT_EQ(components.size(), 1u);
     EXPECT_EQ(faces, 1u);
+    EXPECT_EQ(LastDamage(reader), "");
 
     ZVSmartFormat::CZVFTFileOutStream out("again.zvg");
     ASSERT_TRUE(out.Open());
@@ -55,6 +56,13 @@ TEST_F(Pages, WalksAndSavesAgain) {
     ZVSmartFormat::CZVFTFileInStream missing("missing.zvg");
     CZVLGBlockReader third;
     EXPECT_FALSE(OpenBlock(missing, third));
+
+    in.Close();
+    std::filesystem::resize_file("wall.zvg", std::filesystem::file_size("wall.zvg") - 1);
+    ASSERT_FALSE(OpenBlock(in, third));
+    EXPECT_NE(LastDamage(third).find("the index block does not decode, at byte "),
+              std::string::npos)
+        << LastDamage(third);
 }
 
 }  // namespace
