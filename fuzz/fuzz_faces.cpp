@@ -78,21 +78,11 @@ struct Relations {
         Points own;
     };
 
-    bool Relate(const SZVLGParamCylinderFace& face, SZVLGZvgGeoRelInclude& rel) {
-        return saver.GetRelIncludeByCylinderFace(face, rel);
-    }
-    bool Relate(const SZVLGParamRevolvedFace& face, SZVLGZvgGeoRelInclude& rel) {
-        return saver.GetRelIncludeByRevolvedFace(face, rel);
-    }
-    bool Relate(const SZVLGParamRuledFace& face, SZVLGZvgGeoRelInclude& rel) {
-        return saver.GetRelIncludeByRuledFace(face, rel);
-    }
-
     /// True where a geometry was stored for the face.
     template <class Face>
     bool Ask(const Face& face, const Points& own) {
         SZVLGZvgGeoRelInclude rel{L"before", {}};
-        if (!Relate(face, rel)) {
+        if (!Relate(saver, face, rel)) {
             Require(rel.key == L"before");
             return false;
         }

@@ -23,24 +23,17 @@ constexpr double pi = 3.14159265358979323846;
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinite = std::numeric_limits<double>::infinity();
 
+using support::Relate;
+
 /// A saver that writes to memory.
 struct Building {
     Building() { saver.Init(&out, {}); }
 
-    bool Relate(const SZVLGParamCylinderFace& face, SZVLGZvgGeoRelInclude& rel) {
-        return saver.GetRelIncludeByCylinderFace(face, rel);
-    }
-    bool Relate(const SZVLGParamRevolvedFace& face, SZVLGZvgGeoRelInclude& rel) {
-        return saver.GetRelIncludeByRevolvedFace(face, rel);
-    }
-    bool Relate(const SZVLGParamRuledFace& face, SZVLGZvgGeoRelInclude& rel) {
-        return saver.GetRelIncludeByRuledFace(face, rel);
-    }
     /// The number at the end of the face's key, -1 where it is refused.
     template <class Face>
     int KeyNumber(const Face& face) {
         SZVLGZvgGeoRelInclude rel;
-        return Relate(face, rel) ? std::stoi(rel.key.substr(18)) : -1;
+        return Relate(saver, face, rel) ? std::stoi(rel.key.substr(18)) : -1;
     }
     /// Expects that `face` is refused after `damage` and leaves `rel` as it was.
     template <class Face, class Damage>
@@ -49,7 +42,7 @@ struct Building {
         rel.transform.SetAt(1, 3, 77);
         const CZVIMTransf before = rel.transform;
         damage(face);
-        EXPECT_FALSE(Relate(face, rel));
+        EXPECT_FALSE(Relate(saver, face, rel));
         EXPECT_EQ(rel.key, L"before");
         EXPECT_EQ(rel.transform, before);
     }
@@ -125,7 +118,7 @@ TEST(ParamFace, KeysAgreeWithinAThousandth) {
     EXPECT_EQ(building.KeyNumber(Revolved(1.0009, elsewhere, 2)), 6);
     EXPECT_EQ(building.KeyNumber(Revolved(1.0011)), 7);
     SZVLGZvgGeoRelInclude rel;
-    EXPECT_TRUE(building.Relate(Ruled(1.0000), rel));
+    EXPECT_TRUE(Relate(building.saver, Ruled(1.0000), rel));
     EXPECT_EQ(rel.key, L"mater_include_key_8");
     EXPECT_TRUE(rel.transform.identity());  // X along the first column, Y towards the second
     EXPECT_EQ(building.KeyNumber(Ruled(1.0009, elsewhere)), 8);
@@ -171,7 +164,7 @@ TEST(ParamFace, RefusalsStoreNothing) {
     building.Refuses(SZVLGParamRuledFace{{{1, 1, 1}, {2, 2, 2}}, {{3, 3, 3}, {4, 4, 4}}}, asItIs);
 
     SZVLGZvgGeoRelInclude rel{L"before", {}};  // too short to sample: only the placing is told
-    EXPECT_FALSE(building.Relate(Revolved(0.01), rel));
+    EXPECT_FALSE(Relate(building.saver, Revolved(0.01), rel));
     EXPECT_EQ(rel.key, L"before");
     EXPECT_NEAR(rel.transform.GetAt(0, 0), std::cos(0.5), 1e-12);
     EXPECT_EQ(building.saver.CreateIncludeBlockGeo({}), L"mater_include_key_0");
@@ -271,7 +264,7 @@ struct PlacedFaces {
     template <class Face>
     void Add(const Face& face, const Points& points) {
         placed.push_back({{}, points});
-        ASSERT_TRUE(building.Relate(face, placed.back().first));
+        ASSERT_TRUE(Relate(building.saver, face, placed.back().first));
     }
     /// Expects `count` geometries, and each face's on its points. A face without points is not
     /// looked at.

@@ -187,6 +187,20 @@ SZVLGZvgDisplayAttr FullAttr();
 SZVLGZvgComp FullComp();
 SZVLGZvgGeo FullGeo();
 
+/// A saver's call for each kind of face, under one name.
+inline bool Relate(CZVLGBlockSaver& saver, const SZVLGParamCylinderFace& face,
+                   SZVLGZvgGeoRelInclude& rel) {
+    return saver.GetRelIncludeByCylinderFace(face, rel);
+}
+inline bool Relate(CZVLGBlockSaver& saver, const SZVLGParamRevolvedFace& face,
+                   SZVLGZvgGeoRelInclude& rel) {
+    return saver.GetRelIncludeByRevolvedFace(face, rel);
+}
+inline bool Relate(CZVLGBlockSaver& saver, const SZVLGParamRuledFace& face,
+                   SZVLGZvgGeoRelInclude& rel) {
+    return saver.GetRelIncludeByRuledFace(face, rel);
+}
+
 /// The calls that make the sample, one after another; each stands for itself.
 using SaverStep = std::function<void(CZVLGBlockSaver&, CZVFTOutStream&)>;
 const std::vector<SaverStep>& SampleSteps();
