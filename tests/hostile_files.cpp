@@ -320,8 +320,8 @@ const std::vector<HostileFile>& HostileFiles() {
         {"transforms", [] { return BodyFile(Places(L"none", 250000)); }},
         {"coincident", [] { return CoincidentTriangles(1000000); }},
         {"coincident_placed", [] { return PlacedFile(Triangle(), 40000, Moved(1, 2, 3)); }},
-        {"crossing", [] { return BodyFile(Triangles(Crossing(20000))); }},
-        {"crossing_glass", [] { return BodyFile(Glass(Triangles(Crossing(20000)))); }},
+        {"crossing", [] { return BodyFile(Triangles(Crossing(4000))); }},
+        {"crossing_glass", [] { return BodyFile(Glass(Triangles(Crossing(4000)))); }},
         {"crossing_shapes", [] { return CrossingShapes(5000); }},
     };
     return files;
