@@ -15,14 +15,16 @@
 #include <string>
 #include <string_view>
 
-#include "tools/zvg/Command.h"
-#include "tools/zvg/import/ChildMessages.h"
-#include "tools/zvg/import/ModelFile.h"
-#include "tools/zvg/import/ModelFolder.h"
-#include "tools/zvg/import/ShapeStore.h"
-#include "tools/zvg/import/StepCycles.h"
-#include "tools/zvg/import/StepText.h"
-#include "tools/zvg/import/UnusableGeometry.h"
+#include "ZVSmartModel/Error.h"
+#include "model/pack/ChildMessages.h"
+#include "model/import/ModelFile.h"
+#include "model/pack/ModelFolder.h"
+#include "model/import/ShapeStore.h"
+#include "model/import/StepCycles.h"
+#include "model/import/StepText.h"
+#include "model/import/UnusableGeometry.h"
+
+using namespace ZVSmartModel;
 
 namespace {
 
@@ -75,8 +77,8 @@ class Numbers {
     std::string_view bytes;
 };
 
-Shape ShapeOf(Numbers& numbers) {
-    Shape shape;
+ModelShape ShapeOf(Numbers& numbers) {
+    ModelShape shape;
     ModelShell shell;
     for (int i = numbers.Next<std::uint8_t>() % 8; i-- > 0;)
         shell.points.push_back(numbers.Point());
@@ -104,10 +106,10 @@ void FuzzShapes(std::string_view bytes) {
     while (!numbers.AtEnd()) {
         ModelElement element;
         element.entityType = numbers.Next<std::uint8_t>() % 2 == 0 ? L"Mesh" : L"IfcWall";
-        const Shape shape = ShapeOf(numbers);
+        const ModelShape shape = ShapeOf(numbers);
         const auto first = store.Add(shape);
         Require(store.Add(shape) == first);
-        if (first) element.shapes.push_back({*first, identityPlacement});
+        if (first) element.shapes.push_back({*first, identityTransform});
         if (first) element.shapes.back().placement[3] = numbers.Coordinate();
         model.elements.push_back(element);
     }
@@ -117,7 +119,7 @@ void FuzzShapes(std::string_view bytes) {
         for (const PlacedShape& placed : element.shapes)
             Require(placed.shape < model.shapes.size());
     }
-    for (const Shape& shape : model.shapes) {
+    for (const ModelShape& shape : model.shapes) {
         Require(!shape.parts.empty() || !shape.curves.empty());
         for (const ShapePart& part : shape.parts) {
             for (const ModelPoint& point : part.shells.at(0).points) {
@@ -177,7 +179,7 @@ void FuzzNames(std::string_view bytes) {
     try {
         OwnedDescriptor file = folder.Open(std::string(bytes));
         if (file.IsOpen()) Require(ModelFile(std::move(file)).Bytes(0, 3) == "/m/");
-    } catch (const ToolError&) {  // not the model's
+    } catch (const ZVSmartModel::Error&) {  // not the model's
     }
 }
 

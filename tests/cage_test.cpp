@@ -16,7 +16,9 @@
 #include <thread>
 #include <vector>
 
-#include "tools/zvg/import/Cage.h"
+#include "tools/zvg-import/Cage.h"
+
+using namespace ZVSmartModel::Tool;
 
 namespace {
 

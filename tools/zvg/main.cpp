@@ -5,15 +5,17 @@
 #include <string>
 #include <vector>
 
+#include "ZVSmartModel/Pack.h"
+#include "model/element/LackOfMemory.h"
 #include "tools/zvg/Command.h"
 #include "tools/zvg/commands/Commands.h"
-#include "tools/zvg/import/Cage.h"
-#include "tools/zvg/import/ChildProcess.h"
-#include "tools/zvg/import/Importers.h"
 #include "tools/zvg/output/OutOfMemory.h"
+#include "tools/zvg/output/SignalCleanup.h"
 #include "tools/zvg/text/Colour.h"
 #include "tools/zvg/text/Nearest.h"
 #include "tools/zvg/text/StandardOutput.h"
+
+namespace ZVSmartModel::Tool {
 
 namespace {
 
@@ -26,10 +28,10 @@ constexpr const char* exitStatusHelp =
 
 std::string VersionText() {
     std::string text = "zvg " ZVG_VERSION "\nimporters:";
-    const std::vector<std::string> names = ImporterNames();
+    const std::vector<std::string> names = ImportFormats();
     for (const std::string& name : names) text += ' ' + name;
     if (names.empty()) text += " none";
-    return text + "\ncage of the importers: " + CageText(AvailableCage());
+    return text + "\ncage of the importers: " + ImportCage();
 }
 
 void RegisterAll(CLI::App& app, CommonOptions& common) {
@@ -76,7 +78,7 @@ void AnswerParser(const CLI::App& app, const CLI::ParseError& end) {
     if (end.get_exit_code() != 0) {
         const bool unknownCommand = app.get_subcommands().empty() && !app.remaining().empty();
         const std::string reason = unknownCommand ? UnknownText(app) : end.what();
-        throw ToolError(ExitStatus::Usage, reason + " (see zvg --help)");
+        throw Error(Status::Usage, reason + " (see zvg --help)");
     }
     std::ostringstream text;
     app.exit(end, text, text);
@@ -95,29 +97,33 @@ void Run(int argc, char** argv) {
     FinishOutput();
 }
 
-ExitStatus Fail(ExitStatus status, const std::string& message) {
+int Fail(Status status, const std::string& message) {
     WriteError(message);
-    return status;
+    return static_cast<int>(status);
 }
 
-ExitStatus RunAndReport(int argc, char** argv) {
+int RunAndReport(int argc, char** argv) {
     try {
         Run(argc, argv);
-        return ExitStatus::Done;
-    } catch (const ToolError& error) {
-        return Fail(error.Status(), error.what());
+        return 0;
+    } catch (const Error& error) {
+        return Fail(error.GetStatus(), error.what());
     } catch (const std::exception& error) {
-        if (IsOutOfMemory(error)) return Fail(ExitStatus::Internal, "out of memory");
-        return Fail(ExitStatus::Internal, std::string("internal error: ") + error.what());
+        if (IsOutOfMemory(error)) return Fail(Status::Internal, "out of memory");
+        return Fail(Status::Internal, std::string("internal error: ") + error.what());
     }
 }
 
 }  // namespace
 
+}  // namespace ZVSmartModel::Tool
+
 int main(int argc, char** argv) {
-    const int childStatus = RunChildIfAsked(argc, argv);
-    if (childStatus != -1) return childStatus;
+    using namespace ZVSmartModel::Tool;
     PrepareStandardStreams();
-    EndWhenOutOfMemory([](const char* reason) { std::fprintf(stderr, "zvg: %s\n", reason); });
-    return static_cast<int>(RunAndReport(argc, argv));
+    EndWhenOutOfMemory([](const char* reason) {
+        RemoveUnfinished();
+        std::fprintf(stderr, "zvg: %s\n", reason);
+    });
+    return RunAndReport(argc, argv);
 }

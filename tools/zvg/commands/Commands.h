@@ -4,9 +4,11 @@
 
 #include "tools/zvg/Command.h"
 
+namespace ZVSmartModel::Tool {
+
 // Each function adds one command to `app`: its options, its help with an example, and the
 // callback that runs it. `common` is filled while the command line is parsed, before a callback
-// runs, and must outlive `app`. A callback ends with ToolError where the command fails.
+// runs, and must outlive `app`. A callback ends with Error where the command fails.
 
 void RegisterPack(CLI::App& app, CommonOptions& common);
 void RegisterInfo(CLI::App& app, CommonOptions& common);
@@ -23,3 +25,5 @@ void RegisterVerify(CLI::App& app, CommonOptions& common);
 // These two speak of the command line itself.
 void RegisterMan(CLI::App& app);
 void RegisterCompletion(CLI::App& app);
+
+}  // namespace ZVSmartModel::Tool

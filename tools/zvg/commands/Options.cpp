@@ -1,5 +1,7 @@
 #include "tools/zvg/commands/Options.h"
 
+namespace ZVSmartModel::Tool {
+
 CLI::App* AddReadingCommand(CLI::App& app, const std::string& name, const std::string& description,
                             const std::string& example, std::string& file) {
     CLI::App* const command = app.add_subcommand(name, description);
@@ -32,3 +34,5 @@ CLI::Option* AddTargetOptions(CLI::App& command, const std::string& what, Target
     command.add_flag("--force", target.force, "Replace what exists under that name");
     return output;
 }
+
+}  // namespace ZVSmartModel::Tool

@@ -6,6 +6,8 @@
 
 #include "tools/zvg/Command.h"
 
+namespace ZVSmartModel::Tool {
+
 /// Adds a command whose first argument is a block file, kept in `file`, which must outlive `app`.
 /// `example` is the command line that its help shows.
 CLI::App* AddReadingCommand(CLI::App& app, const std::string& name, const std::string& description,
@@ -26,3 +28,5 @@ struct Target {
 
 /// Adds both options; `--output`, which `what` describes, is returned.
 CLI::Option* AddTargetOptions(CLI::App& command, const std::string& what, Target& target);
+
+}  // namespace ZVSmartModel::Tool

@@ -5,6 +5,8 @@
 #include "tools/zvg/help/Completion.h"
 #include "tools/zvg/text/StandardOutput.h"
 
+namespace ZVSmartModel::Tool {
+
 void RegisterCompletion(CLI::App& app) {
     const auto shell = std::make_shared<std::string>();
     CLI::App* const command =
@@ -20,3 +22,5 @@ void RegisterCompletion(CLI::App& app) {
                                       : FishCompletion(help));
     });
 }
+
+}  // namespace ZVSmartModel::Tool

@@ -4,17 +4,20 @@
 #include <utility>
 #include <vector>
 
+#include "model/diff/BlockContents.h"
+#include "model/diff/CompDifference.h"
+#include "model/diff/Matching.h"
+#include "model/element/OpenedBlock.h"
+#include "model/element/RecordBytes.h"
+#include "model/element/Utf8.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
-#include "tools/zvg/diff/BlockContents.h"
-#include "tools/zvg/diff/CompDifference.h"
-#include "tools/zvg/diff/Matching.h"
-#include "tools/zvg/reading/OpenedBlock.h"
-#include "tools/zvg/reading/RecordBytes.h"
 #include "tools/zvg/reading/RecordDocument.h"
+#include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/JsonList.h"
 #include "tools/zvg/text/StandardOutput.h"
-#include "tools/zvg/text/Utf8.h"
+
+namespace ZVSmartModel::Tool {
 
 using namespace ZVSmartZvg;
 
@@ -90,6 +93,25 @@ class DifferencePrinter {
 
 Document Change(const Document& a, const Document& b) {
     return {{"a", a}, {"b", b}};
+}
+
+Document ValueOf(const std::optional<std::string>& value) {
+    return value ? Document(*value) : Document(nullptr);
+}
+
+/// A list of {`nameMember`, "a", "b"}; the member is left out where the list is empty.
+void AddChanges(Document& entry, const char* member, const char* nameMember,
+                const std::vector<ValueChange>& changes) {
+    for (const ValueChange& change : changes) {
+        entry[member].push_back(
+            {{nameMember, change.name}, {"a", ValueOf(change.a)}, {"b", ValueOf(change.b)}});
+    }
+}
+
+void AddDifference(Document& entry, const CompDifference& difference) {
+    AddChanges(entry, "properties", "name", difference.properties);
+    AddChanges(entry, "classes", "level", difference.classes);
+    for (const std::string& field : difference.fields) entry["fields"].push_back(field);
 }
 
 /// The host's own value as the real number that pack writes there.
@@ -185,7 +207,7 @@ class Comparison {
             const u64 bytes = BytesOf(compA) + BytesOf(compB);
             blockA.Limits().Work(bytes);
             held.Add(2 * bytes);
-            entry.update(CompDifference(compA, compB));
+            AddDifference(entry, DifferenceOf(compA, compB));
         }
         if (left.geometry != right.geometry) entry["geometry"] = true;
         printer.Print(entry);
@@ -198,9 +220,9 @@ class Comparison {
 };
 
 void Diff(const std::string& fileA, const std::string& fileB, const CommonOptions& common) {
-    Budget limits(common.noLimit);
-    OpenedBlock blockA(fileA, limits);
-    OpenedBlock blockB(fileB, limits);
+    Budget limits(common.noLimit, "--no-limit");
+    OpenedBlock blockA(OpenNamed(fileA), limits);
+    OpenedBlock blockB(OpenNamed(fileB), limits);
     BlockContents contentsA = ReadContents(blockA);
     BlockContents contentsB = ReadContents(blockB);
     DifferencePrinter printer(fileA, fileB, common.json);
@@ -227,3 +249,5 @@ void RegisterDiff(CLI::App& app, CommonOptions& common) {
     AddLimitOption(*command, common);
     command->callback([fileA, fileB, &common] { Diff(*fileA, *fileB, common); });
 }
+
+}  // namespace ZVSmartModel::Tool

@@ -3,14 +3,17 @@
 #include <optional>
 #include <string>
 
+#include "model/export/ExportModel.h"
+#include "model/export/GlbExport.h"
+#include "model/export/ObjExport.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
-#include "tools/zvg/export/ExportModel.h"
-#include "tools/zvg/export/GlbExport.h"
-#include "tools/zvg/export/ObjExport.h"
 #include "tools/zvg/output/OutputFile.h"
+#include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/Progress.h"
 #include "tools/zvg/text/StandardOutput.h"
+
+namespace ZVSmartModel::Tool {
 
 using ZVSmartFormat::CZVFTOutStream;
 namespace fs = std::filesystem;
@@ -32,7 +35,7 @@ Format FormatOf(const std::string& path) {
     const std::string extension = fs::path(path).extension().string();
     if (extension == ".glb" || extension == ".GLB") return Format::Glb;
     if (extension == ".obj" || extension == ".OBJ") return Format::Obj;
-    throw ToolError(ExitStatus::Usage, path + ": the name must end in .glb or .obj");
+    throw Error(Status::Usage, path + ": the name must end in .glb or .obj");
 }
 
 unsigned long long ExportGlb(const ExportModel& model, const Arguments& arguments) {
@@ -68,10 +71,10 @@ void Tell(const ExportModel& model, const Arguments& arguments, unsigned long lo
 void Export(const Arguments& arguments, const CommonOptions& common) {
     const Format format = FormatOf(arguments.target.path);
     if (format == Format::Glb && !CanWriteGlb()) {
-        throw ToolError(ExitStatus::Usage, "this build writes no GLB (it needs tinygltf)");
+        throw Error(Status::Usage, "this build writes no GLB (it needs tinygltf)");
     }
-    Budget limits(common.noLimit);
-    OpenedBlock block(arguments.file, limits);
+    Budget limits(common.noLimit, "--no-limit");
+    OpenedBlock block(OpenNamed(arguments.file), limits);
     ExportSelection selection;
     selection.floor = arguments.floor;
     selection.className = arguments.className;
@@ -110,3 +113,5 @@ void RegisterExport(CLI::App& app, CommonOptions& common) {
     AddRoomsOption(*command, arguments->rooms);
     command->callback([arguments, &common] { Export(*arguments, common); });
 }
+
+}  // namespace ZVSmartModel::Tool

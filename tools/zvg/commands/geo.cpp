@@ -2,12 +2,15 @@
 #include <optional>
 #include <string>
 
+#include "model/element/OpenedBlock.h"
+#include "model/element/Utf8.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/reading/GeoDocument.h"
-#include "tools/zvg/reading/OpenedBlock.h"
+#include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/Document.h"
-#include "tools/zvg/text/Utf8.h"
+
+namespace ZVSmartModel::Tool {
 
 using namespace ZVSmartZvg;
 
@@ -41,9 +44,9 @@ SZVLGZvgGeoIndex FindGeo(OpenedBlock& block, const std::string& key) {
     const auto index = stored ? stored : ParseIndex(key);
     if (index && IsThere(block, *index)) return *index;
     block.ThrowIfDamaged();
-    if (!stored) throw block.Error(ExitStatus::NotFound, "no geometry '" + key + "'");
-    throw block.Error(ExitStatus::Damaged,
-                      "damaged: the identification '" + key + "' leads nowhere");
+    if (!stored) throw block.ErrorAbout(Status::NotFound, "no geometry '" + key + "'");
+    throw block.ErrorAbout(Status::Damaged,
+                           "damaged: the identification '" + key + "' leads nowhere");
 }
 
 Document IdentificationsOf(OpenedBlock& block, const SZVLGZvgGeoIndex& wanted) {
@@ -59,8 +62,8 @@ Document IdentificationsOf(OpenedBlock& block, const SZVLGZvgGeoIndex& wanted) {
 }
 
 void Geo(const std::string& file, const std::string& key, const CommonOptions& common) {
-    Budget limits(common.noLimit);
-    OpenedBlock block(file, limits);
+    Budget limits(common.noLimit, "--no-limit");
+    OpenedBlock block(OpenNamed(file), limits);
     const SZVLGZvgGeoIndex index = FindGeo(block, key);
     SZVLGZvgGeo geo;
     block.ReadGeo(index, geo);
@@ -71,10 +74,10 @@ void Geo(const std::string& file, const std::string& key, const CommonOptions& c
     PrintDocument(document, common.json);
     block.ThrowIfDamaged();
     if (!document.contains("recordsLeftOut")) return;
-    throw block.Error(ExitStatus::Damaged,
-                      document["recordsLeftOut"].dump() +
-                          " of its records are left out: more memory than the file's size "
-                          "accounts for (--no-limit takes it)");
+    throw block.ErrorAbout(Status::Damaged,
+                           document["recordsLeftOut"].dump() +
+                               " of its records are left out: more memory than the file's size "
+                               "accounts for (--no-limit takes it)");
 }
 
 }  // namespace
@@ -94,3 +97,5 @@ void RegisterGeo(CLI::App& app, CommonOptions& common) {
     AddLimitOption(*command, common);
     command->callback([file, key, &common] { Geo(*file, *key, common); });
 }
+
+}  // namespace ZVSmartModel::Tool

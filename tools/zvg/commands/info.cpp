@@ -2,13 +2,16 @@
 #include <optional>
 #include <string>
 
+#include "model/element/OpenedBlock.h"
+#include "model/element/Utf8.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/reading/CountsDocument.h"
-#include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/reading/RecordDocument.h"
+#include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/Document.h"
-#include "tools/zvg/text/Utf8.h"
+
+namespace ZVSmartModel::Tool {
 
 using namespace ZVSmartZvg;
 
@@ -28,8 +31,8 @@ void AddHead(Document& document, CZVLGBlockReader& reader) {
 
 void Info(const std::string& file, const CommonOptions& common) {
     const bool asJson = common.json;
-    Budget limits(common.noLimit);
-    OpenedBlock block(file, limits);
+    Budget limits(common.noLimit, "--no-limit");
+    OpenedBlock block(OpenNamed(file), limits);
     CZVLGBlockReader& reader = block.Reader();
     Document document = NewDocument(file);
     AddHead(document, reader);
@@ -53,3 +56,5 @@ void RegisterInfo(CLI::App& app, CommonOptions& common) {
     AddLimitOption(*command, common);
     command->callback([file, &common] { Info(*file, common); });
 }
+
+}  // namespace ZVSmartModel::Tool

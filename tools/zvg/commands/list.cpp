@@ -2,17 +2,20 @@
 #include <optional>
 #include <string>
 
+#include "model/element/OpenedBlock.h"
+#include "model/element/PropertyKinds.h"
+#include "model/element/RecordNames.h"
+#include "model/element/Utf8.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
-#include "tools/zvg/property/PropertyKinds.h"
-#include "tools/zvg/reading/ClassNames.h"
-#include "tools/zvg/reading/OpenedBlock.h"
 #include "tools/zvg/reading/RecordDocument.h"
+#include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/Csv.h"
 #include "tools/zvg/text/Document.h"
 #include "tools/zvg/text/JsonList.h"
 #include "tools/zvg/text/StandardOutput.h"
-#include "tools/zvg/text/Utf8.h"
+
+namespace ZVSmartModel::Tool {
 
 using namespace ZVSmartZvg;
 
@@ -82,14 +85,14 @@ class EntryPrinter {
 
 ListFormat FormatOf(const ListOptions& options, bool asJson) {
     if (options.csv && asJson) {
-        throw ToolError(ExitStatus::Usage, "--csv and --json exclude each other");
+        throw Error(Status::Usage, "--csv and --json exclude each other");
     }
     return options.csv ? ListFormat::Csv : asJson ? ListFormat::Json : ListFormat::Text;
 }
 
 void List(const ListOptions& options, ListFormat format, bool noLimit) {
-    Budget limits(noLimit);
-    OpenedBlock block(options.file, limits);
+    Budget limits(noLimit, "--no-limit");
+    OpenedBlock block(OpenNamed(options.file), limits);
     const auto [first, end] = block.FindFloors(options.floor);
     const std::wstring className = FromUtf8(options.className.value_or(""));
     EntryPrinter printer(options.file, format, limits);
@@ -103,7 +106,7 @@ void List(const ListOptions& options, ListFormat format, bool noLimit) {
     printer.End();
     block.ThrowIfDamaged();
     if (!options.className || printer.Count() != 0) return;
-    throw block.Error(ExitStatus::NotFound, "no component of class '" + *options.className + "'");
+    throw block.ErrorAbout(Status::NotFound, "no component of class '" + *options.className + "'");
 }
 
 }  // namespace
@@ -123,3 +126,5 @@ void RegisterList(CLI::App& app, CommonOptions& common) {
     command->callback(
         [options, &common] { List(*options, FormatOf(*options, common.json), common.noLimit); });
 }
+
+}  // namespace ZVSmartModel::Tool

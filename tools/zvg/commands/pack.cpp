@@ -1,25 +1,20 @@
-#include <unistd.h>
-
-#include <cerrno>
-#include <chrono>
-#include <cmath>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
+#include "ZVSmartModel/Pack.h"
+#include "model/pack/DisplacedClasses.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
-#include "tools/zvg/import/ChildProcess.h"
 #include "tools/zvg/output/OutputFile.h"
-#include "tools/zvg/pack/DisplacedClasses.h"
-#include "tools/zvg/pack/PackJob.h"
+#include "tools/zvg/reading/ReportDocument.h"
 #include "tools/zvg/text/Progress.h"
 #include "tools/zvg/text/StandardOutput.h"
+
+namespace ZVSmartModel::Tool {
 
 namespace {
 
@@ -37,39 +32,21 @@ struct Arguments {
     bool strict = false;
 };
 
-/// Prints what the child says: warnings up to a number that a person reads, progress on a
-/// terminal only.
+/// Prints what is told while it is packed; progress on a terminal only.
 class Listener {
   public:
-    Listener(unsigned long long modelBytes, bool quiet)
-        : quiet(quiet), progress(quiet), modelBytes(static_cast<double>(modelBytes)) {}
+    Listener(double modelBytes, bool quiet)
+        : quiet(quiet), progress(quiet), modelBytes(modelBytes) {}
 
-    void Take(ChildMessage kind, const std::string& text) {
-        switch (kind) {
-            case ChildMessage::Warning:
-                Warn(text);
-                break;
-            case ChildMessage::Progress:
-                ShowProgress(text);
-                break;
-            case ChildMessage::Report:
-                report += text;
-                break;
-            case ChildMessage::Result:
-            case ChildMessage::Failure:
-                lastWords = text;
-                break;
-            case ChildMessage::NoMemory:
-            case ChildMessage::Open:
-                break;  // answered before
+    /// Importing is told in bytes of the model, other work in percent.
+    void Show(const std::string& work, double fraction) {
+        if (fraction < 0) {
+            progress.Show(work);
+        } else if (work == "importing") {
+            progress.Show(work, fraction * modelBytes, modelBytes, "MB");
+        } else {
+            progress.Show(work, fraction * 100, 100, "%");
         }
-    }
-
-    /// Removes the progress and tells how many warnings were not printed.
-    void Finish() {
-        progress.Clear();
-        if (warnings <= mostWarnings) return;
-        Print("warning: " + std::to_string(warnings - mostWarnings) + " more warnings");
     }
 
     void Print(const std::string& text) {
@@ -78,45 +55,13 @@ class Listener {
         WriteMessage(text);
     }
 
-    const std::string& LastWords() const { return lastWords; }
-    /// What the child said of the model; empty where it did not come so far.
-    const std::string& Report() const { return report; }
+    void Finish() { progress.Clear(); }
 
   private:
-    static constexpr int mostWarnings = 20;
-
-    void Warn(const std::string& text) {
-        if (++warnings <= mostWarnings) Print("warning: " + text);
-    }
-
-    /// Importing is told in percent of the model, packing in components.
-    void ShowProgress(const std::string& text) {
-        double done = 0;
-        double total = 0;
-        const std::size_t blank = text.find(' ');
-        if (std::sscanf(text.c_str(), "%lf/%lf", &done, &total) != 2) return;
-        const std::string work = blank == std::string::npos ? "" : text.substr(blank + 1);
-        if (total == 0) {
-            progress.Show(work);
-        } else if (work == "importing") {
-            progress.Show(work, done / total * modelBytes, modelBytes, "MB");
-        } else {
-            progress.Show(work, done, total, "components");
-        }
-    }
-
     bool quiet;
     Progress progress;
     double modelBytes;
-    int warnings = 0;
-    std::string lastWords, report;
 };
-
-/// Tells of a missing input before anything is made.
-void CheckReadable(const std::string& path) {
-    if (path.empty() || access(path.c_str(), R_OK) == 0) return;
-    throw ToolError(ExitStatus::InputOutput, path + ": " + std::strerror(errno));
-}
 
 /// All files that are read, as far as their names are known before; an OBJ has its materials
 /// beside it.
@@ -129,53 +74,35 @@ std::vector<std::string> InputsOf(const Arguments& arguments) {
     return inputs;
 }
 
-PackJob JobOf(const Arguments& arguments) {
-    PackJob job;
-    job.modelPath = arguments.model;
-    job.outputPath = TargetName(arguments.target.path);
-    job.settingsPath = arguments.settings;
-    job.previewPath = arguments.preview;
-    job.geosPerBlock = arguments.geosPerBlock;
-    job.formatVersion = arguments.formatVersion;
-    job.fast = arguments.fast;
-    job.drawPreview = !arguments.noPreview;
-    job.seal = arguments.seal;
-    job.tolerance = arguments.tolerance;
-    job.strict = arguments.strict;
-    return job;
+PackOptions OptionsOf(const Arguments& arguments, Listener& listener) {
+    PackOptions options;
+    options.settingsPath = arguments.settings;
+    options.previewPath = arguments.preview;
+    options.drawPreview = !arguments.noPreview;
+    options.geosPerBlock = arguments.geosPerBlock;
+    options.formatVersion = arguments.formatVersion;
+    options.fast = arguments.fast;
+    options.seal = arguments.seal;
+    options.strict = arguments.strict;
+    constexpr double metresInMillimetre = 0.001;
+    options.tolerance = arguments.tolerance * metresInMillimetre;
+    options.maxMemory = arguments.maxMemory;
+    options.maxSeconds = arguments.maxTime;
+    options.progress = [&listener](const std::string& work, double fraction) {
+        listener.Show(work, fraction);
+        return true;
+    };
+    options.warn = [&listener](const std::string& text) { listener.Print("warning: " + text); };
+    return options;
 }
 
-/// A time that the user gives is instead of the one without progress: some models need it.
-ImportLimits LimitsOf(const Arguments& arguments, unsigned long long modelBytes) {
-    ImportLimits limits = ImportLimits::For(modelBytes);
-    if (arguments.maxMemory != 0) limits.memoryBytes = arguments.maxMemory;
-    if (std::isnan(arguments.maxTime)) throw ToolError(ExitStatus::Usage, "--max-time: no number");
-    if (arguments.maxTime > 0) {
-        limits.silence = {};
-        limits.time = std::chrono::milliseconds(std::llround(arguments.maxTime * 1000));
-    }
-    return limits;
+std::string Counted(std::size_t count, const char* noun) {
+    return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
 }
 
-int Import(const Arguments& arguments, const ModelFolder& folder, int descriptor,
-           Listener& listener) {
-    try {
-        return RunInChild(
-            PackJobArguments(JobOf(arguments)), descriptor, folder,
-            LimitsOf(arguments, folder.ModelBytes()),
-            [&](ChildMessage kind, const std::string& text) { listener.Take(kind, text); });
-    } catch (const ToolError& error) {
-        listener.Finish();
-        throw ToolError(error.Status(), arguments.model + ": " + error.what());
-    }
-}
-
-/// A library may end the child in its own way, without a word.
-ToolError ImportFailure(const Arguments& arguments, int status, const std::string& lastWords) {
-    if (lastWords.empty() || status > static_cast<int>(ExitStatus::NotFound)) {
-        return {ExitStatus::InputOutput, arguments.model + ": the importer failed"};
-    }
-    return {static_cast<ExitStatus>(status), lastWords};
+std::string WrittenText(const PackReport& report) {
+    return Counted(report.components, "component") + " on " + Counted(report.floors, "floor") +
+           ", " + Counted(report.shapes, "shape") + " in " + Counted(report.placements, "place");
 }
 
 /// A mistyped class name sets nothing; this number is what tells.
@@ -184,11 +111,11 @@ std::string SettingsText(int descriptor) {
     return ", settings set " + std::to_string(rows) + (rows == 1 ? " class row" : " class rows");
 }
 
-/// What a strict packing refuses is reported as well.
-void WriteReport(const Arguments& arguments, const std::string& report) {
-    if (arguments.report.empty() || report.empty()) return;
+/// What a strict packing refuses is reported as well; a model that was not read is not.
+void WriteReport(const Arguments& arguments, const PackReport& report) {
+    if (arguments.report.empty() || report.schema.empty()) return;
     OutputFile output(arguments.report, arguments.target.force, InputsOf(arguments));
-    const std::string line = report + '\n';
+    const std::string line = ReportLine(report, arguments.model) + '\n';
     output.Fill(
         [&line](ZVSmartFormat::CZVFTOutStream& sink) { sink.Write(line.data(), line.size()); });
     output.Commit();
@@ -196,20 +123,27 @@ void WriteReport(const Arguments& arguments, const std::string& report) {
 
 void Pack(const Arguments& arguments, const CommonOptions& common) {
     if (arguments.model == "-") {
-        throw ToolError(ExitStatus::Usage, "a model is read from a file, not standard input");
+        throw Error(Status::Usage, "a model is read from a file, not standard input");
     }
-    const ModelFolder folder(arguments.model);
-    CheckReadable(arguments.settings);
-    CheckReadable(arguments.preview);
+    std::error_code unknown;  // a model that is not there is told by packing
+    const std::uintmax_t bytes = std::filesystem::file_size(arguments.model, unknown);
+    Listener listener(unknown ? 0 : static_cast<double>(bytes), common.quiet);
     OutputFile output(arguments.target.path, arguments.target.force, InputsOf(arguments));
-    Listener listener(folder.ModelBytes(), common.quiet);
-    const int status = Import(arguments, folder, output.Descriptor(), listener);
+    PackReport report;
+    try {
+        PackModelFile(arguments.model, output.Descriptor(), TargetName(arguments.target.path),
+                      OptionsOf(arguments, listener), &report);
+    } catch (const Error&) {
+        listener.Finish();
+        WriteReport(arguments, report);
+        throw;
+    }
     listener.Finish();
-    WriteReport(arguments, listener.Report());
-    if (status != 0) throw ImportFailure(arguments, status, listener.LastWords());
+    WriteReport(arguments, report);
+    if (!report.lost.empty()) listener.Print("warning: not everything arrived: " + report.lost);
     const std::string set = arguments.settings.empty() ? "" : SettingsText(output.Descriptor());
     output.Commit();
-    listener.Print(TargetName(arguments.target.path) + ": " + listener.LastWords() + set + ", " +
+    listener.Print(TargetName(arguments.target.path) + ": " + WrittenText(report) + set + ", " +
                    std::to_string(output.Bytes()) + " bytes");
 }
 
@@ -271,3 +205,5 @@ void RegisterPack(CLI::App& app, CommonOptions& common) {
     command->footer("Example:\n  zvg pack house.ifc -o house.zvg --preview house.png");
     command->callback([arguments, &common] { Pack(*arguments, common); });
 }
+
+}  // namespace ZVSmartModel::Tool

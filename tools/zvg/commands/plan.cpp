@@ -5,12 +5,15 @@
 #include <utility>
 #include <vector>
 
+#include "model/plan/FloorPlan.h"
+#include "model/plan/SvgSheet.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/output/OutputFile.h"
-#include "tools/zvg/plan/FloorPlan.h"
-#include "tools/zvg/plan/SvgSheet.h"
+#include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/StandardOutput.h"
+
+namespace ZVSmartModel::Tool {
 
 namespace {
 
@@ -45,10 +48,10 @@ std::string Told(const std::vector<PlanFloor>& floors) {
 void CheckName(const std::string& path) {
     const std::string extension = std::filesystem::path(path).extension().string();
     if (path.empty() || path == "-" || extension == ".svg" || extension == ".SVG") return;
-    throw ToolError(ExitStatus::Usage, path + ": the name must end in .svg, as a plan is SVG");
+    throw Error(Status::Usage, path + ": the name must end in .svg, as a plan is SVG");
 }
 
-/// Throws ToolError Damaged for what could not be drawn.
+/// Throws Error Damaged for what could not be drawn.
 void ThrowIfPartial(const OpenedBlock& block, const PlacedRecords& records) {
     block.ThrowIfDamaged();
     records.ThrowIfDamaged();
@@ -56,8 +59,8 @@ void ThrowIfPartial(const OpenedBlock& block, const PlacedRecords& records) {
 
 void Plan(const Arguments& arguments, const CommonOptions& common) {
     CheckName(arguments.target.path);
-    Budget limits(common.noLimit);
-    OpenedBlock block(arguments.file, limits);
+    Budget limits(common.noLimit, "--no-limit");
+    OpenedBlock block(OpenNamed(arguments.file), limits);
     std::optional<OutputFile> output;
     if (!arguments.target.path.empty()) {
         output.emplace(arguments.target.path, arguments.target.force,
@@ -95,3 +98,5 @@ void RegisterPlan(CLI::App& app, CommonOptions& common) {
     AddLimitOption(*command, common);
     command->callback([arguments, &common] { Plan(*arguments, common); });
 }
+
+}  // namespace ZVSmartModel::Tool

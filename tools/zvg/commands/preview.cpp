@@ -4,16 +4,19 @@
 #include <string>
 #include <string_view>
 
+#include "model/element/OpenedBlock.h"
+#include "model/element/RecordNames.h"
+#include "model/preview/PreviewPng.h"
+#include "model/preview/RenderPreview.h"
+#include "model/preview/Renderer.h"
+#include "model/scene/SceneReader.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/output/OutputFile.h"
-#include "tools/zvg/pack/PreviewPng.h"
-#include "tools/zvg/preview/RenderPreview.h"
-#include "tools/zvg/preview/Renderer.h"
-#include "tools/zvg/reading/ClassNames.h"
-#include "tools/zvg/reading/OpenedBlock.h"
-#include "tools/zvg/scene/SceneReader.h"
+#include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/StandardOutput.h"
+
+namespace ZVSmartModel::Tool {
 
 using ZVSmartZvg::SZVLGZvgGeoImage;
 
@@ -41,20 +44,19 @@ Size ParseSize(const std::string& text) {
         };
         if (isGood(width) && isGood(height)) return {*width, *height};
     }
-    throw ToolError(ExitStatus::Usage,
-                    "--render: '" + text + "' is no WIDTHxHEIGHT, each 1 to 8192");
+    throw Error(Status::Usage, "--render: '" + text + "' is no WIDTHxHEIGHT, each 1 to 8192");
 }
 
 SZVLGZvgGeoImage Stored(OpenedBlock& block) {
     const std::optional<SZVLGZvgGeoImage> image = block.ReadPreview();
     if (!image) {
         block.ThrowIfDamaged();
-        throw block.Error(ExitStatus::NotFound, "it holds no preview image (--render draws one)");
+        throw block.ErrorAbout(Status::NotFound, "it holds no preview image (--render draws one)");
     }
     // The file counts bytes in 32 bits, so the sides of a hostile one may promise more.
     const std::uint64_t bytes = std::uint64_t{image->width} * image->height * 4;
     if (image->pixels == nullptr || bytes == 0 || bytes != image->PixelBytes()) {
-        throw block.Error(ExitStatus::Damaged, "the preview image has no pixels");
+        throw block.ErrorAbout(Status::Damaged, "the preview image has no pixels");
     }
     return *image;
 }
@@ -70,10 +72,10 @@ SZVLGZvgGeoImage Drawn(OpenedBlock& block, const Size& size, bool rooms, bool pa
     }
     block.ThrowIfDamaged();
     const auto image = RenderPreview(reader.Take(), size.width, size.height, patient);
-    if (!image) throw block.Error(ExitStatus::NotFound, "it holds no surfaces to draw");
+    if (!image) throw block.ErrorAbout(Status::NotFound, "it holds no surfaces to draw");
     return *image;
 } catch (const RenderTooLong& error) {
-    throw block.Error(ExitStatus::Damaged, std::string(error.what()) + " (--no-limit goes on)");
+    throw block.ErrorAbout(Status::Damaged, std::string(error.what()) + " (--no-limit goes on)");
 }
 
 void WritePng(const SZVLGZvgGeoImage& image, const Arguments& arguments) {
@@ -88,10 +90,10 @@ void Preview(const Arguments& arguments, const CommonOptions& common) {
     std::optional<Size> size;
     if (!arguments.size.empty()) size = ParseSize(arguments.size);
     if (size && !CanRender()) {
-        throw ToolError(ExitStatus::Usage, "this build draws no pictures (it needs embree)");
+        throw Error(Status::Usage, "this build draws no pictures (it needs embree)");
     }
-    Budget limits(common.noLimit);
-    OpenedBlock block(arguments.file, limits);
+    Budget limits(common.noLimit, "--no-limit");
+    OpenedBlock block(OpenNamed(arguments.file), limits);
     const SZVLGZvgGeoImage image =
         size ? Drawn(block, *size, arguments.rooms, common.noLimit) : Stored(block);
     WritePng(image, arguments);
@@ -119,3 +121,5 @@ void RegisterPreview(CLI::App& app, CommonOptions& common) {
     AddRoomsOption(*command, arguments->rooms);
     command->callback([arguments, &common] { Preview(*arguments, common); });
 }
+
+}  // namespace ZVSmartModel::Tool

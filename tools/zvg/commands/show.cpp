@@ -1,15 +1,18 @@
 #include <memory>
 #include <string>
 
+#include "model/element/OpenedBlock.h"
+#include "model/element/PropertyKinds.h"
+#include "model/element/RecordBytes.h"
+#include "model/element/Utf8.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
-#include "tools/zvg/property/PropertyKinds.h"
-#include "tools/zvg/reading/OpenedBlock.h"
-#include "tools/zvg/reading/RecordBytes.h"
 #include "tools/zvg/reading/RecordDocument.h"
+#include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/Document.h"
 #include "tools/zvg/text/StandardOutput.h"
-#include "tools/zvg/text/Utf8.h"
+
+namespace ZVSmartModel::Tool {
 
 using namespace ZVSmartZvg;
 
@@ -19,16 +22,16 @@ namespace {
 SZVLGCompIndex FindComp(OpenedBlock& block, const std::string& place) {
     const std::size_t colon = place.rfind(':');
     if (colon == std::string::npos) {
-        throw ToolError(ExitStatus::Usage, "'" + place + "' is no FLOOR:POS (see zvg show --help)");
+        throw Error(Status::Usage, "'" + place + "' is no FLOOR:POS (see zvg show --help)");
     }
     const std::optional<unsigned int> position = ParseNumber(place.substr(colon + 1));
     if (!position) {
-        throw ToolError(ExitStatus::Usage, "'" + place + "' has no position behind its last colon");
+        throw Error(Status::Usage, "'" + place + "' has no position behind its last colon");
     }
     const unsigned int floor = block.FindFloor(place.substr(0, colon));
     if (*position < block.FloorCompNum(floor)) return {floor, *position};
     block.ThrowIfDamaged();
-    throw block.Error(ExitStatus::NotFound, "no component " + place);
+    throw block.ErrorAbout(Status::NotFound, "no component " + place);
 }
 
 struct Arguments {
@@ -38,7 +41,7 @@ struct Arguments {
 
 /// A name and its value, with the unit, on one line each; tabs within either are escaped.
 void PrintProperties(const PropertyList& properties) {
-    for (const Property& property : PropertiesOfPairs(properties)) {
+    for (const StoredProperty& property : PropertiesOfPairs(properties)) {
         WriteOutput(EscapeControls(ToUtf8(property.name)) + '\t' +
                     EscapeControls(ToUtf8(ValueWithUnit(property))) + '\n');
     }
@@ -60,8 +63,8 @@ void PrintComp(const SZVLGCompIndex& index, const SZVLGZvgComp& comp, const Argu
 }
 
 void Show(const Arguments& arguments, const CommonOptions& common) {
-    Budget limits(common.noLimit);
-    OpenedBlock block(arguments.file, limits);
+    Budget limits(common.noLimit, "--no-limit");
+    OpenedBlock block(OpenNamed(arguments.file), limits);
     const SZVLGCompIndex index = FindComp(block, arguments.place);
     SZVLGZvgComp comp;
     if (block.ReadComp(index, comp)) {
@@ -88,3 +91,5 @@ void RegisterShow(CLI::App& app, CommonOptions& common) {
     AddLimitOption(*command, common);
     command->callback([arguments, &common] { Show(*arguments, common); });
 }
+
+}  // namespace ZVSmartModel::Tool

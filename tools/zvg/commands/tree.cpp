@@ -7,12 +7,15 @@
 #include <utility>
 #include <vector>
 
+#include "model/element/OpenedBlock.h"
+#include "model/element/Utf8.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
-#include "tools/zvg/reading/OpenedBlock.h"
+#include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/Document.h"
 #include "tools/zvg/text/StandardOutput.h"
-#include "tools/zvg/text/Utf8.h"
+
+namespace ZVSmartModel::Tool {
 
 using namespace ZVSmartZvg;
 
@@ -95,8 +98,8 @@ void WriteTree(const Document& document) {
 
 void Tree(const std::string& file, const CommonOptions& common) {
     const bool asJson = common.json;
-    Budget limits(common.noLimit);
-    OpenedBlock block(file, limits);
+    Budget limits(common.noLimit, "--no-limit");
+    OpenedBlock block(OpenNamed(file), limits);
     Document document = NewDocument(file);
     document["floors"] = Document::array();
     const unsigned int floors = block.Reader().GetFloorNum();
@@ -122,3 +125,5 @@ void RegisterTree(CLI::App& app, CommonOptions& common) {
     AddLimitOption(*command, common);
     command->callback([file, &common] { Tree(*file, common); });
 }
+
+}  // namespace ZVSmartModel::Tool

@@ -5,14 +5,17 @@
 #include <vector>
 
 #include "ZVSmartZvg/BlockVerifier.h"
+#include "model/element/OpenedBlock.h"
+#include "model/element/Utf8.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/reading/CountsDocument.h"
-#include "tools/zvg/reading/OpenedBlock.h"
+#include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/Document.h"
 #include "tools/zvg/text/Progress.h"
 #include "tools/zvg/text/StandardOutput.h"
-#include "tools/zvg/text/Utf8.h"
+
+namespace ZVSmartModel::Tool {
 
 using namespace ZVSmartZvg;
 
@@ -57,16 +60,16 @@ std::vector<SZVLGBlockFinding> FindFaults(OpenedFile& file, bool quiet) {
 
 Document CountsOf(OpenedFile file, bool noLimit) {
     file.Stream().Seek(0);
-    Budget limits(noLimit);
+    Budget limits(noLimit, "--no-limit");
     OpenedBlock block(std::move(file), limits);
     Document counts = CountsDocument(block);
     block.ThrowIfDamaged();
     return counts;
 }
 
-/// What is to be said of one file. Throws ToolError where it cannot be read.
+/// What is to be said of one file. Throws Error where it cannot be read.
 Document Verified(const std::string& path, const CommonOptions& common) {
-    OpenedFile file(path);
+    OpenedFile file = OpenNamed(path);
     const std::vector<SZVLGBlockFinding> findings = FindFaults(file, common.quiet);
     Document document = NewDocument(path);
     document["ok"] = findings.empty();
@@ -93,23 +96,23 @@ void WriteText(const Document& document, const std::string& prefix) {
     WriteOutput(prefix + line + '\n');
 }
 
-ToolError Verdict(const Document& document, const std::string& path) {
+Error Verdict(const Document& document, const std::string& path) {
     const Document& findings = document["findings"];
     const Document& first = findings.front();
     const std::string faults =
         std::to_string(findings.size()) + (findings.size() == 1 ? " fault" : " faults");
-    return {ExitStatus::Damaged, (path == "-" ? "standard input" : path) + ": " + faults +
-                                     ", first at position " + first["position"].dump() + ": " +
-                                     first["reason"].get<std::string>()};
+    return {Status::Damaged, (path == "-" ? "standard input" : path) + ": " + faults +
+                                 ", first at position " + first["position"].dump() + ": " +
+                                 first["reason"].get<std::string>()};
 }
 
 /// Prints what is to be said of one file; what is wrong with it is returned.
-std::optional<ToolError> VerifyOne(const std::string& path, const CommonOptions& common,
-                                   const std::string& prefix) {
+std::optional<Error> VerifyOne(const std::string& path, const CommonOptions& common,
+                               const std::string& prefix) {
     Document document;
     try {
         document = Verified(path, common);
-    } catch (const ToolError& error) {
+    } catch (const Error& error) {
         return error;
     }
     if (common.json) {
@@ -124,17 +127,17 @@ std::optional<ToolError> VerifyOne(const std::string& path, const CommonOptions&
 /// Every file is verified, whatever is wrong with another; the first one that fails gives the
 /// status.
 void Verify(const std::vector<std::string>& paths, const CommonOptions& common) {
-    std::optional<ToolError> failure;
-    ExitStatus status = ExitStatus::Done;
+    std::optional<Error> failure;
+    Status status = Status::Internal;  // set with the failure
     for (const std::string& path : paths) {
         const std::string prefix = paths.size() == 1 ? "" : EscapeControls(path) + ": ";
-        const std::optional<ToolError> verdict = VerifyOne(path, common, prefix);
+        const std::optional<Error> verdict = VerifyOne(path, common, prefix);
         if (!verdict) continue;
         if (failure) WriteError(failure->what());
-        if (!failure) status = verdict->Status();
-        failure = verdict;
+        if (!failure) status = verdict->GetStatus();
+        failure.emplace(*verdict);
     }
-    if (failure) throw ToolError(status, failure->what());
+    if (failure) throw Error(status, failure->what());
 }
 
 }  // namespace
@@ -149,3 +152,5 @@ void RegisterVerify(CLI::App& app, CommonOptions& common) {
     AddLimitOption(*command, common);
     command->callback([files, &common] { Verify(*files, common); });
 }
+
+}  // namespace ZVSmartModel::Tool

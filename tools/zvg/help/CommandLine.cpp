@@ -1,5 +1,7 @@
 #include "tools/zvg/help/CommandLine.h"
 
+namespace ZVSmartModel::Tool {
+
 namespace {
 
 OptionHelp HelpOfOption(const CLI::Option& option) {
@@ -32,3 +34,5 @@ CommandHelp HelpOf(const CLI::App& app) {
         help.commands.push_back(OwnHelp(*command));
     return help;
 }
+
+}  // namespace ZVSmartModel::Tool

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace ZVSmartModel::Tool {
+
 /// One option of a command, or one of its arguments.
 struct OptionHelp {
     std::vector<std::string> names;  ///< as typed: "-o", "--output"; none for an argument
@@ -24,3 +26,5 @@ struct CommandHelp {
 
 /// Reads the help of `app` and its commands, so that manual and completions say what it says.
 CommandHelp HelpOf(const CLI::App& app);
+
+}  // namespace ZVSmartModel::Tool

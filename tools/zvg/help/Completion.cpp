@@ -2,6 +2,8 @@
 
 #include <sstream>
 
+namespace ZVSmartModel::Tool {
+
 namespace {
 
 /// In single quotes, for any of the three shells.
@@ -113,3 +115,5 @@ std::string FishCompletion(const CommandHelp& help) {
     }
     return script.str();
 }
+
+}  // namespace ZVSmartModel::Tool

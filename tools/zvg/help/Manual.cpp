@@ -2,6 +2,8 @@
 
 #include <sstream>
 
+namespace ZVSmartModel::Tool {
+
 namespace {
 
 /// Text of a line of its own: troff takes a leading dot for a request, a backslash for an escape
@@ -84,3 +86,5 @@ std::string ManualPage(const CommandHelp& help, const std::string& version) {
     WriteFooter(page, help.footer);
     return page.str();
 }
+
+}  // namespace ZVSmartModel::Tool

@@ -5,19 +5,18 @@
 #include <cstring>
 #include <new>
 #include <string>
-#include <string_view>
 
-#include "tools/zvg/Command.h"
-#include "tools/zvg/output/SignalCleanup.h"
+#include "ZVSmartModel/Error.h"
+
+namespace ZVSmartModel::Tool {
 
 namespace {
 
 void (*tellWhy)(const char* reason) = nullptr;
 
 [[noreturn]] void End(const char* reason) {
-    RemoveUnfinished();
     tellWhy(reason);
-    std::_Exit(static_cast<int>(ExitStatus::Internal));
+    std::_Exit(static_cast<int>(Status::Internal));
 }
 
 [[noreturn]] void EndWithoutMemory() {
@@ -50,8 +49,4 @@ void EndWhenOutOfMemory(void (*tell)(const char* reason)) {
     std::set_terminate(Terminate);
 }
 
-bool IsOutOfMemory(const std::exception& error) {
-    const std::string_view text = error.what();
-    return dynamic_cast<const std::bad_alloc*>(&error) != nullptr || text == "bad malloc memory" ||
-           text == "bad relloc memory";
-}
+}  // namespace ZVSmartModel::Tool

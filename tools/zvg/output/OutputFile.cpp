@@ -7,11 +7,13 @@
 #include <cstring>
 #include <filesystem>
 
+#include "model/element/AnonymousFile.h"
+#include "model/element/FileSink.h"
 #include "tools/zvg/Command.h"
-#include "tools/zvg/output/AnonymousFile.h"
-#include "tools/zvg/output/FileSink.h"
 #include "tools/zvg/output/SignalCleanup.h"
 #include "tools/zvg/text/StandardOutput.h"
+
+namespace ZVSmartModel::Tool {
 
 namespace fs = std::filesystem;
 
@@ -41,8 +43,7 @@ OutputFile::OutputFile(const std::string& target, bool force,
     : target(target), force(force) {
     if (target == "-") {
         if (isatty(STDOUT_FILENO)) {
-            throw ToolError(ExitStatus::Usage,
-                            "standard output is a terminal: name a file, or pipe it on");
+            throw Error(Status::Usage, "standard output is a terminal: name a file, or pipe it on");
         }
         nameless = OpenAnonymousFile();
         return;
@@ -92,7 +93,7 @@ void OutputFile::CommitBoth(OutputFile& first, OutputFile& second) {
     first.Place(true);
     try {
         second.Place(false);
-    } catch (const ToolError&) {
+    } catch (const Error&) {
         first.TakeBack();
         throw;
     }
@@ -136,9 +137,11 @@ void OutputFile::CopyToStandardOutput() {
 }
 
 void OutputFile::Fail(const std::string& reason) const {
-    throw ToolError(ExitStatus::InputOutput, "cannot write " + TargetName(target) + ": " + reason);
+    throw Error(Status::InputOutput, "cannot write " + TargetName(target) + ": " + reason);
 }
 
 std::string TargetName(const std::string& target) {
     return target == "-" ? "standard output" : target;
 }
+
+}  // namespace ZVSmartModel::Tool

@@ -7,6 +7,8 @@
 #include "ZVSmartFormat/Stream.h"
 #include "tools/zvg/output/UnfinishedFile.h"
 
+namespace ZVSmartModel::Tool {
+
 /// A file that appears whole or not at all: it is written beside its target, whose name `Commit`
 /// gives it. Without `Commit`, and on a signal, nothing of it stays and the target is as it was.
 /// Two at a time may exist.
@@ -15,10 +17,10 @@
 /// `Commit` copies it there.
 class OutputFile {
   public:
-    /// Makes the file. Throws ToolError InputOutput where that fails, where the target exists and
+    /// Makes the file. Throws Error InputOutput where that fails, where the target exists and
     /// `force` is false, where it is no regular file, or where it is one of the `inputs`, by
     /// whatever name; "-" among them is standard input. A target that is a symbolic link is
-    /// written where it leads. Throws ToolError Usage where standard output is a terminal.
+    /// written where it leads. Throws Error Usage where standard output is a terminal.
     OutputFile(const std::string& target, bool force, const std::vector<std::string>& inputs);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
@@ -30,12 +32,12 @@ class OutputFile {
     /// Whether `Commit` will replace a file.
     bool Replaces() const;
 
-    /// Has `write` write to the file, from its beginning, through a buffer. Throws ToolError
+    /// Has `write` write to the file, from its beginning, through a buffer. Throws Error
     /// InputOutput where any of that failed.
     void Fill(const std::function<void(ZVSmartFormat::CZVFTOutStream&)>& write) const;
 
     /// Gives the file the target's name; file and name outlast a failure of the machine. Throws
-    /// ToolError InputOutput where that fails.
+    /// Error InputOutput where that fails.
     void Commit();
 
     /// The number of bytes in the file, once committed.
@@ -61,3 +63,5 @@ class OutputFile {
 
 /// How messages name a target.
 std::string TargetName(const std::string& target);
+
+}  // namespace ZVSmartModel::Tool

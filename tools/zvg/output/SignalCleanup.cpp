@@ -5,18 +5,17 @@
 #include <atomic>
 #include <csignal>
 
+namespace ZVSmartModel::Tool {
+
 namespace {
 
 constexpr int caughtSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 std::atomic<const char*> unfinishedFiles[2] = {};
-std::atomic<pid_t> childProcess = 0;
 std::atomic<bool> held = false;
 std::atomic<int> waiting = 0;  // the signal that came meanwhile
 
-static_assert(std::atomic<const char*>::is_always_lock_free &&
-                  std::atomic<pid_t>::is_always_lock_free,
-              "a signal handler reads them");
+static_assert(std::atomic<const char*>::is_always_lock_free, "a signal handler reads them");
 
 void CleanUpAndEnd(int signal) {
     if (held) {
@@ -56,14 +55,7 @@ void KeepOnSignal(const char* path) {
     }
 }
 
-void KillOnSignal(pid_t process) {
-    CatchSignals();
-    childProcess = process;
-}
-
 void RemoveUnfinished() {
-    const pid_t child = childProcess.exchange(0);
-    if (child > 0) kill(-child, SIGKILL);
     for (auto& file : unfinishedFiles) {
         if (const char* path = file.exchange(nullptr)) unlink(path);
     }
@@ -78,3 +70,5 @@ SignalsHeld::~SignalsHeld() {
     held = false;
     if (waiting != 0) raise(waiting);
 }
+
+}  // namespace ZVSmartModel::Tool

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <sys/types.h>
+namespace ZVSmartModel::Tool {
 
-// What SIGINT, SIGTERM and SIGHUP must not leave behind: two unfinished files and one child
-// process. Each stays registered until it is taken out again. The signal then ends the process as
-// if nothing had caught it.
+// What SIGINT, SIGTERM and SIGHUP must not leave behind: two unfinished files. Each stays
+// registered until it is taken out again. The signal then ends the process as if nothing had caught
+// it.
 
 /// Registers a file to be removed; where two are registered already, nothing happens. `path` is
 /// borrowed and must not change while it is registered.
@@ -13,10 +13,7 @@ void RemoveOnSignal(const char* path);
 /// Takes the file out again; nothing happens where it is not registered.
 void KeepOnSignal(const char* path);
 
-/// Registers a process, which leads its group, to be killed with it; 0 for none.
-void KillOnSignal(pid_t process);
-
-/// Kills and removes what is registered.
+/// Removes what is registered.
 void RemoveUnfinished();
 
 /// While one exists, a signal waits: for steps that only together leave things whole.
@@ -27,3 +24,5 @@ class SignalsHeld {
     SignalsHeld(const SignalsHeld&) = delete;
     SignalsHeld& operator=(const SignalsHeld&) = delete;
 };
+
+}  // namespace ZVSmartModel::Tool

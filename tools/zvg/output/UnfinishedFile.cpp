@@ -9,6 +9,8 @@
 
 #include "tools/zvg/output/SignalCleanup.h"
 
+namespace ZVSmartModel::Tool {
+
 namespace {
 
 constexpr int mostTries = 100;  // a process of this number may have died here before
@@ -148,3 +150,5 @@ bool UnfinishedFile::SyncFolder() const {
     errno = reason;
     return good;
 }
+
+}  // namespace ZVSmartModel::Tool

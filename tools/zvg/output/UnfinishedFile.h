@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace ZVSmartModel::Tool {
+
 /// A file on its way to the place of `target`, in the same folder. It has no name yet, so that
 /// nothing of it stays however the process ends; where the file system knows no such files it has
 /// a temporary name, which goes with this object and on a signal. Two at a time may exist.
@@ -48,3 +50,5 @@ class UnfinishedFile {
     int descriptor = -1;
     int namesTaken = 0;
 };
+
+}  // namespace ZVSmartModel::Tool

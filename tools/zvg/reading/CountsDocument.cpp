@@ -1,5 +1,7 @@
 #include "tools/zvg/reading/CountsDocument.h"
 
+namespace ZVSmartModel::Tool {
+
 Document CountsDocument(OpenedBlock& block) {
     ZVSmartZvg::CZVLGBlockReader& reader = block.Reader();
     const unsigned int floors = reader.GetFloorNum();
@@ -14,3 +16,5 @@ Document CountsDocument(OpenedBlock& block) {
             {"geometries", geometries},
             {"identifications", reader.GetGeoIdentificationNum()}};
 }
+
+}  // namespace ZVSmartModel::Tool

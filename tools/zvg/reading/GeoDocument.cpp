@@ -4,10 +4,12 @@
 #include <utility>
 #include <vector>
 
-#include "tools/zvg/reading/GeoExtent.h"
-#include "tools/zvg/reading/RecordBytes.h"
+#include "model/element/GeoExtent.h"
+#include "model/element/RecordBytes.h"
+#include "model/element/Utf8.h"
 #include "tools/zvg/reading/RecordDocument.h"
-#include "tools/zvg/text/Utf8.h"
+
+namespace ZVSmartModel::Tool {
 
 using namespace ZVSmartZvg;
 
@@ -140,3 +142,5 @@ Document GeoDocument(const SZVLGZvgGeo& geo, Budget& limits) {
     document["records"] = std::move(records);
     return document;
 }
+
+}  // namespace ZVSmartModel::Tool

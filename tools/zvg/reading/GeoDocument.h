@@ -1,8 +1,10 @@
 #pragma once
 
 #include "ZVSmartZvg/Geo.h"
-#include "tools/zvg/reading/Budget.h"
+#include "model/element/Budget.h"
 #include "tools/zvg/text/Document.h"
+
+namespace ZVSmartModel::Tool {
 
 /// What a geometry record holds.
 ///
@@ -18,3 +20,5 @@
 /// Where `limits` end, the records from there on are left out and "recordsLeftOut" says how many;
 /// "total" has them all.
 Document GeoDocument(const ZVSmartZvg::SZVLGZvgGeo& geo, Budget& limits);
+
+}  // namespace ZVSmartModel::Tool

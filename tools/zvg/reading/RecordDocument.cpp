@@ -5,8 +5,11 @@
 #include <cstdint>
 #include <initializer_list>
 
-#include "tools/zvg/property/PropertyKinds.h"
-#include "tools/zvg/text/Utf8.h"
+#include "model/element/PropertyKinds.h"
+#include "model/element/RecordNames.h"
+#include "model/element/Utf8.h"
+
+namespace ZVSmartModel::Tool {
 
 using namespace ZVSmartZvg;
 
@@ -16,10 +19,6 @@ Document ColourDocument(std::initializer_list<u8> channels) {
     std::string text = "#";
     for (const u8 channel : channels) text += HexNumber(channel, 2).get<std::string>().substr(2);
     return text;
-}
-
-std::string GuidText(const SerialGuid& guid) {
-    return ToUtf8(GetGeoIdentification({SerialKey(guid), L"", L""}));
 }
 
 Document KeyDocument(const SerialKey& key) {
@@ -117,10 +116,6 @@ Document OwnerDocument(const SZVLGZvgComp& comp) {
 
 }  // namespace
 
-std::string KeyText(const SerialKey& key) {
-    return key.name.empty() ? '{' + GuidText(key.guid) + '}' : ToUtf8(key.name);
-}
-
 Document EightBytesDocument(u64 value) {
     return {{"bits", HexNumber(value, 16)}, {"asReal", RealNumber(std::bit_cast<double>(value))}};
 }
@@ -139,7 +134,7 @@ Document TransfDocument(const CZVIMTransf& transf) {
 
 Document PropertiesDocument(const PropertyList& properties) {
     Document list = Document::array();
-    for (const Property& property : PropertiesOfPairs(properties)) {
+    for (const StoredProperty& property : PropertiesOfPairs(properties)) {
         Document& entry = list.emplace_back();
         entry["name"] = ToUtf8(property.name);
         entry["value"] = ToUtf8(property.value);
@@ -184,3 +179,5 @@ Document CompDocument(const SZVLGZvgComp& comp) {
     }
     return document;
 }
+
+}  // namespace ZVSmartModel::Tool

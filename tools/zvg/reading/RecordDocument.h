@@ -7,10 +7,9 @@
 #include "ZVSmartZvg/DisplayAttr.h"
 #include "tools/zvg/text/Document.h"
 
-// The library's records as documents. Members bear the names of the records' fields.
+namespace ZVSmartModel::Tool {
 
-/// The name of a GUID name, or its GUID in braces where the name is empty.
-std::string KeyText(const ZVSmartZvg::SerialKey& key);
+// The library's records as documents. Members bear the names of the records' fields.
 
 /// A value whose meaning is the host's: its bits, and what they are "asReal", as an f64.
 Document EightBytesDocument(ZVSmartZvg::u64 value);
@@ -27,3 +26,5 @@ Document DisplayAttrDocument(const ZVSmartZvg::SZVLGZvgDisplayAttr& attr);
 
 /// Every field of a component but what its geometry references lead to.
 Document CompDocument(const ZVSmartZvg::SZVLGZvgComp& comp);
+
+}  // namespace ZVSmartModel::Tool

@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 
+namespace ZVSmartModel::Tool {
+
 namespace {
 
 enum class When { Auto, Always, Never };
@@ -31,3 +33,5 @@ std::string Painted(Paint paint, std::string_view text, int descriptor) {
     painted += "\033[0m";
     return painted;
 }
+
+}  // namespace ZVSmartModel::Tool

@@ -2,7 +2,9 @@
 
 #include <string_view>
 
-#include "tools/zvg/text/Utf8.h"
+#include "model/element/Utf8.h"
+
+namespace ZVSmartModel::Tool {
 
 namespace {
 
@@ -53,3 +55,5 @@ std::string CsvRecord(const Document& object) {
     record += "\r\n";
     return record;
 }
+
+}  // namespace ZVSmartModel::Tool

@@ -4,6 +4,8 @@
 
 #include "tools/zvg/text/Document.h"
 
+namespace ZVSmartModel::Tool {
+
 /// The names of an object's members as one record of RFC 4180, with its line end.
 std::string CsvHeader(const Document& object);
 
@@ -11,3 +13,5 @@ std::string CsvHeader(const Document& object);
 /// end. Control characters other than tabs and line ends, which the format has no place for, are
 /// escaped as EscapeControls does.
 std::string CsvRecord(const Document& object);
+
+}  // namespace ZVSmartModel::Tool

@@ -9,9 +9,11 @@
 #include <utility>
 #include <vector>
 
+#include "model/element/Utf8.h"
 #include "tools/zvg/text/Colour.h"
 #include "tools/zvg/text/StandardOutput.h"
-#include "tools/zvg/text/Utf8.h"
+
+namespace ZVSmartModel::Tool {
 
 namespace {
 
@@ -129,3 +131,5 @@ void PrintDocument(const Document& document, bool asJson) {
     shown.erase("schema");
     WriteOutput(ToText(shown));
 }
+
+}  // namespace ZVSmartModel::Tool

@@ -3,6 +3,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+namespace ZVSmartModel::Tool {
+
 /// What an inspecting command found out: one tree of named values, printed as JSON or as text,
 /// so that both say the same.
 using Document = nlohmann::ordered_json;
@@ -24,3 +26,5 @@ std::string ToText(const Document& document);
 
 /// Writes a document to standard output as JSON or as text.
 void PrintDocument(const Document& document, bool asJson);
+
+}  // namespace ZVSmartModel::Tool

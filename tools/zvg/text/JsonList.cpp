@@ -2,6 +2,8 @@
 
 #include "tools/zvg/text/StandardOutput.h"
 
+namespace ZVSmartModel::Tool {
+
 JsonList::JsonList(const Document& head, const std::string& name) {
     const std::string members = ToJson(head);
     WriteOutput(members.substr(0, members.size() - 1) + ",\"" + name + "\":[");
@@ -15,3 +17,5 @@ void JsonList::Add(const Document& entry) {
 void JsonList::End() {
     WriteOutput("]}\n");
 }
+
+}  // namespace ZVSmartModel::Tool

@@ -4,6 +4,8 @@
 
 #include "tools/zvg/text/Document.h"
 
+namespace ZVSmartModel::Tool {
+
 /// Writes a document to standard output whose last member is a list, entry by entry as they come,
 /// so that a list of any length takes no memory. Throws as WriteOutput does.
 class JsonList {
@@ -17,3 +19,5 @@ class JsonList {
   private:
     bool empty = true;
 };
+
+}  // namespace ZVSmartModel::Tool

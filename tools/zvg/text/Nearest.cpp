@@ -4,6 +4,8 @@
 #include <numeric>
 #include <utility>
 
+namespace ZVSmartModel::Tool {
+
 namespace {
 
 /// The optimal string alignment distance, row by row.
@@ -37,3 +39,5 @@ std::string Nearest(const std::string& typed, const std::vector<std::string>& wo
     }
     return nearest;
 }
+
+}  // namespace ZVSmartModel::Tool

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <string_view>
 
+namespace ZVSmartModel::Tool {
+
 Progress::Progress(bool quiet) : wanted(!quiet && isatty(STDERR_FILENO)) {}
 
 /// Whether the line is to be printed: the first one of some work always is.
@@ -42,3 +44,5 @@ void Progress::Clear() {
     if (shown) std::fputs("\r\033[K", stderr);
     shown = false;
 }
+
+}  // namespace ZVSmartModel::Tool

@@ -3,6 +3,8 @@
 #include <chrono>
 #include <string>
 
+namespace ZVSmartModel::Tool {
+
 /// One line on standard error that says how far a piece of work is, how fast it goes and how long
 /// it will take; on a terminal only. It goes with this object.
 class Progress {
@@ -33,3 +35,5 @@ class Progress {
     std::string current;
     Clock::time_point begun, printed;
 };
+
+}  // namespace ZVSmartModel::Tool

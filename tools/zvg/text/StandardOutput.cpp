@@ -9,10 +9,12 @@
 #include <cstring>
 #include <string>
 
+#include "model/element/Utf8.h"
 #include "tools/zvg/Command.h"
 #include "tools/zvg/output/SignalCleanup.h"
 #include "tools/zvg/text/Colour.h"
-#include "tools/zvg/text/Utf8.h"
+
+namespace ZVSmartModel::Tool {
 
 namespace {
 
@@ -27,8 +29,7 @@ void EndAsReaderWentAway() {
 
 [[noreturn]] void ThrowWriteFailure() {
     if (errno == EPIPE && endsWithReader) EndAsReaderWentAway();
-    throw ToolError(ExitStatus::InputOutput,
-                    std::string("standard output: ") + std::strerror(errno));
+    throw Error(Status::InputOutput, std::string("standard output: ") + std::strerror(errno));
 }
 
 }  // namespace
@@ -61,3 +62,5 @@ void WriteError(std::string_view message) {
     const std::string line = Painted(Paint::Error, text, STDERR_FILENO) + '\n';
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
+
+}  // namespace ZVSmartModel::Tool

@@ -2,13 +2,15 @@
 
 #include <string_view>
 
+namespace ZVSmartModel::Tool {
+
 /// Keeps the tool's files apart from standard output: a standard stream that the caller closed
 /// would lend its number to the next file that is opened, and writing to a reader that went away,
 /// or past the largest size that the caller allows, would kill the process. Call it once, before
 /// anything is opened.
 void PrepareStandardStreams();
 
-/// Writes data to standard output. Throws ToolError InputOutput where that fails; where its reader
+/// Writes data to standard output. Throws Error InputOutput where that fails; where its reader
 /// went away the process ends of SIGPIPE, without a word, as other programs do, unless its caller
 /// ignores that signal.
 void WriteOutput(std::string_view data);
@@ -22,3 +24,5 @@ void WriteMessage(std::string_view message);
 
 /// The same for the reason why a command ended.
 void WriteError(std::string_view message);
+
+}  // namespace ZVSmartModel::Tool

@@ -1,0 +1,37 @@
+#include "model/diff/BlockContents.h"
+
+#include "model/diff/CompDifference.h"
+#include "model/diff/GeometryDigests.h"
+#include "model/element/RecordBytes.h"
+#include "model/element/RecordNames.h"
+#include "model/element/Utf8.h"
+
+namespace ZVSmartModel {
+
+using namespace ZVSmartZvg;
+
+BlockContents ReadContents(OpenedBlock& block) {
+    GeometryDigests geometries(block);
+    BlockContents contents;
+    Budget& limits = block.Limits();
+    const unsigned int floors = block.Reader().GetFloorNum();
+    for (unsigned int floor = 0; floor < floors; ++floor) {
+        const std::string name = ToUtf8(block.FloorName(floor));
+        limits.Memory(10 * sizeof(FloorEntry) + name.size());
+        contents.floors.push_back({name, block.FloorOrder(floor), 0, 0});
+        block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
+            if (index.compIndex == 0) {
+                contents.floors.back().dataA = comp.classLevel1DataA;
+                contents.floors.back().dataB = comp.classLevel1DataB;
+            }
+            limits.Work(100 + BytesOf(comp) / 4);
+            contents.components.push_back({KeyText(comp.compGuidName), index, floor,
+                                           AspectsDigest(comp), geometries.Of(comp)});
+            limits.Memory(3 * sizeof(CompEntry) + contents.components.back().key.size());
+        });
+    }
+    block.ThrowIfDamaged();
+    return contents;
+}
+
+}  // namespace ZVSmartModel

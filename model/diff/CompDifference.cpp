@@ -1,0 +1,155 @@
+#include "model/diff/CompDifference.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "model/diff/Digest.h"
+#include "model/element/PropertyKinds.h"
+#include "model/element/Utf8.h"
+
+namespace ZVSmartModel {
+
+using namespace ZVSmartZvg;
+using ZVSmartSerial::CZVFTSerialWriter;
+
+namespace {
+
+void WriteOwner(CZVFTSerialWriter& writer, const SZVLGZvgComp& comp) {
+    writer.WriteKey(comp.ownerGuidName);
+    writer.WriteWString(comp.ownerTextA);
+    writer.WriteWString(comp.ownerTextB);
+    writer.WriteKey(comp.ownerSecondGuidName);
+    writer.WriteWString(comp.ownerTextC);
+}
+
+void WriteGroup(CZVFTSerialWriter& writer, const SZVLGZvgComp& comp) {
+    writer.WriteKey(comp.groupGuidName);
+}
+
+void WriteRelated(CZVFTSerialWriter& writer, const SZVLGZvgComp& comp) {
+    writer.WriteU64(comp.relatedGuidNames.size());
+    for (const SerialKey& key : comp.relatedGuidNames) writer.WriteKey(key);
+}
+
+void WriteAppearance(CZVFTSerialWriter& writer, const SZVLGZvgComp& comp) {
+    for (const auto* attr : {&comp.compAttr, &comp.classLevel4Attr, &comp.classLevel2bAttr}) {
+        WriteAttributes(writer, *attr);
+    }
+}
+
+void WriteMaterials(CZVFTSerialWriter& writer, const SZVLGZvgComp& comp) {
+    for (const SZVLGZvgCompGeoRef& ref : comp.geoRefs) {
+        writer.WriteU64(ref.materials.size());
+        for (const auto& [key, material] : ref.materials) {
+            writer.WriteU32(key);
+            writer.WriteKey(material.guidName);
+            writer.WriteWString(material.textA);
+            writer.WriteWString(material.textB);
+            WriteProperties(writer, material.properties);
+        }
+    }
+}
+
+void WriteGeoIds(CZVFTSerialWriter& writer, const SZVLGZvgComp& comp) {
+    for (const SZVLGZvgCompGeoRef& ref : comp.geoRefs) {
+        writer.WriteU64(ref.geoIds.size());
+        for (const SZVLGZvgGeoId& row : ref.geoIds) {
+            writer.WriteKey(row.guidName);
+            writer.WriteWString(row.textA);
+            writer.WriteWString(row.textB);
+        }
+    }
+}
+
+using WriteField = void (*)(CZVFTSerialWriter&, const SZVLGZvgComp&);
+
+constexpr std::pair<const char*, WriteField> fields[] = {{"owner", WriteOwner},
+                                                         {"groupGuidName", WriteGroup},
+                                                         {"relatedGuidNames", WriteRelated},
+                                                         {"appearance", WriteAppearance},
+                                                         {"materials", WriteMaterials},
+                                                         {"geoIds", WriteGeoIds}};
+
+constexpr std::pair<const char*, std::wstring SZVLGZvgComp::*> levels[] = {
+    {"2", &SZVLGZvgComp::classLevel2Name},
+    {"3", &SZVLGZvgComp::classLevel3Name},
+    {"4", &SZVLGZvgComp::classLevel4Name},
+    {"2b", &SZVLGZvgComp::classLevel2bName}};
+
+/// By name; those of one name stay in their order.
+PropertyList Sorted(PropertyList properties) {
+    std::stable_sort(properties.begin(), properties.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    return properties;
+}
+
+std::vector<StoredProperty> SortedProperties(const PropertyList& pairs) {
+    std::vector<StoredProperty> properties = PropertiesOfPairs(pairs);
+    std::stable_sort(
+        properties.begin(), properties.end(),
+        [](const StoredProperty& a, const StoredProperty& b) { return a.name < b.name; });
+    return properties;
+}
+
+/// The value with its unit, and with its kind where that alone may be what differs.
+std::string ToldValue(const StoredProperty& property, bool withKind) {
+    const std::string value = ToUtf8(ValueWithUnit(property));
+    return withKind ? value + " (" + ToUtf8(property.kind) + ')' : value;
+}
+
+std::vector<ValueChange> PropertyChanges(const SZVLGZvgComp& compA, const SZVLGZvgComp& compB) {
+    std::vector<ValueChange> changes;
+    const std::vector<StoredProperty> a = SortedProperties(compA.compProperties);
+    const std::vector<StoredProperty> b = SortedProperties(compB.compProperties);
+    auto left = a.begin();
+    auto right = b.begin();
+    while (left != a.end() || right != b.end()) {
+        const bool onlyLeft = right == b.end() || (left != a.end() && left->name < right->name);
+        const bool onlyRight = left == a.end() || (right != b.end() && right->name < left->name);
+        ValueChange change;
+        change.name = ToUtf8(onlyRight ? right->name : left->name);
+        const bool both = !onlyLeft && !onlyRight;
+        const bool equal = both && *left == *right;
+        const bool withKind = both && left->kind != right->kind;
+        if (!onlyRight) change.a = ToldValue(*left++, withKind);
+        if (!onlyLeft) change.b = ToldValue(*right++, withKind);
+        if (!equal) changes.push_back(std::move(change));
+    }
+    return changes;
+}
+
+std::vector<ValueChange> ClassChanges(const SZVLGZvgComp& a, const SZVLGZvgComp& b) {
+    std::vector<ValueChange> changes;
+    for (const auto& [level, name] : levels) {
+        if (a.*name != b.*name) changes.push_back({level, ToUtf8(a.*name), ToUtf8(b.*name)});
+    }
+    return changes;
+}
+
+u64 FieldDigest(WriteField write, const SZVLGZvgComp& comp) {
+    Digest digest;
+    write(digest.Writer(), comp);
+    return digest.Value();
+}
+
+}  // namespace
+
+u64 AspectsDigest(const SZVLGZvgComp& comp) {
+    Digest digest;
+    WriteProperties(digest.Writer(), Sorted(comp.compProperties));
+    for (const auto& [level, name] : levels) digest.Writer().WriteWString(comp.*name);
+    for (const auto& [name, write] : fields) digest.Writer().WriteU64(FieldDigest(write, comp));
+    return digest.Value();
+}
+
+CompDifference DifferenceOf(const SZVLGZvgComp& a, const SZVLGZvgComp& b) {
+    CompDifference difference = {PropertyChanges(a, b), ClassChanges(a, b), {}};
+    for (const auto& [name, write] : fields) {
+        if (FieldDigest(write, a) != FieldDigest(write, b)) difference.fields.push_back(name);
+    }
+    return difference;
+}
+
+}  // namespace ZVSmartModel

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ZVSmartZvg/Comp.h"
+
+namespace ZVSmartModel {
+
+/// The digest of all that a component says but its key, its floor and its geometry. The ids of
+/// classes are left out: they number a file's tables and change with whatever else is in it.
+ZVSmartZvg::u64 AspectsDigest(const ZVSmartZvg::SZVLGZvgComp& comp);
+
+/// A value that differs. A side that does not have it has none; all texts are UTF-8.
+struct ValueChange {
+    std::string name;
+    std::optional<std::string> a, b;
+};
+
+/// What AspectsDigest tells apart.
+struct CompDifference {
+    std::vector<ValueChange> properties;  ///< properties of one name are compared in their order
+    std::vector<ValueChange> classes;     ///< by level: "2", "3", "4" or "2b"
+    std::vector<std::string> fields;      ///< the names of other things that differ
+};
+
+CompDifference DifferenceOf(const ZVSmartZvg::SZVLGZvgComp& a, const ZVSmartZvg::SZVLGZvgComp& b);
+
+}  // namespace ZVSmartModel

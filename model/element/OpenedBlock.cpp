@@ -1,0 +1,221 @@
+#include "model/element/OpenedBlock.h"
+
+#include <charconv>
+#include <cstring>
+#include <utility>
+
+#include "model/element/LackOfMemory.h"
+#include "model/element/RecordBytes.h"
+#include "model/element/Utf8.h"
+
+namespace ZVSmartModel {
+
+using ZVSmartFormat::CZVFTStreamException;
+using ZVSmartFormat::u64;
+using ZVSmartZvg::EZVLGMiss;
+
+namespace {
+
+constexpr std::size_t mostDamages = 1000;  // that are told apart
+
+std::string DamageText(const ZVSmartZvg::SZVLGBlockFinding& finding) {
+    return finding.reason + ", at position " + std::to_string(finding.position);
+}
+
+/// Lack of memory says nothing about a file: throws on the exception that is being handled.
+void PassOnLackOfMemory(const CZVFTStreamException& exception) {
+    if (IsOutOfMemory(exception)) throw;
+}
+
+}  // namespace
+
+void OpenedFile::ThrowIfUnread() const {
+    if (!file || file->Failure() == 0) return;
+    throw Error(Status::InputOutput, path + ": " + std::strerror(file->Failure()), path);
+}
+
+OpenedBlock::OpenedBlock(OpenedFile opened, Budget& limits)
+    : file(std::move(opened)), limits(limits) {
+    limits.AddFile(file.Path(), FileBytes());
+    reader.SetDecodedBlockLimit(limits.BlockLimit(FileBytes()));
+    bool isOpen = false;
+    try {
+        isOpen = reader.Init(&file.Stream());
+    } catch (const CZVFTStreamException& exception) {
+        PassOnLackOfMemory(exception);
+        if (!LastDamage()) ThrowForeign(exception.what());
+    }
+    const std::optional<std::string> damage = LastDamage();
+    if (!isOpen) throw ErrorAbout(Status::Damaged, "damaged or incomplete: " + damage.value_or(""));
+    if (damage) RememberDamage(*damage);
+    ZVSmartZvg::SZVLGBlockFinding misfit;
+    if (reader.GetStructureFinding(misfit)) RememberDamage(DamageText(misfit));
+    knowsOnlyMisfit = true;
+}
+
+void OpenedBlock::ThrowForeign(const std::string& reason) {
+    if (FileBytes() == 0) throw ErrorAbout(Status::Damaged, "the file is empty, no block file");
+    throw ErrorAbout(Status::Damaged, "head: " + reason);
+}
+
+/// Runs a query; what its answer or its exception hides is remembered. False where anything is.
+template <class Query>
+bool OpenedBlock::Ask(Query query) {
+    try {
+        query();
+    } catch (const CZVFTStreamException& exception) {
+        PassOnLackOfMemory(exception);
+    }
+    const std::optional<std::string> damage = LastDamage();
+    if (!damage) return true;
+    RememberDamage(*damage);
+    latestDamage = *damage;
+    return false;
+}
+
+/// What the last query hid; what it could not read is no damage.
+std::optional<std::string> OpenedBlock::LastDamage() {
+    ZVSmartZvg::SZVLGBlockFinding finding;
+    const EZVLGMiss miss = reader.GetLastMiss(finding);
+    if (miss == EZVLGMiss::Unread) {
+        file.ThrowIfUnread();
+        throw ErrorAbout(Status::InputOutput, "became shorter while it was read");
+    }
+    if (miss == EZVLGMiss::TooLarge) limits.EndMemory();
+    if (miss != EZVLGMiss::Damaged) return std::nullopt;
+    return DamageText(finding);
+}
+
+std::wstring OpenedBlock::FloorName(unsigned int floor) {
+    std::wstring name;
+    Ask([&] { name = reader.GetFloorNameByIndex(floor); });
+    return name;
+}
+
+unsigned int OpenedBlock::FloorOrder(unsigned int floor) {
+    unsigned int order = ZVSmartZvg::ZVLG_NONE;
+    Ask([&] { order = reader.GetFloorOrderByIndex(floor); });
+    return order;
+}
+
+unsigned int OpenedBlock::FindFloor(const std::string& text) {
+    const unsigned int floors = reader.GetFloorNum();
+    const std::optional<unsigned int> number = ParseNumber(text);
+    if (number && *number < floors) return *number;
+    const std::wstring name = FromUtf8(text);
+    for (unsigned int floor = 0; floor < floors; ++floor) {
+        const std::wstring found = FloorName(floor);
+        limits.Work(100 + found.size());
+        if (found == name) return floor;
+    }
+    ThrowIfDamaged();
+    throw ErrorAbout(Status::NotFound, "no floor '" + text + "'");
+}
+
+std::pair<unsigned int, unsigned int> OpenedBlock::FindFloors(
+    const std::optional<std::string>& text) {
+    if (!text) return {0, reader.GetFloorNum()};
+    const unsigned int floor = FindFloor(*text);
+    return {floor, floor + 1};
+}
+
+unsigned int OpenedBlock::FloorCompNum(unsigned int floor) {
+    return Counted("floor", floor, [&] { return reader.GetFloorCompNum(floor); });
+}
+
+unsigned int OpenedBlock::GeoNumInBlock(unsigned int block) {
+    return Counted("geometry block", block, [&] { return reader.GetGeoNumInBlock(block); });
+}
+
+/// What `count()` says of the records of `what`; decoding them may take much.
+template <class Count>
+unsigned int OpenedBlock::Counted(const char* what, unsigned int number, Count count) {
+    unsigned int counted = 0;
+    const bool within = Within(what + (' ' + std::to_string(number)), [&] {
+        limits.Timed([&] { return Ask([&] { counted = count(); }); });
+    });
+    return within ? counted : 0;
+}
+
+bool OpenedBlock::ReadComp(const ZVSmartZvg::SZVLGCompIndex& index,
+                           ZVSmartZvg::SZVLGZvgComp& comp) {
+    limits.Work(100);
+    const u64 begun = Budget::ProcessorSteps();
+    bool isRead = false;
+    Ask([&] { isRead = reader.GetCompByIndex(index, comp); });
+    // A record may turn out to be damaged at its very end, and nothing of it is there to count.
+    limits.Work(isRead ? BytesOf(comp) / 8 : Budget::ProcessorSteps() - begun);
+    return isRead;
+}
+
+void OpenedBlock::ReadGeo(const ZVSmartZvg::SZVLGZvgGeoIndex& index, ZVSmartZvg::SZVLGZvgGeo& geo) {
+    bool isRead = false;
+    const auto query = [&] { isRead = reader.GetGeoByIndex(index, geo); };
+    if (!limits.Timed([&] { return Ask(query); }))
+        throw ErrorAbout(Status::Damaged, "damaged: " + latestDamage);
+    if (isRead) return;
+    const std::string place = PlaceText(index.blockIndex, index.indexInBlock);
+    throw ErrorAbout(Status::Damaged, "damaged: geometry " + place + " has no bytes");
+}
+
+bool OpenedBlock::ReadGeo(const std::wstring& identification, ZVSmartZvg::SZVLGZvgGeo& geo) {
+    bool isRead = false;
+    const auto query = [&] { isRead = reader.GetGeoByIdentification(identification, geo); };
+    if (!limits.Timed([&] { return Ask(query); }))
+        throw ErrorAbout(Status::Damaged, "damaged: " + latestDamage);
+    return isRead;
+}
+
+std::optional<ZVSmartZvg::SZVLGZvgGeoImage> OpenedBlock::ReadPreview() {
+    ZVSmartZvg::SZVLGZvgGeoImage image;
+    bool isRead = false;
+    Ask([&] { isRead = reader.GetPreviewImage(image); });
+    if (!isRead) return std::nullopt;
+    return image;
+}
+
+unsigned int OpenedBlock::DecodedBytes() {
+    unsigned int bytes = 0;
+    Ask([&] { bytes = reader.GetEstimatedDataSize(); });
+    return bytes;
+}
+
+void OpenedBlock::ThrowIfDamaged() const {
+    if (!leftOut.empty()) throw ErrorAbout(Status::Damaged, leftOut);
+    if (damages.empty()) return;
+    const std::string most = damages.size() == mostDamages ? "at least " : "";
+    const std::string others = " (and " + most + std::to_string(damages.size() - 1) + " more)";
+    throw ErrorAbout(Status::Damaged,
+                     "damaged: " + firstDamage + (damages.size() > 1 ? others : ""));
+}
+
+Error OpenedBlock::ErrorAbout(Status status, const std::string& reason) const {
+    return Error(status, Path() + ": " + reason, Path());
+}
+
+/// The same damage may be met again and again. What a query meets says more than what does not
+/// fit together in the file.
+void OpenedBlock::RememberDamage(const std::string& damage) {
+    const bool isNew = damages.size() < mostDamages && damages.insert(damage).second;
+    if (!isNew || (damages.size() > 1 && !knowsOnlyMisfit)) return;
+    firstDamage = damage;
+    knowsOnlyMisfit = false;
+}
+
+void OpenedBlock::LeaveOut(const std::string& what, const BudgetUsedUp& end) {
+    if (leftOut.empty()) leftOut = what + " and what follows are left out: " + end.Reason();
+}
+
+std::string PlaceText(unsigned int table, unsigned int position) {
+    return std::to_string(table) + ':' + std::to_string(position);
+}
+
+std::optional<unsigned int> ParseNumber(std::string_view text) {
+    unsigned int number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || stop != end) return std::nullopt;
+    return number;
+}
+
+}  // namespace ZVSmartModel

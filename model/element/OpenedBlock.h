@@ -1,0 +1,165 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "ZVSmartFormat/StreamException.h"
+#include "ZVSmartModel/Error.h"
+#include "ZVSmartZvg/BlockReader.h"
+#include "model/element/Budget.h"
+#include "model/element/InputStream.h"
+
+namespace ZVSmartModel {
+
+/// "FLOOR:POS" or "BLOCK:POS".
+std::string PlaceText(unsigned int table, unsigned int position);
+
+/// An input, opened; see OpenInput for files.
+class OpenedFile {
+  public:
+    /// A file; messages name it `path`.
+    OpenedFile(std::unique_ptr<InputStream> file, const std::string& path)
+        : path(path), file(std::move(file)), stream(this->file.get()) {}
+    /// A host's stream, which is borrowed.
+    OpenedFile(ZVSmartFormat::CZVFTInStream& stream, const std::string& path)
+        : path(path), stream(&stream) {}
+
+    ZVSmartFormat::CZVFTInStream& Stream() { return *stream; }
+    const std::string& Path() const { return path; }
+
+    /// Throws Error InputOutput where a read has failed: nothing that was found is true then.
+    void ThrowIfUnread() const;
+
+  private:
+    std::string path;
+    std::unique_ptr<InputStream> file;  ///< null for a host's stream
+    ZVSmartFormat::CZVFTInStream* stream;
+};
+
+/// A block file, opened for queries. What is wrong with the file becomes a Error that names
+/// the file, the place in it and the reason.
+///
+/// What cannot be read, and what an answer leaves out without saying so, is remembered as damage,
+/// so that a command can show what is whole before `ThrowIfDamaged` ends it. So is where the
+/// command's budget was used up: what follows in the file is as if it were not there. Each function
+/// here throws Error InputOutput where the system does not deliver the file.
+class OpenedBlock {
+  public:
+    /// Throws Error InputOutput for a file that cannot be opened, Damaged for one that is no
+    /// block file or has no readable index. `limits` is borrowed, and charged for what is read.
+    OpenedBlock(OpenedFile file, Budget& limits);
+
+    ZVSmartZvg::CZVLGBlockReader& Reader() { return reader; }
+    Budget& Limits() { return limits; }
+    const std::string& Path() const { return file.Path(); }
+    unsigned long long FileBytes() { return file.Stream().GetSize(); }
+
+    /// A floor's name and its order; empty and ZVLG_NONE, remembered as damage, where they cannot
+    /// be read.
+    std::wstring FloorName(unsigned int floor);
+    unsigned int FloorOrder(unsigned int floor);
+
+    /// The floor that `text` names: by its number where there is a floor with that number, else
+    /// by its name. Throws Error NotFound; Damaged where it may be one whose name is damaged.
+    unsigned int FindFloor(const std::string& text);
+
+    /// The first floor and the one behind the last: of all, or of the one that is named.
+    std::pair<unsigned int, unsigned int> FindFloors(const std::optional<std::string>& text);
+
+    /// The number of components on a floor. A floor whose components cannot be decoded counts 0
+    /// and is remembered as damage.
+    unsigned int FloorCompNum(unsigned int floor);
+    /// The number of geometries in a block, as above.
+    unsigned int GeoNumInBlock(unsigned int block);
+
+    /// Reads the component at `index`, which is within the floor's number of components. False,
+    /// remembered as damage, where it cannot be read.
+    bool ReadComp(const ZVSmartZvg::SZVLGCompIndex& index, ZVSmartZvg::SZVLGZvgComp& comp);
+    /// Does `act`. False where the budget was used up before or is by it, which is remembered:
+    /// `what` and what follows are left out.
+    template <class Act>
+    bool Within(const std::string& what, Act act) {
+        if (!leftOut.empty()) return false;
+        try {
+            act();
+        } catch (const BudgetUsedUp& end) {
+            LeaveOut(what, end);
+        }
+        return leftOut.empty();
+    }
+
+    /// Hands every readable component of a floor to `use(index, comp)`, in order, until the budget
+    /// is used up.
+    template <class Use>
+    void ForEachComp(unsigned int floor, Use use) {
+        ZVSmartZvg::SZVLGZvgComp comp;
+        const unsigned int count = FloorCompNum(floor);
+        for (unsigned int position = 0; position < count; ++position) {
+            const ZVSmartZvg::SZVLGCompIndex index{floor, position};
+            try {
+                if (ReadComp(index, comp)) use(index, comp);
+            } catch (const BudgetUsedUp& end) {
+                return LeaveOut("component " + PlaceText(floor, position), end);
+            }
+        }
+    }
+    /// Reads a geometry that is within the block's number of geometries. Throws Error Damaged,
+    /// which is remembered as well.
+    void ReadGeo(const ZVSmartZvg::SZVLGZvgGeoIndex& index, ZVSmartZvg::SZVLGZvgGeo& geo);
+    /// Reads the geometry of an identification into `geo`, which is fresh. False where there is
+    /// none. Throws as above.
+    bool ReadGeo(const std::wstring& identification, ZVSmartZvg::SZVLGZvgGeo& geo);
+    /// Reads the preview image; nothing where there is none.
+    std::optional<ZVSmartZvg::SZVLGZvgGeoImage> ReadPreview();
+    /// The bytes that all blocks take when decoded.
+    unsigned int DecodedBytes();
+
+    /// The number of different damages that were remembered, as far as they are told apart.
+    std::size_t DamageCount() const { return damages.size(); }
+
+    /// Hands every identification and where it leads to `use(identification, index)`.
+    template <class Use>
+    void ForEachIdentification(Use use) {
+        std::wstring identification;
+        ZVSmartZvg::SZVLGZvgGeoIndex index;
+        const unsigned int count = reader.GetGeoIdentificationNum();
+        for (unsigned int i = 0; i < count; ++i) {
+            if (!reader.GetGeoIdentificationByIndex(i, identification, index)) return;
+            limits.Work(10 + identification.size());
+            use(identification, index);
+        }
+    }
+
+    /// Throws Error Damaged for what was remembered, if anything was.
+    void ThrowIfDamaged() const;
+
+    /// An Error about this file.
+    Error ErrorAbout(Status status, const std::string& reason) const;
+
+  private:
+    template <class Query>
+    bool Ask(Query query);
+    template <class Count>
+    unsigned int Counted(const char* what, unsigned int number, Count count);
+    std::optional<std::string> LastDamage();
+    void RememberDamage(const std::string& damage);
+    void LeaveOut(const std::string& what, const BudgetUsedUp& end);
+    [[noreturn]] void ThrowForeign(const std::string& reason);
+
+    OpenedFile file;
+    Budget& limits;
+    ZVSmartZvg::CZVLGBlockReader reader;
+    std::string firstDamage, latestDamage;
+    std::string leftOut;  ///< what, and why; empty while the budget lasts
+    bool knowsOnlyMisfit = false;
+    std::set<std::string> damages;
+};
+
+/// `text` as a number that is written in digits alone and fits 32 bits.
+std::optional<unsigned int> ParseNumber(std::string_view text);
+
+}  // namespace ZVSmartModel

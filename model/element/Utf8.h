@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace ZVSmartModel {
+
+/// `text` in UTF-8. A surrogate pair becomes one character whatever the width of `wchar_t`;
+/// lone surrogates and what is no character become U+FFFD.
+std::string ToUtf8(std::wstring_view text);
+
+/// UTF-8 as the platform's wide text. Each byte that belongs to no well-formed sequence becomes
+/// U+FFFD.
+std::wstring FromUtf8(std::string_view text);
+
+/// `text`, UTF-8, safe to print on one line of a terminal: control characters and the characters
+/// that end lines or turn the direction of writing become `\n`, `\t`, `\x1B` or `\u202E`, and
+/// malformed bytes become U+FFFD.
+std::string EscapeControls(std::string_view text);
+
+}  // namespace ZVSmartModel

@@ -1,0 +1,179 @@
+#include "model/export/ExportModel.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <unordered_map>
+#include <utility>
+
+#include "model/element/PropertyKinds.h"
+#include "model/element/RecordBytes.h"
+#include "model/element/RecordNames.h"
+#include "model/element/Utf8.h"
+#include "model/scene/SceneReader.h"
+
+namespace ZVSmartModel {
+
+using namespace ZVSmartZvg;
+
+namespace {
+
+constexpr std::uint64_t bytesOfComponent = 2000;  // as a node, besides what it says
+constexpr std::uint64_t stepsOfComponent = 3000;
+
+bool IsNamed(const SerialKey& key) {
+    return KeyText(key) != KeyText(SerialKey());
+}
+
+void AddText(Extras& document, const char* name, const std::wstring& text) {
+    if (!text.empty()) document[name] = ToUtf8(text);
+}
+
+/// A text as it is, anything else with what it is.
+Extras ValueOf(const StoredProperty& property) {
+    if (property.kind == textKind && property.unit.empty()) return ToUtf8(property.value);
+    Extras value = {{"value", ToUtf8(property.value)}, {"kind", ToUtf8(property.kind)}};
+    AddText(value, "unit", property.unit);
+    return value;
+}
+
+/// Names may repeat, which an object's members may not.
+Extras PropertiesObject(const PropertyList& properties) {
+    Extras object = Extras::object();
+    std::unordered_map<std::string, int> timesSeen;
+    for (const StoredProperty& property : PropertiesOfPairs(properties)) {
+        const std::string wanted = ToUtf8(property.name);
+        int& times = timesSeen[wanted];
+        std::string free = wanted;
+        while (++times > 1 || object.contains(free)) {
+            free = wanted + " (" + std::to_string(std::max(times, 2)) + ')';
+            if (!object.contains(free)) break;
+        }
+        object[free] = ValueOf(property);
+    }
+    return object;
+}
+
+Extras MaterialNames(const SZVLGZvgComp& comp) {
+    Extras names = Extras::array();
+    for (const SZVLGZvgCompGeoRef& ref : comp.geoRefs) {
+        for (const auto& [number, material] : ref.materials) {
+            names.push_back(KeyText(material.guidName));
+        }
+    }
+    return names;
+}
+
+Extras ComponentExtras(const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
+    Extras extras;
+    extras["component"] = PlaceText(index.floorIndex, index.compIndex);
+    extras["globalId"] = KeyText(comp.compGuidName);
+    Extras& classes = extras["classification"];
+    classes["level2"] = ToUtf8(comp.classLevel2Name);
+    AddText(classes, "level2b", comp.classLevel2bName);
+    AddText(classes, "level3", comp.classLevel3Name);
+    AddText(classes, "level4", comp.classLevel4Name);
+    for (const SerialKey& related : comp.relatedGuidNames) {
+        extras["relatedTo"].push_back(KeyText(related));
+    }
+    Extras materials = MaterialNames(comp);
+    if (!materials.empty()) extras["materials"] = std::move(materials);
+    if (!comp.compProperties.empty()) extras["properties"] = PropertiesObject(comp.compProperties);
+    return extras;
+}
+
+/// What a person calls the component.
+std::string ComponentName(const SZVLGZvgComp& comp) {
+    for (const auto& [name, value] : comp.compProperties) {
+        if (name == L"Element.Name" && !value.empty()) return ToUtf8(value);
+    }
+    const std::string type = ToUtf8(comp.classLevel3Name);
+    return (type.empty() ? ToUtf8(comp.classLevel2Name) : type) + ' ' + KeyText(comp.compGuidName);
+}
+
+/// Makes each group when the first component in it comes.
+class Groups {
+  public:
+    explicit Groups(ExportModel& model) : model(model) {}
+
+    /// The group of the component's class, within its floor, building and site.
+    std::size_t Of(unsigned int floor, const std::wstring& floorName, const SZVLGZvgComp& comp) {
+        std::optional<std::size_t> at;
+        const std::string site = KeyText(comp.ownerSecondGuidName);
+        if (IsNamed(comp.ownerSecondGuidName) || !comp.ownerTextC.empty()) {
+            at = Group(at, "site " + site + '\n' + ToUtf8(comp.ownerTextC),
+                       NameOr(comp.ownerTextC, "site"), {{"globalId", site}});
+        }
+        const std::string building = KeyText(comp.ownerGuidName);
+        if (IsNamed(comp.ownerGuidName) || !comp.ownerTextA.empty()) {
+            const std::wstring& name = comp.ownerTextA.empty() ? comp.ownerTextB : comp.ownerTextA;
+            at = Group(at, "building " + building + '\n' + ToUtf8(comp.ownerTextA),
+                       NameOr(name, "building"), {{"globalId", building}});
+        }
+        const std::string number = std::to_string(floor);
+        at = Group(at, "floor " + number, NameOr(floorName, "floor " + number),
+                   {{"floor", floor}, {"order", comp.classLevel1Id}});
+        return Group(at, "class " + ToUtf8(comp.classLevel2Name),
+                     NameOr(comp.classLevel2Name, "no class"), nullptr);
+    }
+
+  private:
+    static std::string NameOr(const std::wstring& name, const std::string& other) {
+        return name.empty() ? other : ToUtf8(name);
+    }
+
+    std::size_t Group(std::optional<std::size_t> parent, const std::string& key,
+                      const std::string& name, const Extras& extras) {
+        const auto [place, added] = known.emplace(std::make_pair(parent, key), model.groups.size());
+        if (added) model.groups.push_back({parent, name, extras});
+        return place->second;
+    }
+
+    ExportModel& model;
+    std::map<std::pair<std::optional<std::size_t>, std::string>, std::size_t> known;
+};
+
+}  // namespace
+
+ExportModel ReadExport(OpenedBlock& block, const ExportSelection& selection) {
+    ExportModel model;
+    model.name = std::filesystem::path(block.Path()).stem().string();
+    model.name = ToUtf8(FromUtf8(model.name));
+    SZVLGZvgBlockHeadInfo head;
+    block.Reader().GetHeadInfo(head);
+    model.source = ToUtf8(head.firstText);
+
+    SceneReader scene(block, selection.salvage);
+    Groups groups(model);
+    const std::wstring className = FromUtf8(selection.className.value_or(""));
+    const auto [first, end] = block.FindFloors(selection.floor);
+    std::size_t done = 0;
+    std::size_t total = 0;
+    for (unsigned int floor = first; floor < end; ++floor) total += block.FloorCompNum(floor);
+    for (unsigned int floor = first; floor < end; ++floor) {
+        const std::wstring floorName = block.FloorName(floor);
+        block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
+            if (selection.progress) selection.progress(++done, total);
+            if (selection.className && !IsOfClass(comp, className)) return;
+            const bool hidden = !selection.rooms && !selection.className;
+            if (hidden && IsRoomClass(comp.classLevel2Name)) return;
+            const std::uint64_t bytes = BytesOf(comp) - sizeof comp;
+            block.Limits().Memory(bytesOfComponent + 5 * bytes);
+            block.Limits().Work(stepsOfComponent + bytes);
+            scene.Add(comp);
+            model.components.push_back({groups.Of(floor, floorName, comp), ComponentName(comp),
+                                        ComponentExtras(index, comp)});
+        });
+    }
+    if (!selection.salvage || model.components.empty()) block.ThrowIfDamaged();
+    if (selection.className && model.components.empty()) {
+        throw block.ErrorAbout(Status::NotFound,
+                               "no component of class '" + *selection.className + "'");
+    }
+    model.missingGeometries = scene.MissingGeometries();
+    model.scene = scene.Take();
+    return model;
+}
+
+}  // namespace ZVSmartModel

@@ -1,0 +1,28 @@
+#include "model/import/Model.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace ZVSmartModel {
+
+namespace {
+
+std::uint8_t ByteOf(double part) {
+    return static_cast<std::uint8_t>(std::lround(std::clamp(part, 0.0, 1.0) * 255));
+}
+
+}  // namespace
+
+Rgba MakeColour(double red, double green, double blue, double alpha) {
+    return {ByteOf(red), ByteOf(green), ByteOf(blue), ByteOf(alpha)};
+}
+
+Transform WithoutNoise(const Transform& placement) {
+    Transform result = placement;
+    for (double& value : result) {
+        if (std::abs(value) < 1e-12) value = 0;
+    }
+    return result;
+}
+
+}  // namespace ZVSmartModel

@@ -1,0 +1,66 @@
+#include "model/pack/ModelScene.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+
+#include "model/scene/SceneBuilder.h"
+
+namespace ZVSmartModel {
+
+namespace {
+
+ShapeSurface SurfaceOf(const ShapePart& part) {
+    ShapeSurface surface;
+    if (part.colour) surface.look = {part.styleName, *part.colour};
+    for (const ModelShell& shell : part.shells) {
+        const auto first = static_cast<std::uint32_t>(surface.points.size());
+        for (const ModelPoint& point : shell.points) {
+            surface.points.push_back({point.x, point.y, point.z});
+        }
+        for (const auto& [a, b, c] : shell.triangles) {
+            surface.triangles.push_back({first + a, first + b, first + c});
+        }
+    }
+    return surface;
+}
+
+/// Adds a shape when it is first asked for.
+class ShapeAdder {
+  public:
+    ShapeAdder(const Model& model, SceneBuilder& builder) : model(model), builder(builder) {}
+
+    std::optional<std::size_t> Number(std::size_t shape) {
+        const auto [place, added] = numbers.try_emplace(shape);
+        if (!added) return place->second;
+        std::vector<ShapeSurface> surfaces;
+        for (const ShapePart& part : model.shapes[shape].parts) {
+            surfaces.push_back(SurfaceOf(part));
+        }
+        place->second = builder.AddShape(model.shapes[shape].key, surfaces);
+        return place->second;
+    }
+
+  private:
+    const Model& model;
+    SceneBuilder& builder;
+    std::map<std::size_t, std::optional<std::size_t>> numbers;
+};
+
+}  // namespace
+
+Scene SceneOf(const Model& model, const std::vector<const ModelElement*>& elements) {
+    SceneBuilder builder;
+    ShapeAdder shapes(model, builder);
+    for (const ModelElement* element : elements) {
+        const std::size_t component = builder.AddComponent();
+        for (const PlacedShape& placed : element->shapes) {
+            const auto shape = shapes.Number(placed.shape);
+            if (shape) builder.Place(component, *shape, placed.placement, plainLook);
+        }
+    }
+    return builder.Take();
+}
+
+}  // namespace ZVSmartModel

@@ -1,0 +1,57 @@
+#include "model/plan/ClassStyles.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace ZVSmartModel {
+
+namespace {
+
+/// The first that fits counts: a curtain wall is glass, a wall covering no wall. What carries is
+/// dark, what is glass blue, what can be moved or lies on the floor pale; rooms lie under it all.
+constexpr ClassStyle styles[] = {
+    {"spaceheater", 4, "#dfe9e0", "#68866c", 0.13},
+    {"space spatialzone", -1, "#fbf8ef", "#d9d2bf", 0.13},
+    {"ifcgrid", 9, "none", "#b0534a", 0.13},
+    {"curtain window glazing", 8, "#d3e5ef", "#4f7f9b", 0.18},
+    {"door gate", 8, "#f3e3cb", "#8a6134", 0.18},
+    {"covering ceiling", 1, "#f0ebe1", "#b7ad99", 0.13},
+    {"slab roof floor plate terrain site", 0, "#f4f2ed", "#a9a498", 0.18},
+    {"column pile footing", 6, "#474c52", "#1f2225", 0.25},
+    {"wall", 7, "#686e75", "#26292d", 0.25},
+    {"beam member truss", 5, "#cbb997", "#7a6845", 0.18},
+    {"railing handrail", 4, "#b9bcbe", "#75797c", 0.13},
+    {"stair ramp", 2, "#e2e2dc", "#85857b", 0.18},
+    {"furni", 3, "#efe6d8", "#a08c6c", 0.13},
+    {"flow duct pipe terminal sanitary cable", 4, "#dfe9e0", "#68866c", 0.13},
+    {"", 4, "#dcdddd", "#77797b", 0.18},
+};
+
+char Lower(char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
+}
+
+bool Holds(std::string_view text, std::string_view word) {
+    return std::search(text.begin(), text.end(), word.begin(), word.end(),
+                       [](char a, char b) { return Lower(a) == b; }) != text.end();
+}
+
+bool HoldsOne(std::string_view text, std::string_view words) {
+    while (!words.empty()) {
+        const std::size_t end = std::min(words.find(' '), words.size());
+        if (Holds(text, words.substr(0, end))) return true;
+        words.remove_prefix(std::min(end + 1, words.size()));
+    }
+    return false;
+}
+
+}  // namespace
+
+const ClassStyle& StyleOfClass(std::string_view className) {
+    const auto* const last = std::end(styles) - 1;
+    return *std::find_if(std::begin(styles), last, [className](const ClassStyle& style) {
+        return HoldsOne(className, style.words);
+    });
+}
+
+}  // namespace ZVSmartModel

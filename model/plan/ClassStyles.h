@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string_view>
+
+namespace ZVSmartModel {
+
+/// How a class of components is drawn. Colours as "#rrggbb", widths in millimetres on paper.
+struct ClassStyle {
+    const char* words;  ///< separated by blanks; a class whose name holds one of them is meant
+    int layer;          ///< higher ones are drawn over lower ones
+    const char* fill;
+    const char* stroke;
+    double strokeWidth;
+};
+
+/// The style of a class, found by its name without regard to the case of its letters.
+const ClassStyle& StyleOfClass(std::string_view className);
+
+}  // namespace ZVSmartModel

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace ZVSmartModel {
+
+// A plan as it is drawn: metres, X to the east, Y to the north.
+
+struct PlanPoint {
+    double x = 0, y = 0;
+};
+
+/// A corner of a path. The bulge shapes the piece that leaves it: the tangent of a quarter of the
+/// swept angle, positive counter-clockwise, 0 for a straight piece.
+struct PlanVertex {
+    PlanPoint point;
+    double bulge = 0;
+};
+
+struct PlanPath {
+    std::vector<PlanVertex> vertices;
+    bool closed = false;
+};
+
+/// Closed paths that are filled together: what an even number of them covers is a hole.
+using PlanArea = std::vector<PlanPath>;
+
+struct PlanComponent {
+    std::string identity;   ///< the component's GUID, UTF-8
+    std::string name;       ///< what a person calls it, UTF-8
+    std::string className;  ///< level 2, UTF-8
+    std::vector<PlanArea> areas;
+    std::vector<PlanPath> lines;
+};
+
+struct PlanFloor {
+    std::string name;  ///< UTF-8
+    double elevation = 0;
+    std::vector<PlanComponent> components;
+};
+
+}  // namespace ZVSmartModel

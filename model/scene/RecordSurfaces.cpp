@@ -1,0 +1,121 @@
+#include "model/scene/RecordSurfaces.h"
+
+#include <map>
+#include <utility>
+
+#include "model/scene/RecordWalk.h"
+#include "model/scene/Triangulation.h"
+
+namespace ZVSmartModel {
+
+using namespace ZVSmartZvg;
+
+namespace {
+
+constexpr u16 styleNameFlag = 0x80;
+
+/// The point lists of a record move into one surface; indices count from where theirs begins.
+class SurfaceFiller {
+  public:
+    SurfaceFiller(ShapeSurface& surface, const CZVIMTransf& toShape, Budget& limits)
+        : surface(surface), toShape(toShape), limits(limits) {}
+
+    void Begin(const std::vector<CZVIMPosition>& points) {
+        first = surface.points.size();
+        count = points.size();
+        surface.points.reserve(first + count);
+        for (CZVIMPosition point : points) {
+            point.TransformBy(toShape);
+            surface.points.push_back({point.GetX(), point.GetY(), point.GetZ()});
+        }
+    }
+
+    /// A flat face list: per face its number of corners, then their indices.
+    void AddFaces(const std::vector<int>& faces) {
+        std::size_t at = 0;
+        while (at < faces.size()) {
+            const std::size_t left = faces.size() - at - 1;
+            if (faces[at] < 0 || static_cast<std::size_t>(faces[at]) > left) return;
+            const auto corners = static_cast<std::size_t>(faces[at]);
+            AddFace(faces.data() + at + 1, corners);
+            at += corners + 1;
+        }
+    }
+
+    void AddTriangle(std::size_t a, std::size_t b, std::size_t c) {
+        if (a >= count || b >= count || c >= count) return;
+        surface.triangles.push_back({Index(a), Index(b), Index(c)});
+    }
+
+  private:
+    std::uint32_t Index(std::size_t local) const {
+        return static_cast<std::uint32_t>(first + local);
+    }
+
+    void AddFace(const int* corners, std::size_t number) {
+        const auto corner = [corners](std::size_t i) {
+            return static_cast<std::size_t>(corners[i]);
+        };
+        if (number == 3) return AddTriangle(corner(0), corner(1), corner(2));
+        std::vector<std::array<double, 3>> polygon;
+        polygon.reserve(number);
+        for (std::size_t i = 0; i < number; ++i) {
+            if (corner(i) >= count) return;  // a negative index is a huge one here
+            polygon.push_back(surface.points[first + corner(i)]);
+        }
+        for (const auto& [a, b, c] : Triangulate(polygon, limits)) {
+            AddTriangle(corner(a), corner(b), corner(c));
+        }
+    }
+
+    ShapeSurface& surface;
+    const CZVIMTransf& toShape;
+    Budget& limits;
+    std::size_t first = 0;
+    std::size_t count = 0;
+};
+
+void AddRecord(const SZVLGZvgGeo& geo, SurfaceFiller& filler) {
+    const auto addShell = [&filler](const CZVIMShell& shell) {
+        filler.Begin(shell.GetPoints());
+        filler.AddFaces(shell.GetFacesIndex());
+    };
+    for (const CZVIMShell& shell : geo.shells) addShell(shell);
+    for (const CZVIMVisualShell& visual : geo.visualShells) addShell(visual.shell);
+    for (const CZVIMMesh& mesh : geo.meshes) addShell(MeshToShell(mesh));
+    for (const CZVIMVisualPolyFaceMesh& mesh : geo.polyFaceMeshes) {
+        filler.Begin(mesh.points);
+        filler.AddFaces(mesh.facesIndex);
+    }
+    for (const SZVLGZvgGeoRenderMesh& mesh : geo.renderMeshes) {
+        filler.Begin(mesh.points);
+        const std::vector<u32>& corners = mesh.pointIndices;
+        for (std::size_t i = 0; i + 2 < corners.size(); i += 3) {
+            filler.AddTriangle(corners[i], corners[i + 1], corners[i + 2]);
+        }
+    }
+}
+
+}  // namespace
+
+std::vector<ShapeSurface> SurfacesOf(const SZVLGZvgGeo& geo, Budget& limits) {
+    std::map<std::optional<SceneLook>, ShapeSurface> byLook;
+    VisitNested(geo, [&](const NestedRecord& record) {
+        std::optional<SceneLook> look;
+        if (record.coloured != nullptr) look = LookOf(*record.coloured, L"");
+        ShapeSurface& surface = byLook[look];
+        surface.look = look;
+        SurfaceFiller filler(surface, record.toOutermost, limits);
+        AddRecord(*record.geo, filler);
+    });
+    std::vector<ShapeSurface> surfaces;
+    for (auto& [look, surface] : byLook) surfaces.push_back(std::move(surface));
+    return surfaces;
+}
+
+SceneLook LookOf(const SZVLGZvgDisplayAttr& attr, const std::wstring& otherName) {
+    const bool named = (attr.flags & styleNameFlag) != 0 && !attr.styleName.empty();
+    return {named ? attr.styleName : otherName, {attr.red, attr.green, attr.blue, attr.alpha}};
+}
+
+}  // namespace ZVSmartModel

@@ -1,0 +1,31 @@
+#include "tools/zvg/reading/StandardInput.h"
+
+#include <unistd.h>
+
+#include "model/element/InputSource.h"
+
+namespace ZVSmartModel::Tool {
+
+namespace {
+
+constexpr const char* standardInput = "standard input";
+
+const InputStream& ReadStandardInput() {
+    static const std::unique_ptr<InputStream> shared = [] {
+        if (isatty(STDIN_FILENO)) {
+            throw Error(Status::Usage,
+                        "standard input is a terminal: pipe a block file into it or name one");
+        }
+        return OpenInput(STDIN_FILENO, standardInput);
+    }();
+    return *shared;
+}
+
+}  // namespace
+
+OpenedFile OpenNamed(const std::string& path) {
+    if (path != "-") return OpenedFile(OpenInput(path), path);
+    return OpenedFile(ReadStandardInput().Again(), standardInput);
+}
+
+}  // namespace ZVSmartModel::Tool
