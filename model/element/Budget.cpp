@@ -18,10 +18,15 @@ constexpr std::uint64_t memoryPerByte = 2048;
 }  // namespace
 
 Budget::Budget(bool unlimited, const std::string& liftedBy)
-    : unlimited(unlimited),
-      liftedBy(liftedBy),
-      workLeft(unlimited ? boundless : leastWork),
-      memoryLeft(unlimited ? boundless : leastMemory) {}
+    : unlimited(unlimited), liftedBy(liftedBy) {
+    Renew();
+}
+
+void Budget::Renew() {
+    files.clear();
+    workLeft = unlimited ? boundless : leastWork;
+    memoryLeft = unlimited ? boundless : leastMemory;
+}
 
 void Budget::AddFile(const std::string& path, std::uint64_t bytes) {
     files += (files.empty() ? "" : ", ") + path;

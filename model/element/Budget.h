@@ -29,6 +29,9 @@ class Budget {
     /// `liftedBy` tells a person how to take what a file asks for, such as "--no-limit".
     explicit Budget(bool unlimited, const std::string& liftedBy = "");
 
+    /// As it was at first, without files.
+    void Renew();
+
     /// Makes room for one more file.
     void AddFile(const std::string& path, std::uint64_t bytes);
 
@@ -69,7 +72,7 @@ class Budget {
     bool unlimited;
     std::string liftedBy;
     std::string files;
-    std::uint64_t workLeft, memoryLeft;
+    std::uint64_t workLeft = 0, memoryLeft = 0;
 };
 
 /// Memory that is charged as long as this object lives.

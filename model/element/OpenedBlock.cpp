@@ -18,8 +18,12 @@ namespace {
 
 constexpr std::size_t mostDamages = 1000;  // that are told apart
 
-std::string DamageText(const ZVSmartZvg::SZVLGBlockFinding& finding) {
-    return finding.reason + ", at position " + std::to_string(finding.position);
+Damage DamageOf(const ZVSmartZvg::SZVLGBlockFinding& finding) {
+    return {finding.position, finding.reason};
+}
+
+std::string DamageText(const Damage& damage) {
+    return damage.reason + ", at position " + std::to_string(damage.position);
 }
 
 /// Lack of memory says nothing about a file: throws on the exception that is being handled.
@@ -45,11 +49,15 @@ OpenedBlock::OpenedBlock(OpenedFile opened, Budget& limits)
         PassOnLackOfMemory(exception);
         if (!LastDamage()) ThrowForeign(exception.what());
     }
-    const std::optional<std::string> damage = LastDamage();
-    if (!isOpen) throw ErrorAbout(Status::Damaged, "damaged or incomplete: " + damage.value_or(""));
+    const std::optional<Damage> damage = LastDamage();
+    if (!isOpen) {
+        throw ErrorAbout(Status::Damaged,
+                         "damaged or incomplete: " + (damage ? DamageText(*damage) : ""),
+                         damage ? damage->position : Error::noPosition);
+    }
     if (damage) RememberDamage(*damage);
     ZVSmartZvg::SZVLGBlockFinding misfit;
-    if (reader.GetStructureFinding(misfit)) RememberDamage(DamageText(misfit));
+    if (reader.GetStructureFinding(misfit)) RememberDamage(DamageOf(misfit));
     knowsOnlyMisfit = true;
 }
 
@@ -66,7 +74,7 @@ bool OpenedBlock::Ask(Query query) {
     } catch (const CZVFTStreamException& exception) {
         PassOnLackOfMemory(exception);
     }
-    const std::optional<std::string> damage = LastDamage();
+    const std::optional<Damage> damage = LastDamage();
     if (!damage) return true;
     RememberDamage(*damage);
     latestDamage = *damage;
@@ -74,7 +82,7 @@ bool OpenedBlock::Ask(Query query) {
 }
 
 /// What the last query hid; what it could not read is no damage.
-std::optional<std::string> OpenedBlock::LastDamage() {
+std::optional<Damage> OpenedBlock::LastDamage() {
     ZVSmartZvg::SZVLGBlockFinding finding;
     const EZVLGMiss miss = reader.GetLastMiss(finding);
     if (miss == EZVLGMiss::Unread) {
@@ -83,7 +91,7 @@ std::optional<std::string> OpenedBlock::LastDamage() {
     }
     if (miss == EZVLGMiss::TooLarge) limits.EndMemory();
     if (miss != EZVLGMiss::Damaged) return std::nullopt;
-    return DamageText(finding);
+    return DamageOf(finding);
 }
 
 std::wstring OpenedBlock::FloorName(unsigned int floor) {
@@ -152,7 +160,8 @@ void OpenedBlock::ReadGeo(const ZVSmartZvg::SZVLGZvgGeoIndex& index, ZVSmartZvg:
     bool isRead = false;
     const auto query = [&] { isRead = reader.GetGeoByIndex(index, geo); };
     if (!limits.Timed([&] { return Ask(query); }))
-        throw ErrorAbout(Status::Damaged, "damaged: " + latestDamage);
+        throw ErrorAbout(Status::Damaged, "damaged: " + DamageText(latestDamage),
+                         latestDamage.position);
     if (isRead) return;
     const std::string place = PlaceText(index.blockIndex, index.indexInBlock);
     throw ErrorAbout(Status::Damaged, "damaged: geometry " + place + " has no bytes");
@@ -162,7 +171,8 @@ bool OpenedBlock::ReadGeo(const std::wstring& identification, ZVSmartZvg::SZVLGZ
     bool isRead = false;
     const auto query = [&] { isRead = reader.GetGeoByIdentification(identification, geo); };
     if (!limits.Timed([&] { return Ask(query); }))
-        throw ErrorAbout(Status::Damaged, "damaged: " + latestDamage);
+        throw ErrorAbout(Status::Damaged, "damaged: " + DamageText(latestDamage),
+                         latestDamage.position);
     return isRead;
 }
 
@@ -180,26 +190,40 @@ unsigned int OpenedBlock::DecodedBytes() {
     return bytes;
 }
 
-void OpenedBlock::ThrowIfDamaged() const {
+void OpenedBlock::ThrowIfCutShort() const {
     if (!leftOut.empty()) throw ErrorAbout(Status::Damaged, leftOut);
+}
+
+void OpenedBlock::ThrowIfDamaged() const {
+    ThrowIfCutShort();
     if (damages.empty()) return;
     const std::string most = damages.size() == mostDamages ? "at least " : "";
     const std::string others = " (and " + most + std::to_string(damages.size() - 1) + " more)";
     throw ErrorAbout(Status::Damaged,
-                     "damaged: " + firstDamage + (damages.size() > 1 ? others : ""));
+                     "damaged: " + DamageText(firstDamage) + (damages.size() > 1 ? others : ""),
+                     firstDamage.position);
 }
 
-Error OpenedBlock::ErrorAbout(Status status, const std::string& reason) const {
-    return Error(status, Path() + ": " + reason, Path());
+Error OpenedBlock::ErrorAbout(Status status, const std::string& reason,
+                              std::uint64_t position) const {
+    return Error(status, Path() + ": " + reason, Path(), position);
 }
 
 /// The same damage may be met again and again. What a query meets says more than what does not
 /// fit together in the file.
-void OpenedBlock::RememberDamage(const std::string& damage) {
-    const bool isNew = damages.size() < mostDamages && damages.insert(damage).second;
-    if (!isNew || (damages.size() > 1 && !knowsOnlyMisfit)) return;
+void OpenedBlock::RememberDamage(const Damage& damage) {
+    if (damages.size() == mostDamages) return;
+    if (!known.emplace(damage.position, damage.reason).second) return;
+    damages.push_back(damage);
+    if (damages.size() > 1 && !knowsOnlyMisfit) return;
     firstDamage = damage;
     knowsOnlyMisfit = false;
+}
+
+void OpenedBlock::Renew() {
+    limits.Renew();
+    limits.AddFile(file.Path(), FileBytes());
+    leftOut.clear();
 }
 
 void OpenedBlock::LeaveOut(const std::string& what, const BudgetUsedUp& end) {

@@ -6,8 +6,10 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "ZVSmartFormat/StreamException.h"
+#include "ZVSmartModel/BlockFile.h"
 #include "ZVSmartModel/Error.h"
 #include "ZVSmartZvg/BlockReader.h"
 #include "model/element/Budget.h"
@@ -118,8 +120,11 @@ class OpenedBlock {
     /// The bytes that all blocks take when decoded.
     unsigned int DecodedBytes();
 
-    /// The number of different damages that were remembered, as far as they are told apart.
-    std::size_t DamageCount() const { return damages.size(); }
+    /// The different damages that were remembered, as far as they are told apart.
+    const std::vector<Damage>& Damages() const { return damages; }
+
+    /// Gives the next query the budget of a first one.
+    void Renew();
 
     /// Hands every identification and where it leads to `use(identification, index)`.
     template <class Use>
@@ -134,29 +139,33 @@ class OpenedBlock {
         }
     }
 
+    /// Throws Error Damaged where the budget was used up.
+    void ThrowIfCutShort() const;
     /// Throws Error Damaged for what was remembered, if anything was.
     void ThrowIfDamaged() const;
 
     /// An Error about this file.
-    Error ErrorAbout(Status status, const std::string& reason) const;
+    Error ErrorAbout(Status status, const std::string& reason,
+                     std::uint64_t position = Error::noPosition) const;
 
   private:
     template <class Query>
     bool Ask(Query query);
     template <class Count>
     unsigned int Counted(const char* what, unsigned int number, Count count);
-    std::optional<std::string> LastDamage();
-    void RememberDamage(const std::string& damage);
+    std::optional<Damage> LastDamage();
+    void RememberDamage(const Damage& damage);
     void LeaveOut(const std::string& what, const BudgetUsedUp& end);
     [[noreturn]] void ThrowForeign(const std::string& reason);
 
     OpenedFile file;
     Budget& limits;
     ZVSmartZvg::CZVLGBlockReader reader;
-    std::string firstDamage, latestDamage;
+    Damage firstDamage, latestDamage;
     std::string leftOut;  ///< what, and why; empty while the budget lasts
     bool knowsOnlyMisfit = false;
-    std::set<std::string> damages;
+    std::vector<Damage> damages;
+    std::set<std::pair<std::uint64_t, std::string>> known;  ///< the same
 };
 
 /// `text` as a number that is written in digits alone and fits 32 bits.

@@ -40,7 +40,7 @@ Document& CountClass(Document& parent, const std::string& name, unsigned long lo
 }
 
 Document FloorDocument(OpenedBlock& block, unsigned int floor) {
-    const std::size_t damagesBefore = block.DamageCount();
+    const std::size_t damagesBefore = block.Damages().size();
     std::map<ClassNames, unsigned long long> counts;
     HeldMemory held(block.Limits());
     block.ForEachComp(floor, [&](const SZVLGCompIndex&, const SZVLGZvgComp& comp) {
@@ -57,7 +57,7 @@ Document FloorDocument(OpenedBlock& block, unsigned int floor) {
                          {"order", block.FloorOrder(floor)},
                          {"components", block.FloorCompNum(floor)},
                          {"classes", Document::array()}};
-    if (block.DamageCount() != damagesBefore) document["damaged"] = true;
+    if (block.Damages().size() != damagesBefore) document["damaged"] = true;
     for (const auto& [names, components] : counts) {
         Document* at = &document;
         for (const std::wstring& name : names) {

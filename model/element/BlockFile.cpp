@@ -1,0 +1,206 @@
+#include "ZVSmartModel/BlockFile.h"
+
+#include <algorithm>
+#include <cstring>
+#include <map>
+
+#include "ZVSmartFormat/MemoryStream.h"
+#include "model/element/BlockFileImp.h"
+#include "model/element/ElementRecord.h"
+#include "model/element/InputSource.h"
+#include "model/element/RecordNames.h"
+#include "model/element/Utf8.h"
+
+namespace ZVSmartModel {
+
+using namespace ZVSmartZvg;
+
+namespace {
+
+double RealOf(u64 bits) {
+    double value = 0;
+    std::memcpy(&value, &bits, sizeof value);
+    return value == value ? value : 0;  // no number at all says nothing
+}
+
+/// Which components a selection means.
+class Chosen {
+  public:
+    explicit Chosen(const Selection& selection) : selection(selection) {
+        for (const std::string& name : selection.classNames) classes.push_back(FromUtf8(name));
+        elements = selection.elements;
+        std::sort(elements.begin(), elements.end());
+    }
+
+    /// Whether any component of the floor may be meant.
+    bool MayHold(unsigned int floor) const {
+        if (elements.empty()) return true;
+        const auto first =
+            std::lower_bound(elements.begin(), elements.end(), ElementIndex{floor, 0});
+        return first != elements.end() && first->floor == floor;
+    }
+
+    bool Holds(ElementIndex index, const SZVLGZvgComp& comp) const {
+        if (!elements.empty()) return std::binary_search(elements.begin(), elements.end(), index);
+        if (classes.empty()) return selection.rooms || !IsRoomClass(comp.classLevel2Name);
+        return std::any_of(classes.begin(), classes.end(),
+                           [&](const std::wstring& name) { return IsOfClass(comp, name); });
+    }
+
+  private:
+    const Selection& selection;
+    std::vector<std::wstring> classes;
+    std::vector<ElementIndex> elements;
+};
+
+Floor FloorOf(OpenedBlock& block, unsigned int number) {
+    Floor floor;
+    floor.name = ToUtf8(block.FloorName(number));
+    floor.order = block.FloorOrder(number);
+    floor.elements = block.FloorCompNum(number);
+    SZVLGZvgComp first;
+    if (floor.elements != 0 && block.ReadComp({number, 0}, first)) {
+        floor.elevation = RealOf(first.classLevel1DataA);
+        floor.height = RealOf(first.classLevel1DataB);
+    }
+    return floor;
+}
+
+}  // namespace
+
+BlockFile::Imp::Imp(std::vector<std::uint8_t> given, const OpenOptions& options)
+    : bytes(std::move(given)),
+      memory(std::make_unique<ZVSmartFormat::CZVFTReadBufferInStream>(bytes.data(), bytes.size())),
+      limits(options.unlimited),
+      block(OpenedFile(*memory, "block file"), limits) {}
+
+BlockFile::BlockFile(const std::string& path, const OpenOptions& options)
+    : imp(std::make_unique<Imp>(OpenedFile(OpenInput(path), path), options)) {}
+
+BlockFile::BlockFile(std::vector<std::uint8_t> bytes, const OpenOptions& options)
+    : imp(std::make_unique<Imp>(std::move(bytes), options)) {}
+
+BlockFile::BlockFile(ZVSmartFormat::CZVFTInStream& stream, const OpenOptions& options)
+    : imp(std::make_unique<Imp>(OpenedFile(stream, "block file"), options)) {}
+
+BlockFile::~BlockFile() = default;
+BlockFile::BlockFile(BlockFile&&) noexcept = default;
+BlockFile& BlockFile::operator=(BlockFile&&) noexcept = default;
+
+FileInfo BlockFile::Info() const {
+    return imp->Ask([](OpenedBlock& block) {
+        CZVLGBlockReader& reader = block.Reader();
+        SZVLGZvgBlockHeadInfo head;
+        reader.GetHeadInfo(head);
+        FileInfo info;
+        info.firstText = ToUtf8(head.firstText);
+        info.secondText = ToUtf8(head.secondText);
+        info.version = reader.GetVersion();
+        info.bytes = block.FileBytes();
+        info.decodedBytes = block.DecodedBytes();
+        info.floors = reader.GetFloorNum();
+        info.geometryBlocks = reader.GetGeoBlockNum();
+        info.identifications = reader.GetGeoIdentificationNum();
+        return info;
+    });
+}
+
+std::vector<Floor> BlockFile::Floors() const {
+    return imp->Ask([](OpenedBlock& block) {
+        std::vector<Floor> floors;
+        const unsigned int count = block.Reader().GetFloorNum();
+        for (unsigned int floor = 0; floor < count; ++floor) {
+            floors.push_back(FloorOf(block, floor));
+        }
+        block.ThrowIfCutShort();
+        return floors;
+    });
+}
+
+std::size_t BlockFile::ElementCount() const {
+    return imp->Ask([](OpenedBlock& block) {
+        std::size_t elements = 0;
+        const unsigned int count = block.Reader().GetFloorNum();
+        for (unsigned int floor = 0; floor < count; ++floor) elements += block.FloorCompNum(floor);
+        block.ThrowIfCutShort();
+        return elements;
+    });
+}
+
+std::vector<ClassCount> BlockFile::Classes() const {
+    return imp->Ask([](OpenedBlock& block) {
+        std::map<std::wstring, std::size_t> counts;
+        const unsigned int floors = block.Reader().GetFloorNum();
+        for (unsigned int floor = 0; floor < floors; ++floor) {
+            block.ForEachComp(floor, [&](const SZVLGCompIndex&, const SZVLGZvgComp& comp) {
+                ++counts[comp.classLevel2Name];
+            });
+        }
+        block.ThrowIfCutShort();
+        std::vector<ClassCount> classes;
+        for (const auto& [name, elements] : counts) classes.push_back({ToUtf8(name), elements});
+        return classes;
+    });
+}
+
+Picture BlockFile::Preview() const {
+    return imp->Ask([](OpenedBlock& block) {
+        const std::optional<SZVLGZvgGeoImage> image = block.ReadPreview();
+        Picture picture;
+        if (!image || image->pixels == nullptr) return picture;
+        // The file counts bytes in 32 bits, so the sides of a hostile one may promise more.
+        const u64 bytes = u64{image->width} * image->height * 4;
+        if (bytes != image->PixelBytes()) {
+            throw block.ErrorAbout(Status::Damaged, "the preview image has no pixels");
+        }
+        picture.width = image->width;
+        picture.height = image->height;
+        picture.pixels.assign(image->pixels, image->pixels + bytes);
+        return picture;
+    });
+}
+
+Element BlockFile::Read(ElementIndex index) const {
+    return imp->Ask([index](OpenedBlock& block) {
+        const std::string place = "element " + PlaceText(index.floor, index.position);
+        const bool exists = index.floor < block.Reader().GetFloorNum() &&
+                            index.position < block.FloorCompNum(index.floor);
+        if (!exists) {
+            block.ThrowIfDamaged();
+            throw block.ErrorAbout(Status::NotFound, "no " + place);
+        }
+        SZVLGZvgComp comp;
+        if (!block.ReadComp({index.floor, index.position}, comp)) {
+            block.ThrowIfDamaged();
+            throw block.ErrorAbout(Status::Damaged, place + " cannot be read");
+        }
+        return ElementOf(comp, index, ToUtf8(block.FloorName(index.floor)));
+    });
+}
+
+void BlockFile::ForEach(const Selection& selection,
+                        const std::function<bool(const Element&)>& use) const {
+    const Chosen chosen(selection);
+    const auto [first, end] =
+        imp->Ask([&](OpenedBlock& block) { return block.FindFloors(selection.floor); });
+    for (unsigned int floor = first; floor < end; ++floor) {
+        if (!chosen.MayHold(floor)) continue;
+        const Floor itself = imp->Ask([&](OpenedBlock& block) { return FloorOf(block, floor); });
+        SZVLGZvgComp comp;
+        for (ElementIndex index{floor, 0}; index.position < itself.elements; ++index.position) {
+            const std::optional<Element> element =
+                imp->Ask([&](OpenedBlock& block) -> std::optional<Element> {
+                    if (!block.ReadComp({floor, index.position}, comp)) return std::nullopt;
+                    if (!chosen.Holds(index, comp)) return std::nullopt;
+                    return ElementOf(comp, index, itself.name);
+                });
+            if (element && !use(*element)) return;
+        }
+    }
+}
+
+std::vector<Damage> BlockFile::DamageMet() const {
+    return imp->Ask([](OpenedBlock& block) { return block.Damages(); });
+}
+
+}  // namespace ZVSmartModel

@@ -1,0 +1,129 @@
+#include "model/element/ElementRecord.h"
+
+#include <array>
+#include <charconv>
+
+#include "model/element/PropertyKinds.h"
+#include "model/element/RecordNames.h"
+#include "model/element/Utf8.h"
+
+namespace ZVSmartModel {
+
+using namespace ZVSmartZvg;
+
+namespace {
+
+std::optional<Rgba> ColourOf(const SZVLGZvgDisplayAttr& attr) {
+    if ((attr.flags & DisplayAttrFlag::colour) == 0) return std::nullopt;
+    return Rgba{attr.red, attr.green, attr.blue, attr.alpha};
+}
+
+/// The GUID or the name; empty for the default, which says nothing.
+std::string TextOf(const SerialKey& key) {
+    const bool isDefault = key.name == SerialKey().name && key.guid == SerialGuid();
+    return isDefault ? "" : KeyText(key);
+}
+
+/// A layer's thickness is stored as a property in metres.
+std::optional<double> ThicknessOf(const std::vector<Property>& properties) {
+    for (const Property& property : properties) {
+        if (property.FullName() == "LayerThickness") return property.Number();
+    }
+    return std::nullopt;
+}
+
+std::vector<Material> MaterialsOf(const SZVLGZvgComp& comp) {
+    std::vector<Material> materials;
+    for (const SZVLGZvgCompGeoRef& ref : comp.geoRefs) {
+        for (const auto& [number, stored] : ref.materials) {
+            Material& material = materials.emplace_back();
+            material.name = TextOf(stored.guidName);
+            material.category = ToUtf8(stored.textA);
+            material.properties = PublicProperties(stored.properties);
+            material.thickness = ThicknessOf(material.properties);
+        }
+    }
+    return materials;
+}
+
+}  // namespace
+
+std::string Property::FullName() const {
+    return set.empty() ? name : set + '.' + name;
+}
+
+std::optional<double> Property::Number() const {
+    constexpr std::array texts = {"text",     "empty",     "boolean",  "logical",  "date",
+                                  "dateTime", "timeOfDay", "duration", "reference"};
+    for (const char* text : texts) {
+        if (kind == text) return std::nullopt;
+    }
+    double number = 0;
+    const char* const end = value.data() + value.size();
+    const auto [stop, error] = std::from_chars(value.data(), end, number);
+    if (error != std::errc() || stop != end) return std::nullopt;
+    return number;
+}
+
+const Property* Element::Find(const std::string& set, const std::string& property) const {
+    for (const Property& each : properties) {
+        if (each.set == set && each.name == property) return &each;
+    }
+    return nullptr;
+}
+
+std::vector<Property> PublicProperties(const PropertyList& pairs) {
+    std::vector<Property> properties;
+    for (const StoredProperty& stored : PropertiesOfPairs(pairs)) {
+        Property& property = properties.emplace_back();
+        property.name = ToUtf8(stored.name);
+        const std::size_t dot = property.name.find('.');
+        if (dot != std::string::npos) {
+            property.set = property.name.substr(0, dot);
+            property.name.erase(0, dot + 1);
+        }
+        property.value = ToUtf8(stored.value);
+        property.kind = ToUtf8(stored.kind);
+        property.unit = ToUtf8(stored.unit);
+    }
+    return properties;
+}
+
+PropertyList PairsOf(const std::vector<Property>& properties) {
+    std::vector<StoredProperty> stored;
+    for (const Property& property : properties) {
+        stored.push_back({FromUtf8(property.FullName()), FromUtf8(property.value),
+                          FromUtf8(property.kind), FromUtf8(property.unit)});
+    }
+    return PairsOf(stored);
+}
+
+std::string NameOf(const SZVLGZvgComp& comp) {
+    for (const auto& [name, value] : comp.compProperties) {
+        if (name == L"Element.Name") return ToUtf8(value);
+    }
+    return "";
+}
+
+Element ElementOf(const SZVLGZvgComp& comp, ElementIndex index, const std::string& floorName) {
+    Element element;
+    element.index = index;
+    element.guid = KeyText(comp.compGuidName);
+    element.name = NameOf(comp);
+    element.floorName = floorName;
+    element.className = ToUtf8(comp.classLevel2Name);
+    element.predefinedType = ToUtf8(comp.classLevel2bName);
+    element.typeName = ToUtf8(comp.classLevel3Name);
+    element.materialName = ToUtf8(comp.classLevel4Name);
+    element.buildingName = ToUtf8(comp.ownerTextA);
+    element.siteName = ToUtf8(comp.ownerTextC);
+    element.colour = ColourOf(comp.compAttr);
+    if (!element.colour) element.colour = ColourOf(comp.classLevel4Attr);
+    for (const SerialKey& key : comp.relatedGuidNames) element.parents.push_back(KeyText(key));
+    element.group = TextOf(comp.groupGuidName);
+    element.properties = PublicProperties(comp.compProperties);
+    element.materials = MaterialsOf(comp);
+    return element;
+}
+
+}  // namespace ZVSmartModel

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ZVSmartModel/Element.h"
+#include "ZVSmartZvg/Comp.h"
+
+namespace ZVSmartModel {
+
+/// A component as an element in plain values.
+Element ElementOf(const ZVSmartZvg::SZVLGZvgComp& comp, ElementIndex index,
+                  const std::string& floorName);
+
+/// What people call a component: its property "Element.Name"; empty where it has none.
+std::string NameOf(const ZVSmartZvg::SZVLGZvgComp& comp);
+
+/// Stored pairs as properties: the set is what stands before the first dot.
+std::vector<Property> PublicProperties(const ZVSmartZvg::PropertyList& pairs);
+
+/// Properties as they are stored.
+ZVSmartZvg::PropertyList PairsOf(const std::vector<Property>& properties);
+
+}  // namespace ZVSmartModel

@@ -1,0 +1,79 @@
+#include "model/find/ElementNames.h"
+
+#include "model/element/BlockFileImp.h"
+#include "model/element/ElementRecord.h"
+#include "model/element/RecordBytes.h"
+#include "model/element/RecordNames.h"
+
+namespace ZVSmartModel {
+
+using namespace ZVSmartZvg;
+
+ElementNames::ElementNames(OpenedBlock& block) {
+    const std::size_t damagesBefore = block.Damages().size();
+    const unsigned int floors = block.Reader().GetFloorNum();
+    Budget& limits = block.Limits();
+    const auto note = [&limits](Table& table, const std::string& key, ElementIndex index) {
+        limits.Memory(100 + key.size());
+        table[key].push_back(index);
+    };
+    for (unsigned int floor = 0; floor < floors; ++floor) {
+        block.ForEachComp(floor, [&](const SZVLGCompIndex& place, const SZVLGZvgComp& comp) {
+            const ElementIndex index = {place.floorIndex, place.compIndex};
+            note(byGuid, KeyText(comp.compGuidName), index);
+            if (std::string name = NameOf(comp); !name.empty()) note(byName, name, index);
+            for (const SerialKey& parent : comp.relatedGuidNames) {
+                note(byParent, KeyText(parent), index);
+            }
+        });
+    }
+    block.ThrowIfCutShort();
+    isWhole = block.Damages().size() == damagesBefore;
+}
+
+const ElementNames::Places& ElementNames::Find(const Table& table, const std::string& key) {
+    static const Places none;
+    const auto found = table.find(key);
+    return found == table.end() ? none : found->second;
+}
+
+namespace {
+
+const ElementNames& NamesOf(BlockFile::Imp& imp, OpenedBlock& block) {
+    if (!imp.names) imp.names = std::make_shared<ElementNames>(block);
+    return *imp.names;
+}
+
+/// Who is not found may be among those that cannot be read.
+const ElementNames::Places& Told(const ElementNames& names, const ElementNames::Places& found,
+                                 const OpenedBlock& block) {
+    if (found.empty() && !names.IsWhole()) block.ThrowIfDamaged();
+    return found;
+}
+
+}  // namespace
+
+std::optional<ElementIndex> BlockFile::FindGuid(const std::string& guid) const {
+    return imp->Ask([&](OpenedBlock& block) -> std::optional<ElementIndex> {
+        const ElementNames& names = NamesOf(*imp, block);
+        const ElementNames::Places& found = Told(names, names.OfGuid(guid), block);
+        if (found.empty()) return std::nullopt;
+        return found.front();
+    });
+}
+
+std::vector<ElementIndex> BlockFile::FindName(const std::string& name) const {
+    return imp->Ask([&](OpenedBlock& block) {
+        const ElementNames& names = NamesOf(*imp, block);
+        return Told(names, names.OfName(name), block);
+    });
+}
+
+std::vector<ElementIndex> BlockFile::PartsOf(const std::string& guid) const {
+    return imp->Ask([&](OpenedBlock& block) {
+        const ElementNames& names = NamesOf(*imp, block);
+        return Told(names, names.OfParent(guid), block);
+    });
+}
+
+}  // namespace ZVSmartModel
