@@ -2,8 +2,6 @@
 
 #include <cstring>
 
-#include "model/pack/ShapeRecords.h"
-
 namespace ZVSmartModel {
 
 using namespace ZVSmartZvg;
@@ -21,19 +19,15 @@ SerialKey KeyOf(const std::wstring& name) {
     return name.empty() ? SerialKey() : SerialKey(name);
 }
 
-std::size_t TriangleCount(const ShapePart& part) {
-    std::size_t count = 0;
-    for (const ModelShell& shell : part.shells) count += shell.triangles.size();
-    return count;
-}
-
 }  // namespace
 
-ComponentMaker::ComponentMaker(const Model& model, unsigned int version)
-    : model(model), version(version) {
-    for (const ModelElement& element : model.elements) {
-        if (const auto colour = ColourOf(element)) colourByClass.emplace(PathOf(element), *colour);
-    }
+void ComponentMaker::AddStorey(const ModelStorey& storey) {
+    storeyOrders.push_back(static_cast<u32>(storeys.size() + (unassignedOrder ? 1 : 0)));
+    storeys.push_back(storey);
+}
+
+void ComponentMaker::LendColour(const ModelElement& element) {
+    if (const auto colour = ColourOf(element)) colourByClass.emplace(PathOf(element), colour);
 }
 
 SZVLGZvgComp ComponentMaker::Make(const ModelElement& element) {
@@ -49,13 +43,15 @@ SZVLGZvgComp ComponentMaker::Make(const ModelElement& element) {
     return comp;
 }
 
-void ComponentMaker::SetFloor(const ModelElement& element, SZVLGZvgComp& comp) const {
-    comp.classLevel1Id = static_cast<u32>(element.storey.value_or(model.storeys.size()));
+void ComponentMaker::SetFloor(const ModelElement& element, SZVLGZvgComp& comp) {
     if (!element.storey) {
-        comp.classLevel1Name = L"unassigned";
+        if (!unassignedOrder) unassignedOrder = static_cast<u32>(storeys.size());
+        comp.classLevel1Id = *unassignedOrder;
+        comp.classLevel1Name = unassignedFloorName;
         return;
     }
-    const ModelStorey& storey = model.storeys[*element.storey];
+    const ModelStorey& storey = storeys[*element.storey];
+    comp.classLevel1Id = storeyOrders[*element.storey];
     comp.classLevel1Name = storey.name;
     comp.classLevel1DataA = BitsOf(storey.elevation);
     comp.classLevel1DataB = BitsOf(storey.height);
@@ -63,7 +59,7 @@ void ComponentMaker::SetFloor(const ModelElement& element, SZVLGZvgComp& comp) c
 
 void ComponentMaker::SetOwner(const ModelElement& element, SZVLGZvgComp& comp) const {
     if (!element.building) return;
-    const ModelBuilding& building = model.buildings[*element.building];
+    const ModelBuilding& building = buildings[*element.building];
     comp.ownerGuidName = KeyOf(building.globalId);
     comp.ownerTextA = building.name;
     comp.ownerTextB = building.longName;
@@ -86,11 +82,10 @@ void ComponentMaker::SetClasses(const ModelElement& element, SZVLGZvgComp& comp)
         number(L"4\n" + level2 + L'\n' + comp.classLevel3Name, comp.classLevel4Name);
     comp.classLevel2bId = number(L"2b\n" + level2, comp.classLevel2bName);
 
-    const auto shared = colourByClass.find(path);
-    if (shared == colourByClass.end()) return;
-    comp.classLevel4Attr = ColourAttr(shared->second, version);
     const std::optional<Rgba> own = ColourOf(element);
-    if (own && *own != shared->second) comp.compAttr = ColourAttr(own, version);
+    const std::optional<Rgba>& shared = colourByClass.emplace(path, own).first->second;
+    comp.classLevel4Attr = ColourAttr(shared, version);
+    if (own && own != shared) comp.compAttr = ColourAttr(own, version);
 }
 
 void ComponentMaker::SetGeometry(const ModelElement& element, SZVLGZvgComp& comp) const {
@@ -104,30 +99,28 @@ void ComponentMaker::SetGeometry(const ModelElement& element, SZVLGZvgComp& comp
     }
     if (element.shapes.empty()) return;
     ref.geoIdentification = element.globalId;
-    ref.geo = PlacementRecord(element, model);
+    ref.geo = PlacementRecord(element, shapes);
     ref.geoIds.push_back({SerialKey(element.globalId), L"", L""});
 }
 
 ComponentMaker::ClassPath ComponentMaker::PathOf(const ModelElement& element) const {
     std::wstring look;
-    const ShapePart* part = MainPart(element);
-    if (part) look = part->styleName;
+    const ShapeSummary* shape = MainShape(element);
+    if (shape) look = shape->styleName;
     if (!element.materials.empty()) look = element.materials.front().name;
     return {element.entityType, element.typeName, look};
 }
 
 std::optional<Rgba> ComponentMaker::ColourOf(const ModelElement& element) const {
-    const ShapePart* part = MainPart(element);
-    return part ? part->colour : std::nullopt;
+    const ShapeSummary* shape = MainShape(element);
+    return shape ? shape->colour : std::nullopt;
 }
 
-const ShapePart* ComponentMaker::MainPart(const ModelElement& element) const {
-    const ShapePart* main = nullptr;
+const ShapeSummary* ComponentMaker::MainShape(const ModelElement& element) const {
+    const ShapeSummary* main = nullptr;
     for (const PlacedShape& placed : element.shapes) {
-        for (const ShapePart& part : model.shapes[placed.shape].parts) {
-            if (!part.colour) continue;
-            if (!main || TriangleCount(part) > TriangleCount(*main)) main = &part;
-        }
+        const ShapeSummary& shape = shapes[placed.shape];
+        if (shape.colour && (!main || shape.triangles > main->triangles)) main = &shape;
     }
     return main;
 }

@@ -27,10 +27,6 @@ using namespace ZVSmartZvg;
 
 namespace {
 
-/// A block is what is decoded to get at one geometry: large enough to compress well, small enough
-/// to decode at once.
-constexpr std::size_t wantedBlockBytes = 512 << 10;
-
 /// The elements as they are to be written; those without a storey last.
 std::vector<const ModelElement*> Ordered(const Model& model) {
     std::vector<const ModelElement*> ordered;
@@ -53,9 +49,17 @@ unsigned int ChosenGeosPerBlock(const Model& model) {
         bytes += PlacementRecordBytes(element);
         ++records;
     }
-    if (records == 0) return 0;
-    const std::size_t average = std::max<std::size_t>(bytes / records, 1);
-    return static_cast<unsigned int>(std::max<std::size_t>(wantedBlockBytes / average, 1));
+    return GeosPerBlock(bytes, records);
+}
+
+/// Knows all of the model that its components refer to.
+ComponentMaker MakerFor(const Model& model, unsigned int version) {
+    ComponentMaker maker(version);
+    for (const ModelStorey& storey : model.storeys) maker.AddStorey(storey);
+    for (const ModelBuilding& building : model.buildings) maker.AddBuilding(building);
+    for (const ModelShape& shape : model.shapes) maker.AddShape(SummaryOf(shape));
+    for (const ModelElement& element : model.elements) maker.LendColour(element);
+    return maker;
 }
 
 std::wstring FileName(std::string_view path) {
@@ -115,7 +119,7 @@ PackSummary PackModel(const Model& model, const PackInput& input,
 
     std::vector<bool> stored(model.shapes.size());
     std::set<std::optional<std::size_t>> floors;
-    ComponentMaker maker(model, input.job.formatVersion);
+    ComponentMaker maker = MakerFor(model, input.job.formatVersion);
     for (const ModelElement* element : ordered) {
         for (const PlacedShape& placed : element->shapes) {
             ++summary.placements;

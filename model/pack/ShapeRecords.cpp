@@ -1,5 +1,6 @@
 #include "model/pack/ShapeRecords.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace ZVSmartModel {
@@ -64,6 +65,12 @@ CZVIMTransf TransfRecord(const Transform& placement) {
     return transf;
 }
 
+std::size_t TriangleCount(const ShapePart& part) {
+    std::size_t count = 0;
+    for (const ModelShell& shell : part.shells) count += shell.triangles.size();
+    return count;
+}
+
 }  // namespace
 
 SZVLGZvgDisplayAttr ColourAttr(const std::optional<Rgba>& colour, unsigned int version) {
@@ -102,11 +109,23 @@ SZVLGZvgGeo ShapeRecord(const ModelShape& shape, unsigned int version) {
     return record;
 }
 
-SZVLGZvgGeo PlacementRecord(const ModelElement& element, const Model& model) {
+ShapeSummary SummaryOf(const ModelShape& shape) {
+    ShapeSummary summary;
+    summary.key = shape.key;
+    for (const ShapePart& part : shape.parts) {
+        const std::size_t triangles = TriangleCount(part);
+        if (!part.colour || (summary.colour && triangles <= summary.triangles)) continue;
+        summary.colour = part.colour;
+        summary.styleName = part.styleName;
+        summary.triangles = triangles;
+    }
+    return summary;
+}
+
+SZVLGZvgGeo PlacementRecord(const ModelElement& element, const std::vector<ShapeSummary>& shapes) {
     SZVLGZvgGeo record;
     for (const PlacedShape& placed : element.shapes) {
-        record.namedTransfs.push_back(
-            {model.shapes[placed.shape].key, TransfRecord(placed.placement)});
+        record.namedTransfs.push_back({shapes[placed.shape].key, TransfRecord(placed.placement)});
     }
     return record;
 }
@@ -125,6 +144,13 @@ std::size_t ShapeRecordBytes(const ModelShape& shape) {
 
 std::size_t PlacementRecordBytes(const ModelElement& element) {
     return 16 + element.shapes.size() * 160;
+}
+
+unsigned int GeosPerBlock(std::size_t recordBytes, std::size_t records) {
+    constexpr std::size_t wantedBlockBytes = 512 << 10;
+    if (records == 0) return 0;
+    const std::size_t average = std::max<std::size_t>(recordBytes / records, 1);
+    return static_cast<unsigned int>(std::max<std::size_t>(wantedBlockBytes / average, 1));
 }
 
 }  // namespace ZVSmartModel
