@@ -10,14 +10,16 @@ namespace ZVSmartModel {
 
 namespace {
 
-/// FNV-1a of 64 bits (Fowler, Noll and Vo), fed with values instead of bytes of memory so that
-/// the result is the same on every machine.
+/// FNV-1a of 64 bits (Fowler, Noll and Vo), and a check that multiplies and folds whole values;
+/// fed with values instead of bytes of memory so that the result is the same on every machine.
 class Hasher {
   public:
     void Add(std::uint64_t value) {
         for (int shift = 0; shift < 64; shift += 8) {
-            hash = (hash ^ ((value >> shift) & 0xFF)) * 0x100000001B3;
+            digest.hash = (digest.hash ^ ((value >> shift) & 0xFF)) * 0x100000001B3;
         }
+        digest.check = (digest.check ^ value) * 0x9E3779B97F4A7C15;
+        digest.check ^= digest.check >> 32;
     }
     void Add(double value) {
         std::uint64_t bits = 0;
@@ -27,10 +29,10 @@ class Hasher {
     void Add(const std::wstring& text) {
         for (const wchar_t c : text) Add(static_cast<std::uint64_t>(c));
     }
-    std::uint64_t Value() const { return hash; }
+    ShapeDigest Digest() const { return digest; }
 
   private:
-    std::uint64_t hash = 0xCBF29CE484222325;
+    ShapeDigest digest = {0xCBF29CE484222325, 0};
 };
 
 double Rounded(double coordinate) {
@@ -116,8 +118,10 @@ bool SameShape(const ModelShape& a, const ModelShape& b) {
            std::equal(a.parts.begin(), a.parts.end(), b.parts.begin(), b.parts.end(), SamePart);
 }
 
-/// Parts that look the same become one, in the order in which the looks first appear.
-ModelShape Canonical(const ModelShape& shape) {
+}  // namespace
+
+// Parts that look the same become one, in the order in which the looks first appear.
+ModelShape CanonicalShape(const ModelShape& shape) {
     ModelShape result;
     for (const ShapePart& part : shape.parts) {
         for (const ModelShell& shell : part.shells) {
@@ -139,7 +143,7 @@ ModelShape Canonical(const ModelShape& shape) {
     return result;
 }
 
-std::uint64_t HashOf(const ModelShape& shape) {
+ShapeDigest DigestOf(const ModelShape& shape) {
     Hasher hasher;
     for (const ShapePart& part : shape.parts) {
         const Rgba colour = part.colour.value_or(Rgba{0, 0, 0, 0});
@@ -164,30 +168,27 @@ std::uint64_t HashOf(const ModelShape& shape) {
         hasher.Add(curves.name);
         for (const double number : NumbersOf(curves)) hasher.Add(number);
     }
-    return hasher.Value();
+    return hasher.Digest();
 }
 
-/// `sameHash` tells apart different shapes of one hash, which hardly ever happens.
-std::wstring KeyOf(std::uint64_t hash, std::ptrdiff_t sameHash) {
+std::wstring ShapeKey(std::uint64_t hash, std::size_t sameHash) {
     char digits[32];
     std::snprintf(digits, sizeof digits, "shape_%016llx", static_cast<unsigned long long>(hash));
     std::wstring key(digits, digits + std::strlen(digits));
     return sameHash == 0 ? key : key + L'_' + std::to_wstring(sameHash);
 }
 
-}  // namespace
-
 std::optional<std::size_t> ShapeStore::Add(ModelShape shape) {
-    ModelShape canonical = Canonical(shape);
+    ModelShape canonical = CanonicalShape(shape);
     if (canonical.parts.empty() && canonical.curves.empty() && canonical.unusable == 0) {
         return std::nullopt;
     }
-    const std::uint64_t hash = HashOf(canonical);
+    const std::uint64_t hash = DigestOf(canonical).hash;
     const auto [first, last] = shapeByHash.equal_range(hash);
     for (auto i = first; i != last; ++i) {
         if (SameShape(shapes[i->second], canonical)) return i->second;
     }
-    canonical.key = KeyOf(hash, std::distance(first, last));
+    canonical.key = ShapeKey(hash, static_cast<std::size_t>(std::distance(first, last)));
     shapeByHash.emplace(hash, shapes.size());
     shapes.push_back(std::move(canonical));
     return shapes.size() - 1;

@@ -1,22 +1,40 @@
 #pragma once
 
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "model/import/Model.h"
 
 namespace ZVSmartModel {
 
-/// Collects the shapes of a model and keeps each distinct one once.
-///
-/// Shapes are brought into one form before they are compared, so that the order in which an
-/// importer yields points and triangles does not matter: coordinates are rounded to
-/// `coordinateStep`, points that then coincide are one, triangles that then vanish are dropped,
-/// points stand in ascending order, and so do the triangles. Curves are rounded too, and stay in
-/// their order. The key is made from that form.
+/// The shape in the one form in which shapes are compared and stored, so that the order in which
+/// an importer yields points and triangles does not matter: coordinates are rounded to
+/// `ShapeStore::coordinateStep`, points that then coincide are one, triangles that then vanish are
+/// dropped, points stand in ascending order, and so do the triangles. Curves are rounded too, and
+/// stay in their order. What has numbers that are no coordinates is left out and counted. The key
+/// stays empty.
+ModelShape CanonicalShape(const ModelShape& shape);
+
+/// What a shape in that form comes to. Shapes that differ have the same `hash` once in 2^64 times,
+/// and the same `check` besides as rarely.
+struct ShapeDigest {
+    std::uint64_t hash = 0, check = 0;
+
+    friend auto operator<=>(const ShapeDigest&, const ShapeDigest&) = default;
+};
+ShapeDigest DigestOf(const ModelShape& canonical);
+
+/// The key of a shape. `sameHash` tells apart different shapes of one hash, which hardly ever
+/// happens.
+std::wstring ShapeKey(std::uint64_t hash, std::size_t sameHash);
+
+/// Collects the shapes of a model and keeps each distinct one once, in its canonical form, from
+/// which its key is made.
 class ShapeStore {
   public:
     /// 2^-24 m, 0.06 µm: far below what any model means, and a power of two, so that the low
