@@ -1,5 +1,8 @@
 #include "model/element/PropertyKinds.h"
 
+#include <charconv>
+#include <cmath>
+
 namespace ZVSmartModel {
 
 namespace {
@@ -41,6 +44,16 @@ std::vector<StoredProperty> PropertiesOfPairs(const PropertyPairs& pairs) {
         if (blank != std::wstring::npos) property.unit = said.substr(blank + 1);
     }
     return properties;
+}
+
+std::wstring NumberText(double number) {
+    char digits[64];
+    const double size = std::fabs(number);
+    const bool plain = size == 0 || (size >= 1e-6 && size < 1e15);
+    const char* end =
+        plain ? std::to_chars(digits, digits + sizeof digits, number, std::chars_format::fixed).ptr
+              : std::to_chars(digits, digits + sizeof digits, number).ptr;
+    return {static_cast<const char*>(digits), end};
 }
 
 std::wstring ValueWithUnit(const StoredProperty& property) {

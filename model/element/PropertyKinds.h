@@ -37,6 +37,9 @@ PropertyPairs PairsOf(const std::vector<StoredProperty>& properties);
 /// The properties of stored pairs, whoever wrote them; what has no companion is text.
 std::vector<StoredProperty> PropertiesOfPairs(const PropertyPairs& pairs);
 
+/// A number as a value: in the fewest digits that give it back.
+std::wstring NumberText(double number);
+
 /// The value with its unit, as people write it: "8.5 ft".
 std::wstring ValueWithUnit(const StoredProperty& property);
 

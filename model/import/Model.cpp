@@ -25,4 +25,8 @@ Transform WithoutNoise(const Transform& placement) {
     return result;
 }
 
+StoredProperty ThicknessProperty(double metres) {
+    return {L"LayerThickness", NumberText(metres), L"length", L"m"};
+}
+
 }  // namespace ZVSmartModel

@@ -53,6 +53,9 @@ struct PlacedShape {
 /// In the order of the source, in the form in which they are stored.
 using ModelProperties = PropertyPairs;
 
+/// The property of a material that it is a layer, so many metres thick.
+StoredProperty ThicknessProperty(double metres);
+
 struct ModelMaterial {
     std::wstring name;
     std::wstring category;
@@ -68,6 +71,8 @@ struct ModelStorey {
 struct ModelBuilding {
     std::wstring globalId, name, longName;
     std::wstring siteGlobalId, siteName;
+
+    friend bool operator==(const ModelBuilding&, const ModelBuilding&) = default;
 };
 
 struct ModelElement {

@@ -1,5 +1,3 @@
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,7 +8,7 @@
 #include <utility>
 
 #include "ZVSmartModel/Pack.h"
-#include "model/element/OwnedDescriptor.h"
+#include "model/element/NewFile.h"
 #include "model/pack/ImportProcess.h"
 #include "model/pack/PackJob.h"
 
@@ -139,38 +137,6 @@ void CheckOptions(const PackOptions& options) {
     }
     throw Error(static_cast<Status>(status), listener.Failure(), modelPath);
 }
-
-/// A file that gets its name only when it is whole.
-class NewFile {
-  public:
-    explicit NewFile(const std::string& path)
-        : path(path), temporary(path + ".XXXXXX"), file(mkostemp(temporary.data(), O_CLOEXEC)) {
-        if (!file.IsOpen()) Fail();
-        const mode_t mask = umask(0);
-        umask(mask);
-        fchmod(file.Number(), 0666 & ~mask);
-    }
-    ~NewFile() {
-        if (!temporary.empty()) unlink(temporary.c_str());
-    }
-    NewFile(const NewFile&) = delete;
-    NewFile& operator=(const NewFile&) = delete;
-
-    int Descriptor() const { return file.Number(); }
-
-    void Commit() {
-        if (fsync(file.Number()) != 0 || std::rename(temporary.c_str(), path.c_str()) != 0) Fail();
-        temporary.clear();
-    }
-
-  private:
-    [[noreturn]] void Fail() const {
-        throw Error(Status::InputOutput, path + ": " + std::strerror(errno), path);
-    }
-
-    std::string path, temporary;
-    OwnedDescriptor file;
-};
 
 /// Asks the importer what it can do.
 std::vector<std::string> About(const std::string& importer) {

@@ -99,8 +99,7 @@ ModelMaterial MaterialOf(const IfcMaterialUse& use, double unitInMetres,
     material.category = TextOf(use.material->m_Category);
     PropertyGatherer gatherer;
     if (use.layerThickness > 0) {
-        gatherer.Add({L"LayerThickness", NumberText(InMetres(use.layerThickness, unitInMetres)),
-                      L"length", L"m"});
+        gatherer.Add(ThicknessProperty(InMetres(use.layerThickness, unitInMetres)));
     }
     for (const auto& weakSet : use.material->m_HasProperties_inverse) {
         const auto set = weakSet.lock();

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
 #include <optional>
 #include <sstream>
 #include <utility>
 #include <vector>
+
+#include "model/element/PropertyKinds.h"
 
 namespace ZVSmartModel {
 
@@ -26,16 +27,6 @@ std::optional<double> NumberOf(const BuildingObject& value) {
 }
 
 }  // namespace
-
-std::wstring NumberText(double number) {
-    char digits[64];
-    const double size = std::fabs(number);
-    const bool plain = size == 0 || (size >= 1e-6 && size < 1e15);
-    const char* end =
-        plain ? std::to_chars(digits, digits + sizeof digits, number, std::chars_format::fixed).ptr
-              : std::to_chars(digits, digits + sizeof digits, number).ptr;
-    return {static_cast<const char*>(digits), end};
-}
 
 std::wstring ValueText(const BuildingObject& value) {
     if (const std::optional<double> number = NumberOf(value)) return NumberText(*number);

@@ -14,9 +14,6 @@ std::wstring TextOf(const std::shared_ptr<Label>& label) {
     return label ? FinishStepString(label->m_value) : std::wstring();
 }
 
-/// A number in the fewest digits that give it back.
-std::wstring NumberText(double number);
-
 /// A value, a measure or an enumerator as a person would write it: numbers in full precision
 /// and in the file's units, truth values as "true", "false" or "unknown".
 std::wstring ValueText(const BuildingObject& value);
