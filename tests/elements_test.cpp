@@ -1,0 +1,190 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "ZVSmartModel/BlockFile.h"
+#include "ZVSmartModel/Builder.h"
+#include "support.h"
+
+// A block file's elements in plain values, and how they are found.
+
+using namespace ZVSmartModel;
+using support::Bytes;
+
+namespace {
+
+NewElement Made(const char* guid, const char* className, std::optional<std::size_t> floor) {
+    NewElement element;
+    element.guid = guid;
+    element.className = className;
+    element.floor = floor;
+    return element;
+}
+
+/// Two floors, four elements.
+Bytes House() {
+    return support::Streamed([](support::CZVFTOutStream& out) {
+        BuilderOptions options;
+        options.title = "a house";
+        options.building = {"b", "House", "", "s", "Hill"};
+        Builder builder(out, options);
+        builder.AddFloor({"Ground", -0.5, 3});
+        builder.AddFloor({"1", 2.5, 0});  // named like a number
+        NewElement wall = Made("wall", "IfcWall", 0);
+        wall.name = "Süd";
+        wall.predefinedType = "SOLIDWALL";
+        wall.typeName = "W 300";
+        wall.properties = {{"Pset_Wall", "Width", "12.5", "length", "ft"},
+                           {"Pset_Wall", "Mark", "7", "text", ""},
+                           {"", "Note", "a.b", "text", ""}};
+        wall.materials = {
+            {"Plaster", "", 0.02, {}},
+            {"Brick", "masonry", 0.28, {{"Thermal", "Lambda", "0.6", "real", "W/mK"}}}};
+        wall.group = "zone";
+        builder.AddElement(wall);
+        builder.AddElement(Made("room", "IfcSpace", 0));
+        NewElement door = Made("door", "IfcDoor", 1);
+        door.parents = {"wall", "leaf"};
+        door.name = "Süd";
+        builder.AddElement(door);
+        builder.AddElement(Made("project", "IfcProject", std::nullopt));
+        builder.Finish();
+    });
+}
+
+std::vector<std::string> Guids(const BlockFile& file, const Selection& selection) {
+    std::vector<std::string> guids;
+    file.ForEach(selection, [&](const Element& element) {
+        guids.push_back(element.guid);
+        return true;
+    });
+    return guids;
+}
+
+template <class Act>
+Status StatusOf(Act act) {
+    try {
+        act();
+    } catch (const Error& error) {
+        return error.GetStatus();
+    }
+    return Status{};
+}
+
+using Texts = std::vector<std::string>;
+
+TEST(Elements, ComeInPlainValues) {
+    const BlockFile file(House());
+    EXPECT_EQ(file.Info().firstText, "a house");
+    EXPECT_EQ(file.Info().version, 4u);
+    EXPECT_EQ(file.ElementCount(), 4u);
+    const std::vector<Floor> floors = file.Floors();
+    ASSERT_EQ(floors.size(), 3u);
+    EXPECT_EQ(floors[0].name, "Ground");
+    EXPECT_EQ(floors[0].elevation, -0.5);
+    EXPECT_EQ(floors[0].height, 3);
+    EXPECT_EQ(floors[0].elements, 2u);
+    EXPECT_EQ(floors[2].name, "unassigned");
+    const std::vector<ClassCount> classes = file.Classes();
+    ASSERT_EQ(classes.size(), 4u);
+    EXPECT_EQ(classes[0].className, "IfcDoor");
+    EXPECT_EQ(classes[0].elements, 1u);
+    EXPECT_EQ(file.Preview().width, 0u);
+
+    const Element wall = file.Read({0, 0});
+    EXPECT_EQ(wall.guid, "wall");
+    EXPECT_EQ(wall.name, "Süd");
+    EXPECT_EQ(wall.floorName, "Ground");
+    EXPECT_EQ(wall.className + wall.predefinedType + wall.typeName, "IfcWallSOLIDWALLW 300");
+    EXPECT_EQ(wall.materialName, "Plaster");
+    EXPECT_EQ(wall.buildingName + wall.siteName, "HouseHill");
+    EXPECT_EQ(wall.group, "zone");
+    EXPECT_EQ(wall.colour, std::nullopt);
+    EXPECT_EQ(wall.properties.size(), 4u);
+    ASSERT_NE(wall.Find("Pset_Wall", "Width"), nullptr);
+    EXPECT_EQ(wall.Find("Pset_Wall", "Width")->Number(), 12.5);
+    EXPECT_EQ(wall.Find("Pset_Wall", "Width")->unit, "ft");
+    EXPECT_EQ(wall.Find("Pset_Wall", "Mark")->Number(), std::nullopt);  // a text
+    EXPECT_EQ(wall.Find("", "Note")->value, "a.b");
+    ASSERT_EQ(wall.materials.size(), 2u);
+    EXPECT_EQ(wall.materials[1].category, "masonry");
+    EXPECT_EQ(wall.materials[1].thickness, 0.28);
+    EXPECT_EQ(wall.materials[1].properties.back().FullName(), "Thermal.Lambda");
+    EXPECT_EQ(file.Read({1, 0}).parents, Texts({"wall", "leaf"}));
+    EXPECT_EQ(file.Read({1, 0}).group, "");
+}
+
+TEST(Elements, AreFoundAndSelected) {
+    const BlockFile file(House());
+    EXPECT_EQ(file.FindGuid("door"), (ElementIndex{1, 0}));
+    EXPECT_EQ(file.FindGuid("Door"), std::nullopt);
+    EXPECT_EQ(file.FindName("Süd"), (std::vector<ElementIndex>{{0, 0}, {1, 0}}));
+    EXPECT_EQ(file.PartsOf("wall"), (std::vector<ElementIndex>{{1, 0}}));
+    EXPECT_TRUE(file.PartsOf("door").empty());
+
+    EXPECT_EQ(Guids(file, {}), Texts({"wall", "room", "door", "project"}));
+    EXPECT_EQ(Guids(file, {"Ground", {}, {}, false}), Texts({"wall"}));
+    EXPECT_EQ(Guids(file, {"1", {}, {}, true}), Texts({"door"}));
+    EXPECT_EQ(Guids(file, {std::nullopt, {"IfcSpace", "IfcDoor"}, {}, false}),
+              Texts({"room", "door"}));
+    EXPECT_EQ(Guids(file, {std::nullopt, {}, {{1, 0}, {0, 1}, {9, 9}}, false}),
+              Texts({"room", "door"}));
+    EXPECT_EQ(StatusOf([&] { Guids(file, {"Roof", {}, {}, true}); }), Status::NotFound);
+    EXPECT_EQ(StatusOf([&] { file.Read({0, 2}); }), Status::NotFound);
+    EXPECT_EQ(StatusOf([&] { file.Read({3, 0}); }), Status::NotFound);
+    int seen = 0;
+    file.ForEach({}, [&](const Element& element) {
+        file.FindGuid(element.guid);  // the file may be asked meanwhile
+        return ++seen < 2;
+    });
+    EXPECT_EQ(seen, 2);
+}
+
+TEST(Elements, DamageIsToldFromAbsence) {
+    support::Parts parts = support::PartsOf(House());
+    parts.floors[1].block.encoded[6] ^= 0x40;
+    const Bytes damaged = support::PutTogether(parts);
+    const BlockFile file(damaged);
+    EXPECT_EQ(file.FindGuid("wall"), (ElementIndex{0, 0}));
+    EXPECT_EQ(StatusOf([&] { file.FindGuid("door"); }), Status::Damaged);
+    EXPECT_EQ(Guids(file, {}), Texts({"wall", "room", "project"}));
+    ASSERT_EQ(file.DamageMet().size(), 1u);
+    try {
+        file.Read({1, 0});
+        FAIL();
+    } catch (const Error& error) {
+        EXPECT_EQ(error.GetStatus(), Status::Damaged);
+        EXPECT_EQ(error.Position(), file.DamageMet()[0].position);
+    }
+    EXPECT_EQ(StatusOf([] { BlockFile(Bytes{}); }), Status::Damaged);
+    EXPECT_EQ(StatusOf([] { BlockFile("/nowhere"); }), Status::InputOutput);
+    EXPECT_EQ(StatusOf([] { BlockFile("/"); }), Status::InputOutput);
+}
+
+TEST(Elements, OneFileServesSeveralThreads) {
+    const std::filesystem::path path = testing::TempDir() + "elements_test.zvg";
+    const Bytes bytes = House();
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+    BlockFile moved(path.string());
+    std::filesystem::remove(path);  // it is open
+    const BlockFile file = std::move(moved);
+    std::atomic<int> mistakes = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < 200; ++round) {
+                mistakes += file.FindGuid("door") != ElementIndex{1, 0};
+                mistakes += Guids(file, {}).size() != 4;
+                mistakes += file.Read({0, 1}).className != "IfcSpace";
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(mistakes, 0);
+}
+
+}  // namespace
