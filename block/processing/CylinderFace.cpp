@@ -1,12 +1,11 @@
-#include "processing/CylinderFace.h"
+#include "processing/DerivedFace.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 
 #include "ZVIM/Config.h"
-#include "processing/KeyOrder.h"
-#include "processing/ShapeFit.h"
+#include "processing/KeyAgreement.h"
 #include "processing/TurnedFrame.h"
 
 namespace ZVSmartZvg {

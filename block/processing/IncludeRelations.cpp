@@ -8,16 +8,11 @@ namespace ZVSmartZvg {
 IncludeRelations::IncludeRelations(StoreGeo store) : store(std::move(store)) {}
 
 std::wstring IncludeRelations::CreateIncludeBlockGeo(const SZVLGZvgGeo& geo) {
-    std::wstring key = keys.Next();
+    std::wstring key =
+        L"mater_include_key_" + std::to_wstring(static_cast<std::int32_t>(nextNumber));
+    ++nextNumber;
     store(key, geo);
     return key;
-}
-
-void IncludeRelations::Reset() {
-    keys = {};
-    cylinders.Clear();
-    revolved.Clear();
-    ruled.Clear();
 }
 
 template <class Key>

@@ -1,15 +1,13 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
 #include "ZVSmartZvg/Geo.h"
 #include "ZVSmartZvg/ParamFace.h"
-#include "processing/CylinderFace.h"
-#include "processing/IncludeKeys.h"
+#include "processing/DerivedFace.h"
 #include "processing/IncludeTable.h"
-#include "processing/RevolvedFace.h"
-#include "processing/RuledFace.h"
 
 namespace ZVSmartZvg {
 
@@ -25,6 +23,8 @@ class IncludeRelations {
 
     explicit IncludeRelations(StoreGeo store);
 
+    /// Stores `geo` under the next key and returns that: "mater_include_key_" and a decimal
+    /// number, 0 first, formatted as a signed one: it turns negative behind 2147483647.
     std::wstring CreateIncludeBlockGeo(const SZVLGZvgGeo& geo);
 
     /// Each finds or stores the geometry that `face` shares with others of its shape. False for
@@ -34,15 +34,12 @@ class IncludeRelations {
     bool RelateRevolvedFace(const SZVLGParamRevolvedFace& face, SZVLGZvgGeoRelInclude& rel);
     bool RelateRuledFace(const SZVLGParamRuledFace& face, SZVLGZvgGeoRelInclude& rel);
 
-    /// As new: no shape is known, and the next number is 0. What stores geometries stays.
-    void Reset();
-
   private:
     template <class Key>
     void Relate(IncludeTable<Key>& table, DerivedFace<Key> derived, SZVLGZvgGeoRelInclude& rel);
 
     StoreGeo store;
-    IncludeKeys keys;
+    std::uint32_t nextNumber = 0;
     IncludeTable<CylinderKey> cylinders;
     IncludeTable<RevolvedKey> revolved;
     IncludeTable<RuledKey> ruled;

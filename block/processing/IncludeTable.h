@@ -52,11 +52,6 @@ class IncludeTable {
         return {added->second.includeKey, {}};
     }
 
-    void Clear() {
-        entries.clear();
-        index.Clear();
-    }
-
   private:
     struct Stored {
         std::wstring includeKey;

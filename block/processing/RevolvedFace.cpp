@@ -1,11 +1,10 @@
-#include "processing/RevolvedFace.h"
+#include "processing/DerivedFace.h"
 
 #include <cmath>
 #include <cstddef>
 
 #include "ZVIM/Mesh.h"
-#include "processing/KeyOrder.h"
-#include "processing/ShapeFit.h"
+#include "processing/KeyAgreement.h"
 #include "processing/TurnedFrame.h"
 
 namespace ZVSmartZvg {

@@ -1,8 +1,7 @@
-#include "processing/RuledFace.h"
+#include "processing/DerivedFace.h"
 
 #include "ZVIM/Mesh.h"
-#include "processing/KeyOrder.h"
-#include "processing/ShapeFit.h"
+#include "processing/KeyAgreement.h"
 #include "processing/TurnedFrame.h"
 
 namespace ZVSmartZvg {

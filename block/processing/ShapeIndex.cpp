@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "processing/KeyOrder.h"
+#include "processing/KeyAgreement.h"
 
 namespace ZVSmartZvg {
 

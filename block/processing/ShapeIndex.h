@@ -57,11 +57,6 @@ class ShapeIndex {
         }
     }
 
-    void Clear() {
-        slots.clear();
-        count = 0;
-    }
-
   private:
     struct Slot {
         ShapeCell cell = 0;

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "ZVIM/Config.h"
-#include "processing/KeyOrder.h"
+#include "processing/KeyAgreement.h"
 
 namespace ZVSmartZvg {
 
