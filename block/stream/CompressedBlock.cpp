@@ -1,31 +1,17 @@
 #include "stream/CompressedBlock.h"
 
-#include <cstdlib>
 #include <limits>
 #include <utility>
 
-#include "ZVSmartFormat/LzmaReadBufferInStream.h"
 #include "ZVSmartLzma/LzmaTool.h"
 #include "ZVSmartSerial/Serial.h"
+#include "siblings/format/ByteCoder.h"
 #include "stream/Failures.h"
 #include "stream/PositionGuard.h"
 
 namespace ZVSmartFormat {
 
 using ZVSmartLzma::CZVFTLzmaTool;
-
-DecodedBlock::~DecodedBlock() {
-    std::free(buffer.data);
-}
-
-DecodedBlock::DecodedBlock(DecodedBlock&& other) noexcept
-    : buffer(std::exchange(other.buffer, {})), size(std::exchange(other.size, 0)) {}
-
-DecodedBlock& DecodedBlock::operator=(DecodedBlock&& other) noexcept {
-    std::swap(buffer, other.buffer);
-    std::swap(size, other.size);
-    return *this;
-}
 
 namespace {
 
@@ -76,9 +62,7 @@ void WriteCompressedBlock(CZVFTOutStream& out, const void* data, u64 byteCount) 
     const u64 start = out.GetPos();
     writer.WriteU32(0);
 
-    CZVFTLzmaReadBufferInStream content;
-    content.SetBuffer(data, byteCount);
-    if (!CZVFTLzmaTool::Encode(&content, &out, nullptr)) ThrowNotWritten();
+    if (!ZVSmartLzma::EncodeBytes(data, byteCount, out, nullptr)) ThrowNotWritten();
 
     const u64 end = out.GetPos();
     if (end - start > std::numeric_limits<u32>::max()) ThrowNotWritten();
@@ -93,9 +77,7 @@ bool ReadCompressedBlock(CZVFTInStream& in, u64 decodedLimit, DecodedBlock& bloc
     if (blockSize != 0) {
         BlockInStream encoded(in, start + frameBytes, blockSize - frameBytes);
         DecodedBlock decoded;
-        CZVFTAllocBufferOutStream out(&decoded.buffer);
-        if (CZVFTLzmaTool::Decode(&encoded, &out, decodedLimit)) {
-            decoded.size = out.GetPos();
+        if (ZVSmartLzma::DecodeBytes(encoded, decodedLimit, decoded.buffer)) {
             in.Seek(start + blockSize);
             block = std::move(decoded);
             return true;

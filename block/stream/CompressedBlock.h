@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZVSmartFormat/MemoryStream.h"
+#include "stream/OwnedBuffer.h"
 
 // A compressed block in a stream:
 //   u32 blockSize   counts its own 4 bytes
@@ -12,19 +12,13 @@ namespace ZVSmartFormat {
 /// The decoded bytes of one block.
 class DecodedBlock {
   public:
-    DecodedBlock() = default;
-    ~DecodedBlock();
-    DecodedBlock(DecodedBlock&& other) noexcept;
-    DecodedBlock& operator=(DecodedBlock&& other) noexcept;
-
     const u8* Data() const { return buffer.data; }
-    u64 Size() const { return size; }
+    u64 Size() const { return buffer.capacity; }
 
   private:
     friend bool ReadCompressedBlock(CZVFTInStream& in, u64 decodedLimit, DecodedBlock& block);
 
-    AllocBuffer buffer;
-    u64 size = 0;
+    OwnedBuffer buffer;
 };
 
 /// Compresses `byteCount` bytes at `data` into a block at `out`'s position. Throws

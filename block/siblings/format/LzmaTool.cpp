@@ -7,9 +7,8 @@
 #include <atomic>
 #include <limits>
 #include <memory>
-#include <typeinfo>
 
-#include "ZVSmartFormat/LzmaReadBufferInStream.h"
+#include "siblings/format/ByteCoder.h"
 #include "stream/Failures.h"
 
 // An encoded block is one .xz stream (the .xz file format, version 1.1.0, tukaani.org/xz):
@@ -22,9 +21,9 @@
 
 namespace ZVSmartLzma {
 
+using ZVSmartFormat::AllocBuffer;
 using ZVSmartFormat::CZVFTAllocBufferOutStream;
 using ZVSmartFormat::CZVFTInStream;
-using ZVSmartFormat::CZVFTLzmaReadBufferInStream;
 using ZVSmartFormat::CZVFTOutStream;
 using ZVSmartFormat::u8;
 using ZVSmartFormat::WithOwnException;
@@ -73,43 +72,26 @@ bool ChooseOptions(u64 inputSize, const CZVFTEncodeOpt* opt, lzma_options_lzma& 
     return true;
 }
 
-/// The stream as the kind that it is, null for any other: a host's own class derived from one of
-/// ours keeps its say in what is read and written.
-template <class Kind, class Stream>
-Kind* Exactly(Stream& stream) {
-    return typeid(stream) == typeid(Kind) ? static_cast<Kind*>(&stream) : nullptr;
-}
-
-/// What is to be compressed: where it lies, if the stream is of the kind that is made for it,
-/// else read to its end and never past it: a memory stream refuses that.
+/// What is to be compressed, read to the stream's end and never past it: a memory stream refuses
+/// that.
 class Content {
   public:
     bool Load(CZVFTInStream& in) {
         size = BytesLeft(in);
         if (size > std::numeric_limits<std::size_t>::max() / 2) return false;
-        if (auto* const memory = Exactly<CZVFTLzmaReadBufferInStream>(in)) {
-            data = memory->Rest();
-            return memory->Seek(memory->GetPos() + size) == 0;
-        }
-        copy = std::make_unique_for_overwrite<u8[]>(static_cast<std::size_t>(size));
-        data = copy.get();
-        return ReadPieces(in);
-    }
-    const u8* Data() const { return data; }
-    std::size_t Size() const { return static_cast<std::size_t>(size); }
-
-  private:
-    bool ReadPieces(CZVFTInStream& in) {
+        bytes = std::make_unique_for_overwrite<u8[]>(static_cast<std::size_t>(size));
         for (u64 filled = 0; filled < size;) {
             u64 piece = std::min<u64>(size - filled, 1 << 20);
-            if (!in.Read(copy.get() + filled, &piece) || piece == 0) return false;
+            if (!in.Read(bytes.get() + filled, &piece) || piece == 0) return false;
             filled += piece;
         }
         return true;
     }
+    const u8* Data() const { return bytes.get(); }
+    u64 Size() const { return size; }
 
-    std::unique_ptr<u8[]> copy;
-    const u8* data = nullptr;
+  private:
+    std::unique_ptr<u8[]> bytes;
     u64 size = 0;
 };
 
@@ -247,46 +229,62 @@ class StreamDecoder {
     bool ended = false;
 };
 
-bool EncodeStream(CZVFTInStream* in, CZVFTOutStream* out, const CZVFTEncodeOpt* opt) {
-    Content input;
-    if (!input.Load(*in)) return false;
+/// Reads the headers of a stream that is there to its end.
+bool ReadHeadersOfWhole(CZVFTInStream& in, u64 decodedLimit, Headers& headers) {
+    return ReadHeaders(in, decodedLimit, headers) &&
+           headers.encodedSize - headers.byteCount <= BytesLeft(in);
+}
 
+bool Encode(const u8* data, u64 byteCount, CZVFTOutStream& out, const CZVFTEncodeOpt* opt) {
     lzma_options_lzma options;
-    if (!ChooseOptions(input.Size(), opt, options)) return false;
+    if (!ChooseOptions(byteCount, opt, options)) return false;
     lzma_filter filters[] = {{LZMA_FILTER_LZMA2, &options}, {LZMA_VLI_UNKNOWN, nullptr}};
 
-    const std::size_t bound = lzma_stream_buffer_bound(input.Size());
+    const auto inputSize = static_cast<std::size_t>(byteCount);
+    const std::size_t bound = lzma_stream_buffer_bound(inputSize);
     if (bound == 0) return false;
     const auto output = std::make_unique_for_overwrite<u8[]>(bound);
     std::size_t outputSize = 0;
     // The single-call encoder: it alone puts the sizes into the block's header.
-    if (!IsOk(lzma_stream_buffer_encode(filters, LZMA_CHECK_CRC64, nullptr, input.Data(),
-                                        input.Size(), output.get(), &outputSize, bound)))
+    if (!IsOk(lzma_stream_buffer_encode(filters, LZMA_CHECK_CRC64, nullptr, data, inputSize,
+                                        output.get(), &outputSize, bound)))
         return false;
-    return out->Write(output.get(), outputSize) == outputSize;
+    return out.Write(output.get(), outputSize) == outputSize;
 }
 
-bool DecodeStream(CZVFTInStream* in, CZVFTOutStream* out, u64 decodedLimit) {
+bool DecodeToStream(CZVFTInStream& in, CZVFTOutStream& out, u64 decodedLimit) {
     Headers headers;
-    if (!ReadHeaders(*in, decodedLimit, headers)) return false;
-    if (headers.encodedSize - headers.byteCount > BytesLeft(*in)) return false;
-    const u64 start = out->GetPos();
+    if (!ReadHeadersOfWhole(in, decodedLimit, headers)) return false;
+    const u64 start = out.GetPos();
     if (headers.decodedSize > std::numeric_limits<u64>::max() - start) return false;
-    if (!out->Reserve(start + headers.decodedSize)) return false;
-    StreamDecoder decoder(headers);
-    auto* const memory = Exactly<CZVFTAllocBufferOutStream>(*out);
-    if (memory == nullptr) return decoder.Run(*in, *out);
-    return decoder.Run(*in, memory->Extend(headers.decodedSize));
+    return out.Reserve(start + headers.decodedSize) && StreamDecoder(headers).Run(in, out);
 }
 
 }  // namespace
 
+bool EncodeBytes(const void* data, u64 byteCount, CZVFTOutStream& out, const CZVFTEncodeOpt* opt) {
+    return WithOwnException(
+        [&] { return Encode(static_cast<const u8*>(data), byteCount, out, opt); });
+}
+
+bool DecodeBytes(CZVFTInStream& in, u64 decodedLimit, AllocBuffer& decoded) {
+    return WithOwnException([&] {
+        Headers headers;
+        if (!ReadHeadersOfWhole(in, decodedLimit, headers)) return false;
+        CZVFTAllocBufferOutStream(&decoded).Reserve(headers.decodedSize);
+        return StreamDecoder(headers).Run(in, decoded.data);
+    });
+}
+
 bool CZVFTLzmaTool::Encode(CZVFTInStream* in, CZVFTOutStream* out, const CZVFTEncodeOpt* opt) {
-    return WithOwnException([&] { return EncodeStream(in, out, opt); });
+    return WithOwnException([&] {
+        Content input;
+        return input.Load(*in) && ZVSmartLzma::Encode(input.Data(), input.Size(), *out, opt);
+    });
 }
 
 bool CZVFTLzmaTool::Decode(CZVFTInStream* in, CZVFTOutStream* out, u64 decodedLimit) {
-    return WithOwnException([&] { return DecodeStream(in, out, decodedLimit); });
+    return WithOwnException([&] { return DecodeToStream(*in, *out, decodedLimit); });
 }
 
 bool CZVFTLzmaTool::GetAfterDecodeDataSize(CZVFTInStream* in, unsigned int& size) {

@@ -27,9 +27,8 @@ class ZVFT_API CZVFTLzmaTool {
   public:
     /// Compresses everything between `in`'s position and its end and appends it to `out`.
     /// `opt` may be null. False where reading, compressing or writing fails; `out` may then hold
-    /// a part. Memory: as much as the input for its compressed form, a
-    /// copy of the input unless `in` is a CZVFTLzmaReadBufferInStream, and about 11 times the
-    /// dictionary.
+    /// a part. Memory: a copy of the input, as much for its compressed form, and about 11 times
+    /// the dictionary.
     static bool Encode(ZVSmartFormat::CZVFTInStream* in, ZVSmartFormat::CZVFTOutStream* out,
                        const CZVFTEncodeOpt* opt);
 

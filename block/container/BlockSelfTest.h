@@ -1,8 +1,0 @@
-#pragma once
-
-namespace ZVSmartZvg {
-
-/// Writes a small building to memory, reads it back and says whether it came back whole.
-bool SelfTest();
-
-}  // namespace ZVSmartZvg
