@@ -3,11 +3,11 @@
 #include <string_view>
 #include <vector>
 
-#include "ZVSmartFormat/MemoryStream.h"
 #include "ZVSmartZvg/Export.h"
 #include "layout/SectionWriter.h"
 #include "stream/FieldWriter.h"
 #include "stream/KeyTable.h"
+#include "stream/OwnedBuffer.h"
 #include "stream/RowStore.h"
 
 namespace ZVSmartZvg {
@@ -15,23 +15,17 @@ namespace ZVSmartZvg {
 /// A buffer in which a row is serialised before it is stored.
 class RowBuffer {
   public:
-    RowBuffer() : out(&buffer) {}
-    ~RowBuffer();
-    RowBuffer(const RowBuffer&) = delete;
-    RowBuffer& operator=(const RowBuffer&) = delete;
-
     /// Serialises anew: `write` gets a field writer.
     template <class Write>
     std::string_view Fill(Write write) {
-        out.Seek(0);
+        ZVSmartFormat::CZVFTAllocBufferOutStream out(&buffer);
         ZVSmartSerial::FieldWriter writer(out);
         write(writer);
         return {reinterpret_cast<const char*>(buffer.data), static_cast<std::size_t>(out.GetPos())};
     }
 
   private:
-    ZVSmartFormat::AllocBuffer buffer;
-    ZVSmartFormat::CZVFTAllocBufferOutStream out;
+    ZVSmartFormat::OwnedBuffer buffer;
 };
 
 /// A find-or-insert table of serialised rows, in the order of insertion. The first row that
@@ -48,7 +42,16 @@ class RowTable {
         return number != ZVSmartFormat::KeyTable::none ? number : Add(key, makeRow());
     }
     /// Adds a row whose key is not there yet; its number is the result.
-    u32 Add(std::string_view key, std::string_view row);
+    u32 Add(std::string_view key, std::string_view row) {
+        rows.Append(row);
+        try {
+            keys.Add(key);
+        } catch (...) {
+            rows.RemoveLast();
+            throw;
+        }
+        return rows.Count() - 1;
+    }
 
     u32 Count() const { return rows.Count(); }
     std::string_view Row(u32 number) const { return rows.Row(number); }
@@ -79,6 +82,8 @@ void WriteRowSection(ZVSmartFormat::CZVFTOutStream& out, const RowTable& table, 
 }
 
 /// The same for rows under which nothing hangs.
-void WriteRowSection(ZVSmartFormat::CZVFTOutStream& out, const RowTable& table);
+inline void WriteRowSection(ZVSmartFormat::CZVFTOutStream& out, const RowTable& table) {
+    WriteRowSection(out, table, [](u32) {});
+}
 
 }  // namespace ZVSmartZvg

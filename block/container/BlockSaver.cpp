@@ -7,12 +7,10 @@
 #include <utility>
 
 #include "ZVSmartFormat/IniFile.h"
-#include "ZVSmartFormat/MemoryStream.h"
 #include "ZVSmartLzma/LzmaTool.h"
 #include "component/ClassTables.h"
 #include "component/ComponentMemory.h"
 #include "component/FloorTables.h"
-#include "container/BlockSelfTest.h"
 #include "container/Seal.h"
 #include "geometry/GeoBlockStore.h"
 #include "geometry/GeoSerial.h"
@@ -21,6 +19,7 @@
 #include "processing/IncludeRelations.h"
 #include "stream/CheckedOutStream.h"
 #include "stream/CompressedBlock.h"
+#include "stream/OwnedBuffer.h"
 
 // A file, in order:
 //   head                      ends with floorSectionOffset, written last
@@ -36,29 +35,9 @@ using ZVSmartFormat::CheckedOutStream;
 using ZVSmartFormat::CZVFTAllocBufferOutStream;
 using ZVSmartFormat::CZVFTIniFile;
 using ZVSmartFormat::CZVFTOutStream;
+using ZVSmartFormat::OwnedBuffer;
 
 namespace {
-
-/// One buffer serves every serialisation, so that a block is built without growing it.
-class Scratch {
-  public:
-    Scratch() = default;
-    ~Scratch() { std::free(buffer.data); }
-    Scratch(const Scratch&) = delete;
-    Scratch& operator=(const Scratch&) = delete;
-
-    void Allocate() {
-        constexpr std::size_t byteCount = 20 << 20;
-        void* const data = std::realloc(buffer.data, byteCount);
-        if (data == nullptr) ZVSmartFormat::ThrowNotGrown();
-        buffer.data = static_cast<u8*>(data);
-        buffer.capacity = byteCount;
-    }
-    AllocBuffer& Buffer() { return buffer; }
-
-  private:
-    AllocBuffer buffer;
-};
 
 /// A file under way, from `Init` on.
 class BlockFile {
@@ -151,6 +130,15 @@ class CZVLGBlockSaver::Imp {
         settings = CZVFTIniFile();
     }
 
+    /// Gives the buffer the size in which nearly every block is built without growing it.
+    void AllocateScratch() {
+        constexpr std::size_t byteCount = 20 << 20;
+        void* const data = std::realloc(scratch.data, byteCount);
+        if (data == nullptr) ZVSmartFormat::ThrowNotGrown();
+        scratch.data = static_cast<u8*>(data);
+        scratch.capacity = byteCount;
+    }
+
     /// The file; there is none before `Init`.
     BlockFile& File() {
         if (!file) ZVSmartFormat::ThrowNotWritten();
@@ -160,7 +148,7 @@ class CZVLGBlockSaver::Imp {
     unsigned int version;
     bool isToBeSealed = false;
     CZVFTIniFile settings;
-    Scratch scratch;
+    OwnedBuffer scratch;                      // serves every serialisation
     std::optional<SealingOutStream> sealing;  // what the file is written to, where it is sealed
     std::optional<BlockFile> file;
     std::optional<IncludeRelations> includes;
@@ -175,9 +163,9 @@ void CZVLGBlockSaver::Init(CZVFTOutStream* out, const SZVLGZvgBlockHeadInfo& hea
     constexpr u32 geosPerBlockByDefault = 1000;
     imp->Reset();
     imp->settings.LoadFile(iniPath);
-    imp->scratch.Allocate();
+    imp->AllocateScratch();
     CZVFTOutStream& target = imp->isToBeSealed ? imp->sealing.emplace(*out) : *out;
-    imp->file.emplace(target, FileHead{imp->version, head}, imp->scratch.Buffer(),
+    imp->file.emplace(target, FileHead{imp->version, head}, imp->scratch,
                       geosPerBlock == 0 ? geosPerBlockByDefault : geosPerBlock);
 }
 
@@ -232,10 +220,6 @@ bool CZVLGBlockSaver::GetRelIncludeByRuledFace(const SZVLGParamRuledFace& face,
 void CZVLGBlockSaver::WriteEnd() {
     imp->File().Finish();
     if (imp->sealing) imp->sealing->WriteSeal();
-}
-
-bool CZVLGBlockSaver::Test() {
-    return SelfTest();
 }
 
 }  // namespace ZVSmartZvg

@@ -1,13 +1,10 @@
-#include "container/BlockSelfTest.h"
-
-#include <cstdlib>
 #include <string>
 
-#include "ZVSmartFormat/MemoryStream.h"
 #include "ZVSmartFormat/StreamException.h"
 #include "ZVSmartZvg/BlockReader.h"
 #include "ZVSmartZvg/BlockSaver.h"
 #include "ZVSmartZvg/BlockVerifier.h"
+#include "stream/OwnedBuffer.h"
 
 namespace ZVSmartZvg {
 
@@ -15,18 +12,12 @@ using ZVSmartFormat::AllocBuffer;
 using ZVSmartFormat::CZVFTAllocBufferOutStream;
 using ZVSmartFormat::CZVFTReadBufferInStream;
 using ZVSmartFormat::CZVFTStreamException;
+using ZVSmartFormat::OwnedBuffer;
 
 namespace {
 
 constexpr u32 floorCount = 2;
 constexpr u32 wallsPerFloor = 3;
-
-struct OwnedBuffer : AllocBuffer {
-    OwnedBuffer() = default;
-    OwnedBuffer(const OwnedBuffer&) = delete;
-    OwnedBuffer& operator=(const OwnedBuffer&) = delete;
-    ~OwnedBuffer() { std::free(data); }
-};
 
 SZVLGZvgGeo WallGeo(u32 wall) {
     const double length = 1000.0 * (wall + 1);
@@ -100,7 +91,7 @@ bool ReadBuilding(const AllocBuffer& buffer) {
 
 }  // namespace
 
-bool SelfTest() {
+bool CZVLGBlockSaver::Test() {
     OwnedBuffer buffer;
     try {
         WriteBuilding(buffer);
