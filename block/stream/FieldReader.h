@@ -11,6 +11,7 @@
 #include "ZVSmartSerial/Serial.h"
 #include "stream/ByteOrder.h"
 #include "stream/Failures.h"
+#include "stream/KeyForm.h"
 #include "stream/MemoryBudget.h"
 #include "stream/WideText.h"
 
@@ -59,15 +60,10 @@ class FieldReader {
         Spend(ZVSmartFormat::TextMemory(unitCount));
         ZVSmartFormat::LoadUtf16(source.Take(2 * unitCount), unitCount, text);
     }
-    void Key(SerialKey& key) {
-        Text(key.name);
-        if (!key.name.empty()) return;
-        u64 data1 = 0;
-        U64(data1);
-        key.guid.Data1 = static_cast<u32>(data1);
-        U16(key.guid.Data2);
-        U16(key.guid.Data3);
-        std::memcpy(key.guid.Data4, source.Take(sizeof key.guid.Data4), sizeof key.guid.Data4);
+    void Key(SerialKey& key) { VisitKey(*this, key); }
+    /// `byteCount` bytes as they stand.
+    void Bytes(u8* bytes, u64 byteCount) {
+        std::memcpy(bytes, source.Take(byteCount), static_cast<std::size_t>(byteCount));
     }
 
     /// An object with a serial form of its own.
@@ -118,7 +114,7 @@ class FieldReader {
         Charge(byteCount, 1);
         bytes = static_cast<u8*>(std::malloc(static_cast<std::size_t>(byteCount)));
         if (bytes == nullptr) ZVSmartFormat::ThrowNotAllocated();
-        std::memcpy(bytes, source.Take(byteCount), static_cast<std::size_t>(byteCount));
+        Bytes(bytes, byteCount);
     }
 
     u32 Count(u64 smallestBytes) {

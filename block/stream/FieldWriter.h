@@ -5,6 +5,7 @@
 
 #include "ZVSmartSerial/Serial.h"
 #include "stream/Failures.h"
+#include "stream/KeyForm.h"
 
 namespace ZVSmartSerial {
 
@@ -22,7 +23,9 @@ class FieldWriter {
     void U64(u64 value) { serial.WriteU64(value); }
     void F64(double value) { serial.WriteF64(value); }
     void Text(const std::wstring& text) { serial.WriteWString(text); }
-    void Key(const SerialKey& key) { serial.WriteKey(key); }
+    void Key(const SerialKey& key) { VisitKey(*this, key); }
+    /// `byteCount` bytes as they stand.
+    void Bytes(const u8* bytes, u64 byteCount) { serial.WriteBytes(bytes, byteCount); }
 
     /// An object with a serial form of its own.
     template <class Object>
@@ -67,7 +70,7 @@ class FieldWriter {
     /// `byteCount` bytes; throws "encode error" where there are none.
     void Buffer(const u8* bytes, u64 byteCount) {
         if (byteCount != 0 && bytes == nullptr) ZVSmartFormat::ThrowNotWritten();
-        serial.WriteBytes(bytes, byteCount);
+        Bytes(bytes, byteCount);
     }
 
     CZVFTSerialWriter& Serial() { return serial; }

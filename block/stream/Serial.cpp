@@ -8,12 +8,9 @@
 
 #include "stream/ByteOrder.h"
 #include "stream/Failures.h"
+#include "stream/FieldWriter.h"
+#include "stream/KeyForm.h"
 #include "stream/WideText.h"
-
-// Layout of a value, every number big-endian:
-//   u8, u16, u32, u64   1, 2, 4, 8 bytes;   f64   the 8 bytes of an IEEE 754 double
-//   text       u32 count of UTF-16 units, the units
-//   GUID name  text; only where it is empty: u64 Data1, u16 Data2, u16 Data3, 8 × u8 Data4
 
 namespace ZVSmartSerial {
 
@@ -129,13 +126,25 @@ void CZVFTSerialReader::ReadWString(std::wstring& text) {
     ZVSmartFormat::LoadUtf16(bytes.data(), unitCount, text);
 }
 
+namespace {
+
+/// A key's fields from a host's stream.
+struct KeyReader {
+    static constexpr bool reading = true;
+
+    void Text(std::wstring& text) { reader.ReadWString(text); }
+    void U16(u16& value) { value = reader.ReadU16(); }
+    void U64(u64& value) { value = reader.ReadU64(); }
+    void Bytes(u8* bytes, u64 count) { reader.ReadBytes(bytes, count); }
+
+    CZVFTSerialReader& reader;
+};
+
+}  // namespace
+
 void CZVFTSerialReader::ReadKey(SerialKey& key) {
-    ReadWString(key.name);
-    if (!key.name.empty()) return;
-    key.guid.Data1 = static_cast<u32>(ReadU64());
-    key.guid.Data2 = ReadU16();
-    key.guid.Data3 = ReadU16();
-    ReadBytes(key.guid.Data4, sizeof key.guid.Data4);
+    KeyReader reader = {*this};
+    VisitKey(reader, key);
 }
 
 void CZVFTSerialReader::ReadU32Array(u32* values, u64 count) {
@@ -199,12 +208,8 @@ void CZVFTSerialWriter::WriteWString(const std::wstring& text) {
 }
 
 void CZVFTSerialWriter::WriteKey(const SerialKey& key) {
-    WriteWString(key.name);
-    if (!key.name.empty()) return;
-    WriteU64(key.guid.Data1);
-    WriteU16(key.guid.Data2);
-    WriteU16(key.guid.Data3);
-    WriteBytes(key.guid.Data4, sizeof key.guid.Data4);
+    FieldWriter writer(*stream);
+    VisitKey(writer, key);
 }
 
 void CZVFTSerialWriter::WriteU32Array(const u32* values, u64 count) {
