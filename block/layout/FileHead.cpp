@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "stream/CheckedInStream.h"
+#include "stream/Failures.h"
 #include "stream/FieldReader.h"
 #include "stream/FieldWriter.h"
 
@@ -17,6 +18,7 @@ using ZVSmartFormat::CZVFTStreamException;
 using ZVSmartFormat::u32;
 using ZVSmartFormat::u64;
 using ZVSmartFormat::u8;
+namespace Failure = ZVSmartFormat::Failure;
 
 namespace {
 
@@ -71,12 +73,12 @@ void WriteFileHead(CZVFTOutStream& out, const FileHead& head) {
 }
 
 void ReadFileHead(CZVFTInStream& in, FileHead& head) {
-    if (!HasMagic(in)) throw CZVFTStreamException("it's not zvg file format");
+    if (!HasMagic(in)) throw CZVFTStreamException(Failure::foreignFile);
     CheckedInStream checked(in);
     ZVSmartSerial::FieldReader<CheckedInStream> reader(checked);
     FileHead read;
     reader.U32(read.version);
-    if (read.version > newestVersion) throw CZVFTStreamException("it's upper zvg format");
+    if (read.version > newestVersion) throw CZVFTStreamException(Failure::newerVersion);
     VisitHeadInfo(reader, read.info, read.info.flags);
     head = std::move(read);
 }

@@ -10,9 +10,9 @@ namespace {
 
 // Made while there is memory: when it has run out, not even a text of these lengths can be had.
 const std::exception_ptr notAllocated =
-    std::make_exception_ptr(CZVFTStreamException("bad malloc memory"));
+    std::make_exception_ptr(CZVFTStreamException(Failure::notAllocated));
 const std::exception_ptr notGrown =
-    std::make_exception_ptr(CZVFTStreamException("bad relloc memory"));
+    std::make_exception_ptr(CZVFTStreamException(Failure::notGrown));
 
 }  // namespace
 
