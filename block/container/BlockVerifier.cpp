@@ -5,7 +5,6 @@
 #include <optional>
 
 #include "component/FloorBlock.h"
-#include "container/BoundedInStream.h"
 #include "container/ClassCheck.h"
 #include "container/FloorCheck.h"
 #include "container/GeoCheck.h"
@@ -15,6 +14,7 @@
 #include "geometry/GeoIdentTable.h"
 #include "geometry/GeoSerial.h"
 #include "layout/FileHead.h"
+#include "stream/BoundedInStream.h"
 #include "stream/CheckedInStream.h"
 #include "stream/CompressedBlock.h"
 #include "stream/PositionGuard.h"
@@ -326,7 +326,7 @@ bool CZVLGBlockVerifier::Verify(CZVFTInStream* in, unsigned long long byteCount,
                                 std::vector<SZVLGBlockFinding>& findings) {
     Findings gathered(findings);
     const ZVSmartFormat::PositionGuard guard(*in);
-    BoundedInStream bounded(*in, byteCount);
+    ZVSmartFormat::BoundedInStream bounded(*in, byteCount);
     const u64 bytesThere = bounded.GetSize() - std::min(bounded.GetSize(), in->GetPos());
     ZVSmartFormat::WatchedInStream watched;
     watched.Watch(&bounded);

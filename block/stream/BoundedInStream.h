@@ -4,13 +4,12 @@
 
 #include "ZVSmartFormat/Stream.h"
 
-namespace ZVSmartZvg {
+namespace ZVSmartFormat {
 
-/// A caller's stream that ends where the file in it does: what follows is as if it were not there.
-class BoundedInStream final : public ZVSmartFormat::CZVFTInStream {
+/// A stream that ends where the file or the block in it does: what follows is as if it were not
+/// there. Positions are those of the stream behind it.
+class BoundedInStream final : public CZVFTInStream {
   public:
-    using u64 = ZVSmartFormat::u64;
-
     /// Ends `byteCount` bytes behind `stream`'s position, or where the stream ends.
     BoundedInStream(CZVFTInStream& stream, u64 byteCount) : inner(stream), size(stream.GetSize()) {
         const u64 start = stream.GetPos();
@@ -30,4 +29,4 @@ class BoundedInStream final : public ZVSmartFormat::CZVFTInStream {
     u64 size;
 };
 
-}  // namespace ZVSmartZvg
+}  // namespace ZVSmartFormat

@@ -6,6 +6,7 @@
 #include "ZVSmartLzma/LzmaTool.h"
 #include "ZVSmartSerial/Serial.h"
 #include "siblings/format/ByteCoder.h"
+#include "stream/BoundedInStream.h"
 #include "stream/Failures.h"
 #include "stream/PositionGuard.h"
 
@@ -16,34 +17,6 @@ using ZVSmartLzma::CZVFTLzmaTool;
 namespace {
 
 constexpr u64 frameBytes = 4;
-
-/// The coder's bytes of one block: reads end where the block ends.
-class BlockInStream final : public CZVFTInStream {
-  public:
-    BlockInStream(CZVFTInStream& stream, u64 start, u64 byteCount)
-        : inner(stream), start(start), size(byteCount) {}
-
-    bool Read(void* buffer, u64* byteCount) override {
-        if (*byteCount > size - pos) return false;
-        const u64 wanted = *byteCount;
-        if (!inner.Read(buffer, byteCount) || *byteCount != wanted) return false;
-        pos += wanted;
-        return true;
-    }
-    u64 GetPos() override { return pos; }
-    int Seek(u64 newPos) override {
-        if (newPos > size) ThrowOutOfData();
-        pos = newPos;
-        return inner.Seek(start + pos);
-    }
-    u64 GetSize() override { return size; }
-
-  private:
-    CZVFTInStream& inner;
-    u64 start;
-    u64 size;
-    u64 pos = 0;
-};
 
 /// Reads blockSize; 0 where it is below 4 or the block does not end within the stream.
 u64 ReadBlockSize(CZVFTInStream& in, u64 start) {
@@ -75,7 +48,7 @@ bool ReadCompressedBlock(CZVFTInStream& in, u64 decodedLimit, DecodedBlock& bloc
     const u64 start = in.GetPos();
     const u64 blockSize = ReadBlockSize(in, start);
     if (blockSize != 0) {
-        BlockInStream encoded(in, start + frameBytes, blockSize - frameBytes);
+        BoundedInStream encoded(in, blockSize - frameBytes);
         DecodedBlock decoded;
         if (ZVSmartLzma::DecodeBytes(encoded, decodedLimit, decoded.buffer)) {
             in.Seek(start + blockSize);
@@ -92,7 +65,7 @@ u32 DecodedSizeOfBlock(CZVFTInStream& in) {
     const u64 start = in.GetPos();
     const u64 blockSize = ReadBlockSize(in, start);
     if (blockSize == 0) return 0;
-    BlockInStream encoded(in, start + frameBytes, blockSize - frameBytes);
+    BoundedInStream encoded(in, blockSize - frameBytes);
     unsigned int size = 0;
     return CZVFTLzmaTool::GetAfterDecodeDataSize(&encoded, size) ? size : 0;
 }
@@ -103,7 +76,7 @@ BlockFrame ReadBlockFrame(CZVFTInStream& in) {
     const u64 start = in.GetPos();
     frame.blockSize = ReadBlockSize(in, start);
     if (frame.blockSize == 0) return frame;
-    BlockInStream encoded(in, start + frameBytes, frame.blockSize - frameBytes);
+    BoundedInStream encoded(in, frame.blockSize - frameBytes);
     u64 encodedSize = 0;
     if (CZVFTLzmaTool::GetEncodedDataSize(&encoded, encodedSize)) frame.encodedSize = encodedSize;
     return frame;
