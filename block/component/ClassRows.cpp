@@ -1,5 +1,6 @@
 #include "component/ClassRows.h"
 
+#include "component/ClassLevels.h"
 #include "stream/FieldReader.h"
 
 namespace ZVSmartZvg {
@@ -9,58 +10,55 @@ using ZVSmartFormat::RecordInStream;
 
 namespace {
 
-using RowReader = ZVSmartSerial::FieldReader<RecordInStream>;
-
-/// Moves to row `number` of a table; false where there is no such row.
-bool SeekRow(RecordInStream& in, const Section& table, u32 number) {
-    if (number >= table.Count()) return false;
-    SeekRecord(in, table, number);
-    return true;
+/// Whether neither a row of a table is asked for nor one below it.
+template <class Level>
+bool AreNone(const EntryRows& rows) {
+    bool areNone = rows.*Level::row == ZVLG_NONE;
+    ClassLevel::ForEach(typename Level::Below(),
+                        [&](auto below) { areNone = areNone && AreNone<decltype(below)>(rows); });
+    return areNone;
 }
 
-/// Whether none of these rows is asked for.
-template <class... Rows>
-bool AreNone(Rows... rows) {
-    return ((rows == ZVLG_NONE) && ...);
-}
+/// Reads the rows of one component. Each function is false where a row leads nowhere.
+class RowsOfComponent {
+  public:
+    RowsOfComponent(RecordInStream& in, const EntryRows& rows, unsigned int version,
+                    SZVLGZvgComp& comp, MemoryBudget& budget)
+        : in(in), reader(in, budget), rows(rows), version(version), comp(comp) {}
 
-bool ResolveLevel4(RecordInStream& in, const Section& level4, const EntryRows& rows,
-                   unsigned int version, SZVLGZvgComp& comp, MemoryBudget& budget) {
-    if (!SeekRow(in, level4, rows.level4)) return false;
-    RowReader reader(in, budget);
-    VisitClassName(reader, comp.classLevel4Name, comp.classLevel4Id);
-    VisitDisplayAttr(reader, comp.classLevel4Attr, version);
-    if (rows.owner == ZVLG_NONE) return true;
-    if (!SeekRow(in, ReadSection(in, in.GetPos()), rows.owner)) return false;
-    VisitOwnerRow(reader, comp);
-    return true;
-}
+    template <class Level>
+    bool Read(Level /*level*/, const Section& table) {
+        const u32 number = rows.*Level::row;
+        if (number >= table.Count()) return AreNone<Level>(rows);
+        SeekRecord(in, table, number);
+        Level::VisitRow(reader, comp, version);
+        return ReadBelow(typename Level::Below(), in.GetPos());
+    }
 
-bool ResolveLevel3(RecordInStream& in, const Section& level3, const EntryRows& rows,
-                   unsigned int version, SZVLGZvgComp& comp, MemoryBudget& budget) {
-    if (!SeekRow(in, level3, rows.level3)) return AreNone(rows.level3, rows.level4, rows.owner);
-    RowReader reader(in, budget);
-    VisitClassName(reader, comp.classLevel3Name, comp.classLevel3Id);
-    if (rows.level4 == ZVLG_NONE) return rows.owner == ZVLG_NONE;
-    return ResolveLevel4(in, ReadSection(in, in.GetPos()), rows, version, comp, budget);
-}
+  private:
+    bool ReadBelow(std::tuple<> /*levels*/, u64 /*position*/) { return true; }
+
+    /// The tables at `position`. One behind which nothing is needed is not looked at without need.
+    template <class Level, class... Next>
+    bool ReadBelow(std::tuple<Level, Next...> /*levels*/, u64 position) {
+        if (sizeof...(Next) == 0 && rows.*Level::row == ZVLG_NONE) return AreNone<Level>(rows);
+        const Section table = ReadSection(in, position);
+        const bool hasNext = ReadBelow(std::tuple<Next...>(), table.End());
+        return Read(Level(), table) && hasNext;
+    }
+
+    RecordInStream& in;
+    ZVSmartSerial::FieldReader<RecordInStream> reader;
+    const EntryRows& rows;
+    unsigned int version;
+    SZVLGZvgComp& comp;
+};
 
 }  // namespace
 
 bool ResolveClassRows(RecordInStream& in, const Section& level2, const EntryRows& rows,
                       unsigned int version, SZVLGZvgComp& comp, MemoryBudget& budget) {
-    if (!SeekRow(in, level2, rows.level2))
-        return AreNone(rows.level2, rows.level3, rows.level4, rows.owner, rows.level2b);
-    RowReader reader(in, budget);
-    VisitClassName(reader, comp.classLevel2Name, comp.classLevel2Id);
-    const Section level3 = ReadSection(in, in.GetPos());
-    bool hasLevel2b = rows.level2b == ZVLG_NONE;
-    if (!hasLevel2b && SeekRow(in, ReadSection(in, level3.End()), rows.level2b)) {
-        VisitClassName(reader, comp.classLevel2bName, comp.classLevel2bId);
-        VisitDisplayAttr(reader, comp.classLevel2bAttr, version);
-        hasLevel2b = true;
-    }
-    return ResolveLevel3(in, level3, rows, version, comp, budget) && hasLevel2b;
+    return RowsOfComponent(in, rows, version, comp, budget).Read(ClassLevel::Level2(), level2);
 }
 
 }  // namespace ZVSmartZvg

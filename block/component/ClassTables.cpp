@@ -1,5 +1,8 @@
 #include "component/ClassTables.h"
 
+#include <tuple>
+#include <type_traits>
+
 #include "component/DisplacementSettings.h"
 #include "component/IdentityKey.h"
 
@@ -22,58 +25,48 @@ Below& GrownTableBelow(std::vector<Below>& tables, u32 number) {
 
 EntryRows ClassTables::Enter(const SZVLGZvgComp& comp, const CZVFTIniFile& settings) {
     EntryRows numbers;
-    numbers.level2 = level2.rows.FindOrAdd(NameKey(comp.classLevel2Name), [&] {
-        return buffer.Fill([&](FieldWriter& writer) {
-            VisitClassName(writer, comp.classLevel2Name, comp.classLevel2Id);
-        });
-    });
-
-    Level3& level3 = GrownTableBelow(level2.level3, numbers.level2);
-    numbers.level3 = level3.rows.FindOrAdd(NameKey(comp.classLevel3Name), [&] {
-        return buffer.Fill([&](FieldWriter& writer) {
-            VisitClassName(writer, comp.classLevel3Name, comp.classLevel3Id);
-        });
-    });
-
-    Level4& level4 = GrownTableBelow(level3.level4, numbers.level3);
-    numbers.level4 = EnterLevel4(level4, comp, settings);
-
-    RowTable& owners = GrownTableBelow(level4.owners, numbers.level4);
-    numbers.owner = owners.FindOrAdd(IdentityKey(comp.ownerGuidName), [&] {
-        return buffer.Fill([&](FieldWriter& writer) { VisitOwnerRow(writer, comp); });
-    });
-
-    RowTable& level2b = GrownTableBelow(level2.level2b, numbers.level2);
-    numbers.level2b = level2b.FindOrAdd(NameKey(comp.classLevel2bName), [&] {
-        return buffer.Fill([&](FieldWriter& writer) {
-            VisitClassName(writer, comp.classLevel2bName, comp.classLevel2bId);
-            VisitDisplayAttr(writer, comp.classLevel2bAttr, version);
-        });
-    });
+    Enter(level2, comp, settings, numbers);
     return numbers;
 }
 
-u32 ClassTables::EnterLevel4(Level4& table, const SZVLGZvgComp& comp,
-                             const CZVFTIniFile& settings) {
-    return table.rows.FindOrAdd(NameKey(comp.classLevel4Name), [&] {
-        SZVLGZvgDisplayAttr attr = comp.classLevel4Attr;
-        ApplyDisplacement(settings, comp.classLevel4Name, attr);
-        return buffer.Fill([&](FieldWriter& writer) {
-            VisitClassName(writer, comp.classLevel4Name, comp.classLevel4Id);
-            VisitDisplayAttr(writer, attr, version);
-        });
-    });
+template <class Level>
+void ClassTables::Enter(Table<Level>& table, const SZVLGZvgComp& comp, const CZVFTIniFile& settings,
+                        EntryRows& numbers) {
+    const u32 number = table.rows.FindOrAdd(IdentityKey(Level::Identity(comp)),
+                                            [&] { return MakeRow<Level>(comp, settings); });
+    numbers.*Level::row = number;
+    const auto enter = [&](auto&... below) {
+        (Enter(GrownTableBelow(below, number), comp, settings, numbers), ...);
+    };
+    std::apply(enter, table.below);
+}
+
+template <class Level>
+std::string_view ClassTables::MakeRow(const SZVLGZvgComp& comp, const CZVFTIniFile& settings) {
+    const auto fill = [this](const SZVLGZvgComp& row) {
+        return buffer.Fill([&](FieldWriter& writer) { Level::VisitRow(writer, row, version); });
+    };
+    if constexpr (std::is_same_v<Level, ClassLevel::Level4>) {
+        SZVLGZvgComp row;
+        row.classLevel4Name = comp.classLevel4Name;
+        row.classLevel4Id = comp.classLevel4Id;
+        row.classLevel4Attr = comp.classLevel4Attr;
+        ApplyDisplacement(settings, row.classLevel4Name, row.classLevel4Attr);
+        return fill(row);
+    } else {
+        return fill(comp);
+    }
 }
 
 void ClassTables::Write(CZVFTOutStream& out) const {
-    WriteRowSection(out, level2.rows, [&](u32 i) {
-        const Level3& level3 = TableBelow(level2.level3, i);
-        WriteRowSection(out, level3.rows, [&](u32 j) {
-            const Level4& level4 = TableBelow(level3.level4, j);
-            WriteRowSection(out, level4.rows,
-                            [&](u32 k) { WriteRowSection(out, TableBelow(level4.owners, k)); });
-        });
-        WriteRowSection(out, TableBelow(level2.level2b, i));
+    Write(level2, out);
+}
+
+template <class Level>
+void ClassTables::Write(const Table<Level>& table, CZVFTOutStream& out) {
+    WriteRowSection(out, table.rows, [&](u32 i) {
+        const auto write = [&](const auto&... below) { (Write(TableBelow(below, i), out), ...); };
+        std::apply(write, table.below);
     });
 }
 

@@ -4,14 +4,8 @@
 
 #include "ZVSmartFormat/IniFile.h"
 #include "ZVSmartFormat/Stream.h"
-#include "component/ComponentFields.h"
+#include "component/ClassLevels.h"
 #include "component/RowTable.h"
-
-// The classification tables, nested indexed sections:
-//   level-2 row   name, id, section of level-3 rows, section of level-2b rows
-//   level-3 row   name, id, section of level-4 rows
-//   level-4 row   name, id, attributes, section of owner rows
-//   level-2b row  name, id, attributes
 
 namespace ZVSmartZvg {
 
@@ -28,26 +22,27 @@ class ClassTables {
     void Write(ZVSmartFormat::CZVFTOutStream& out) const;
 
   private:
-    struct Level4 {
+    template <class Level>
+    struct Table;
+    template <class Level>
+    using TablePerRow = std::vector<Table<Level>>;
+    template <class Level>
+    struct Table {
         RowTable rows;
-        std::vector<RowTable> owners;  // per row
-    };
-    struct Level3 {
-        RowTable rows;
-        std::vector<Level4> level4;  // per row
-    };
-    struct Level2 {
-        RowTable rows;
-        std::vector<Level3> level3;     // per row
-        std::vector<RowTable> level2b;  // per row
+        ClassLevel::Each<TablePerRow, typename Level::Below> below;
     };
 
-    u32 EnterLevel4(Level4& table, const SZVLGZvgComp& comp,
-                    const ZVSmartFormat::CZVFTIniFile& settings);
+    template <class Level>
+    void Enter(Table<Level>& table, const SZVLGZvgComp& comp,
+               const ZVSmartFormat::CZVFTIniFile& settings, EntryRows& numbers);
+    template <class Level>
+    std::string_view MakeRow(const SZVLGZvgComp& comp, const ZVSmartFormat::CZVFTIniFile& settings);
+    template <class Level>
+    static void Write(const Table<Level>& table, ZVSmartFormat::CZVFTOutStream& out);
 
     unsigned int version;
     RowBuffer buffer;
-    Level2 level2;
+    Table<ClassLevel::Level2> level2;
 };
 
 }  // namespace ZVSmartZvg

@@ -22,7 +22,8 @@
 // An identification row: GUID name, two texts.
 // An owner row: GUID name, text ownerTextA, u8 ownerFlags, text ownerTextB (0x40),
 //   GUID name ownerSecondGuidName and text ownerTextC (0x80).
-// A class row begins with its name and its u32 id; levels 4 and 2b go on with attributes.
+// A class row (ClassLevels.h) begins with its name and its u32 id; levels 4 and 2b go on with
+//   attributes.
 // A floor record begins with its name, its u32 order and two values of 8 bytes.
 
 namespace ZVSmartZvg {
@@ -155,12 +156,6 @@ void VisitOwnerRow(Visitor& visitor, Comp& comp) {
     if ((flags & 0x80) == 0) return;
     visitor.Key(comp.ownerSecondGuidName);
     visitor.Text(comp.ownerTextC);
-}
-
-template <class Visitor, class Name, class Id>
-void VisitClassName(Visitor& visitor, Name& name, Id& id) {
-    visitor.Text(name);
-    visitor.U32(id);
 }
 
 template <class Visitor, class Comp>

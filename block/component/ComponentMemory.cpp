@@ -1,5 +1,6 @@
 #include "component/ComponentMemory.h"
 
+#include "component/ClassLevels.h"
 #include "geometry/MemoryMeter.h"
 
 namespace ZVSmartZvg {
@@ -40,17 +41,12 @@ u64 Measure(u64 limit, Visit visit) {
 void CheckClassRows(const SZVLGZvgComp& comp, unsigned int version) {
     const auto check = [](auto visit) { Measure(mostOfClassRow, visit); };
     check([&](MemoryMeter& meter) { VisitFloorFields(meter, comp); });
-    check([&](MemoryMeter& meter) { meter.Text(comp.classLevel2Name); });
-    check([&](MemoryMeter& meter) { meter.Text(comp.classLevel3Name); });
-    check([&](MemoryMeter& meter) {
-        meter.Text(comp.classLevel4Name);
-        VisitDisplayAttr(meter, comp.classLevel4Attr, version);
-    });
-    check([&](MemoryMeter& meter) {
-        meter.Text(comp.classLevel2bName);
-        VisitDisplayAttr(meter, comp.classLevel2bAttr, version);
-    });
-    check([&](MemoryMeter& meter) { VisitOwnerRow(meter, comp); });
+    const auto checkLevel = [&](const auto& self, auto level) -> void {
+        check([&](MemoryMeter& meter) { level.VisitRow(meter, comp, version); });
+        ClassLevel::ForEach(typename decltype(level)::Below(),
+                            [&](auto below) { self(self, below); });
+    };
+    checkLevel(checkLevel, ClassLevel::Level2());
 }
 
 }  // namespace

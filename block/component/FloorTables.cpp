@@ -28,7 +28,7 @@ SZVLGZvgGeoId StoredGeoId(std::string_view bytes) {
 }
 
 std::string FloorKey(const SZVLGZvgComp& comp) {
-    return NameKey(comp.classLevel1Name.empty() ? L"none" : comp.classLevel1Name);
+    return IdentityKey(comp.classLevel1Name.empty() ? L"none" : comp.classLevel1Name);
 }
 
 }  // namespace

@@ -1,5 +1,8 @@
 #include "component/IdentityKey.h"
 
+#include <algorithm>
+#include <cwchar>
+
 #include "stream/ByteOrder.h"
 #include "stream/WideText.h"
 
@@ -30,14 +33,14 @@ void AppendText(const std::wstring& text, std::string& key) {
 
 }  // namespace
 
-std::string NameKey(const std::wstring& name) {
+std::string IdentityKey(const std::wstring& name) {
     std::string key(1, 'n');
     ZVSmartFormat::AppendUtf16(name, key);
     return key;
 }
 
 std::string IdentityKey(const SerialKey& key) {
-    return HasGuid(key) ? GuidKey(key.guid) : NameKey(key.name);
+    return HasGuid(key) ? GuidKey(key.guid) : IdentityKey(key.name);
 }
 
 std::string IdentityKey(const SZVLGZvgGeoId& row) {
@@ -47,6 +50,17 @@ std::string IdentityKey(const SZVLGZvgGeoId& row) {
     AppendText(row.textA, key);
     AppendText(row.textB, key);
     return key;
+}
+
+std::wstring GetGeoIdentification(const SZVLGZvgGeoId& row) {
+    if (row.guidName.name == L"none") return row.textA;
+    if (!row.guidName.name.empty()) return row.guidName.name;
+    const SerialGuid& guid = row.guidName.guid;
+    wchar_t text[37];
+    std::swprintf(text, 37, L"%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X", guid.Data1,
+                  guid.Data2, guid.Data3, guid.Data4[0], guid.Data4[1], guid.Data4[2],
+                  guid.Data4[3], guid.Data4[4], guid.Data4[5], guid.Data4[6], guid.Data4[7]);
+    return text;
 }
 
 }  // namespace ZVSmartZvg

@@ -9,7 +9,7 @@
 namespace ZVSmartZvg {
 
 /// A name.
-std::string NameKey(const std::wstring& name);
+std::string IdentityKey(const std::wstring& name);
 
 /// A GUID name: its GUID where that is not all zero, else its name.
 std::string IdentityKey(const SerialKey& key);

@@ -267,7 +267,7 @@ void Verification::CheckFloors(u64 floorsBegin) {
     CheckSection(in, FilePlace(), name, findings, [&](u32 i) {
         const FloorFields fields = ReadFloorFields(in);
         const std::wstring& floor = fields.classLevel1Name;
-        names.Meet(i, NameKey(floor.empty() ? L"none" : floor));
+        names.Meet(i, floor.empty() ? std::wstring(L"none") : floor);
         DecodedBlock block;
         FloorCheck check(head.version, *classes, identifications ? &*identifications : nullptr,
                          findings);

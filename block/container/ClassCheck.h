@@ -2,8 +2,9 @@
 
 #include <map>
 #include <string>
+#include <type_traits>
 
-#include "component/ComponentFields.h"
+#include "component/ClassLevels.h"
 #include "container/SectionCheck.h"
 #include "stream/RecordInStream.h"
 
@@ -21,76 +22,72 @@ class ClassCheck {
     /// Meets in `tally` what of `rows` leads nowhere. `component()` names who refers to them.
     /// Nothing is told of what hangs on a table or a row that did not read.
     template <class Name>
-    void CheckRows(const EntryRows& rows, Name component, Tally& tally) const;
+    void CheckRows(const EntryRows& rows, Name component, Tally& tally) const {
+        if (!MeetBelowNone(ClassLevel::Level2(), rows, component, tally))
+            CheckRow(level2, rows, component, tally);
+    }
 
   private:
-    /// A table: how many rows it has, and those that read. Only these take memory, since a head may
-    /// announce any number.
-    template <class Row>
+    /// A table: how many rows it has, and what is below those that read. Only these take memory,
+    /// since a head may announce any number.
+    template <class Level>
     struct Table {
+        using Below = ClassLevel::Each<Table, typename Level::Below>;
+
         bool isKnown = false;
         u32 count = 0;
-        std::map<u32, Row> rows;
+        std::map<u32, Below> rows;
+    };
 
-        const Row* Find(u32 row) const {
-            const auto found = rows.find(row);
-            return found == rows.end() ? nullptr : &found->second;
+    template <class Level>
+    void Read(ZVSmartFormat::RecordInStream& index, const Place& place, Table<Level>& table);
+
+    /// Rows below none lead nowhere, whatever their number; the first one is met.
+    template <class Level, class Name>
+    static bool MeetBelowNone(Level /*level*/, const EntryRows& rows, Name component,
+                              Tally& tally) {
+        bool isMet = false;
+        ClassLevel::ForEach(typename Level::Below(), [&](auto below) {
+            if (isMet) return;
+            const u32 row = rows.*decltype(below)::row;
+            isMet = rows.*Level::row == ZVLG_NONE && row != ZVLG_NONE;
+            if (!isMet) {
+                isMet = MeetBelowNone(below, rows, component, tally);
+                return;
+            }
+            tally.Meet("none", [&] {
+                const std::string name = below.name;
+                return component() + " refers to row " + std::to_string(row) +
+                       (name.front() == 'o' ? " of an " : " of a ") + name +
+                       " below a row that is none";
+            });
+        });
+        return isMet;
+    }
+
+    template <class Level, class Name>
+    static void CheckRow(const Table<Level>& table, const EntryRows& rows, Name component,
+                         Tally& tally) {
+        const u32 row = rows.*Level::row;
+        if (!table.isKnown || row == ZVLG_NONE) return;
+        if (row >= table.count) {
+            constexpr bool isOutermost = std::is_same_v<Level, ClassLevel::Level2>;
+            tally.Meet(Level::name, [&] {
+                return component() + " refers to row " + std::to_string(row) +
+                       (isOutermost ? " of the " : " of its ") + Level::name + ", which has " +
+                       std::to_string(table.count);
+            });
         }
-    };
-    struct Owner {};
-    struct Level4 {
-        Table<Owner> owners;
-    };
-    struct Level3 {
-        Table<Level4> level4;
-    };
-    struct Level2b {};
-    struct Level2 {
-        Table<Level3> level3;
-        Table<Level2b> level2b;
-    };
-
-    Level2 ReadLevel2Row(ZVSmartFormat::RecordInStream& index, const Place& place);
-    Level3 ReadLevel3Row(ZVSmartFormat::RecordInStream& index, const Place& place);
-    Level4 ReadLevel4Row(ZVSmartFormat::RecordInStream& index, const Place& place);
+        const auto found = table.rows.find(row);
+        if (found == table.rows.end()) return;
+        ClassLevel::ForEach(typename Level::Below(), [&](auto below) {
+            CheckRow(std::get<Table<decltype(below)>>(found->second), rows, component, tally);
+        });
+    }
 
     unsigned int version;
     Findings& findings;
-    Table<Level2> level2;
+    Table<ClassLevel::Level2> level2;
 };
-
-template <class Name>
-void ClassCheck::CheckRows(const EntryRows& rows, Name component, Tally& tally) const {
-    const auto refers = [&](u32 row, const char* table) {
-        return component() + " refers to row " + std::to_string(row) + " of " + table;
-    };
-    // Whether a table has `row`; what it does not have and is not none either is told.
-    const auto has = [&](const auto& table, u32 row, const char* name) {
-        if (!table.isKnown || row == ZVLG_NONE) return false;
-        if (row < table.count) return true;
-        tally.Meet(
-            name, [&] { return refers(row, name) + ", which has " + std::to_string(table.count); });
-        return false;
-    };
-    // Rows below none lead nowhere, whatever their number.
-    const auto isBelowNone = [&](u32 above, u32 row, const char* name) {
-        if (above != ZVLG_NONE || row == ZVLG_NONE) return false;
-        tally.Meet("none", [&] { return refers(row, name) + " below a row that is none"; });
-        return true;
-    };
-    if (isBelowNone(rows.level2, rows.level2b, "a level-2b table")) return;
-    if (isBelowNone(rows.level2, rows.level3, "a level-3 table")) return;
-    if (isBelowNone(rows.level3, rows.level4, "a level-4 table")) return;
-    if (isBelowNone(rows.level4, rows.owner, "an owner table")) return;
-    if (!has(level2, rows.level2, "the level-2 table")) return;
-    const Level2* const row2 = level2.Find(rows.level2);
-    if (row2 == nullptr) return;
-    has(row2->level2b, rows.level2b, "its level-2b table");
-    if (!has(row2->level3, rows.level3, "its level-3 table")) return;
-    const Level3* const row3 = row2->level3.Find(rows.level3);
-    if (row3 == nullptr || !has(row3->level4, rows.level4, "its level-4 table")) return;
-    const Level4* const row4 = row3->level4.Find(rows.level4);
-    if (row4 != nullptr) has(row4->owners, rows.owner, "its owner table");
-}
 
 }  // namespace ZVSmartZvg

@@ -14,14 +14,14 @@ namespace ZVSmartZvg {
 /// stores an identity once.
 class Identities {
   public:
-    void Meet(u32 record, std::string key) { keys.emplace_back(std::move(key), record); }
+    void Meet(u32 record, const std::wstring& name) { Add(record, IdentityKey(name)); }
     /// A GUID name that says nothing identifies nothing.
     void Meet(u32 record, const SerialKey& key) {
-        if (key.name != L"none") Meet(record, IdentityKey(key));
+        if (key.name != L"none") Add(record, IdentityKey(key));
     }
     void Meet(u32 record, const SZVLGZvgGeoId& row) {
         if (row.guidName.name != L"none" || !row.textA.empty() || !row.textB.empty())
-            Meet(record, IdentityKey(row));
+            Add(record, IdentityKey(row));
     }
 
     /// One finding at most about the table of that name.
@@ -40,6 +40,8 @@ class Identities {
     }
 
   private:
+    void Add(u32 record, std::string key) { keys.emplace_back(std::move(key), record); }
+
     std::vector<std::pair<std::string, u32>> keys;
 };
 
