@@ -3,9 +3,7 @@
 #include <utility>
 
 #include "component/ClassRows.h"
-#include "container/StructureCheck.h"
 #include "geometry/GeoSerial.h"
-#include "geometry/PreviewImage.h"
 #include "stream/CheckedInStream.h"
 #include "stream/PositionGuard.h"
 #include "stream/RecordInStream.h"
@@ -13,37 +11,11 @@
 namespace ZVSmartZvg {
 
 using ZVSmartFormat::CheckedInStream;
-using ZVSmartFormat::CZVFTInStream;
-using ZVSmartFormat::CZVFTStreamException;
 using ZVSmartFormat::DecodedBlock;
 using ZVSmartFormat::ListMemory;
 using ZVSmartFormat::MemoryBudget;
 using ZVSmartFormat::PositionGuard;
 using ZVSmartFormat::RecordInStream;
-
-/// Runs a query and keeps what hides behind its answer or its exception.
-template <class Query>
-auto CZVLGBlockReader::Imp::Ask(Query query) {
-    last.Clear();
-    stream.ForgetFailure();
-    try {
-        auto answer = query();
-        SettleMiss();
-        return answer;
-    } catch (...) {
-        last.NoteException();
-        SettleMiss();
-        throw;
-    }
-}
-
-/// The same where a file is open, else what `Init` met.
-template <class Answer, class Query>
-Answer CZVLGBlockReader::Imp::AskOpen(Answer neutral, Query query) {
-    if (isOpen) return Ask(query);
-    last = openMiss;
-    return neutral;
-}
 
 /// What looks like damage is none where the stream kept back what it has.
 void CZVLGBlockReader::Imp::SettleMiss() {
@@ -76,11 +48,6 @@ bool CZVLGBlockReader::Imp::NoteBeyond(const Section& section) {
 
 namespace {
 
-constexpr LastMiss::Subject theHead{"the head"};
-constexpr LastMiss::Subject theGeoSection{"the geometry block section"};
-constexpr LastMiss::Subject theFloorSection{"the floor section"};
-constexpr LastMiss::Subject theIndexBlock{"the index block"};
-
 LastMiss::Subject FloorSubject(u32 floor) {
     return {"floor", floor};
 }
@@ -89,98 +56,6 @@ LastMiss::Subject GeoBlockSubject(u32 block) {
 }
 
 }  // namespace
-
-/// Forgets all about a file, so that nothing of it is served or touched again.
-void CZVLGBlockReader::Imp::Close() {
-    isOpen = false;
-    stream.Watch(nullptr);
-    head = FileHead();
-    geoSection = floorSection = level2 = Section();
-    identifications = GeoIdentTable();
-    indexBlock = DecodedBlock();
-    CleanInnerBuffer();
-}
-
-bool CZVLGBlockReader::Imp::Init(CZVFTInStream& in, u32 geoBlockCacheLimit, u32 floorCacheLimit) {
-    Close();
-    geoBlocks = DecodedCache<GeoBlock>(geoBlockCacheLimit == 0 ? 3 : geoBlockCacheLimit);
-    floors = DecodedCache<PlacedFloor>(floorCacheLimit == 0 ? 5 : floorCacheLimit);
-    stream.Watch(&in);
-    const auto finish = [this] {
-        openMiss = last;
-        if (!isOpen) stream.Watch(nullptr);  // it may be gone before the next query
-        return isOpen;
-    };
-    try {
-        isOpen = Ask([&] { return Open(); });
-    } catch (...) {
-        finish();
-        throw;
-    }
-    return finish();
-}
-
-/// Throws where not even the head can be read; whatever is wrong behind it is false.
-bool CZVLGBlockReader::Imp::Open() {
-    const PositionGuard guard(stream);
-    basePos = stream.GetPos();
-    last.LookAt(0, theHead);
-    ReadFileHead(stream, head);
-    try {
-        CheckedInStream in(stream);
-        if (!ReadSections(in) || !ReadIndexBlock(in)) return false;
-        CheckStructure(in);
-        return true;
-    } catch (const CZVFTStreamException& damage) {
-        if (ZVSmartFormat::IsLackOfMemory(damage)) throw;
-        last.NoteDamaged("is damaged");
-        return false;
-    }
-}
-
-/// Leaves `in` at the index block. False where the floor section cannot be one, as in a file
-/// whose writer never finished.
-bool CZVLGBlockReader::Imp::ReadSections(CheckedInStream& in) {
-    const u64 floorSectionPos = basePos + ZVSmartFormat::LoadBigEndian<u32>(in.Take(4));
-    last.LookAt(in.GetPos() - basePos, theGeoSection);
-    geoSection = ReadSection(in, in.GetPos());
-    CheckCount(geoSection);
-    last.LookAt(floorSectionPos - basePos, theFloorSection);
-    if (floorSectionPos >= geoSection.position + SZVLGSectionHead::byteSize) {
-        floorSection = ReadSection(in, floorSectionPos);
-        if (floorSection.head.IsPossible(in.GetSize() - floorSection.position)) {
-            CheckCount(floorSection);
-            if (floorSectionPos != geoSection.End())
-                last.NoteDamaged("does not begin where the geometry blocks end");
-            in.Seek(floorSection.End());
-            return true;
-        }
-    }
-    last.NoteDamaged("is not there");
-    return false;
-}
-
-bool CZVLGBlockReader::Imp::ReadIndexBlock(CheckedInStream& in) {
-    indexPosition = in.GetPos() - basePos;
-    DecodedBlock decoded;
-    if (!ReadBlock(in, theIndexBlock, decoded)) return false;
-    RecordInStream index(decoded.Data(), decoded.Size());
-    const Section table = ReadSection(index, 0);
-    index.Seek(table.End());
-    identifications = GeoIdentTable(index);
-    level2 = table;
-    indexBlock = std::move(decoded);
-    return true;
-}
-
-/// Notes where the parts that were read contradict each other; the file opens all the same.
-void CZVLGBlockReader::Imp::CheckStructure(CheckedInStream& in) {
-    Misfit misfit;
-    if (!FindMisfit(in, geoSection, floorSection, basePos + indexPosition, identifications, misfit))
-        return;
-    last.LookAt(misfit.position - basePos, {misfit.what});
-    last.NoteDamaged(misfit.reason);
-}
 
 /// Decodes the block at `in`'s position, and notes it where it does not decode.
 bool CZVLGBlockReader::Imp::ReadBlock(CheckedInStream& in, const LastMiss::Subject& subject,
@@ -439,8 +314,9 @@ bool CZVLGBlockReader::Imp::ReadPreview(SZVLGZvgGeoImage& image) {
     return AskOpen(false, [&] {
         SZVLGZvgGeo record;
         if (!FetchGeo(previewIdentification, record)) return false;
-        if (TakePreview(std::move(record), image)) return true;
-        return last.NoteAbsent(), false;
+        if (record.images.empty()) return last.NoteAbsent(), false;
+        image = std::move(record.images.front());
+        return true;
     });
 }
 

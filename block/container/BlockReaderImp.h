@@ -28,6 +28,11 @@ struct PlacedFloor {
     u64 position = 0;
 };
 
+constexpr LastMiss::Subject theHead{"the head"};
+constexpr LastMiss::Subject theGeoSection{"the geometry block section"};
+constexpr LastMiss::Subject theFloorSection{"the floor section"};
+constexpr LastMiss::Subject theIndexBlock{"the index block"};
+
 class CZVLGBlockReader::Imp {
   public:
     bool Init(ZVSmartFormat::CZVFTInStream& stream, u32 geoBlockCacheLimit, u32 floorCacheLimit);
@@ -96,5 +101,29 @@ class CZVLGBlockReader::Imp {
     LastMiss last;
     LastMiss openMiss;  // of `Init`: the answer to every query while nothing is open
 };
+
+/// Runs a query and keeps what hides behind its answer or its exception.
+template <class Query>
+auto CZVLGBlockReader::Imp::Ask(Query query) {
+    last.Clear();
+    stream.ForgetFailure();
+    try {
+        auto answer = query();
+        SettleMiss();
+        return answer;
+    } catch (...) {
+        last.NoteException();
+        SettleMiss();
+        throw;
+    }
+}
+
+/// The same where a file is open, else what `Init` met.
+template <class Answer, class Query>
+Answer CZVLGBlockReader::Imp::AskOpen(Answer neutral, Query query) {
+    if (isOpen) return Ask(query);
+    last = openMiss;
+    return neutral;
+}
 
 }  // namespace ZVSmartZvg

@@ -14,7 +14,6 @@
 #include "container/Seal.h"
 #include "geometry/GeoBlockStore.h"
 #include "geometry/GeoSerial.h"
-#include "geometry/PreviewImage.h"
 #include "layout/FileHead.h"
 #include "processing/IncludeRelations.h"
 #include "stream/CheckedOutStream.h"
@@ -191,7 +190,7 @@ bool CZVLGBlockSaver::IsHaveIdentificationGeo(const std::wstring& identification
 }
 
 bool CZVLGBlockSaver::AddPreviewImage(const SZVLGZvgGeoImage& image) {
-    return AddPreview(imp->File().Geos(), image);
+    return imp->File().Geos().AddPreview(image);
 }
 
 void CZVLGBlockSaver::AddComp(const SZVLGZvgComp& comp) {

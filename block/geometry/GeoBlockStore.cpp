@@ -67,6 +67,15 @@ void GeoBlockStore::AppendToBlock(const std::string& key, const SZVLGZvgGeo& geo
     ++geoCount;
 }
 
+bool GeoBlockStore::AddPreview(const SZVLGZvgGeoImage& image) {
+    if (image.pixels == nullptr || Has(previewIdentification)) return false;
+    SZVLGZvgGeo record;
+    record.images.push_back(image);
+    record.images.front().name = previewIdentification;
+    Add(previewIdentification, record);
+    return true;
+}
+
 bool GeoBlockStore::Has(const std::wstring& identification) const {
     return !identification.empty() && keys.Find(KeyOf(identification)) != KeyTable::none;
 }

@@ -40,6 +40,10 @@ class GeoBlockStore {
     /// would be wrong.
     void Add(const std::wstring& identification, const SZVLGZvgGeo& geo);
 
+    /// Stores a copy of `image` under the preview's name. False where it has no pixels or a preview
+    /// is there already.
+    bool AddPreview(const SZVLGZvgGeoImage& image);
+
     /// Whether an identification leads to a geometry; never for an empty one.
     bool Has(const std::wstring& identification) const;
 

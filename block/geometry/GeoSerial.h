@@ -7,6 +7,9 @@
 
 namespace ZVSmartZvg {
 
+/// The preview image is the one image of the record under this identification.
+constexpr const wchar_t* previewIdentification = L"mater_zvg_preview_image_indent";
+
 /// Appends the record's serial form to `out`. Throws "encode error" where an image or blob
 /// announces bytes and has none.
 void WriteGeo(ZVSmartFormat::CZVFTOutStream& out, const SZVLGZvgGeo& geo, unsigned int version);
