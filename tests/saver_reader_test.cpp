@@ -179,6 +179,9 @@ void ExpectNeutral(CZVLGBlockReader& reader) {
     EXPECT_EQ(reader.GetFloorCompNum(0), 0U);
     EXPECT_EQ(reader.GetFloorNameByIndex(0), L"");
     EXPECT_EQ(reader.GetFloorOrderByIndex(0), 0xFFFFFFFF);
+    unsigned long long data[2] = {1, 2};
+    EXPECT_FALSE(reader.GetFloorDataByIndex(0, data[0], data[1]));
+    EXPECT_EQ(data[0] * 10 + data[1], 12U);
     EXPECT_EQ(reader.GetEstimatedDataSize(), 0U);
     EXPECT_EQ(reader.GetGeoNumInBlock(0), 0U);
     EXPECT_EQ(reader.GetGeoIdentificationNum(), 0U);

@@ -128,8 +128,11 @@ std::string IdentificationAnswer(CZVLGBlockReader& reader, u32 i) {
 std::string FloorAnswer(CZVLGBlockReader& reader, u32 floor) {
     const std::wstring name = reader.GetFloorNameByIndex(floor);
     const u32 order = reader.GetFloorOrderByIndex(floor);
-    if (name.empty() && order == 0xFFFFFFFF) return "";
-    return std::string(name.begin(), name.end()) + ":" + std::to_string(order);
+    unsigned long long dataA = 0, dataB = 0;
+    if (!reader.GetFloorDataByIndex(floor, dataA, dataB) && name.empty() && order == 0xFFFFFFFF)
+        return "";
+    return std::string(name.begin(), name.end()) + ":" + std::to_string(order) + ":" +
+           std::to_string(dataA) + ":" + std::to_string(dataB);
 }
 
 std::string CompAnswer(CZVLGBlockReader& reader, const SZVLGCompIndex& index) {

@@ -21,6 +21,7 @@ TEST(Tables, FloorsInTheOrderTheyWereMet) {
         for (const wchar_t* floor : {L"B", L"", L"none", L"B", L"a"}) {
             SZVLGZvgComp comp = Comp(std::to_wstring(order), floor);
             comp.classLevel1DataB = comp.classLevel1Id = order++;
+            comp.classLevel1DataA = comp.classLevel1DataB << 33;
             saver.AddComp(comp);
         }
     });
@@ -38,6 +39,10 @@ TEST(Tables, FloorsInTheOrderTheyWereMet) {
         EXPECT_EQ(comps[i].classLevel1Id, orders[i]);
         EXPECT_EQ(comps[i].classLevel1DataB, orders[i]);
         EXPECT_EQ(opened.reader.GetFloorOrderByIndex(floors[i]), orders[i]);
+        unsigned long long dataA = 0, dataB = 0;
+        EXPECT_TRUE(opened.reader.GetFloorDataByIndex(floors[i], dataA, dataB));
+        EXPECT_EQ(dataA, u64{orders[i]} << 33);
+        EXPECT_EQ(dataB, orders[i]);
     }
 }
 

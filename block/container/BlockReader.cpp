@@ -64,6 +64,15 @@ unsigned int CZVLGBlockReader::GetFloorOrderByIndex(unsigned int floor) {
     return imp->ReadFloor(floor, fields) ? fields.classLevel1Id : ZVLG_NONE;
 }
 
+bool CZVLGBlockReader::GetFloorDataByIndex(unsigned int floor, unsigned long long& dataA,
+                                           unsigned long long& dataB) {
+    FloorFields fields;
+    if (!imp->ReadFloor(floor, fields)) return false;
+    dataA = fields.classLevel1DataA;
+    dataB = fields.classLevel1DataB;
+    return true;
+}
+
 void CZVLGBlockReader::GetAllFloorName(std::vector<std::wstring>& names) {
     names = imp->AllFloorNames();
 }

@@ -165,7 +165,7 @@ u32 CZVLGBlockReader::Imp::SumDecodedSizes() {
 void CZVLGBlockReader::Imp::CleanInnerBuffer() {
     geoBlocks.Clear();
     floors.Clear();
-    spareProperties = PropertyList();
+    propertyMemory = PropertyList();
 }
 
 bool CZVLGBlockReader::Imp::ReadFloor(u32 floor, FloorFields& fields) {
@@ -223,7 +223,7 @@ bool CZVLGBlockReader::Imp::FetchComp(const SZVLGCompIndex& index, SZVLGZvgComp&
     last.LookAt(fetched->position, {"floor", index.floorIndex, "component", index.compIndex});
     if (index.compIndex >= floor.ComponentCount()) return NoteBeyond(floor.Components());
     SZVLGZvgComp read;
-    read.compProperties.swap(spareProperties);
+    read.compProperties.swap(propertyMemory);
     EntryRows rows;
     const bool hasAllRows = floor.ReadComponent(index.compIndex, head.version, read, rows, memory);
     if (!hasAllRows) last.NoteDamaged("refers to an identification row that is not there");
@@ -232,7 +232,7 @@ bool CZVLGBlockReader::Imp::FetchComp(const SZVLGCompIndex& index, SZVLGZvgComp&
     RecordInStream classes(indexBlock.Data(), indexBlock.Size());
     if (!ResolveClassRows(classes, level2, rows, head.version, read, memory))
         last.NoteDamaged("is not there");
-    spareProperties.swap(comp.compProperties);
+    propertyMemory.swap(comp.compProperties);
     comp = std::move(read);
     return true;
 }

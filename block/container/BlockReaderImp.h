@@ -96,7 +96,7 @@ class CZVLGBlockReader::Imp {
     Section level2;         // in the index block
     DecodedCache<GeoBlock> geoBlocks;
     DecodedCache<PlacedFloor> floors;
-    PropertyList spareProperties;  // a list that a caller is done with, for the next component
+    PropertyList propertyMemory;  // of a record that a query replaced, for the next one
 
     LastMiss last;
     LastMiss openMiss;  // of `Init`: the answer to every query while nothing is open

@@ -59,7 +59,7 @@ class Verification {
 
     void CheckGeoBlocks();
     void CheckGeoRecord(RecordInStream& content) const;
-    u64 FloorsBegin(u64 told);
+    u64 FloorsBegin(u64 byHead);
     u64 IndexBegin(const SZVLGSectionHead& floors, u64 floorsBegin);
     bool IsSectionAt(u64 position);
     void CheckIndexBlock();
@@ -85,15 +85,15 @@ class Verification {
 
 void Verification::Run() {
     const auto theHead = [] { return std::string("the head"); };
-    u64 told = 0;
+    u64 byHead = 0;
     const bool hasHead = findings.Guard(0, theHead, [&] {
         ReadFileHead(stream, head);
-        told = basePos + ZVSmartFormat::LoadBigEndian<u32>(in.Take(4));
+        byHead = basePos + ZVSmartFormat::LoadBigEndian<u32>(in.Take(4));
     });
     if (!hasHead) return;
     classes.emplace(head.version, findings);
     CheckGeoBlocks();
-    const u64 floorsBegin = FloorsBegin(told);
+    const u64 floorsBegin = FloorsBegin(byHead);
     in.Seek(floorsBegin);
     SZVLGSectionHead floors;
     ZVSmartSerial::FieldReader<CheckedInStream> reader(in);
@@ -111,13 +111,13 @@ void Verification::Run() {
 }
 
 /// Decodes the block at the stream's position. False where it is not certain where it ends. Throws
-/// Findings::Told where it does not decode.
+/// Findings::AlreadyFound where it does not decode.
 bool Verification::ReadBlock(const std::string& what, DecodedBlock& block) {
     const u64 position = in.GetPos();
     const ZVSmartFormat::BlockFrame frame = ZVSmartFormat::ReadBlockFrame(in);
     if (!ReadCompressedBlock(in, std::numeric_limits<u32>::max(), block)) {
         findings.Add(FilePosition(position), what + " does not decode");
-        throw Findings::Told();
+        throw Findings::AlreadyFound();
     }
     if (frame.blockSize == frame.encodedSize + 4) return true;
     findings.Add(FilePosition(position + 4 + frame.encodedSize),
@@ -140,7 +140,7 @@ void Verification::CheckBlock(const std::string& what, DecodedBlock& block,
         findings.Add(place.filePosition,
                      what + ": " + std::to_string(content.BytesLeft()) + " bytes left over");
     contentFindings += findings.Count() - before;
-    if (!isEndCertain) throw Findings::Told();
+    if (!isEndCertain) throw Findings::AlreadyFound();
 }
 
 void Verification::CheckGeoBlocks() {
@@ -160,7 +160,7 @@ void Verification::CheckGeoBlocks() {
         const bool isRead = findings.Guard(FilePosition(in.GetPos()), blockName,
                                            [&] { CheckBlock(blockName(), block, checkRecords); });
         if (findings.Count() != before) state.finding = before;
-        if (!isRead) throw Findings::Told();
+        if (!isRead) throw Findings::AlreadyFound();
     };
     findings.Guard(
         FilePosition(in.GetPos()), [] { return std::string(name); },
@@ -190,13 +190,13 @@ bool Verification::IsSectionAt(u64 position) {
 
 /// Where the floor section begins: the head tells it, and so do the geometry blocks, behind which
 /// the stream is. If they disagree one of them is damaged, and what looks like a section counts.
-u64 Verification::FloorsBegin(u64 told) {
+u64 Verification::FloorsBegin(u64 byHead) {
     const u64 behindGeos = in.GetPos();
-    if (told == behindGeos) return told;
-    if (geoSectionFinding) return told;
+    if (byHead == behindGeos) return byHead;
+    if (geoSectionFinding) return byHead;
     findings.Add(FilePosition(behindGeos),
                  "the floor section does not begin where the geometry blocks end");
-    return IsSectionAt(behindGeos) ? behindGeos : told;
+    return IsSectionAt(behindGeos) ? behindGeos : byHead;
 }
 
 /// Where the index block begins, by the total size of the floors or, if no block is there, by

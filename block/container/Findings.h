@@ -15,7 +15,7 @@ class Findings {
     /// more time than one with a little.
     struct Full {};
     /// Thrown where a check cannot go on for something that is a finding already.
-    struct Told {};
+    struct AlreadyFound {};
 
     explicit Findings(std::vector<SZVLGBlockFinding>& list) : list(list) { list.clear(); }
 
@@ -35,7 +35,7 @@ class Findings {
         try {
             check();
             return true;
-        } catch (const Told&) {
+        } catch (const AlreadyFound&) {
         } catch (const ZVSmartFormat::OverLimit&) {
             Add(position, name() + ": takes more memory than a reader allows by default");
         } catch (const ZVSmartFormat::CZVFTStreamException& damage) {

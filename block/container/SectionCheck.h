@@ -68,8 +68,8 @@ class RecordWalk {
 /// One wound is one finding: behind a record that does not read, or that is not where it should
 /// be, the next is taken where its offset leads, and what is found in a misplaced record that does
 /// not read is not told besides. Where the head is wrong, nothing is told of offsets. Leaves `in`
-/// behind the section and behind all that was visited; returns the section. Throws Findings::Told
-/// where it cannot be one.
+/// behind the section and behind all that was visited; returns the section. Throws
+/// Findings::AlreadyFound where it cannot be one.
 template <class Source, class Visit>
 Section CheckSection(Source& in, const Place& place, const char* what, Findings& findings,
                      Visit visit) {
@@ -81,7 +81,7 @@ Section CheckSection(Source& in, const Place& place, const char* what, Findings&
     const u64 bytesAvailable = in.GetSize() - start;
     const char* const headFault = FaultOf(stored, bytesAvailable);
     if (headFault != nullptr) findings.Add(place.Of(start), name() + ": " + headFault);
-    if (!stored.IsPossible(bytesAvailable)) throw Findings::Told();
+    if (!stored.IsPossible(bytesAvailable)) throw Findings::AlreadyFound();
 
     const Section section = ReadSection(in, start);
     RecordWalk<Source> walk(in, section);

@@ -102,7 +102,7 @@ class ZVLG_API CZVLGBlockReader {
     void GetHeadInfo(SZVLGZvgBlockHeadInfo& head);
     /// The bytes that all blocks take when decoded, modulo 2³²; nothing is decoded.
     unsigned int GetEstimatedDataSize();
-    /// Empties both caches.
+    /// Empties both caches and frees what else is held for later queries.
     void CleanInnerBuffer();
 
     /// The number of floors.
@@ -113,12 +113,17 @@ class ZVLG_API CZVLGBlockReader {
     std::wstring GetFloorNameByIndex(unsigned int floor);
     /// The floor's order; 0xFFFFFFFF for a floor that is not there. Decodes nothing.
     unsigned int GetFloorOrderByIndex(unsigned int floor);
+    /// Replaces `dataA` and `dataB` by the floor's two values of the host's own, which its
+    /// components have as `classLevel1DataA` and `classLevel1DataB`. False, with both unchanged,
+    /// for a floor that is not there. Throws CZVFTStreamException, with both unchanged, where the
+    /// floor's record is damaged. Decodes nothing.
+    bool GetFloorDataByIndex(unsigned int floor, unsigned long long& dataA,
+                             unsigned long long& dataB);
     /// Replaces `names` by the names of all floors, in order.
     void GetAllFloorName(std::vector<std::wstring>& names);
     /// Replaces `comp` by the component at `index`. False, with `comp` unchanged, where there is
     /// none. Throws CZVFTStreamException, with `comp` unchanged, where its bytes are damaged. A
-    /// loop that reads into one record is faster than one with a record for each component: the
-    /// reader keeps the memory of the properties that `comp` held, until `CleanInnerBuffer`.
+    /// loop that reads into one record is faster than one with a record for each component.
     bool GetCompByIndex(const SZVLGCompIndex& index, SZVLGZvgComp& comp);
 
     /// Reads the geometry stored under `identification` into `geo`. Pass a fresh record: lists
