@@ -10,15 +10,13 @@
 //   level-4 row   name, id, attributes, section of owner rows
 //   level-2b row  name, id, attributes
 
-namespace ZVSmartZvg {
-
 /// The tables, told once for those who write, read and check them. Each has
 /// - `name`, its own;
 /// - `row`, where a component's entry keeps the number of its row;
 /// - `Below`, the tables under each of its rows, in the order of their sections;
 /// - `Identity(comp)`, which tells its rows apart;
 /// - `VisitRow(visitor, comp, version)`, a row without what is below it.
-namespace ClassLevel {
+namespace ZVSmartZvg::ClassLevel {
 
 /// Rows of a class's name and id, which are members of a component.
 template <auto nameOf, auto idOf>
@@ -99,6 +97,4 @@ struct EachHelper<Of, std::tuple<Levels...>> {
 template <template <class> class Of, class Levels>
 using Each = typename EachHelper<Of, Levels>::Type;
 
-}  // namespace ClassLevel
-
-}  // namespace ZVSmartZvg
+}  // namespace ZVSmartZvg::ClassLevel
