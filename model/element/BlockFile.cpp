@@ -58,11 +58,9 @@ Floor FloorOf(OpenedBlock& block, unsigned int number) {
     floor.name = ToUtf8(block.FloorName(number));
     floor.order = block.FloorOrder(number);
     floor.elements = block.FloorCompNum(number);
-    SZVLGZvgComp first;
-    if (floor.elements != 0 && block.ReadComp({number, 0}, first)) {
-        floor.elevation = RealOf(first.classLevel1DataA);
-        floor.height = RealOf(first.classLevel1DataB);
-    }
+    const auto [elevation, height] = block.FloorData(number);
+    floor.elevation = RealOf(elevation);
+    floor.height = RealOf(height);
     return floor;
 }
 

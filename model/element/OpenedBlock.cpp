@@ -106,6 +106,12 @@ unsigned int OpenedBlock::FloorOrder(unsigned int floor) {
     return order;
 }
 
+std::pair<unsigned long long, unsigned long long> OpenedBlock::FloorData(unsigned int floor) {
+    std::pair<unsigned long long, unsigned long long> data;
+    Ask([&] { reader.GetFloorDataByIndex(floor, data.first, data.second); });
+    return data;
+}
+
 unsigned int OpenedBlock::FindFloor(const std::string& text) {
     const unsigned int floors = reader.GetFloorNum();
     const std::optional<unsigned int> number = ParseNumber(text);

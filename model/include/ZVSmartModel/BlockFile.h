@@ -19,7 +19,7 @@ namespace ZVSmartModel {
 struct Floor {
     std::string name;
     unsigned int order = 0;  ///< as the host numbered it; lower is further down in packed files
-    double elevation = 0;    ///< metres; 0 where its components say nothing
+    double elevation = 0;    ///< metres, in files that this library wrote
     double height = 0;       ///< metres up to the next floor; 0 for the topmost
     unsigned int elements = 0;
 };
