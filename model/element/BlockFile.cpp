@@ -1,14 +1,13 @@
 #include "ZVSmartModel/BlockFile.h"
 
-#include <algorithm>
 #include <cstring>
 #include <map>
 
 #include "ZVSmartFormat/MemoryStream.h"
 #include "model/element/BlockFileImp.h"
+#include "model/element/Chosen.h"
 #include "model/element/ElementRecord.h"
 #include "model/element/InputSource.h"
-#include "model/element/RecordNames.h"
 #include "model/element/Utf8.h"
 
 namespace ZVSmartModel {
@@ -22,36 +21,6 @@ double RealOf(u64 bits) {
     std::memcpy(&value, &bits, sizeof value);
     return value == value ? value : 0;  // no number at all says nothing
 }
-
-/// Which components a selection means.
-class Chosen {
-  public:
-    explicit Chosen(const Selection& selection) : selection(selection) {
-        for (const std::string& name : selection.classNames) classes.push_back(FromUtf8(name));
-        elements = selection.elements;
-        std::sort(elements.begin(), elements.end());
-    }
-
-    /// Whether any component of the floor may be meant.
-    bool MayHold(unsigned int floor) const {
-        if (elements.empty()) return true;
-        const auto first =
-            std::lower_bound(elements.begin(), elements.end(), ElementIndex{floor, 0});
-        return first != elements.end() && first->floor == floor;
-    }
-
-    bool Holds(ElementIndex index, const SZVLGZvgComp& comp) const {
-        if (!elements.empty()) return std::binary_search(elements.begin(), elements.end(), index);
-        if (classes.empty()) return selection.rooms || !IsRoomClass(comp.classLevel2Name);
-        return std::any_of(classes.begin(), classes.end(),
-                           [&](const std::wstring& name) { return IsOfClass(comp, name); });
-    }
-
-  private:
-    const Selection& selection;
-    std::vector<std::wstring> classes;
-    std::vector<ElementIndex> elements;
-};
 
 Floor FloorOf(OpenedBlock& block, unsigned int number) {
     Floor floor;
@@ -160,18 +129,8 @@ Picture BlockFile::Preview() const {
 
 Element BlockFile::Read(ElementIndex index) const {
     return imp->Ask([index](OpenedBlock& block) {
-        const std::string place = "element " + PlaceText(index.floor, index.position);
-        const bool exists = index.floor < block.Reader().GetFloorNum() &&
-                            index.position < block.FloorCompNum(index.floor);
-        if (!exists) {
-            block.ThrowIfDamaged();
-            throw block.ErrorAbout(Status::NotFound, "no " + place);
-        }
         SZVLGZvgComp comp;
-        if (!block.ReadComp({index.floor, index.position}, comp)) {
-            block.ThrowIfDamaged();
-            throw block.ErrorAbout(Status::Damaged, place + " cannot be read");
-        }
+        block.ReadElement({index.floor, index.position}, comp);
         return ElementOf(comp, index, ToUtf8(block.FloorName(index.floor)));
     });
 }

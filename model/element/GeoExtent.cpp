@@ -5,6 +5,8 @@
 #include <numbers>
 #include <vector>
 
+#include "model/element/Sweep.h"
+
 namespace ZVSmartModel {
 
 using namespace ZVSmartZvg;
@@ -53,20 +55,19 @@ unsigned long long CountCells(const CZVIMMesh& mesh) {
     return rows * columns == mesh.GetPoints().size() ? (rows - 1) * (columns - 1) : 0;
 }
 
-/// A circle's points are center + cos t · u + sin t · v. Along one axis that is farthest from the
-/// center at t = atan2(v, u) and half a turn later; those within the sweep extend the box.
-void AddSweep(GeoExtent& extent, const CZVIMPosition& center, const CZVIMVector& u,
-              const CZVIMVector& v, double sweepRadians) {
+/// Along one axis a circle is farthest from the center at t = atan2(v, u) and half a turn later;
+/// those within the sweep extend the box.
+void AddSweep(GeoExtent& extent, const Sweep& sweep) {
     constexpr double turn = 2 * std::numbers::pi;
-    if (!std::isfinite(sweepRadians)) return;
+    if (!std::isfinite(sweep.radians)) return;
+    const CZVIMVector &u = sweep.u, &v = sweep.v;
     const double peaks[3] = {std::atan2(v.GetX(), u.GetX()), std::atan2(v.GetY(), u.GetY()),
                              std::atan2(v.GetZ(), u.GetZ())};
     for (const double peak : peaks) {
         for (const double angle : {peak, peak + std::numbers::pi}) {
-            double fromStart = std::fmod(sweepRadians < 0 ? -angle : angle, turn);
+            double fromStart = std::fmod(sweep.radians < 0 ? -angle : angle, turn);
             if (fromStart < 0) fromStart += turn;
-            if (!(fromStart <= std::fabs(sweepRadians))) continue;
-            AddToBox(extent, center + u * std::cos(angle) + v * std::sin(angle));
+            if (fromStart <= std::fabs(sweep.radians)) AddToBox(extent, sweep.At(angle));
         }
     }
 }
@@ -74,21 +75,7 @@ void AddSweep(GeoExtent& extent, const CZVIMPosition& center, const CZVIMVector&
 void AddArc(GeoExtent& extent, const CZVIMBoundArc& arc) {
     AddPoint(extent, arc.getStartpt());
     AddPoint(extent, arc.getEndpt());
-    CZVIMVector normal = arc.getNormal();
-    normal.normalise();
-    const CZVIMVector toStart = arc.getStartpt() - arc.getCenter();
-    AddSweep(extent, arc.getCenter(), toStart, normal.CrossProduct(toStart), arc.getSubtend());
-}
-
-void AddCircle(GeoExtent& extent, const CZVIMCircle& circle) {
-    CZVIMVector normal = circle.getNormal();
-    normal.normalise();
-    const CZVIMVector aside =
-        std::fabs(normal.GetX()) < 0.5 ? CZVIMVector(1, 0, 0) : CZVIMVector(0, 1, 0);
-    CZVIMVector inPlane = normal.CrossProduct(aside);
-    inPlane.normalise();
-    const CZVIMVector u = inPlane * circle.getRadius();
-    AddSweep(extent, circle.getCenter(), u, normal.CrossProduct(u), 2 * std::numbers::pi);
+    AddSweep(extent, SweepOf(arc));
 }
 
 void AddSurfaces(GeoExtent& extent, const SZVLGZvgGeo& geo) {
@@ -117,7 +104,7 @@ void AddCurves(GeoExtent& extent, const SZVLGZvgGeo& geo) {
         AddPoint(extent, segment.getEndpt());
     }
     for (const CZVIMBoundArc& arc : geo.boundArcs) AddArc(extent, arc);
-    for (const CZVIMCircle& circle : geo.circles) AddCircle(extent, circle);
+    for (const CZVIMCircle& circle : geo.circles) AddSweep(extent, SweepOf(circle));
     for (const CZVIMPolyline3D& polyline : geo.polylines) {
         for (unsigned int i = 0; i < polyline.CountOfPoint(); ++i) {
             AddPoint(extent, polyline.GetPointAt(i));

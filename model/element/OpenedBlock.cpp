@@ -1,5 +1,6 @@
 #include "model/element/OpenedBlock.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <utility>
@@ -162,12 +163,48 @@ bool OpenedBlock::ReadComp(const ZVSmartZvg::SZVLGCompIndex& index,
     return isRead;
 }
 
+void OpenedBlock::ReadElement(const ZVSmartZvg::SZVLGCompIndex& index,
+                              ZVSmartZvg::SZVLGZvgComp& comp) {
+    const std::string place = "element " + PlaceText(index.floorIndex, index.compIndex);
+    latestDamage = {};
+    const bool isThere = index.floorIndex < reader.GetFloorNum() &&
+                         index.compIndex < FloorCompNum(index.floorIndex) && ReadComp(index, comp);
+    if (isThere) return;
+    ThrowIfCutShort();
+    if (!latestDamage.reason.empty()) ThrowLatestDamage();
+    throw ErrorAbout(Status::NotFound, "no " + place);
+}
+
+void OpenedBlock::ThrowLatestDamage() const {
+    throw ErrorAbout(Status::Damaged, "damaged: " + DamageText(latestDamage),
+                     latestDamage.position);
+}
+
+/// A full reader gives up the lowest of its geometry blocks. Where that is not the one which was
+/// used least lately, as when a file is read again, two blocks in turn could displace each other
+/// for ever; it gives up all then.
+void OpenedBlock::MakeRoomFor(unsigned int geoBlock) {
+    constexpr std::size_t mostKept = 3;
+    std::vector<unsigned int>& kept = keptGeoBlocks;
+    const auto known = std::find(kept.begin(), kept.end(), geoBlock);
+    if (known != kept.end()) {
+        kept.erase(known);
+    } else if (kept.size() == mostKept) {
+        if (kept.back() == *std::min_element(kept.begin(), kept.end())) {
+            kept.pop_back();
+        } else {
+            reader.CleanInnerBuffer();
+            kept.clear();
+        }
+    }
+    kept.insert(kept.begin(), geoBlock);
+}
+
 void OpenedBlock::ReadGeo(const ZVSmartZvg::SZVLGZvgGeoIndex& index, ZVSmartZvg::SZVLGZvgGeo& geo) {
+    MakeRoomFor(index.blockIndex);
     bool isRead = false;
     const auto query = [&] { isRead = reader.GetGeoByIndex(index, geo); };
-    if (!limits.Timed([&] { return Ask(query); }))
-        throw ErrorAbout(Status::Damaged, "damaged: " + DamageText(latestDamage),
-                         latestDamage.position);
+    if (!limits.Timed([&] { return Ask(query); })) ThrowLatestDamage();
     if (isRead) return;
     const std::string place = PlaceText(index.blockIndex, index.indexInBlock);
     throw ErrorAbout(Status::Damaged, "damaged: geometry " + place + " has no bytes");
@@ -176,9 +213,7 @@ void OpenedBlock::ReadGeo(const ZVSmartZvg::SZVLGZvgGeoIndex& index, ZVSmartZvg:
 bool OpenedBlock::ReadGeo(const std::wstring& identification, ZVSmartZvg::SZVLGZvgGeo& geo) {
     bool isRead = false;
     const auto query = [&] { isRead = reader.GetGeoByIdentification(identification, geo); };
-    if (!limits.Timed([&] { return Ask(query); }))
-        throw ErrorAbout(Status::Damaged, "damaged: " + DamageText(latestDamage),
-                         latestDamage.position);
+    if (!limits.Timed([&] { return Ask(query); })) ThrowLatestDamage();
     return isRead;
 }
 

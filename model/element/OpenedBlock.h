@@ -83,6 +83,9 @@ class OpenedBlock {
     /// Reads the component at `index`, which is within the floor's number of components. False,
     /// remembered as damage, where it cannot be read.
     bool ReadComp(const ZVSmartZvg::SZVLGCompIndex& index, ZVSmartZvg::SZVLGZvgComp& comp);
+    /// Reads the component at `index`. Throws Error, NotFound, where there is none, and Damaged
+    /// where it, or whether it is there, cannot be read.
+    void ReadElement(const ZVSmartZvg::SZVLGCompIndex& index, ZVSmartZvg::SZVLGZvgComp& comp);
     /// Does `act`. False where the budget was used up before or is by it, which is remembered:
     /// `what` and what follows are left out.
     template <class Act>
@@ -156,13 +159,16 @@ class OpenedBlock {
     template <class Count>
     unsigned int Counted(const char* what, unsigned int number, Count count);
     std::optional<Damage> LastDamage();
+    void MakeRoomFor(unsigned int geoBlock);
     void RememberDamage(const Damage& damage);
+    [[noreturn]] void ThrowLatestDamage() const;
     void LeaveOut(const std::string& what, const BudgetUsedUp& end);
     [[noreturn]] void ThrowForeign(const std::string& reason);
 
     OpenedFile file;
     Budget& limits;
     ZVSmartZvg::CZVLGBlockReader reader;
+    std::vector<unsigned int> keptGeoBlocks;  ///< by the reader, about; the last used first
     Damage firstDamage, latestDamage;
     std::string leftOut;  ///< what, and why; empty while the budget lasts
     bool knowsOnlyMisfit = false;

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ZVSmartModel/BlockFile.h"
+#include "ZVSmartZvg/Comp.h"
+
+namespace ZVSmartModel {
+
+/// Which components a selection means, its floor aside.
+class Chosen {
+  public:
+    /// `selection` is borrowed.
+    explicit Chosen(const Selection& selection);
+
+    /// Whether any component of the floor may be meant.
+    bool MayHold(unsigned int floor) const;
+    bool Holds(ElementIndex index, const ZVSmartZvg::SZVLGZvgComp& comp) const;
+
+  private:
+    const Selection& selection;
+    std::vector<std::wstring> classes;
+    std::vector<ElementIndex> elements;  ///< in order
+};
+
+}  // namespace ZVSmartModel
