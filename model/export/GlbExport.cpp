@@ -64,9 +64,9 @@ double Linear(std::uint8_t stored) {
     return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
 }
 
-tinygltf::Material MaterialOf(const SceneLook& look) {
+tinygltf::Material MaterialOf(const Look& look) {
     tinygltf::Material material;
-    material.name = ToUtf8(look.name);
+    material.name = look.name;
     const Rgba& c = look.colour;
     auto& surface = material.pbrMetallicRoughness;
     surface.baseColorFactor = {Linear(c.red), Linear(c.green), Linear(c.blue), c.alpha / 255.0};
@@ -258,7 +258,7 @@ class NodeWriter {
 void AddMeshes(const Scene& scene, tinygltf::Model& gltf) {
     BufferWriter buffer(gltf);
     if (!scene.surfaces.empty()) buffer.AddSurfaces(scene.surfaces);
-    for (const SceneLook& look : scene.looks) gltf.materials.push_back(MaterialOf(look));
+    for (const Look& look : scene.looks) gltf.materials.push_back(MaterialOf(look));
     for (const SceneMesh& mesh : scene.meshes) {
         tinygltf::Mesh& added = gltf.meshes.emplace_back();
         added.name = ToUtf8(mesh.name);

@@ -24,7 +24,7 @@ std::string Word(const std::string& name) {
 
 /// Numbers keep names apart that are equal.
 std::string MaterialName(const Scene& scene, std::size_t look) {
-    return Word(ToUtf8(scene.looks[look].name)) + '.' + std::to_string(look);
+    return Word(scene.looks[look].name) + '.' + std::to_string(look);
 }
 
 /// A number to the sixth decimal, whatever the locale.
@@ -38,12 +38,6 @@ void AppendNumber(std::string& text, double value) {
     if (last[-1] == '.') --last;
     text += ' ';
     text.append(static_cast<const char*>(digits), last);
-}
-
-bool Mirrors(const Transform& p) {
-    return p[0] * (p[5] * p[10] - p[6] * p[9]) - p[1] * (p[4] * p[10] - p[6] * p[8]) +
-               p[2] * (p[4] * p[9] - p[5] * p[8]) <
-           0;
 }
 
 void CheckSize(const Scene& scene, Budget& limits) {

@@ -5,15 +5,17 @@
 #include <map>
 #include <optional>
 
+#include "model/element/Utf8.h"
 #include "model/scene/SceneBuilder.h"
+#include "model/scene/TriangleLists.h"
 
 namespace ZVSmartModel {
 
 namespace {
 
-ShapeSurface SurfaceOf(const ShapePart& part) {
-    ShapeSurface surface;
-    if (part.colour) surface.look = {part.styleName, *part.colour};
+Triangles SurfaceOf(const ShapePart& part) {
+    Triangles surface;
+    if (part.colour) surface.look = {ToUtf8(part.styleName), *part.colour};
     for (const ModelShell& shell : part.shells) {
         const auto first = static_cast<std::uint32_t>(surface.points.size());
         for (const ModelPoint& point : shell.points) {
@@ -23,6 +25,7 @@ ShapeSurface SurfaceOf(const ShapePart& part) {
             surface.triangles.push_back({first + a, first + b, first + c});
         }
     }
+    DropUndrawable(surface);
     return surface;
 }
 
@@ -34,7 +37,7 @@ class ShapeAdder {
     std::optional<std::size_t> Number(std::size_t shape) {
         const auto [place, added] = numbers.try_emplace(shape);
         if (!added) return place->second;
-        std::vector<ShapeSurface> surfaces;
+        std::vector<Triangles> surfaces;
         for (const ShapePart& part : model.shapes[shape].parts) {
             surfaces.push_back(SurfaceOf(part));
         }
@@ -57,7 +60,7 @@ Scene SceneOf(const Model& model, const std::vector<const ModelElement*>& elemen
         const std::size_t component = builder.AddComponent();
         for (const PlacedShape& placed : element->shapes) {
             const auto shape = shapes.Number(placed.shape);
-            if (shape) builder.Place(component, *shape, placed.placement, plainLook);
+            if (shape) builder.Place(component, *shape, placed.placement, Look());
         }
     }
     return builder.Take();

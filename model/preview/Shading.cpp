@@ -54,7 +54,7 @@ float Brightness(Vec direction) {
 
 Shading::Shading(const Scene& scene, const RayScene& rays, const Camera& camera)
     : rays(rays), reach(0.3F), farAway(3) {
-    for (const SceneLook& look : scene.looks) {
+    for (const Look& look : scene.looks) {
         const Rgba& c = look.colour;
         colours.push_back({Lifted(c.red), Lifted(c.green), Lifted(c.blue)});
         shares.push_back(std::max(leastGlass, static_cast<float>(c.alpha) / 255));

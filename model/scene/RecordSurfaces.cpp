@@ -3,7 +3,10 @@
 #include <map>
 #include <utility>
 
+#include "model/element/Utf8.h"
+#include "model/scene/PointMath.h"
 #include "model/scene/RecordWalk.h"
+#include "model/scene/TriangleLists.h"
 #include "model/scene/Triangulation.h"
 
 namespace ZVSmartModel {
@@ -12,13 +15,22 @@ using namespace ZVSmartZvg;
 
 namespace {
 
-constexpr u16 styleNameFlag = 0x80;
+/// What display attributes make of a surface; they hold a colour. `otherName` is its name where
+/// they have none.
+Look LookOf(const SZVLGZvgDisplayAttr& attr, const std::wstring& otherName) {
+    const bool named = (attr.flags & DisplayAttrFlag::styleName) != 0 && !attr.styleName.empty();
+    return {ToUtf8(named ? attr.styleName : otherName),
+            {attr.red, attr.green, attr.blue, attr.alpha}};
+}
 
 /// The point lists of a record move into one surface; indices count from where theirs begins.
 class SurfaceFiller {
   public:
-    SurfaceFiller(ShapeSurface& surface, const CZVIMTransf& toShape, Budget& limits)
-        : surface(surface), toShape(toShape), limits(limits) {}
+    SurfaceFiller(Triangles& surface, const CZVIMTransf& toShape, Budget& limits)
+        : surface(surface),
+          toShape(toShape),
+          turnsRound(Mirrors(TransformOf(toShape))),
+          limits(limits) {}
 
     void Begin(const std::vector<CZVIMPosition>& points) {
         first = surface.points.size();
@@ -44,6 +56,7 @@ class SurfaceFiller {
 
     void AddTriangle(std::size_t a, std::size_t b, std::size_t c) {
         if (a >= count || b >= count || c >= count) return;
+        if (turnsRound) std::swap(b, c);
         surface.triangles.push_back({Index(a), Index(b), Index(c)});
     }
 
@@ -57,7 +70,7 @@ class SurfaceFiller {
             return static_cast<std::size_t>(corners[i]);
         };
         if (number == 3) return AddTriangle(corner(0), corner(1), corner(2));
-        std::vector<std::array<double, 3>> polygon;
+        std::vector<Point> polygon;
         polygon.reserve(number);
         for (std::size_t i = 0; i < number; ++i) {
             if (corner(i) >= count) return;  // a negative index is a huge one here
@@ -68,8 +81,9 @@ class SurfaceFiller {
         }
     }
 
-    ShapeSurface& surface;
+    Triangles& surface;
     const CZVIMTransf& toShape;
+    const bool turnsRound;
     Budget& limits;
     std::size_t first = 0;
     std::size_t count = 0;
@@ -98,24 +112,30 @@ void AddRecord(const SZVLGZvgGeo& geo, SurfaceFiller& filler) {
 
 }  // namespace
 
-std::vector<ShapeSurface> SurfacesOf(const SZVLGZvgGeo& geo, Budget& limits) {
-    std::map<std::optional<SceneLook>, ShapeSurface> byLook;
+std::vector<Triangles> SurfacesOf(const SZVLGZvgGeo& geo, Budget& limits) {
+    std::map<std::optional<Look>, Triangles> byLook;
     VisitNested(geo, [&](const NestedRecord& record) {
-        std::optional<SceneLook> look;
+        std::optional<Look> look;
         if (record.coloured != nullptr) look = LookOf(*record.coloured, L"");
-        ShapeSurface& surface = byLook[look];
-        surface.look = look;
-        SurfaceFiller filler(surface, record.toOutermost, limits);
+        SurfaceFiller filler(byLook[look], record.toOutermost, limits);
         AddRecord(*record.geo, filler);
     });
-    std::vector<ShapeSurface> surfaces;
-    for (auto& [look, surface] : byLook) surfaces.push_back(std::move(surface));
+    std::vector<Triangles> surfaces;
+    for (auto& [look, surface] : byLook) {
+        DropUndrawable(surface);
+        if (surface.triangles.empty()) continue;
+        surface.look = look;
+        surfaces.push_back(std::move(surface));
+    }
     return surfaces;
 }
 
-SceneLook LookOf(const SZVLGZvgDisplayAttr& attr, const std::wstring& otherName) {
-    const bool named = (attr.flags & styleNameFlag) != 0 && !attr.styleName.empty();
-    return {named ? attr.styleName : otherName, {attr.red, attr.green, attr.blue, attr.alpha}};
+Look OwnLook(const SZVLGZvgComp& comp) {
+    for (const SZVLGZvgDisplayAttr* attr :
+         {&comp.compAttr, &comp.classLevel4Attr, &comp.classLevel2bAttr}) {
+        if (HasColour(*attr)) return LookOf(*attr, comp.classLevel4Name);
+    }
+    return {};
 }
 
 }  // namespace ZVSmartModel

@@ -2,21 +2,23 @@
 
 #include <vector>
 
+#include "ZVSmartModel/Body.h"
+#include "ZVSmartZvg/Comp.h"
 #include "ZVSmartZvg/Geo.h"
 #include "model/element/Budget.h"
-#include "model/scene/SceneBuilder.h"
 
 namespace ZVSmartModel {
 
 /// The surfaces of a record and of all that is nested in it, one per look: shells, visual shells,
 /// poly face meshes, meshes and the triangles of render meshes, in the record's coordinates. What
-/// is nested takes the colour of the innermost display attributes around it. Faces whose indices
-/// lead nowhere are left out, so untrusted records are safe; what cutting polygons takes is
+/// is nested takes the colour of the innermost display attributes around it; what is mirrored there
+/// turns round, so that outside stays outside. What cannot be drawn
+/// is left out (see DropUndrawable), so untrusted records are safe; what cutting polygons takes is
 /// charged.
-std::vector<ShapeSurface> SurfacesOf(const ZVSmartZvg::SZVLGZvgGeo& geo, Budget& limits);
+std::vector<Triangles> SurfacesOf(const ZVSmartZvg::SZVLGZvgGeo& geo, Budget& limits);
 
-/// What display attributes make of a surface; they hold a colour. `otherName` is its name where
-/// they have none.
-SceneLook LookOf(const ZVSmartZvg::SZVLGZvgDisplayAttr& attr, const std::wstring& otherName);
+/// The look of what a component places without one: of its own display attributes, else of its
+/// class's; the default where none holds a colour.
+Look OwnLook(const ZVSmartZvg::SZVLGZvgComp& comp);
 
 }  // namespace ZVSmartModel

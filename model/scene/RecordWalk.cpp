@@ -8,7 +8,6 @@ using namespace ZVSmartZvg;
 
 namespace {
 
-constexpr u16 colourFlag = 0x10;
 constexpr int longestChain = 16;
 constexpr std::size_t nothing = static_cast<std::size_t>(-1);
 
@@ -59,7 +58,7 @@ class PlacedNames {
 }  // namespace
 
 bool HasColour(const SZVLGZvgDisplayAttr& attr) {
-    return (attr.flags & colourFlag) != 0;
+    return (attr.flags & DisplayAttrFlag::colour) != 0;
 }
 
 void VisitNested(const SZVLGZvgGeo& outermost,

@@ -50,13 +50,4 @@ std::array<double, 3> Corner(const SceneBox& box, unsigned int number) {
             (number & 4U) != 0 ? box.high[2] : box.low[2]};
 }
 
-std::array<double, 3> Placed(const Transform& placement, const std::array<double, 3>& point) {
-    std::array<double, 3> result;
-    for (std::size_t row = 0; row < 3; ++row) {
-        const double* const r = placement.data() + row * 4;
-        result[row] = r[0] * point[0] + r[1] * point[1] + r[2] * point[2] + r[3];
-    }
-    return result;
-}
-
 }  // namespace ZVSmartModel

@@ -1,26 +1,18 @@
 #pragma once
 
 #include <array>
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "ZVSmartModel/Values.h"
+#include "ZVSmartModel/Body.h"
+#include "model/scene/PointMath.h"
 
 namespace ZVSmartModel {
 
 // A model as it is shown: triangles, what they look like, and where they are. Lengths are those
 // of the model, Z is up.
-
-/// How a surface looks.
-struct SceneLook {
-    std::wstring name;  ///< may be empty
-    Rgba colour;
-
-    friend std::strong_ordering operator<=>(const SceneLook&, const SceneLook&) = default;
-};
 
 /// Triangles, counter-clockwise as seen from outside where the model is right. All numbers are
 /// finite and all indices lead to points.
@@ -50,7 +42,7 @@ struct SceneComponent {
 };
 
 struct Scene {
-    std::vector<SceneLook> looks;
+    std::vector<Look> looks;
     std::vector<SceneSurface> surfaces;
     std::vector<SceneMesh> meshes;
     std::vector<SceneComponent> components;
@@ -72,8 +64,5 @@ SceneBox BoxOf(const Scene& scene, const SceneMesh& mesh);
 
 /// A corner of a box, `number` 0 to 7.
 std::array<double, 3> Corner(const SceneBox& box, unsigned int number);
-
-/// Where `placement` puts a point.
-std::array<double, 3> Placed(const Transform& placement, const std::array<double, 3>& point);
 
 }  // namespace ZVSmartModel

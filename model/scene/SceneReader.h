@@ -8,21 +8,20 @@
 
 #include "ZVSmartZvg/Comp.h"
 #include "model/element/OpenedBlock.h"
-#include "model/scene/RecordWalk.h"
 #include "model/scene/SceneBuilder.h"
 #include "model/scene/StoredGeos.h"
+#include "model/scene/StoredShapes.h"
 
 namespace ZVSmartModel {
 
-/// Reads the bodies of a block file's components into a scene. Each stored geometry is read once,
-/// whatever names lead to it. Untrusted files are safe: walks end (see WalkPlacements), and what is
-/// kept is charged to the block's budget.
+/// Reads the bodies of a block file's components into a scene. Untrusted files are safe: see
+/// StoredShapes.
 class SceneReader {
   public:
     /// `block` is borrowed. With `salvage` a geometry that cannot be decoded is left out; `block`
     /// remembers it.
     explicit SceneReader(OpenedBlock& block, bool salvage = false)
-        : block(block), geos(block), salvage(salvage) {}
+        : block(block), geos(block), shapes(block, geos, {false, salvage}) {}
 
     /// Adds a component with its body; components are numbered in the order in which they come.
     /// Throws Error Damaged for a geometry that cannot be decoded, and for more placements
@@ -30,33 +29,22 @@ class SceneReader {
     void Add(const ZVSmartZvg::SZVLGZvgComp& comp);
 
     /// The number of different names that led to no stored geometry.
-    std::size_t MissingGeometries() const { return missing; }
+    std::size_t MissingGeometries() const { return shapes.MissingGeometries(); }
 
     Scene Take() { return builder.Take(); }
 
   private:
-    /// What is read of one stored geometry.
-    struct Stored {
-        std::optional<std::size_t> shape;
-        NamedPlacements placements;
-    };
-
-    /// A name that components use; what it leads to is null where the file does not hold it.
-    struct Named {
-        const Stored* stored = nullptr;
-        std::optional<std::size_t> shape;  ///< bears the name
-    };
-
-    const Named& Find(const std::wstring& name);
-    Stored Read(const std::wstring& name, std::uint64_t place);
+    std::optional<std::size_t> ShapeOf(const std::wstring& name, StoredShape& stored);
 
     OpenedBlock& block;
     StoredGeos geos;
-    bool salvage;
+    StoredShapes shapes;
     SceneBuilder builder;
-    std::unordered_map<std::uint64_t, Stored> storedByPlace;
-    std::unordered_map<std::wstring, Named> names;
-    std::size_t missing = 0;
+    /// The builder's numbers; none where there is nothing to show.
+    /// @{
+    std::unordered_map<std::uint64_t, std::optional<std::size_t>> byPlace;
+    std::unordered_map<std::wstring, std::optional<std::size_t>> byName;
+    /// @}
 };
 
 }  // namespace ZVSmartModel

@@ -20,6 +20,11 @@ struct Look {
     friend bool operator==(const Look& a, const Look& b) {
         return a.name == b.name && a.colour == b.colour;
     }
+    friend bool operator!=(const Look& a, const Look& b) { return !(a == b); }
+    /// By name, then colour.
+    friend bool operator<(const Look& a, const Look& b) {
+        return a.name != b.name ? a.name < b.name : a.colour < b.colour;
+    }
 };
 
 /// Triangles that look the same, counter-clockwise as seen from outside where the model is right.
@@ -58,7 +63,9 @@ struct BodyOptions {
     Normals normals = Normals::None;
     double creaseAngle = 0.5236;  ///< radians (30 degrees), for Normals::Smooth
     bool curves = false;          ///< the curves as well
-    double chordError = 0.001;    ///< metres that chords of arcs and circles may be off
+    /// How far chords of arcs and circles may be off, in metres where the body lies, or in those of
+    /// the shape for shapes. A full circle has 24 to 4096 chords.
+    double chordError = 0.001;
 };
 
 /// What can be measured of a body.
@@ -69,12 +76,16 @@ struct Measures {
     bool closed = false;  ///< whether every edge of every surface has its other side
 };
 
-/// Measures a body by its triangles: the volume as the sum of the tetrahedra from a point near the
-/// body, points of one place counted as one for closedness.
+/// Measures a body by its triangles: the volume as the sum of the tetrahedra from a corner of the
+/// box, so that it is right far from the origin too. For closedness, points that agree to the
+/// micrometre are one. Triangles whose indices lead nowhere do not count.
 ZVSM_API Measures Measure(const Body& body);
 
-/// The body of an element, in the model's coordinates. Empty where it has none. Throws Error:
-/// NotFound for a place that is not in the file, Damaged for geometry that cannot be read.
+/// The body of an element, in the model's coordinates; what is placed mirrored turns round, so that
+/// outside stays outside. Empty where it has none, or its names lead to no geometry in the file.
+/// The file keeps a few MiB of what was read, so that asking for all elements one by one costs
+/// about what reading them once does. Throws Error: NotFound for a place that is not in the file,
+/// Damaged for what cannot be read, Usage for a chord error that is not above 0.
 ZVSM_API Body ReadBody(const BlockFile& file, ElementIndex index, const BodyOptions& options = {});
 
 /// A body that stands once, however often it is placed, in its own coordinates.
@@ -100,7 +111,8 @@ struct Shapes {
 };
 
 /// The shapes of all selected elements and their placements. Geometry that cannot be read is left
-/// out and remembered by the file. Throws Error, Cancelled; and Damaged above 4,000,000 placements.
+/// out and remembered by the file, which `progress` must not ask. Throws Error: Cancelled, Damaged
+/// above 4,000,000 placements, Usage as above, and NotFound for a floor that is not there.
 ZVSM_API Shapes ReadShapes(const BlockFile& file, const Selection& selection = {},
                            const BodyOptions& options = {}, const Progress& progress = {});
 

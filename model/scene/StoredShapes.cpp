@@ -1,0 +1,78 @@
+#include "model/scene/StoredShapes.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "model/element/RecordBytes.h"
+#include "model/scene/RecordSurfaces.h"
+
+namespace ZVSmartModel {
+
+using namespace ZVSmartZvg;
+
+void StoredShapes::Visit(const SZVLGZvgComp& comp, const Use& use) {
+    StoredShape* shape = nullptr;  // the last that was asked for
+    const auto placedBy = [&](const std::wstring& name) {
+        shape = Find(name);
+        return shape != nullptr ? &shape->placements : nullptr;
+    };
+    const auto place = [&](const std::wstring& name, const CZVIMTransf& toModel) {
+        use(name, *shape, toModel);
+    };
+    WalkPlacements(comp, block.Limits(), placedBy, place);
+}
+
+StoredShape* StoredShapes::Find(const std::wstring& name) {
+    const std::optional<u64> place = geos.Find(name);
+    if (!place) {
+        if (missing.insert(name).second) block.Limits().Memory(100 + name.size() * sizeof(wchar_t));
+        return nullptr;
+    }
+    auto known = byPlace.find(*place);
+    if (known == byPlace.end()) {
+        known = byPlace.emplace(*place, Read(*place)).first;
+        keptBytes += known->second.bytes;
+    }
+    known->second.lastUse = ++uses;
+    return &known->second.shape;
+}
+
+StoredShapes::Kept StoredShapes::Read(u64 place) {
+    Budget& limits = block.Limits();
+    Kept kept;
+    kept.shape.place = place;
+    kept.bytes = sizeof kept;
+    SZVLGZvgGeo geo;
+    try {
+        geos.Read(place, geo);
+    } catch (const BudgetUsedUp&) {
+        throw;
+    } catch (const Error& error) {
+        if (!wants.salvage || error.GetStatus() != Status::Damaged) throw;
+        return kept;
+    }
+    kept.bytes += BytesOf(geo);  // about what stays of it
+    limits.Memory(kept.bytes);
+    kept.shape.surfaces = SurfacesOf(geo, limits);
+    if (wants.curves) kept.shape.curves = CurvesOf(geo);
+    kept.shape.placements = PlacementsIn(geo);
+    return kept;
+}
+
+void StoredShapes::Trim(u64 mostBytes) {
+    missing.clear();
+    if (keptBytes <= mostBytes) return;
+    std::vector<std::pair<u64, u64>> byUse;  // and place
+    byUse.reserve(byPlace.size());
+    for (const auto& [place, kept] : byPlace) byUse.emplace_back(kept.lastUse, place);
+    std::sort(byUse.begin(), byUse.end());
+    for (const auto& [lastUse, place] : byUse) {
+        if (keptBytes <= mostBytes / 2) return;
+        const auto oldest = byPlace.find(place);
+        keptBytes -= oldest->second.bytes;
+        byPlace.erase(oldest);
+    }
+}
+
+}  // namespace ZVSmartModel
