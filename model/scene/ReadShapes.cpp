@@ -1,0 +1,121 @@
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+#include "ZVSmartModel/Body.h"
+#include "model/element/BlockFileImp.h"
+#include "model/element/Chosen.h"
+#include "model/element/Utf8.h"
+#include "model/scene/BodyReader.h"
+#include "model/scene/Normals.h"
+#include "model/scene/PointMath.h"
+#include "model/scene/RecordSurfaces.h"
+#include "model/scene/SceneBuilder.h"
+
+namespace ZVSmartModel {
+
+using namespace ZVSmartZvg;
+
+namespace {
+
+/// Gathers shapes as they are met and their placements.
+class ShapesMaker {
+  public:
+    ShapesMaker(OpenedBlock& block, StoredGeos& geos, const BodyOptions& options)
+        : block(block), stored(block, geos, {options.curves, true}), options(options) {}
+
+    void Add(ElementIndex element, const SZVLGZvgComp& comp) {
+        const Look ownLook = OwnLook(comp);
+        stored.Visit(
+            comp, [&](const std::wstring& name, StoredShape& shape, const CZVIMTransf& toModel) {
+                const std::optional<std::uint32_t> number = NumberOf(name, shape);
+                const Transform toWorld = TransformOf(toModel);
+                if (!number || !IsNear(toWorld)) return;
+                if (shapes.placements.size() == SceneBuilder::mostPlacements) {
+                    throw block.ErrorAbout(Status::Damaged, SceneBuilder::TooManyPlacements());
+                }
+                block.Limits().Memory(2 * sizeof(Placement) + ownLook.name.size());
+                shapes.placements.push_back({element, *number, ownLook, toWorld});
+            });
+    }
+
+    Shapes Take() {
+        shapes.missing = stored.MissingGeometries();
+        return std::move(shapes);
+    }
+
+  private:
+    /// None where there is nothing to draw.
+    std::optional<std::uint32_t> NumberOf(const std::wstring& name, StoredShape& shape) {
+        const auto [known, isNew] = numbers.try_emplace(shape.place);
+        if (!isNew || (shape.surfaces.empty() && shape.curves.empty())) return known->second;
+        Shape& added = shapes.shapes.emplace_back();
+        added.key = ToUtf8(name);
+        added.surfaces = std::move(shape.surfaces);
+        for (Triangles& surface : added.surfaces) AddNormals(surface, options, block.Limits());
+        for (const RecordCurve& curve : shape.curves) {
+            added.curves.push_back(
+                PlacedCurve(curve, identityTransform, options.chordError, block.Limits()));
+        }
+        shape.curves = {};
+        known->second = static_cast<std::uint32_t>(shapes.shapes.size() - 1);
+        return known->second;
+    }
+
+    OpenedBlock& block;
+    StoredShapes stored;
+    const BodyOptions& options;
+    Shapes shapes;
+    std::unordered_map<std::uint64_t, std::optional<std::uint32_t>> numbers;  ///< by place
+};
+
+/// Tells every hundredth element; throws Error Cancelled where the caller says so.
+class Told {
+  public:
+    Told(const Progress& progress, std::size_t total) : progress(progress), total(total) {}
+
+    void Next() {
+        constexpr std::size_t step = 100;
+        if (!progress || done++ % step != 0) return;
+        const double fraction = static_cast<double>(done - 1) / static_cast<double>(total);
+        if (!progress("reading bodies", fraction)) {
+            throw Error(Status::Cancelled, "cancelled while bodies were read");
+        }
+    }
+
+  private:
+    const Progress& progress;
+    std::size_t total;
+    std::size_t done = 0;
+};
+
+}  // namespace
+
+Shapes ReadShapes(const BlockFile& file, const Selection& selection, const BodyOptions& options,
+                  const Progress& progress) {
+    BodyReader::Check(options);
+    const Chosen chosen(selection);
+    BlockFile::Imp& imp = file.Internals();
+    return imp.Ask([&](OpenedBlock& block) {
+        ShapesMaker maker(block, BodyReader::Of(imp, block).Geos(), options);
+        const auto [first, end] = block.FindFloors(selection.floor);
+        std::size_t total = 0;
+        for (unsigned int floor = first; floor < end; ++floor) {
+            if (chosen.MayHold(floor)) total += block.FloorCompNum(floor);
+        }
+        Told told(progress, total);
+        for (unsigned int floor = first; floor < end; ++floor) {
+            if (!chosen.MayHold(floor)) continue;
+            block.ForEachComp(floor, [&](const SZVLGCompIndex& place, const SZVLGZvgComp& comp) {
+                told.Next();
+                const ElementIndex index = {place.floorIndex, place.compIndex};
+                if (chosen.Holds(index, comp)) maker.Add(index, comp);
+            });
+        }
+        block.ThrowIfCutShort();
+        return maker.Take();
+    });
+}
+
+}  // namespace ZVSmartModel
