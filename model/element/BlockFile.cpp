@@ -41,6 +41,13 @@ BlockFile::Imp::Imp(std::vector<std::uint8_t> given, const OpenOptions& options)
       limits(options.unlimited),
       block(OpenedFile(*memory, "block file"), limits) {}
 
+BlockFile BlockFile::Imp::Open(OpenedFile file, const OpenOptions& options,
+                               const std::string& liftedBy) {
+    return BlockFile(std::make_unique<Imp>(std::move(file), options, liftedBy));
+}
+
+BlockFile::BlockFile(std::unique_ptr<Imp> imp) : imp(std::move(imp)) {}
+
 BlockFile::BlockFile(const std::string& path, const OpenOptions& options)
     : imp(std::make_unique<Imp>(OpenedFile(OpenInput(path), path), options)) {}
 
@@ -114,10 +121,13 @@ Picture BlockFile::Preview() const {
     return imp->Ask([](OpenedBlock& block) {
         const std::optional<SZVLGZvgGeoImage> image = block.ReadPreview();
         Picture picture;
-        if (!image || image->pixels == nullptr) return picture;
+        if (!image) {
+            block.ThrowIfDamaged();
+            return picture;
+        }
         // The file counts bytes in 32 bits, so the sides of a hostile one may promise more.
         const u64 bytes = u64{image->width} * image->height * 4;
-        if (bytes != image->PixelBytes()) {
+        if (image->pixels == nullptr || bytes == 0 || bytes != image->PixelBytes()) {
             throw block.ErrorAbout(Status::Damaged, "the preview image has no pixels");
         }
         picture.width = image->width;

@@ -17,16 +17,28 @@ class BodyReader;
 /// What a block file holds open: one reader, which one thread at a time asks.
 class BlockFile::Imp {
   public:
-    Imp(OpenedFile file, const OpenOptions& options)
-        : limits(options.unlimited), block(std::move(file), limits) {}
+    /// `liftedBy` tells a person how to lift the limits: see Budget.
+    Imp(OpenedFile file, const OpenOptions& options, const std::string& liftedBy = "")
+        : limits(options.unlimited, liftedBy), block(std::move(file), limits) {}
     /// Of a file in memory; `bytes` goes with this object.
     Imp(std::vector<std::uint8_t> bytes, const OpenOptions& options);
 
+    /// A block file of what is open.
+    static BlockFile Open(OpenedFile file, const OpenOptions& options, const std::string& liftedBy);
+
     /// Does `act(block)` alone, within a budget of its own. Lack of memory becomes an Error.
     template <class Act>
-    auto Ask(Act act) try {
+    auto Ask(Act act) {
+        return GoOn([&act](OpenedBlock& itself) {
+            itself.Renew();
+            return act(itself);
+        });
+    }
+
+    /// The same within what is left of the last budget, for a call that lets others ask meanwhile.
+    template <class Act>
+    auto GoOn(Act act) try {
         const std::lock_guard<std::mutex> alone(mutex);
-        block.Renew();
         return act(block);
     } catch (const Error&) {
         throw;

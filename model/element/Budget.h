@@ -63,6 +63,9 @@ class Budget {
     /// The processor time that this thread has taken, in steps.
     static std::uint64_t ProcessorSteps();
 
+    /// What lifts the limits, as it was given.
+    const std::string& LiftedBy() const { return liftedBy; }
+
     /// Throws as if more memory had been asked for than there is.
     [[noreturn]] void EndMemory();
 

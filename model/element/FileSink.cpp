@@ -4,6 +4,8 @@
 
 #include <cerrno>
 
+#include "ZVSmartModel/Error.h"
+
 namespace ZVSmartModel {
 
 using ZVSmartFormat::u64;
@@ -51,6 +53,11 @@ bool FileSink::Close() {
 
 void FileSink::NoteFailure() {
     if (failure == 0) failure = errno != 0 ? errno : EIO;
+}
+
+void WriteWhole(ZVSmartFormat::CZVFTOutStream& out, std::string_view text) {
+    if (out.Write(text.data(), text.size()) == text.size()) return;
+    throw Error(Status::InputOutput, "not all could be written");
 }
 
 }  // namespace ZVSmartModel

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdio>
+#include <string_view>
 
 #include "ZVSmartFormat/Stream.h"
 
@@ -31,5 +32,8 @@ class FileSink : public ZVSmartFormat::CZVFTOutStream {
     std::FILE* file = nullptr;
     int failure = 0;
 };
+
+/// Writes all of `text`. Throws Error InputOutput where `out` takes less.
+void WriteWhole(ZVSmartFormat::CZVFTOutStream& out, std::string_view text);
 
 }  // namespace ZVSmartModel

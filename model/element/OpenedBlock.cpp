@@ -17,8 +17,6 @@ using ZVSmartZvg::EZVLGMiss;
 
 namespace {
 
-constexpr std::size_t mostDamages = 1000;  // that are told apart
-
 Damage DamageOf(const ZVSmartZvg::SZVLGBlockFinding& finding) {
     return {finding.position, finding.reason};
 }
@@ -37,6 +35,11 @@ void PassOnLackOfMemory(const CZVFTStreamException& exception) {
 void OpenedFile::ThrowIfUnread() const {
     if (!file || file->Failure() == 0) return;
     throw Error(Status::InputOutput, path + ": " + std::strerror(file->Failure()), path);
+}
+
+void OpenedFile::ThrowUnread() const {
+    ThrowIfUnread();
+    throw Error(Status::InputOutput, path + ": became shorter while it was read", path);
 }
 
 OpenedBlock::OpenedBlock(OpenedFile opened, Budget& limits)
@@ -59,7 +62,7 @@ OpenedBlock::OpenedBlock(OpenedFile opened, Budget& limits)
     if (damage) RememberDamage(*damage);
     ZVSmartZvg::SZVLGBlockFinding misfit;
     if (reader.GetStructureFinding(misfit)) RememberDamage(DamageOf(misfit));
-    knowsOnlyMisfit = true;
+    metAtOpening = metNow;
 }
 
 void OpenedBlock::ThrowForeign(const std::string& reason) {
@@ -86,10 +89,7 @@ bool OpenedBlock::Ask(Query query) {
 std::optional<Damage> OpenedBlock::LastDamage() {
     ZVSmartZvg::SZVLGBlockFinding finding;
     const EZVLGMiss miss = reader.GetLastMiss(finding);
-    if (miss == EZVLGMiss::Unread) {
-        file.ThrowIfUnread();
-        throw ErrorAbout(Status::InputOutput, "became shorter while it was read");
-    }
+    if (miss == EZVLGMiss::Unread) file.ThrowUnread();
     if (miss == EZVLGMiss::TooLarge) limits.EndMemory();
     if (miss != EZVLGMiss::Damaged) return std::nullopt;
     return DamageOf(finding);
@@ -235,14 +235,22 @@ void OpenedBlock::ThrowIfCutShort() const {
     if (!leftOut.empty()) throw ErrorAbout(Status::Damaged, leftOut);
 }
 
+/// What a query meets says more than what does not fit together in the file.
+std::optional<Error> OpenedBlock::Verdict() const {
+    if (!leftOut.empty()) return ErrorAbout(Status::Damaged, leftOut);
+    const std::vector<Damage>& met = metNow.All();
+    if (met.empty()) return std::nullopt;
+    const Damage& first = met[HasMetDamage() ? metAtOpening.All().size() : 0];
+    std::string text = "damaged: " + DamageText(first);
+    if (met.size() > 1) {
+        const std::string most = met.size() == DamageList::most ? "at least " : "";
+        text += " (and " + most + std::to_string(met.size() - 1) + " more)";
+    }
+    return ErrorAbout(Status::Damaged, text, first.position);
+}
+
 void OpenedBlock::ThrowIfDamaged() const {
-    ThrowIfCutShort();
-    if (damages.empty()) return;
-    const std::string most = damages.size() == mostDamages ? "at least " : "";
-    const std::string others = " (and " + most + std::to_string(damages.size() - 1) + " more)";
-    throw ErrorAbout(Status::Damaged,
-                     "damaged: " + DamageText(firstDamage) + (damages.size() > 1 ? others : ""),
-                     firstDamage.position);
+    if (const std::optional<Error> verdict = Verdict()) throw Error(*verdict);
 }
 
 Error OpenedBlock::ErrorAbout(Status status, const std::string& reason,
@@ -250,21 +258,16 @@ Error OpenedBlock::ErrorAbout(Status status, const std::string& reason,
     return Error(status, Path() + ": " + reason, Path(), position);
 }
 
-/// The same damage may be met again and again. What a query meets says more than what does not
-/// fit together in the file.
 void OpenedBlock::RememberDamage(const Damage& damage) {
-    if (damages.size() == mostDamages) return;
-    if (!known.emplace(damage.position, damage.reason).second) return;
-    damages.push_back(damage);
-    if (damages.size() > 1 && !knowsOnlyMisfit) return;
-    firstDamage = damage;
-    knowsOnlyMisfit = false;
+    damages.Add(damage);
+    metNow.Add(damage);
 }
 
 void OpenedBlock::Renew() {
     limits.Renew();
     limits.AddFile(file.Path(), FileBytes());
     leftOut.clear();
+    metNow = metAtOpening;
 }
 
 void OpenedBlock::LeaveOut(const std::string& what, const BudgetUsedUp& end) {

@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -13,6 +12,7 @@
 #include "ZVSmartModel/Error.h"
 #include "ZVSmartZvg/BlockReader.h"
 #include "model/element/Budget.h"
+#include "model/element/DamageList.h"
 #include "model/element/InputStream.h"
 
 namespace ZVSmartModel {
@@ -35,6 +35,8 @@ class OpenedFile {
 
     /// Throws Error InputOutput where a read has failed: nothing that was found is true then.
     void ThrowIfUnread() const;
+    /// The same for bytes that are known not to have come, whatever the reason.
+    [[noreturn]] void ThrowUnread() const;
 
   private:
     std::string path;
@@ -125,10 +127,11 @@ class OpenedBlock {
     /// The bytes that all blocks take when decoded.
     unsigned int DecodedBytes();
 
-    /// The different damages that were remembered, as far as they are told apart.
-    const std::vector<Damage>& Damages() const { return damages; }
+    /// The different damages that were ever remembered, as far as they are told apart.
+    const std::vector<Damage>& Damages() const { return damages.All(); }
 
-    /// Gives the next query the budget of a first one.
+    /// Gives the next query the budget of a first one, and forgets for what follows below what
+    /// former ones met.
     void Renew();
 
     /// Hands every identification and where it leads to `use(identification, index)`.
@@ -144,9 +147,13 @@ class OpenedBlock {
         }
     }
 
+    /// Whether the query met damage; what opening the file met does not count.
+    bool HasMetDamage() const { return metNow.All().size() > metAtOpening.All().size(); }
     /// Throws Error Damaged where the budget was used up.
     void ThrowIfCutShort() const;
-    /// Throws Error Damaged for what was remembered, if anything was.
+    /// What was remembered, as an Error, Damaged; none where nothing was.
+    std::optional<Error> Verdict() const;
+    /// Throws the same.
     void ThrowIfDamaged() const;
 
     /// An Error about this file.
@@ -169,11 +176,9 @@ class OpenedBlock {
     Budget& limits;
     ZVSmartZvg::CZVLGBlockReader reader;
     std::vector<unsigned int> keptGeoBlocks;  ///< by the reader, about; the last used first
-    Damage firstDamage, latestDamage;
+    Damage latestDamage;
     std::string leftOut;  ///< what, and why; empty while the budget lasts
-    bool knowsOnlyMisfit = false;
-    std::vector<Damage> damages;
-    std::set<std::pair<std::uint64_t, std::string>> known;  ///< the same
+    DamageList damages, metAtOpening, metNow;
 };
 
 /// `text` as a number that is written in digits alone and fits 32 bits.

@@ -10,7 +10,6 @@ namespace ZVSmartModel {
 using namespace ZVSmartZvg;
 
 ElementNames::ElementNames(OpenedBlock& block) {
-    const std::size_t damagesBefore = block.Damages().size();
     const unsigned int floors = block.Reader().GetFloorNum();
     Budget& limits = block.Limits();
     const auto note = [&limits](Table& table, const std::string& key, ElementIndex index) {
@@ -28,7 +27,11 @@ ElementNames::ElementNames(OpenedBlock& block) {
         });
     }
     block.ThrowIfCutShort();
-    isWhole = block.Damages().size() == damagesBefore;
+    if (block.HasMetDamage()) damage = block.Verdict();
+}
+
+void ElementNames::ThrowIfPartial() const {
+    if (damage) throw Error(*damage);
 }
 
 const ElementNames::Places& ElementNames::Find(const Table& table, const std::string& key) {
@@ -45,9 +48,8 @@ const ElementNames& NamesOf(BlockFile::Imp& imp, OpenedBlock& block) {
 }
 
 /// Who is not found may be among those that cannot be read.
-const ElementNames::Places& Told(const ElementNames& names, const ElementNames::Places& found,
-                                 const OpenedBlock& block) {
-    if (found.empty() && !names.IsWhole()) block.ThrowIfDamaged();
+const ElementNames::Places& Told(const ElementNames& names, const ElementNames::Places& found) {
+    if (found.empty()) names.ThrowIfPartial();
     return found;
 }
 
@@ -56,7 +58,7 @@ const ElementNames::Places& Told(const ElementNames& names, const ElementNames::
 std::optional<ElementIndex> BlockFile::FindGuid(const std::string& guid) const {
     return imp->Ask([&](OpenedBlock& block) -> std::optional<ElementIndex> {
         const ElementNames& names = NamesOf(*imp, block);
-        const ElementNames::Places& found = Told(names, names.OfGuid(guid), block);
+        const ElementNames::Places& found = Told(names, names.OfGuid(guid));
         if (found.empty()) return std::nullopt;
         return found.front();
     });
@@ -65,14 +67,14 @@ std::optional<ElementIndex> BlockFile::FindGuid(const std::string& guid) const {
 std::vector<ElementIndex> BlockFile::FindName(const std::string& name) const {
     return imp->Ask([&](OpenedBlock& block) {
         const ElementNames& names = NamesOf(*imp, block);
-        return Told(names, names.OfName(name), block);
+        return Told(names, names.OfName(name));
     });
 }
 
 std::vector<ElementIndex> BlockFile::PartsOf(const std::string& guid) const {
     return imp->Ask([&](OpenedBlock& block) {
         const ElementNames& names = NamesOf(*imp, block);
-        return Told(names, names.OfParent(guid), block);
+        return Told(names, names.OfParent(guid));
     });
 }
 

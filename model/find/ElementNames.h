@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -24,8 +25,8 @@ class ElementNames {
     const Places& OfParent(const std::string& guid) const { return Find(byParent, guid); }
     /// @}
 
-    /// Whether every component could be read.
-    bool IsWhole() const { return isWhole; }
+    /// Throws Error, Damaged, where not every component could be read.
+    void ThrowIfPartial() const;
 
   private:
     using Table = std::unordered_map<std::string, Places>;
@@ -33,7 +34,7 @@ class ElementNames {
     static const Places& Find(const Table& table, const std::string& key);
 
     Table byGuid, byName, byParent;
-    bool isWhole = true;
+    std::optional<Error> damage;  ///< what kept components back
 };
 
 }  // namespace ZVSmartModel

@@ -91,7 +91,8 @@ class ZVSM_API BlockFile {
     std::size_t ElementCount() const;
     /// All classes with their elements, by name. Decodes the file's elements once.
     std::vector<ClassCount> Classes() const;
-    /// The picture that the file shows; 0 × 0 where it holds none.
+    /// The picture that the file shows; 0 × 0 where it holds none. Throws Error, Damaged, where
+    /// there may be one that cannot be read.
     Picture Preview() const;
 
     /// Reads an element. Throws Error, NotFound, where the file has no such place.
@@ -119,6 +120,8 @@ class ZVSM_API BlockFile {
     Imp& Internals() const { return *imp; }
 
   private:
+    explicit BlockFile(std::unique_ptr<Imp> imp);
+
     std::unique_ptr<Imp> imp;
 };
 

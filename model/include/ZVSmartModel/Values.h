@@ -56,7 +56,9 @@ struct Picture {
 };
 
 /// Told the work under way and how much of it is done, 0 to 1, or below 0 where nobody knows. It
-/// answers whether to go on: false ends the call with Error, Status::Cancelled.
+/// answers whether to go on: false ends the call with Error, Status::Cancelled. It is called by the
+/// thread that made the call, a few times a second, and may not ask the file that the call is
+/// about.
 using Progress = std::function<bool(const std::string& work, double fraction)>;
 
 }  // namespace ZVSmartModel

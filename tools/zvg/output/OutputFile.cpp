@@ -75,7 +75,12 @@ bool OutputFile::Replaces() const {
 
 void OutputFile::Fill(const std::function<void(ZVSmartFormat::CZVFTOutStream&)>& write) const {
     FileSink sink(dup(Descriptor()));
-    write(sink);
+    try {
+        write(sink);
+    } catch (const Error&) {
+        if (sink.Failure() != 0) Fail(std::strerror(sink.Failure()));
+        throw;
+    }
     if (!sink.Close()) Fail(std::strerror(sink.Failure()));
 }
 

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include "model/element/BlockFileImp.h"
 #include "model/element/InputSource.h"
 
 namespace ZVSmartModel::Tool {
@@ -23,9 +24,17 @@ const InputStream& ReadStandardInput() {
 
 }  // namespace
 
+std::string InputName(const std::string& path) {
+    return path == "-" ? standardInput : path;
+}
+
 OpenedFile OpenNamed(const std::string& path) {
     if (path != "-") return OpenedFile(OpenInput(path), path);
     return OpenedFile(ReadStandardInput().Again(), standardInput);
+}
+
+BlockFile OpenBlockFile(const std::string& path, const CommonOptions& common) {
+    return BlockFile::Imp::Open(OpenNamed(path), {common.noLimit}, "--no-limit");
 }
 
 }  // namespace ZVSmartModel::Tool
