@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "ZVSmartZvg/BlockVerifier.h"
+#include "ZVSmartModel/Verify.h"
 #include "model/element/OpenedBlock.h"
 #include "model/element/Utf8.h"
 #include "tools/zvg/commands/Commands.h"
@@ -17,45 +17,22 @@
 
 namespace ZVSmartModel::Tool {
 
-using namespace ZVSmartZvg;
-
 namespace {
 
-/// Shows how far a stream has been read.
-class WatchedStream : public ZVSmartFormat::CZVFTInStream {
-  public:
-    WatchedStream(ZVSmartFormat::CZVFTInStream& stream, bool quiet)
-        : stream(stream), progress(quiet), size(stream.GetSize()) {}
-
-    bool Read(void* buffer, u64* count) override {
-        const bool good = stream.Read(buffer, count);
-        progress.Show("verifying", static_cast<double>(stream.GetPos()), static_cast<double>(size),
-                      "MB");
-        return good;
-    }
-    u64 GetPos() override { return stream.GetPos(); }
-    int Seek(u64 pos) override { return stream.Seek(pos); }
-    u64 GetSize() override { return size; }
-
-  private:
-    ZVSmartFormat::CZVFTInStream& stream;
-    Progress progress;
-    u64 size;
-};
-
-std::vector<SZVLGBlockFinding> FindFaults(OpenedFile& file, bool quiet) {
-    WatchedStream stream(file.Stream(), quiet);
-    std::vector<SZVLGBlockFinding> findings;
-    bool good = false;
+/// Throws Error InputOutput that names the file where it is not delivered.
+std::vector<Damage> FindFaults(OpenedFile& file, bool quiet) {
+    Progress line(quiet);
+    const auto bytes = static_cast<double>(file.Stream().GetSize());
+    const auto show = [&](const std::string& work, double fraction) {
+        line.Show(work, fraction * bytes, bytes, "MB");
+        return true;
+    };
     try {
-        good = CZVLGBlockVerifier().Verify(&stream, findings);
-    } catch (const ZVSmartFormat::CZVFTStreamException&) {
-        file.ThrowIfUnread();
+        return VerifyFile(file.Stream(), show);
+    } catch (const Error& error) {
+        if (error.GetStatus() == Status::InputOutput) file.ThrowUnread();
         throw;
     }
-    file.ThrowIfUnread();
-    if (!good && findings.empty()) findings.push_back({0, "the file does not verify"});
-    return findings;
 }
 
 Document CountsOf(OpenedFile file, bool noLimit) {
@@ -70,11 +47,11 @@ Document CountsOf(OpenedFile file, bool noLimit) {
 /// What is to be said of one file. Throws Error where it cannot be read.
 Document Verified(const std::string& path, const CommonOptions& common) {
     OpenedFile file = OpenNamed(path);
-    const std::vector<SZVLGBlockFinding> findings = FindFaults(file, common.quiet);
+    const std::vector<Damage> findings = FindFaults(file, common.quiet);
     Document document = NewDocument(path);
     document["ok"] = findings.empty();
     document["findings"] = Document::array();
-    for (const SZVLGBlockFinding& finding : findings) {
+    for (const Damage& finding : findings) {
         document["findings"].push_back(
             {{"position", finding.position}, {"reason", finding.reason}});
     }
@@ -101,8 +78,8 @@ Error Verdict(const Document& document, const std::string& path) {
     const Document& first = findings.front();
     const std::string faults =
         std::to_string(findings.size()) + (findings.size() == 1 ? " fault" : " faults");
-    return {Status::Damaged, (path == "-" ? "standard input" : path) + ": " + faults +
-                                 ", first at position " + first["position"].dump() + ": " +
+    return {Status::Damaged, InputName(path) + ": " + faults + ", first at position " +
+                                 first["position"].dump() + ": " +
                                  first["reason"].get<std::string>()};
 }
 

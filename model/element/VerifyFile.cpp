@@ -1,0 +1,73 @@
+#include "ZVSmartModel/Verify.h"
+#include "ZVSmartZvg/BlockVerifier.h"
+#include "model/element/InputSource.h"
+#include "model/element/LackOfMemory.h"
+#include "model/element/OpenedBlock.h"
+#include "model/element/ProgressPace.h"
+
+namespace ZVSmartModel {
+
+using namespace ZVSmartZvg;
+
+namespace {
+
+/// Tells how far a stream has been read, and notes where it does not deliver.
+class WatchedStream : public ZVSmartFormat::CZVFTInStream {
+  public:
+    WatchedStream(ZVSmartFormat::CZVFTInStream& stream, const Progress& progress)
+        : stream(stream), pace(progress), size(stream.GetSize()) {}
+
+    bool Read(void* buffer, u64* count) override {
+        const bool isGood = stream.Read(buffer, count);
+        hasFailed = hasFailed || !isGood;
+        pace.Tell("verifying", stream.GetPos(), size);
+        return isGood;
+    }
+    u64 GetPos() override { return stream.GetPos(); }
+    int Seek(u64 pos) override { return stream.Seek(pos); }
+    u64 GetSize() override { return size; }
+
+    bool HasFailed() const { return hasFailed; }
+
+  private:
+    ZVSmartFormat::CZVFTInStream& stream;
+    ProgressPace pace;
+    u64 size;
+    bool hasFailed = false;
+};
+
+std::vector<Damage> Faults(OpenedFile file, const Progress& progress) try {
+    WatchedStream stream(file.Stream(), progress);
+    std::vector<SZVLGBlockFinding> findings;
+    bool isSound = false;
+    try {
+        isSound = CZVLGBlockVerifier().Verify(&stream, findings);
+    } catch (const ZVSmartFormat::CZVFTStreamException& exception) {
+        if (IsOutOfMemory(exception)) throw;
+        file.ThrowUnread();
+    }
+    if (stream.HasFailed()) file.ThrowUnread();
+    std::vector<Damage> faults;
+    for (const SZVLGBlockFinding& finding : findings) {
+        faults.push_back({finding.position, finding.reason});
+    }
+    if (!isSound && faults.empty()) faults.push_back({0, "the file does not verify"});
+    return faults;
+} catch (const Error&) {
+    throw;
+} catch (const std::exception& error) {
+    if (!IsOutOfMemory(error)) throw;
+    throw Error(Status::Internal, "out of memory");
+}
+
+}  // namespace
+
+std::vector<Damage> VerifyFile(const std::string& path, const Progress& progress) {
+    return Faults(OpenedFile(OpenInput(path), path), progress);
+}
+
+std::vector<Damage> VerifyFile(ZVSmartFormat::CZVFTInStream& stream, const Progress& progress) {
+    return Faults(OpenedFile(stream, "block file"), progress);
+}
+
+}  // namespace ZVSmartModel

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ZVSmartFormat/Stream.h"
+#include "ZVSmartModel/BlockFile.h"
+#include "ZVSmartModel/Values.h"
+
+namespace ZVSmartModel {
+
+/// Checks everything in the block file at `path`: decodes all of it, and checks as well what
+/// reading tolerates, such as indices that lead nowhere and bytes behind the end. Returns what is
+/// wrong, in the order in which it was met, at most a thousand; empty for a sound file. What is no
+/// block file is damaged, too. Untrusted files are safe.
+///
+/// Throws Error: InputOutput where the file cannot be opened or the system does not deliver it,
+/// which tells nothing about the file; Internal where memory runs out; Cancelled.
+ZVSM_API std::vector<Damage> VerifyFile(const std::string& path, const Progress& progress = {});
+
+/// The same for the file that begins where `stream` stands and ends with it. `stream` is borrowed,
+/// and stands there again afterwards.
+ZVSM_API std::vector<Damage> VerifyFile(ZVSmartFormat::CZVFTInStream& stream,
+                                        const Progress& progress = {});
+
+}  // namespace ZVSmartModel
