@@ -82,12 +82,16 @@ class ComponentDrawing {
 /// Draws the components of one floor up to a number of corners.
 class FloorDrawing {
   public:
-    FloorDrawing(OpenedBlock& block, PlacedRecords& records) : block(block), records(records) {}
+    FloorDrawing(OpenedBlock& block, PlacedRecords& records,
+                 const std::function<void()>& atEachStep)
+        : block(block), records(records), atEachStep(atEachStep) {}
 
     PlanComponent Draw(const SZVLGZvgComp& comp, double elevation) {
         ComponentDrawing drawing(elevation + cutHeight);
         std::size_t charged = 0;  // corners
+        atEachStep();
         records.Visit(comp, [&](const PlacedRecord& placed) {
+            atEachStep();
             drawing.Add(placed);
             if (corners + drawing.Corners() > mostCorners) ThrowTooLarge();
             block.Limits().Memory((drawing.Corners() - charged) * bytesOfCorner);
@@ -112,16 +116,18 @@ class FloorDrawing {
 
     OpenedBlock& block;
     PlacedRecords& records;
+    const std::function<void()>& atEachStep;
     std::size_t corners = 0;
 };
 
 }  // namespace
 
-PlanFloor DrawFloor(OpenedBlock& block, PlacedRecords& records, unsigned int floor) {
+PlanFloor DrawFloor(OpenedBlock& block, PlacedRecords& records, unsigned int floor,
+                    const std::function<void()>& atEachStep) {
     PlanFloor plan;
     plan.name = ToUtf8(block.FloorName(floor));
     block.Limits().Memory(bytesOfFloor + 2 * plan.name.size());
-    FloorDrawing drawing(block, records);
+    FloorDrawing drawing(block, records, atEachStep);
     block.ForEachComp(floor, [&](const SZVLGCompIndex&, const SZVLGZvgComp& comp) {
         plan.elevation = ElevationOf(comp);  // the same for the whole floor
         PlanComponent component = drawing.Draw(comp, plan.elevation);

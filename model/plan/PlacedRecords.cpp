@@ -24,10 +24,6 @@ void PlacedRecords::Visit(const SZVLGZvgComp& comp, const Use& use) {
     WalkPlacements(comp, limits, placedBy, visit);
 }
 
-void PlacedRecords::ThrowIfDamaged() const {
-    if (firstDamage) throw Error(*firstDamage);
-}
-
 const PlacedRecords::Stored* PlacedRecords::Read(u64 place) {
     const auto known = read.find(place);
     if (known != read.end()) return known->second ? &*known->second : nullptr;

@@ -40,8 +40,8 @@ class PlacedRecords {
     /// remembered; a name that the file does not hold is the host's own and just left out.
     void Visit(const ZVSmartZvg::SZVLGZvgComp& comp, const Use& use);
 
-    /// Throws Error Damaged for the first geometry that could not be read, if any.
-    void ThrowIfDamaged() const;
+    /// Why the first geometry could not be read that could not; none where all could.
+    const std::optional<Error>& FirstDamage() const { return firstDamage; }
 
   private:
     struct Stored {

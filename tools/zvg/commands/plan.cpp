@@ -2,11 +2,8 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
-#include <vector>
 
-#include "model/plan/FloorPlan.h"
-#include "model/plan/SvgSheet.h"
+#include "ZVSmartModel/Plan.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/output/OutputFile.h"
@@ -23,26 +20,10 @@ struct Arguments {
     std::optional<std::string> floor;
 };
 
-std::vector<PlanFloor> DrawFloors(OpenedBlock& block, PlacedRecords& records,
-                                  const Arguments& arguments) {
-    const auto [first, end] = block.FindFloors(arguments.floor);
-    std::vector<PlanFloor> floors;
-    for (unsigned int floor = first; floor < end; ++floor) {
-        const auto draw = [&] {
-            PlanFloor plan = DrawFloor(block, records, floor);
-            // Many a model has a floor that only says something about it.
-            if (arguments.floor || !plan.components.empty()) floors.push_back(std::move(plan));
-        };
-        if (!block.Within("floor " + std::to_string(floor), draw)) break;
-    }
-    return floors;
-}
-
-std::string Told(const std::vector<PlanFloor>& floors) {
-    std::size_t components = 0;
-    for (const PlanFloor& floor : floors) components += floor.components.size();
-    return std::to_string(components) + (components == 1 ? " component on " : " components on ") +
-           std::to_string(floors.size()) + (floors.size() == 1 ? " floor" : " floors");
+std::string Told(const PlanSummary& summary) {
+    return std::to_string(summary.elements) +
+           (summary.elements == 1 ? " component on " : " components on ") +
+           std::to_string(summary.floors) + (summary.floors == 1 ? " floor" : " floors");
 }
 
 void CheckName(const std::string& path) {
@@ -51,36 +32,39 @@ void CheckName(const std::string& path) {
     throw Error(Status::Usage, path + ": the name must end in .svg, as a plan is SVG");
 }
 
-/// Throws Error Damaged for what could not be drawn.
-void ThrowIfPartial(const OpenedBlock& block, const PlacedRecords& records) {
-    block.ThrowIfDamaged();
-    records.ThrowIfDamaged();
+void ThrowIfPartial(const PlanSummary& summary) {
+    if (!summary.lost.empty()) throw Error(Status::Damaged, summary.lost);
+}
+
+PlanSummary PlanToFile(const BlockFile& file, const PlanOptions& options,
+                       const Arguments& arguments) {
+    OutputFile output(arguments.target.path, arguments.target.force, {arguments.file});
+    PlanSummary summary;
+    output.Fill(
+        [&](ZVSmartFormat::CZVFTOutStream& sink) { summary = WritePlan(file, sink, options); });
+    if (output.Replaces()) ThrowIfPartial(summary);  // what stands there may be whole
+    output.Commit();
+    return summary;
 }
 
 void Plan(const Arguments& arguments, const CommonOptions& common) {
     CheckName(arguments.target.path);
-    Budget limits(common.noLimit, "--no-limit");
-    OpenedBlock block(OpenNamed(arguments.file), limits);
-    std::optional<OutputFile> output;
-    if (!arguments.target.path.empty()) {
-        output.emplace(arguments.target.path, arguments.target.force,
-                       std::vector<std::string>{arguments.file});
-    }
-    PlacedRecords records(block);
-    const std::vector<PlanFloor> floors = DrawFloors(block, records, arguments);
-    // What stands there may be whole.
-    if (output && output->Replaces()) ThrowIfPartial(block, records);
-    const std::string title = std::filesystem::path(arguments.file).filename().string();
-    const std::string svg = SvgSheet(title, floors);
-    if (!output) {
-        WriteOutput(svg);
+    const BlockFile file = OpenBlockFile(arguments.file, common);
+    const bool isPrinted = arguments.target.path.empty();
+    PlanOptions options;
+    options.floor = arguments.floor;
+    options.title = std::filesystem::path(arguments.file).filename().string();
+    PlanSummary summary;
+    if (isPrinted) {
+        OutputStream output;
+        summary = WritePlan(file, output, options);
     } else {
-        output->Fill(
-            [&svg](ZVSmartFormat::CZVFTOutStream& sink) { sink.Write(svg.data(), svg.size()); });
-        output->Commit();
-        if (!common.quiet) WriteMessage(TargetName(arguments.target.path) + ": " + Told(floors));
+        summary = PlanToFile(file, options, arguments);
     }
-    ThrowIfPartial(block, records);
+    if (!isPrinted && !common.quiet) {
+        WriteMessage(TargetName(arguments.target.path) + ": " + Told(summary));
+    }
+    ThrowIfPartial(summary);
 }
 
 }  // namespace

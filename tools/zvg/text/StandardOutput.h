@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "ZVSmartFormat/Stream.h"
+
 namespace ZVSmartModel::Tool {
 
 /// Keeps the tool's files apart from standard output: a standard stream that the caller closed
@@ -14,6 +16,18 @@ void PrepareStandardStreams();
 /// went away the process ends of SIGPIPE, without a word, as other programs do, unless its caller
 /// ignores that signal.
 void WriteOutput(std::string_view data);
+
+/// The same as a stream without a position.
+class OutputStream : public ZVSmartFormat::CZVFTOutStream {
+  public:
+    ZVSmartFormat::u64 Write(const void* buffer, ZVSmartFormat::u64 size) override {
+        WriteOutput({static_cast<const char*>(buffer), size});
+        return size;
+    }
+    ZVSmartFormat::u64 GetPos() override { return ~ZVSmartFormat::u64{0}; }
+    int Seek(ZVSmartFormat::u64) override { return -1; }
+    bool Reserve(ZVSmartFormat::u64) override { return true; }
+};
 
 /// Hands everything to the system; throws as `WriteOutput` does.
 void FinishOutput();
