@@ -1,5 +1,3 @@
-#include <stdexcept>
-
 #include "model/preview/Renderer.h"
 
 namespace ZVSmartModel {
@@ -8,8 +6,8 @@ bool CanRender() {
     return false;
 }
 
-Picture Render(const Scene&, unsigned int, unsigned int, bool) {
-    throw std::runtime_error("this build draws no pictures (it needs embree)");
+Picture Render(const Scene&, unsigned int, unsigned int, bool, const std::function<void(double)>&) {
+    throw RenderFailed("this build draws no pictures (it needs embree)");
 }
 
 }  // namespace ZVSmartModel

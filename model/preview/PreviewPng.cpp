@@ -6,6 +6,7 @@
 #include <string>
 
 #include "ZVSmartModel/Error.h"
+#include "ZVSmartModel/Preview.h"
 
 #ifdef ZVG_HAVE_PNG
 #include <png.h>
@@ -58,16 +59,20 @@ ZVSmartZvg::SZVLGZvgGeoImage ReadPng(std::FILE* file, const std::string& path) {
     return PngFile(file, path).Decoded();
 }
 
-std::string EncodePng(const ZVSmartZvg::SZVLGZvgGeoImage& image) {
+std::string PngOf(const Picture& picture) {
+    const std::uint64_t pixelBytes = std::uint64_t{picture.width} * picture.height * 4;
+    if (pixelBytes == 0 || picture.pixels.size() != pixelBytes) {
+        throw Error(Status::Usage, "a picture without its pixels");
+    }
     png_image head = {};
     head.version = PNG_IMAGE_VERSION;
-    head.width = image.width;
-    head.height = image.height;
+    head.width = picture.width;
+    head.height = picture.height;
     head.format = PNG_FORMAT_RGBA;
     std::string bytes(PNG_IMAGE_PNG_SIZE_MAX(head), '\0');
     png_alloc_size_t size = bytes.size();
     const int done =
-        png_image_write_to_memory(&head, bytes.data(), &size, 0, image.pixels, 0, nullptr);
+        png_image_write_to_memory(&head, bytes.data(), &size, 0, picture.pixels.data(), 0, nullptr);
     if (!done) throw Error(Status::Internal, std::string("PNG: ") + head.message);
     bytes.resize(size);
     return bytes;
@@ -79,7 +84,7 @@ ZVSmartZvg::SZVLGZvgGeoImage ReadPng(std::FILE*, const std::string& path) {
     throw Error(Status::InputOutput, path + ": this build reads no PNG (it needs libpng)");
 }
 
-std::string EncodePng(const ZVSmartZvg::SZVLGZvgGeoImage&) {
+std::string PngOf(const Picture&) {
     throw Error(Status::Usage, "this build writes no PNG (it needs libpng)");
 }
 

@@ -12,8 +12,4 @@ namespace ZVSmartModel {
 /// or is larger than 64 MiB decoded.
 ZVSmartZvg::SZVLGZvgGeoImage ReadPng(std::FILE* file, const std::string& path);
 
-/// Encodes rows of red, green, blue and alpha, `PixelBytes()` of them, as a PNG file. Throws
-/// Error Usage where this build writes no PNG, Internal where it fails.
-std::string EncodePng(const ZVSmartZvg::SZVLGZvgGeoImage& image);
-
 }  // namespace ZVSmartModel

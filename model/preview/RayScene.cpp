@@ -7,12 +7,13 @@
 #include <cstring>
 #include <limits>
 #include <map>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
 #include <vector>
+
+#include "model/preview/Renderer.h"
 
 namespace ZVSmartModel {
 
@@ -35,7 +36,7 @@ void Check(const Device& device) {
     const RTCError error = rtcGetDeviceError(device.get());
     if (error == RTC_ERROR_OUT_OF_MEMORY) throw std::bad_alloc();
     if (error != RTC_ERROR_NONE) {
-        throw std::runtime_error("the ray tracer failed: " + std::to_string(error));
+        throw RenderFailed("the ray tracer failed: " + std::to_string(error));
     }
 }
 
@@ -49,7 +50,7 @@ Device NewDevice() {
 #endif
     if (device) return device;
     Check(device);
-    throw std::runtime_error("the ray tracer does not start");
+    throw RenderFailed("the ray tracer does not start");
 }
 
 /// Of coinciding surfaces the lowest numbers win.

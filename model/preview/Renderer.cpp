@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <limits>
 #include <mutex>
 #include <optional>
@@ -89,22 +90,28 @@ class Painter {
           picture(picture),
           across(picture.width * samplesAcross + 2) {}
 
-    void Paint(unsigned int firstRow) const {
+    /// Calls `atEachStep` often.
+    template <class AtEachStep>
+    void Paint(unsigned int firstRow, AtEachStep atEachStep) const {
         const unsigned int rows = std::min(stripRows, picture.height - firstRow);
         const unsigned int sampleRows = rows * samplesAcross + 2;
         std::vector<Sample> samples(std::size_t{sampleRows} * across);
         std::uint64_t since = Budget::ProcessorSteps();
+        const auto charge = [&] {
+            patience.Charge(since);
+            atEachStep();
+        };
         for (unsigned int y = 0; y < sampleRows; ++y) {
             for (unsigned int x = 0; x < across; ++x) {
                 const Vec direction = DirectionOf(x, y, firstRow);
                 samples[std::size_t{y} * across + x] = Look(direction);
-                if (x % looksPerCharge == 0) patience.Charge(since);
+                if (x % looksPerCharge == 0) charge();
             }
         }
         for (unsigned int row = 0; row < rows; ++row) {
             for (unsigned int column = 0; column < picture.width; ++column) {
                 PaintPixel(samples, firstRow, row, column);
-                if (column % pixelsPerCharge == 0) patience.Charge(since);
+                if (column % pixelsPerCharge == 0) charge();
             }
         }
     }
@@ -198,21 +205,24 @@ class Painter {
     unsigned int across;  ///< samples in a row
 };
 
-/// Rethrows what a thread has thrown.
-void PaintAll(const Painter& painter, unsigned int height) {
+/// Rethrows what a thread has thrown. `tell` is called by this thread alone.
+void PaintAll(const Painter& painter, unsigned int height,
+              const std::function<void(double drawn)>& tell) {
     std::atomic<unsigned int> next = 0;
     std::mutex mutex;
     std::exception_ptr failure;
-    const auto work = [&] {
+    std::atomic<bool> isEnding = false;
+    const auto work = [&](const auto& atEachStep) {
         try {
             for (unsigned int row = next.fetch_add(stripRows); row < height;
                  row = next.fetch_add(stripRows)) {
-                painter.Paint(row);
+                painter.Paint(row, atEachStep);
             }
         } catch (...) {
             const std::lock_guard lock(mutex);
-            failure = std::current_exception();
+            if (!failure) failure = std::current_exception();
             next = height;
+            isEnding = true;
         }
     };
     constexpr unsigned int mostThreads = 16;
@@ -220,11 +230,18 @@ void PaintAll(const Painter& painter, unsigned int height) {
     {
         std::vector<std::jthread> workers;
         try {
-            for (unsigned int i = 1; i < threads; ++i) workers.emplace_back(work);
+            for (unsigned int i = 1; i < threads; ++i)
+                workers.emplace_back([&] {
+                    work([&isEnding] {
+                        if (isEnding) throw RenderTooLong();  // who failed first is told
+                    });
+                });
         } catch (const std::system_error&) {
             // Where the system gives no more threads, those that are there do all the work.
         }
-        work();
+        work([&] {
+            if (tell) tell(std::min(1.0, static_cast<double>(next) / height));
+        });
     }
     if (failure) std::rethrow_exception(failure);
 }
@@ -235,7 +252,8 @@ bool CanRender() {
     return true;
 }
 
-Picture Render(const Scene& scene, unsigned int width, unsigned int height, bool patient) {
+Picture Render(const Scene& scene, unsigned int width, unsigned int height, bool patient,
+               const std::function<void(double drawn)>& tell) {
     const Framing framing = FramingOf(scene);
     if (framing.box.IsEmpty()) return {};
     Picture picture = {width, height, {}};
@@ -246,7 +264,7 @@ Picture Render(const Scene& scene, unsigned int width, unsigned int height, bool
     const Shading shading(scene, rays, camera);
     patience.Charge(since);
     picture.pixels.resize(std::size_t{width} * height * 4);
-    PaintAll(Painter(camera, rays, shading, patience, picture), height);
+    PaintAll(Painter(camera, rays, shading, patience, picture), height, tell);
     return picture;
 }
 

@@ -1,15 +1,10 @@
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "model/element/OpenedBlock.h"
-#include "model/element/RecordNames.h"
-#include "model/preview/PreviewPng.h"
-#include "model/preview/RenderPreview.h"
-#include "model/preview/Renderer.h"
-#include "model/scene/SceneReader.h"
+#include "ZVSmartModel/Preview.h"
+#include "model/element/BlockFileImp.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/output/OutputFile.h"
@@ -17,8 +12,6 @@
 #include "tools/zvg/text/StandardOutput.h"
 
 namespace ZVSmartModel::Tool {
-
-using ZVSmartZvg::SZVLGZvgGeoImage;
 
 namespace {
 
@@ -28,13 +21,9 @@ struct Arguments {
     bool rooms = false;
 };
 
-struct Size {
-    unsigned int width, height;
-};
-
 constexpr unsigned int longestSide = 8192;
 
-Size ParseSize(const std::string& text) {
+RenderOptions ParseSize(const std::string& text) {
     const std::size_t cross = text.find('x');
     if (cross != std::string::npos) {
         const auto width = ParseNumber(std::string_view(text).substr(0, cross));
@@ -42,44 +31,20 @@ Size ParseSize(const std::string& text) {
         const auto isGood = [](const std::optional<unsigned int>& side) {
             return side && *side >= 1 && *side <= longestSide;
         };
-        if (isGood(width) && isGood(height)) return {*width, *height};
+        if (isGood(width) && isGood(height)) return {*width, *height, false, false};
     }
     throw Error(Status::Usage, "--render: '" + text + "' is no WIDTHxHEIGHT, each 1 to 8192");
 }
 
-SZVLGZvgGeoImage Stored(OpenedBlock& block) {
-    const std::optional<SZVLGZvgGeoImage> image = block.ReadPreview();
-    if (!image) {
-        block.ThrowIfDamaged();
-        throw block.ErrorAbout(Status::NotFound, "it holds no preview image (--render draws one)");
-    }
-    // The file counts bytes in 32 bits, so the sides of a hostile one may promise more.
-    const std::uint64_t bytes = std::uint64_t{image->width} * image->height * 4;
-    if (image->pixels == nullptr || bytes == 0 || bytes != image->PixelBytes()) {
-        throw block.ErrorAbout(Status::Damaged, "the preview image has no pixels");
-    }
-    return *image;
+Picture Stored(const BlockFile& file, const Arguments& arguments) {
+    Picture picture = file.Preview();
+    if (!picture.pixels.empty()) return picture;
+    throw Error(Status::NotFound,
+                InputName(arguments.file) + ": it holds no preview image (--render draws one)");
 }
 
-SZVLGZvgGeoImage Drawn(OpenedBlock& block, const Size& size, bool rooms, bool patient) try {
-    SceneReader reader(block);
-    const unsigned int floors = block.Reader().GetFloorNum();
-    for (unsigned int floor = 0; floor < floors; ++floor) {
-        block.ForEachComp(
-            floor, [&](const ZVSmartZvg::SZVLGCompIndex&, const ZVSmartZvg::SZVLGZvgComp& comp) {
-                if (rooms || !IsRoomClass(comp.classLevel2Name)) reader.Add(comp);
-            });
-    }
-    block.ThrowIfDamaged();
-    const auto image = RenderPreview(reader.Take(), size.width, size.height, patient);
-    if (!image) throw block.ErrorAbout(Status::NotFound, "it holds no surfaces to draw");
-    return *image;
-} catch (const RenderTooLong& error) {
-    throw block.ErrorAbout(Status::Damaged, std::string(error.what()) + " (--no-limit goes on)");
-}
-
-void WritePng(const SZVLGZvgGeoImage& image, const Arguments& arguments) {
-    const std::string png = EncodePng(image);
+void WritePng(const Picture& picture, const Arguments& arguments) {
+    const std::string png = PngOf(picture);
     OutputFile output(arguments.target.path, arguments.target.force, {arguments.file});
     output.Fill(
         [&png](ZVSmartFormat::CZVFTOutStream& sink) { sink.Write(png.data(), png.size()); });
@@ -87,21 +52,24 @@ void WritePng(const SZVLGZvgGeoImage& image, const Arguments& arguments) {
 }
 
 void Preview(const Arguments& arguments, const CommonOptions& common) {
-    std::optional<Size> size;
-    if (!arguments.size.empty()) size = ParseSize(arguments.size);
-    if (size && !CanRender()) {
+    std::optional<RenderOptions> drawn;
+    if (!arguments.size.empty()) drawn = ParseSize(arguments.size);
+    if (drawn && !CanRenderPictures()) {
         throw Error(Status::Usage, "this build draws no pictures (it needs embree)");
     }
-    Budget limits(common.noLimit, "--no-limit");
-    OpenedBlock block(OpenNamed(arguments.file), limits);
-    const SZVLGZvgGeoImage image =
-        size ? Drawn(block, *size, arguments.rooms, common.noLimit) : Stored(block);
-    WritePng(image, arguments);
-    if (!common.quiet) {
-        WriteMessage(TargetName(arguments.target.path) + ": " + std::to_string(image.width) +
-                     " x " + std::to_string(image.height) + " pixels");
+    const BlockFile file = OpenBlockFile(arguments.file, common);
+    if (drawn) {
+        drawn->rooms = arguments.rooms;
+        drawn->unlimited = common.noLimit;
     }
-    block.ThrowIfDamaged();
+    const Picture picture = drawn ? RenderPicture(file, *drawn) : Stored(file, arguments);
+    WritePng(picture, arguments);
+    if (!common.quiet) {
+        WriteMessage(TargetName(arguments.target.path) + ": " + std::to_string(picture.width) +
+                     " x " + std::to_string(picture.height) + " pixels");
+    }
+    // A picture may be whole in a file that is not.
+    file.Internals().Ask([](const OpenedBlock& block) { block.ThrowIfDamaged(); });
 }
 
 }  // namespace

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+
+#include "ZVSmartModel/BlockFile.h"
+#include "ZVSmartModel/Values.h"
+
+namespace ZVSmartModel {
+
+/// Whether this build draws pictures; it needs a ray tracer.
+ZVSM_API bool CanRenderPictures();
+
+/// How to draw a picture.
+struct RenderOptions {
+    unsigned int width = 640, height = 480;  ///< pixels, 1 to 8192
+    bool rooms = false;                      ///< the bodies of rooms as well, which hide the others
+    /// Draw as long as it takes. Else drawing ends with Error, Damaged, after ten times the time
+    /// that buildings of this size take: bodies that lie in each other by the thousand take years.
+    bool unlimited = false;
+};
+
+/// Draws all elements in a three-quarter view on a transparent ground. The same file and size give
+/// the same pixels. Uses all processors.
+///
+/// Throws Error: Usage for sizes beyond the above and where this build draws no pictures, Damaged
+/// for geometry that cannot be read, NotFound where there is nothing to see, Internal, Cancelled.
+ZVSM_API Picture RenderPicture(const BlockFile& file, const RenderOptions& options = {},
+                               const Progress& progress = {});
+
+/// The picture as the bytes of a PNG file. Throws Error: Usage for a picture without pixels, or
+/// with another number of them than its sides say, and where this build writes no PNG.
+ZVSM_API std::string PngOf(const Picture& picture);
+
+}  // namespace ZVSmartModel
