@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "model/element/Chosen.h"
 #include "model/element/PropertyKinds.h"
 #include "model/element/RecordBytes.h"
 #include "model/element/RecordNames.h"
@@ -134,9 +135,22 @@ class Groups {
     std::map<std::pair<std::optional<std::size_t>, std::string>, std::size_t> known;
 };
 
+/// Who names what he wants is not content with nothing.
+void ThrowIfNamed(const Selection& selection, const OpenedBlock& block) {
+    if (!selection.elements.empty()) {
+        throw block.ErrorAbout(Status::NotFound, "none of the elements that are wanted");
+    }
+    if (selection.classNames.empty()) return;
+    std::string names;
+    for (const std::string& name : selection.classNames) {
+        names += (names.empty() ? "'" : " or '") + name + '\'';
+    }
+    throw block.ErrorAbout(Status::NotFound, "no component of class " + names);
+}
+
 }  // namespace
 
-ExportModel ReadExport(OpenedBlock& block, const ExportSelection& selection) {
+ExportModel ReadExport(OpenedBlock& block, const ExportOptions& options, ProgressPace& pace) {
     ExportModel model;
     model.name = std::filesystem::path(block.Path()).stem().string();
     model.name = ToUtf8(FromUtf8(model.name));
@@ -144,20 +158,19 @@ ExportModel ReadExport(OpenedBlock& block, const ExportSelection& selection) {
     block.Reader().GetHeadInfo(head);
     model.source = ToUtf8(head.firstText);
 
-    SceneReader scene(block, selection.salvage);
+    SceneReader scene(block, options.salvage);
     Groups groups(model);
-    const std::wstring className = FromUtf8(selection.className.value_or(""));
-    const auto [first, end] = block.FindFloors(selection.floor);
+    const Chosen chosen(options.selection);
+    const auto [first, end] = block.FindFloors(options.selection.floor);
     std::size_t done = 0;
     std::size_t total = 0;
     for (unsigned int floor = first; floor < end; ++floor) total += block.FloorCompNum(floor);
     for (unsigned int floor = first; floor < end; ++floor) {
         const std::wstring floorName = block.FloorName(floor);
+        if (!chosen.MayHold(floor)) continue;
         block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
-            if (selection.progress) selection.progress(++done, total);
-            if (selection.className && !IsOfClass(comp, className)) return;
-            const bool hidden = !selection.rooms && !selection.className;
-            if (hidden && IsRoomClass(comp.classLevel2Name)) return;
+            pace.Tell("exporting", ++done, total);
+            if (!chosen.Holds({index.floorIndex, index.compIndex}, comp)) return;
             const std::uint64_t bytes = BytesOf(comp) - sizeof comp;
             block.Limits().Memory(bytesOfComponent + 5 * bytes);
             block.Limits().Work(stepsOfComponent + bytes);
@@ -166,11 +179,8 @@ ExportModel ReadExport(OpenedBlock& block, const ExportSelection& selection) {
                                         ComponentExtras(index, comp)});
         });
     }
-    if (!selection.salvage || model.components.empty()) block.ThrowIfDamaged();
-    if (selection.className && model.components.empty()) {
-        throw block.ErrorAbout(Status::NotFound,
-                               "no component of class '" + *selection.className + "'");
-    }
+    if (!options.salvage || model.components.empty()) block.ThrowIfDamaged();
+    if (model.components.empty()) ThrowIfNamed(options.selection, block);
     model.missingGeometries = scene.MissingGeometries();
     model.scene = scene.Take();
     return model;

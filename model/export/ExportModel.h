@@ -1,13 +1,14 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "ZVSmartModel/Exports.h"
 #include "model/element/OpenedBlock.h"
+#include "model/element/ProgressPace.h"
 #include "model/scene/Scene.h"
 
 namespace ZVSmartModel {
@@ -39,19 +40,9 @@ struct ExportModel {
     std::size_t missingGeometries = 0;
 };
 
-/// Which components are wanted; what is not named takes all.
-struct ExportSelection {
-    std::optional<std::string> floor;      ///< by number or name
-    std::optional<std::string> className;  ///< on any level
-    bool salvage = false;                  ///< what cannot be read is left out
-    bool rooms = false;                    ///< rooms as well, where no class is named
-    /// Called with the number of components read and the number there are.
-    std::function<void(std::size_t done, std::size_t total)> progress;
-};
-
-/// Reads components and their bodies. Throws Error Damaged for whatever cannot be read, so
-/// that nothing is exported in part without a word, and NotFound where nothing is selected. What is
-/// left out on request is remembered in `block`.
-ExportModel ReadExport(OpenedBlock& block, const ExportSelection& selection);
+/// Reads components and their bodies. Throws Error: Damaged for whatever cannot be read, so that
+/// nothing is exported in part without a word; NotFound where nothing is selected; Cancelled. What
+/// is left out on request is remembered in `block`.
+ExportModel ReadExport(OpenedBlock& block, const ExportOptions& options, ProgressPace& pace);
 
 }  // namespace ZVSmartModel

@@ -10,6 +10,7 @@
 #include <streambuf>
 
 #include "ZVSmartModel/Error.h"
+#include "ZVSmartModel/Exports.h"
 #include "model/element/Utf8.h"
 #include "model/export/NodeTransform.h"
 
@@ -180,7 +181,8 @@ class BufferWriter {
 
 class NodeWriter {
   public:
-    NodeWriter(const ExportModel& model, tinygltf::Model& gltf) : model(model), gltf(gltf) {}
+    NodeWriter(const ExportModel& model, tinygltf::Model& gltf, ProgressPace& pace)
+        : model(model), gltf(gltf), pace(pace) {}
 
     void AddAll() {
         AddRoot();
@@ -190,6 +192,7 @@ class NodeWriter {
             AddNode(parent, group.name, group.extras);
         }
         for (std::size_t i = 0; i < model.components.size(); ++i) {
+            pace.Tell("writing", i, model.components.size());
             const ExportComponent& component = model.components[i];
             const std::size_t node =
                 AddNode(firstGroup + component.group, component.name, component.extras);
@@ -252,6 +255,7 @@ class NodeWriter {
 
     const ExportModel& model;
     tinygltf::Model& gltf;
+    ProgressPace& pace;
     std::array<double, 3> origin = {};
 };
 
@@ -278,18 +282,19 @@ bool CanWriteGlb() {
     return true;
 }
 
-void WriteGlb(const ExportModel& model, ZVSmartFormat::CZVFTOutStream& out) {
+void EncodeGlb(const ExportModel& model, ZVSmartFormat::CZVFTOutStream& out, ProgressPace& pace) {
     tinygltf::Model gltf;
     gltf.asset.version = "2.0";
     gltf.asset.generator = "zvg " ZVG_VERSION;
     if (!model.source.empty()) gltf.asset.extras = ValueOf({{"source", model.source}});
     AddMeshes(model.scene, gltf);
-    NodeWriter(model, gltf).AddAll();
+    NodeWriter(model, gltf, pace).AddAll();
     gltf.scenes.emplace_back().nodes = {0};
     gltf.defaultScene = 0;
     StreamBuffer buffer(out);
     std::ostream stream(&buffer);
     tinygltf::TinyGLTF().WriteGltfSceneToStream(&gltf, stream, false, true);
+    if (!stream) throw Error(Status::InputOutput, "not all could be written");
 }
 
 }  // namespace ZVSmartModel

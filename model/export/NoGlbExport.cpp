@@ -1,4 +1,5 @@
 #include "ZVSmartModel/Error.h"
+#include "ZVSmartModel/Exports.h"
 #include "model/export/GlbExport.h"
 
 namespace ZVSmartModel {
@@ -7,7 +8,7 @@ bool CanWriteGlb() {
     return false;
 }
 
-void WriteGlb(const ExportModel&, ZVSmartFormat::CZVFTOutStream&) {
+void EncodeGlb(const ExportModel&, ZVSmartFormat::CZVFTOutStream&, ProgressPace&) {
     throw Error(Status::Usage, "this build writes no GLB (it needs tinygltf)");
 }
 

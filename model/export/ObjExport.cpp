@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "ZVSmartModel/Error.h"
+#include "model/element/FileSink.h"
 #include "model/element/Utf8.h"
 
 namespace ZVSmartModel {
@@ -92,7 +93,7 @@ class ObjWriter {
     }
 
     void Flush() {
-        out.Write(text.data(), text.size());
+        WriteWhole(out, text);
         text.clear();
     }
 
@@ -112,13 +113,14 @@ std::string ObjectName(const ExportModel& model, const ExportComponent& componen
 
 }  // namespace
 
-void WriteObj(const ExportModel& model, const std::string& materialFile, Budget& limits,
-              ZVSmartFormat::CZVFTOutStream& out) {
+void EncodeObj(const ExportModel& model, const std::string& materialFile, Budget& limits,
+               ZVSmartFormat::CZVFTOutStream& out, ProgressPace& pace) {
     CheckSize(model.scene, limits);
     ObjWriter writer(model.scene, out);
     writer.Add("# zvg " ZVG_VERSION ", Y is up");
     writer.Add("mtllib " + materialFile);
     for (std::size_t i = 0; i < model.components.size(); ++i) {
+        pace.Tell("writing", i, model.components.size());
         const auto& placements = model.scene.components[i].placements;
         if (placements.empty()) continue;
         writer.Add("o " + ObjectName(model, model.components[i]));
@@ -131,7 +133,7 @@ void WriteObj(const ExportModel& model, const std::string& materialFile, Budget&
     writer.Flush();
 }
 
-void WriteMtl(const ExportModel& model, ZVSmartFormat::CZVFTOutStream& out) {
+void EncodeMtl(const ExportModel& model, ZVSmartFormat::CZVFTOutStream& out) {
     std::string text = "# zvg " ZVG_VERSION "\n";
     for (std::size_t i = 0; i < model.scene.looks.size(); ++i) {
         const Rgba& colour = model.scene.looks[i].colour;
@@ -143,7 +145,7 @@ void WriteMtl(const ExportModel& model, ZVSmartFormat::CZVFTOutStream& out) {
         AppendNumber(text, colour.alpha / 255.0);
         text += "\nillum 1\n";
     }
-    out.Write(text.data(), text.size());
+    WriteWhole(out, text);
 }
 
 }  // namespace ZVSmartModel

@@ -3,9 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "model/export/ExportModel.h"
-#include "model/export/GlbExport.h"
-#include "model/export/ObjExport.h"
+#include "ZVSmartModel/Exports.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/output/OutputFile.h"
@@ -16,6 +14,7 @@
 namespace ZVSmartModel::Tool {
 
 using ZVSmartFormat::CZVFTOutStream;
+using ProgressCall = ZVSmartModel::Progress;
 namespace fs = std::filesystem;
 
 namespace {
@@ -38,59 +37,77 @@ Format FormatOf(const std::string& path) {
     throw Error(Status::Usage, path + ": the name must end in .glb or .obj");
 }
 
-unsigned long long ExportGlb(const ExportModel& model, const Arguments& arguments) {
+/// What came of an export.
+struct Outcome {
+    ExportSummary summary;
+    unsigned long long bytes = 0;
+};
+
+Outcome ExportGlb(const BlockFile& file, const Arguments& arguments, const ExportOptions& options,
+                  const ProgressCall& progress) {
     OutputFile output(arguments.target.path, arguments.target.force, {arguments.file});
-    output.Fill([&](CZVFTOutStream& sink) { WriteGlb(model, sink); });
+    Outcome outcome;
+    output.Fill(
+        [&](CZVFTOutStream& sink) { outcome.summary = WriteGlb(file, sink, options, progress); });
     output.Commit();
-    return output.Bytes();
+    outcome.bytes = output.Bytes();
+    return outcome;
 }
 
-unsigned long long ExportObj(const ExportModel& model, const Arguments& arguments, Budget& limits) {
+Outcome ExportObj(const BlockFile& file, const Arguments& arguments, const ExportOptions& options,
+                  const ProgressCall& progress) {
     const fs::path materials = fs::path(arguments.target.path).replace_extension(".mtl");
     OutputFile objOutput(arguments.target.path, arguments.target.force, {arguments.file});
     OutputFile mtlOutput(materials.string(), arguments.target.force, {arguments.file});
-    objOutput.Fill([&](CZVFTOutStream& sink) {
-        WriteObj(model, materials.filename().string(), limits, sink);
+    Outcome outcome;
+    objOutput.Fill([&](CZVFTOutStream& obj) {
+        mtlOutput.Fill([&](CZVFTOutStream& mtl) {
+            outcome.summary =
+                WriteObj(file, obj, mtl, materials.filename().string(), options, progress);
+        });
     });
-    mtlOutput.Fill([&](CZVFTOutStream& sink) { WriteMtl(model, sink); });
     OutputFile::CommitBoth(mtlOutput, objOutput);
-    return objOutput.Bytes();
+    outcome.bytes = objOutput.Bytes();
+    return outcome;
 }
 
-void Tell(const ExportModel& model, const Arguments& arguments, unsigned long long bytes) {
-    if (model.missingGeometries != 0) {
-        WriteMessage("warning: " + std::to_string(model.missingGeometries) +
+void Tell(const Outcome& outcome, const Arguments& arguments) {
+    const ExportSummary& summary = outcome.summary;
+    if (summary.missing != 0) {
+        WriteMessage("warning: " + std::to_string(summary.missing) +
                      " geometries are referred to but not in the file");
     }
-    WriteMessage(TargetName(arguments.target.path) + ": " +
-                 std::to_string(model.components.size()) + " components, " +
-                 std::to_string(model.scene.meshes.size()) + " meshes, " + std::to_string(bytes) +
-                 " bytes");
+    WriteMessage(TargetName(arguments.target.path) + ": " + std::to_string(summary.elements) +
+                 " components, " + std::to_string(summary.meshes) + " meshes, " +
+                 std::to_string(outcome.bytes) + " bytes");
+}
+
+ExportOptions OptionsOf(const Arguments& arguments) {
+    ExportOptions options;
+    options.selection.floor = arguments.floor;
+    if (arguments.className) options.selection.classNames = {*arguments.className};
+    options.selection.rooms = arguments.rooms;
+    options.salvage = arguments.salvage;
+    return options;
 }
 
 void Export(const Arguments& arguments, const CommonOptions& common) {
-    const Format format = FormatOf(arguments.target.path);
-    if (format == Format::Glb && !CanWriteGlb()) {
+    const bool isGlb = FormatOf(arguments.target.path) == Format::Glb;
+    if (isGlb && !CanWriteGlb()) {
         throw Error(Status::Usage, "this build writes no GLB (it needs tinygltf)");
     }
-    Budget limits(common.noLimit, "--no-limit");
-    OpenedBlock block(OpenNamed(arguments.file), limits);
-    ExportSelection selection;
-    selection.floor = arguments.floor;
-    selection.className = arguments.className;
-    selection.salvage = arguments.salvage;
-    selection.rooms = arguments.rooms;
-    Progress progress(common.quiet);
-    selection.progress = [&progress](std::size_t done, std::size_t total) {
-        progress.Show("exporting", static_cast<double>(done), static_cast<double>(total),
-                      "components");
+    const BlockFile file = OpenBlockFile(arguments.file, common);
+    Progress line(common.quiet);
+    const ProgressCall progress = [&line](const std::string& work, double fraction) {
+        constexpr double percent = 100;
+        line.Show(work, fraction * percent, percent, "%");
+        return true;
     };
-    const ExportModel model = ReadExport(block, selection);
-    progress.Clear();
-    const unsigned long long bytes =
-        format == Format::Glb ? ExportGlb(model, arguments) : ExportObj(model, arguments, limits);
-    if (!common.quiet) Tell(model, arguments, bytes);
-    block.ThrowIfDamaged();
+    const Outcome outcome = isGlb ? ExportGlb(file, arguments, OptionsOf(arguments), progress)
+                                  : ExportObj(file, arguments, OptionsOf(arguments), progress);
+    line.Clear();
+    if (!common.quiet) Tell(outcome, arguments);
+    if (!outcome.summary.lost.empty()) throw Error(Status::Damaged, outcome.summary.lost);
 }
 
 }  // namespace
