@@ -10,8 +10,8 @@ namespace ZVSmartModel {
 
 using namespace ZVSmartZvg;
 
-BlockContents ReadContents(OpenedBlock& block) {
-    GeometryDigests geometries(block);
+BlockContents ReadContents(OpenedBlock& block, ProgressPace& pace) {
+    GeometryDigests geometries(block, pace);
     BlockContents contents;
     Budget& limits = block.Limits();
     const unsigned int floors = block.Reader().GetFloorNum();
@@ -20,6 +20,7 @@ BlockContents ReadContents(OpenedBlock& block) {
         limits.Memory(10 * sizeof(FloorEntry) + name.size());
         contents.floors.push_back({name, block.FloorOrder(floor), 0, 0});
         block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
+            pace.Tell("reading elements", floor, floors);
             if (index.compIndex == 0) {
                 contents.floors.back().dataA = comp.classLevel1DataA;
                 contents.floors.back().dataB = comp.classLevel1DataB;

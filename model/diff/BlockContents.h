@@ -5,6 +5,7 @@
 
 #include "ZVSmartZvg/CompIndex.h"
 #include "model/element/OpenedBlock.h"
+#include "model/element/ProgressPace.h"
 
 namespace ZVSmartModel {
 
@@ -29,8 +30,9 @@ struct BlockContents {
     std::vector<CompEntry> components;  ///< in the file's order
 };
 
-/// Reads a whole file once. Throws Error Damaged for whatever cannot be read. Takes memory for
-/// the keys of the components and of the geometries, and charges it to the block's budget.
-BlockContents ReadContents(OpenedBlock& block);
+/// Reads a whole file once. Throws Error: Damaged for whatever cannot be read; Cancelled. Takes
+/// memory for the keys of the components and of the geometries, and charges it to the block's
+/// budget.
+BlockContents ReadContents(OpenedBlock& block, ProgressPace& pace);
 
 }  // namespace ZVSmartModel

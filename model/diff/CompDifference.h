@@ -1,9 +1,9 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "ZVSmartModel/Diff.h"
 #include "ZVSmartZvg/Comp.h"
 
 namespace ZVSmartModel {
@@ -11,12 +11,6 @@ namespace ZVSmartModel {
 /// The digest of all that a component says but its key, its floor and its geometry. The ids of
 /// classes are left out: they number a file's tables and change with whatever else is in it.
 ZVSmartZvg::u64 AspectsDigest(const ZVSmartZvg::SZVLGZvgComp& comp);
-
-/// A value that differs. A side that does not have it has none; all texts are UTF-8.
-struct ValueChange {
-    std::string name;
-    std::optional<std::string> a, b;
-};
 
 /// What AspectsDigest tells apart.
 struct CompDifference {

@@ -142,9 +142,12 @@ u64 MemoryOf(const std::vector<std::wstring>& names) {
 
 }  // namespace
 
-GeometryDigests::GeometryDigests(OpenedBlock& block) : limits(block.Limits()) {
+GeometryDigests::GeometryDigests(OpenedBlock& block, ProgressPace& pace) : limits(block.Limits()) {
     std::optional<SZVLGZvgGeoIndex> last;
-    for (Place& place : PlacesOf(block)) {
+    std::vector<Place> places = PlacesOf(block);
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        pace.Tell("reading geometry", i, places.size());
+        Place& place = places[i];
         if (!last || !IsSame(*last, place.index)) {
             SZVLGZvgGeo geo;
             block.ReadGeo(place.index, geo);

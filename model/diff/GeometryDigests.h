@@ -8,6 +8,7 @@
 #include "ZVSmartZvg/Comp.h"
 #include "ZVSmartZvg/Geo.h"
 #include "model/element/OpenedBlock.h"
+#include "model/element/ProgressPace.h"
 
 namespace ZVSmartModel {
 
@@ -19,8 +20,8 @@ namespace ZVSmartModel {
 class GeometryDigests {
   public:
     /// Reads every geometry that has an identification, block by block. Throws Error Damaged
-    /// for one that cannot be read.
-    explicit GeometryDigests(OpenedBlock& block);
+    /// for one that cannot be read; Cancelled.
+    GeometryDigests(OpenedBlock& block, ProgressPace& pace);
 
     /// The digest of all that a component's references lead to, in their order.
     ZVSmartZvg::u64 Of(const ZVSmartZvg::SZVLGZvgComp& comp);

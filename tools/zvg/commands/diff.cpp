@@ -1,25 +1,20 @@
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "model/diff/BlockContents.h"
-#include "model/diff/CompDifference.h"
-#include "model/diff/Matching.h"
+#include "ZVSmartModel/Diff.h"
 #include "model/element/OpenedBlock.h"
-#include "model/element/RecordBytes.h"
 #include "model/element/Utf8.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
-#include "tools/zvg/reading/RecordDocument.h"
 #include "tools/zvg/reading/StandardInput.h"
+#include "tools/zvg/text/Document.h"
 #include "tools/zvg/text/JsonList.h"
 #include "tools/zvg/text/StandardOutput.h"
 
 namespace ZVSmartModel::Tool {
-
-using namespace ZVSmartZvg;
 
 namespace {
 
@@ -61,36 +56,6 @@ std::string TextOf(const Document& entry) {
     return text;
 }
 
-/// Prints differences as they come.
-class DifferencePrinter {
-  public:
-    DifferencePrinter(const std::string& fileA, const std::string& fileB, bool asJson) {
-        if (!asJson) return;
-        json.emplace(Document({{"schema", 1}, {"fileA", fileA}, {"fileB", fileB}}), "differences");
-    }
-
-    void Print(const Document& entry) {
-        none = false;
-        if (json) {
-            json->Add(entry);
-        } else {
-            WriteOutput(TextOf(entry));
-        }
-    }
-
-    void End() {
-        if (json) {
-            json->End();
-        } else if (none) {
-            WriteOutput("no differences\n");
-        }
-    }
-
-  private:
-    std::optional<JsonList> json;
-    bool none = true;
-};
-
 Document Change(const Document& a, const Document& b) {
     return {{"a", a}, {"b", b}};
 }
@@ -108,128 +73,97 @@ void AddChanges(Document& entry, const char* member, const char* nameMember,
     }
 }
 
-void AddDifference(Document& entry, const CompDifference& difference) {
-    AddChanges(entry, "properties", "name", difference.properties);
-    AddChanges(entry, "classes", "level", difference.classes);
-    for (const std::string& field : difference.fields) entry["fields"].push_back(field);
+template <class Value>
+Document ChangeOf(const Changed<Value>& change) {
+    return Change(change.a, change.b);
 }
 
-/// The host's own value as the real number that pack writes there.
-Document RealOf(u64 value) {
-    return EightBytesDocument(value)["asReal"];
+Document RealChange(const Changed<double>& change) {
+    return Change(RealNumber(change.a), RealNumber(change.b));
 }
 
-class Comparison {
+Document PlaceOf(const std::optional<ElementIndex>& index) {
+    return index ? Document(PlaceText(index->floor, index->position)) : Document(nullptr);
+}
+
+void AddFloor(Document& entry, const FloorDifference& floor) {
+    entry["name"] = floor.name;
+    if (floor.renamed) entry["newName"] = ChangeOf(*floor.renamed);
+    if (floor.order) entry["order"] = ChangeOf(*floor.order);
+    if (floor.elevation) entry["dataA"] = RealChange(*floor.elevation);
+    if (floor.height) entry["dataB"] = RealChange(*floor.height);
+}
+
+void AddElement(Document& entry, const ElementDifference& element) {
+    entry["name"] = element.guid;
+    entry["component"] = Change(PlaceOf(element.inA), PlaceOf(element.inB));
+    if (element.floor) entry["floor"] = ChangeOf(*element.floor);
+    AddChanges(entry, "properties", "name", element.properties);
+    AddChanges(entry, "classes", "level", element.classes);
+    for (const std::string& field : element.fields) entry["fields"].push_back(field);
+    if (element.geometry) entry["geometry"] = true;
+}
+
+Document DocumentOf(const Difference& difference) {
+    static const std::map<Difference::Kind, const char*> words = {
+        {Difference::Kind::Added, "added"},
+        {Difference::Kind::Removed, "removed"},
+        {Difference::Kind::Changed, "changed"},
+        {Difference::Kind::Moved, "moved"},
+        {Difference::Kind::Renamed, "renamed"}};
+    Document entry = {{"kind", difference.floor ? "floor" : "component"},
+                      {"change", words.at(difference.kind)}};
+    if (difference.floor) AddFloor(entry, *difference.floor);
+    if (difference.element) AddElement(entry, *difference.element);
+    return entry;
+}
+
+/// Prints differences as they come.
+class DifferencePrinter {
   public:
-    Comparison(OpenedBlock& blockA, OpenedBlock& blockB, BlockContents contentsA,
-               BlockContents contentsB, DifferencePrinter& printer)
-        : blockA(blockA),
-          blockB(blockB),
-          printer(printer),
-          a(std::move(contentsA)),
-          b(std::move(contentsB)) {}
+    DifferencePrinter(const std::string& fileA, const std::string& fileB, bool asJson)
+        : head({{"schema", 1}, {"fileA", fileA}, {"fileB", fileB}}), asJson(asJson) {}
 
-    void Print() {
-        PrintFloors();
-        for (const auto& [inA, inB] : MatchComponents(a.components, b.components)) {
-            if (!inB) {
-                PrintLone("removed", a.components[*inA], true);
-            } else if (!inA) {
-                PrintLone("added", b.components[*inB], false);
-            } else {
-                PrintPair(a.components[*inA], b.components[*inB]);
-            }
+    void Print(const Difference& difference) {
+        none = false;
+        const Document entry = DocumentOf(difference);
+        if (asJson) {
+            List().Add(entry);
+        } else {
+            WriteOutput(TextOf(entry));
+        }
+    }
+
+    void End() {
+        if (asJson) {
+            List().End();
+        } else if (none) {
+            WriteOutput("no differences\n");
         }
     }
 
   private:
-    /// Numbers the second file's floors as those of the first on the way.
-    void PrintFloors() {
-        std::vector<unsigned int> numbers(b.floors.size());
-        auto next = static_cast<unsigned int>(a.floors.size());
-        for (const auto& [inA, inB] : MatchFloors(a.floors, b.floors)) {
-            if (inB) numbers[*inB] = inA ? static_cast<unsigned int>(*inA) : next++;
-            if (inA && inB) {
-                PrintFloorPair(a.floors[*inA], b.floors[*inB]);
-            } else {
-                const FloorEntry& floor = inA ? a.floors[*inA] : b.floors[*inB];
-                printer.Print({{"kind", "floor"},
-                               {"change", inA ? "removed" : "added"},
-                               {"name", floor.name}});
-            }
-        }
-        for (CompEntry& comp : b.components) comp.floor = numbers[comp.floor];
+    /// Begun where there is something to say: both files are whole then.
+    JsonList& List() {
+        if (!json) json.emplace(head, "differences");
+        return *json;
     }
 
-    void PrintFloorPair(const FloorEntry& left, const FloorEntry& right) {
-        const bool renamed = left.name != right.name;
-        Document entry = {
-            {"kind", "floor"}, {"change", renamed ? "renamed" : "changed"}, {"name", left.name}};
-        const std::size_t bare = entry.size();
-        if (renamed) entry["newName"] = Change(left.name, right.name);
-        if (left.order != right.order) entry["order"] = Change(left.order, right.order);
-        if (left.dataA != right.dataA) {
-            entry["dataA"] = Change(RealOf(left.dataA), RealOf(right.dataA));
-        }
-        if (left.dataB != right.dataB) {
-            entry["dataB"] = Change(RealOf(left.dataB), RealOf(right.dataB));
-        }
-        if (entry.size() != bare) printer.Print(entry);
-    }
-
-    static Document Place(const CompEntry& comp) {
-        return PlaceText(comp.index.floorIndex, comp.index.compIndex);
-    }
-
-    void PrintLone(const char* change, const CompEntry& comp, bool inA) {
-        const Document place = inA ? Change(Place(comp), nullptr) : Change(nullptr, Place(comp));
-        printer.Print(
-            {{"kind", "component"}, {"change", change}, {"name", comp.key}, {"component", place}});
-    }
-
-    void PrintPair(const CompEntry& left, const CompEntry& right) {
-        const bool moved = left.floor != right.floor;
-        const bool sameAspects = left.aspects == right.aspects;
-        if (!moved && sameAspects && left.geometry == right.geometry) return;
-        Document entry = {{"kind", "component"},
-                          {"change", moved ? "moved" : "changed"},
-                          {"name", left.key},
-                          {"component", Change(Place(left), Place(right))}};
-        if (moved) {
-            entry["floor"] =
-                Change(a.floors[left.index.floorIndex].name, b.floors[right.index.floorIndex].name);
-        }
-        HeldMemory held(blockA.Limits());
-        if (!sameAspects) {
-            SZVLGZvgComp compA, compB;
-            blockA.ReadComp(left.index, compA);
-            blockB.ReadComp(right.index, compB);
-            const u64 bytes = BytesOf(compA) + BytesOf(compB);
-            blockA.Limits().Work(bytes);
-            held.Add(2 * bytes);
-            AddDifference(entry, DifferenceOf(compA, compB));
-        }
-        if (left.geometry != right.geometry) entry["geometry"] = true;
-        printer.Print(entry);
-    }
-
-    OpenedBlock& blockA;
-    OpenedBlock& blockB;
-    DifferencePrinter& printer;
-    BlockContents a, b;
+    Document head;
+    bool asJson;
+    std::optional<JsonList> json;
+    bool none = true;
 };
 
 void Diff(const std::string& fileA, const std::string& fileB, const CommonOptions& common) {
-    Budget limits(common.noLimit, "--no-limit");
-    OpenedBlock blockA(OpenNamed(fileA), limits);
-    OpenedBlock blockB(OpenNamed(fileB), limits);
-    BlockContents contentsA = ReadContents(blockA);
-    BlockContents contentsB = ReadContents(blockB);
+    const BlockFile a = OpenBlockFile(fileA, common);
+    const BlockFile b = OpenBlockFile(fileB, common);
     DifferencePrinter printer(fileA, fileB, common.json);
-    Comparison(blockA, blockB, std::move(contentsA), std::move(contentsB), printer).Print();
+    Compare(a, b, [&printer](const Difference& difference) {
+        printer.Print(difference);
+        return true;
+    });
     printer.End();
-    blockA.ThrowIfDamaged();
-    blockB.ThrowIfDamaged();
 }
 
 }  // namespace

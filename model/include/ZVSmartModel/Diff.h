@@ -1,0 +1,73 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ZVSmartModel/BlockFile.h"
+#include "ZVSmartModel/Values.h"
+
+namespace ZVSmartModel {
+
+/// A value of both files, which differs.
+template <class Value>
+struct Changed {
+    Value a, b;
+};
+
+/// A named value that differs; a side that does not have it has none.
+struct ValueChange {
+    std::string name;
+    std::optional<std::string> a, b;
+};
+
+/// What became of a floor. Floors are known by their names, and of what is left by their order.
+struct FloorDifference {
+    std::optional<unsigned int> inA, inB;  ///< its number in the files that have it
+    std::string name;                      ///< in the first file that has it
+    std::optional<Changed<std::string>> renamed;
+    std::optional<Changed<unsigned int>> order;
+    std::optional<Changed<double>> elevation, height;  ///< metres
+};
+
+/// What became of an element. Elements are known by their GUIDs, those on one floor first.
+struct ElementDifference {
+    std::optional<ElementIndex> inA, inB;  ///< where it stands in the files that have it
+    std::string guid;
+    std::string className, name;  ///< in the first file that has it; `name` may be empty
+    std::optional<Changed<std::string>> floor;  ///< the names of the floors that it moved between
+    std::vector<ValueChange> properties;        ///< by "SET.NAME"; values with their units
+    std::vector<ValueChange> classes;           ///< by level: "2", "3", "4" or "2b"
+    /// What else differs: "owner", "groupGuidName", "relatedGuidNames", "appearance", "materials"
+    /// or "geoIds".
+    std::vector<std::string> fields;
+    bool geometry = false;  ///< whether its body differs, in its form or in its place
+};
+
+/// One difference; either a floor's or an element's is there.
+struct Difference {
+    enum class Kind {
+        Added,
+        Removed,
+        Changed,
+        Moved,   ///< an element to another floor; it may have changed as well
+        Renamed  ///< a floor; it may have changed as well
+    };
+
+    Kind kind = Kind::Changed;
+    std::optional<FloorDifference> floor;
+    std::optional<ElementDifference> element;
+};
+
+/// Hands what differs in `b` from `a` to `use`, floors first, each in the order of `a` and what is
+/// only in `b` behind it, until `use` answers false. `use` may ask the files. What the files say of
+/// themselves, their previews, the order of elements and the names of shapes are not compared.
+///
+/// Reads both files whole, and keeps a few hundred bytes of each element. Throws Error: Damaged,
+/// before anything is handed out, where something cannot be read; Internal; Cancelled.
+ZVSM_API void Compare(const BlockFile& a, const BlockFile& b,
+                      const std::function<bool(const Difference& difference)>& use,
+                      const Progress& progress = {});
+
+}  // namespace ZVSmartModel
