@@ -16,13 +16,13 @@
 #include <string_view>
 
 #include "ZVSmartModel/Error.h"
-#include "model/pack/ChildMessages.h"
 #include "model/import/ModelFile.h"
-#include "model/pack/ModelFolder.h"
 #include "model/import/ShapeStore.h"
 #include "model/import/StepCycles.h"
 #include "model/import/StepText.h"
 #include "model/import/UnusableGeometry.h"
+#include "model/pack/ChildMessages.h"
+#include "model/pack/ModelFolder.h"
 
 using namespace ZVSmartModel;
 

@@ -50,7 +50,9 @@ int main(int argc, char** argv) {
     for (unsigned int version = 0; version <= 4; ++version) {
         const std::string name = "sample-version-" + std::to_string(version);
         Parts parts = PartsOf(SampleFile(version));
-        WriteSeed(folder / "file" / name, PutTogether(parts));
+        for (const char* fuzzer : {"file", "model"}) {
+            WriteSeed(folder / fuzzer / name, PutTogether(parts));
+        }
         for (Block* const block : parts.Blocks()) block->encoded.clear();
         WriteSeed(folder / "blocks" / name, PutTogether(parts));
     }

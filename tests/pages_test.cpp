@@ -65,4 +65,22 @@ TEST_F(Pages, WalksAndSavesAgain) {
         << LastDamage(third);
 }
 
+TEST_F(Pages, TheModelLibraryTellsWhatWasWritten) {
+    WriteOneSlab("slab.zvg");
+    testing::internal::CaptureStdout();
+    Describe("slab.zvg");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "Ground floor at 0 m: 1 elements\n1 IfcSlab\n");
+    const ZVSmartModel::BlockFile file("slab.zvg");
+    EXPECT_EQ(FireRating(file, "slab"), "none");
+    EXPECT_EQ(FireRating(file, "wall"), "no such element");
+    EXPECT_EQ(ExternalWalls(file), 0u);
+    EXPECT_EQ(TrianglesToDraw(file), 2u);
+    EXPECT_EQ(VolumeOf(file, {0, 0}), 0);
+    EXPECT_EQ(CountChanges(file, file), 0u);
+    // The floor's height, the slab, the wall.
+    EXPECT_EQ(CountChanges(file, ZVSmartModel::BlockFile("wall.zvg")), 3u);
+    EXPECT_EQ(ExportWindows(file, "/nowhere/x.glb"), false);
+}
+
 }  // namespace
