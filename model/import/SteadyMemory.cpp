@@ -110,6 +110,9 @@ SteadyMemory::~SteadyMemory() {
 
 }  // namespace ZVSmartModel
 
+// The address sanitizer has its own, which sees what is done wrong.
+#ifndef __SANITIZE_ADDRESS__
+
 void* operator new(std::size_t byteCount) {
     if (ZVSmartModel::arena.users != 0) {
         if (void* const memory = ZVSmartModel::arena.Take(byteCount)) return memory;
@@ -133,3 +136,5 @@ void operator delete(void* memory) noexcept {
 void operator delete(void* memory, std::size_t) noexcept {
     operator delete(memory);
 }
+
+#endif
