@@ -10,17 +10,15 @@
 
 #include "Choices.h"
 #include "ZVIM/Config.h"
-#include "support.h"
+#include "placed_faces.h"
 
 namespace {
 
 using namespace support;
 using ZVIM::GeometryPrimitiveResource::coordinate_transf;
 using ZVIM::GeometryPrimitiveResource::CZVIMGeoModelConfig;
-using Points = std::vector<CZVIMPosition>;
 
 constexpr double tolerance = 0.001;
-constexpr double pi = 3.14159265358979323846;
 
 /// Mostly a handful of sizes, often with what is about the tolerance or far below it on top;
 /// sometimes anything.
@@ -73,11 +71,6 @@ void ChooseTurn(Face& face, Choices& choices) {
 
 /// Of one saver: the faces' own points, and what they were answered.
 struct Relations {
-    struct Placed {
-        SZVLGZvgGeoRelInclude rel;
-        Points own;
-    };
-
     /// True where a geometry was stored for the face.
     template <class Face>
     bool Ask(const Face& face, const Points& own) {
@@ -100,36 +93,21 @@ struct Relations {
 
     CZVLGBlockSaver& saver;
     std::set<std::wstring> keys = {};
-    std::vector<Placed> placed = {};
+    std::vector<PlacedFace> placed = {};
 };
-
-double LargestCoordinate(const Points& points) {
-    double largest = 0;
-    for (const CZVIMPosition& point : points) {
-        for (const double value : {point.GetX(), point.GetY(), point.GetZ()})
-            largest = std::max(largest, std::fabs(value));
-    }
-    return largest;
-}
 
 void AskRuled(Relations& relations, Choices& choices) {
     SZVLGParamRuledFace face{SomePoints(choices, 4), {}};
     for (std::size_t i = 0; i < face.firstColumn.size(); ++i)
         face.secondColumn.push_back(Point(choices));
-    const auto rows = [&face] {
-        Points own;
-        for (std::size_t row = 0; row < face.firstColumn.size(); ++row)
-            own.insert(own.end(), {face.firstColumn[row], face.secondColumn[row]});
-        return own;
-    };
-    const bool isNew = relations.Ask(face, rows());
-    Require(!relations.Ask(face, rows()));
-    if (!isNew || !(LargestCoordinate(rows()) < 1e3)) return;
+    const bool isNew = relations.Ask(face, Rows(face));
+    Require(!relations.Ask(face, Rows(face)));
+    if (!isNew || !(LargestCoordinate(Rows(face)) < 1e3)) return;
     // So is the same shape in another place.
     const CZVIMTransf frame = coordinate_transf({7, -30, 50}, {1, 2, 3}, {0, 1, -4});
     for (Points* const column : {&face.firstColumn, &face.secondColumn})
         for (CZVIMPosition& point : *column) point.TransformBy(frame);
-    Require(!relations.Ask(face, rows()));
+    Require(!relations.Ask(face, Rows(face)));
 }
 
 /// On both planes, whichever way the frame's Z runs: such a face may share what is elsewhere.
@@ -159,23 +137,6 @@ void AskRevolved(Relations& relations, Choices& choices) {
     const double radius = face.radiusVector.len();
     if (radius > 1e6 && radius < 1e12) return;  // too many samples to ask for often
     relations.AskTwice(face, {});
-}
-
-/// Each face's geometry is there, and lies on its points, but for what rounding moves those far
-/// from the origin.
-void RequirePlaced(const Bytes& file, const std::vector<Relations::Placed>& placed) {
-    CZVFTReadBufferInStream in(file.data(), file.size());
-    CZVLGBlockReader reader;
-    Require(reader.Init(&in));
-    for (const auto& [rel, own] : placed) {
-        SZVLGZvgGeo geo;
-        Require(reader.GetGeoByIdentification(rel.key, geo) && geo.shells.size() == 1);
-        const Points& points = geo.shells[0].TransformBy(rel.transform).GetPoints();
-        Require(own.empty() || points.size() == own.size());
-        const double moved = 1e-14 * (LargestCoordinate(points) + LargestCoordinate(own));
-        for (std::size_t i = 0; i < own.size(); ++i)
-            Require(points[i].DistToPt(own[i]) <= tolerance + 1e-9 + moved);
-    }
 }
 
 /// Whatever is found is made of points that are there.
@@ -213,39 +174,13 @@ void FindOutline(Choices& choices) {
     }
 }
 
-/// A loop whose joints are off by the tolerance or by a unit in the last place closes.
-void CloseLoop(Choices& choices) {
-    const double reaches[] = {0, 1e3, 1e6, 1e9, 1e10, 1e15};
-    const double away = reaches[choices.Byte() % 6];
-    const unsigned int corners = 3 + choices.Byte() % 8U;
-    const auto loose = [&choices](double value) {
-        const u8 way = choices.Byte();
-        if (way % 4 == 0) return std::nextafter(value, 1e99 * (way % 8 == 0 ? 1 : -1));
-        return value + 0.7 * CZVIMGeoModelConfig::getabs() * (way / 128.0 - 1);
-    };
-    const auto corner = [=](unsigned int i) {
-        const double angle = 2 * pi * (i % corners) / corners;
-        return CZVIMPosition(away + 100 * std::cos(angle), 100 * std::sin(angle) - away, i);
-    };
-    SZVLGZvgGeo geo;
-    const unsigned int first = choices.Byte();
-    for (unsigned int i = first; i < first + corners; ++i) {
-        const CZVIMPosition end = corner(i + 1);
-        geo.lineSegments.push_back(
-            {corner(i), CZVIMPosition(loose(end.GetX()), loose(end.GetY()), 0)});
-    }
-    CZVIMPolyline outline;
-    Require(CZVLGBlockInfoDeal::GetOneCloseXOYPolyInZvgGeo(geo, outline));
-    Require(outline.CountOfPoint() == corners);
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     Choices choices(data, size);
     const double tolerances[] = {1e-6, 1e-6, 0.01, 1e-9};
     CZVIMGeoModelConfig::setabs(tolerances[choices.Byte() % 4]);
-    std::vector<Relations::Placed> placed;
+    std::vector<PlacedFace> placed;
     const Bytes file = Saved(4, 0, [&](CZVLGBlockSaver& saver) {
         Relations relations{saver};
         for (int calls = 0; choices.AnyLeft() && calls < 60; ++calls) {
@@ -254,11 +189,11 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
             if (call == 2 || call == 3) AskCylinder(relations, choices);
             if (call == 4) AskRevolved(relations, choices);
             if (call == 5) Require(relations.keys.insert(saver.CreateIncludeBlockGeo({})).second);
-            if (call == 6) FindOutline(choices);
-            if (call == 7) CloseLoop(choices);
+            if (call > 5) FindOutline(choices);
         }
         placed = std::move(relations.placed);
     });
-    RequirePlaced(file, placed);
+    Opened opened(file);
+    Require(opened.ok && WhatIsOff(opened.reader, placed).empty());
     return 0;
 }

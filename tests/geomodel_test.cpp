@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <limits>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -21,6 +20,7 @@ namespace {
 using namespace ZVIM::GeometryPrimitiveResource;
 using namespace ZVIM::GeometryModelResource;
 using support::Bytes;
+using support::Doubles;
 using support::Streamed;
 using LenientStream = ZVSmartFormat::CZVFTReadBufferInStream;
 
@@ -55,21 +55,13 @@ std::size_t Read(const Bytes& bytes, Object& object) {
     return static_cast<std::size_t>(stream.GetPos());
 }
 
-/// Hex digits in groups: 4 digits are a double's sign, exponent and first bits, the rest zero.
-Bytes FromGroups(const std::string& text) {
-    std::string hex, group;
-    for (std::istringstream groups(text); groups >> group;)
-        hex += group + std::string(group.size() == 4 ? 12 : 0, '0');
-    return support::FromHex(hex);
-}
-
 /// `object` holds 1, 2, 3 … as doubles, in the order of the layout. `offsetsOfCounts` are where
 /// the counts of its lists stand.
 template <class Object>
 void ExpectLayout(const Object& object, const std::string& hex,
                   const std::vector<std::size_t>& offsetsOfCounts = {}) {
     SCOPED_TRACE(hex);
-    const Bytes bytes = FromGroups(hex);
+    const Bytes bytes = support::FromHex(hex);
     EXPECT_EQ(Written(object), bytes);
     Object copy;
     EXPECT_EQ(Read(bytes, copy), bytes.size());
@@ -88,72 +80,63 @@ void ExpectLayout(const Object& object, const std::string& hex,
     }
 }
 
-const char* const oneToThree = "3FF0 4000 4008";  // 1 2 3
-const char* const fourToSix = "4010 4014 4018";   // 4 5 6
-const char* const sevenToThirteen = "401C 4020 4022 4024 4026 4028 402A";
-
-std::string Join(const std::vector<std::string>& parts) {
-    std::string text;
-    for (const std::string& part : parts) text += (text.empty() ? "" : " ") + part;
-    return text;
-}
-
 TEST(GeoModel, SerialBytes) {
+    EXPECT_EQ(Doubles({-0.3, 1}),
+              "BFD3333333333333"
+              "3FF0000000000000");
     const CZVIMPosition p(1, 2, 3), q(4, 5, 6);
-    const std::string pq = Join({oneToThree, fourToSix});
-    ExpectLayout(p, oneToThree);
-    ExpectLayout(CZVIMVector(1, 2, 3), oneToThree);
-    ExpectLayout(CZVIMLineSegment(p, q), pq);
-    ExpectLayout(CZVIMCircle(p, CZVIMVector(4, 5, 6), 7), Join({pq, "401C"}));
+    const std::string one = Doubles({1, 2, 3}), both = Doubles({1, 2, 3, 4, 5, 6});
+    ExpectLayout(p, one);
+    ExpectLayout(CZVIMVector(1, 2, 3), one);
+    ExpectLayout(CZVIMLineSegment(p, q), both);
+    ExpectLayout(CZVIMCircle(p, CZVIMVector(4, 5, 6), 7), both + Doubles({7}));
     ExpectLayout(CZVIMBoundArc(p, CZVIMVector(4, 5, 6), {7, 8, 9}, {10, 11, 12}, 13),
-                 Join({pq, sevenToThirteen}));
+                 both + Doubles({7, 8, 9, 10, 11, 12, 13}));
 
     CZVIMTransf transf;
-    ExpectLayout(transf, "3FF0 0000 0000 0000 0000 3FF0 0000 0000 0000 0000 3FF0 0000");
+    ExpectLayout(transf, Doubles({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0}));
     transf.SetAt(0, 3, 4);  // the origin's X ends the first row
     transf.SetAt(2, 0, 5);  // the X axis' Z begins the last
-    ExpectLayout(transf, "3FF0 0000 0000 4010 0000 3FF0 0000 0000 4014 0000 3FF0 0000");
+    ExpectLayout(transf, Doubles({1, 0, 0, 4, 0, 1, 0, 0, 5, 0, 1, 0}));
 
     CZVIMPolyline3D chain;
     chain.AddPoint(p);
     chain.AddPoint(q);
-    ExpectLayout(chain, Join({"00 00000002", pq}), {1});
+    ExpectLayout(chain, "00 00000002" + both, {1});
     chain.SetClosedFlag();
-    ExpectLayout(chain, Join({"01 00000002", pq}), {1});
+    ExpectLayout(chain, "01 00000002" + both, {1});
     CZVIMPolyline bulged;
     bulged.AddPoint(p, -1);
     bulged.AddPoint(q, 0.5);
-    ExpectLayout(bulged, Join({"00 00000002", oneToThree, "BFF0", fourToSix, "3FE0"}), {1});
+    ExpectLayout(bulged, "00 00000002" + Doubles({1, 2, 3, -1, 4, 5, 6, 0.5}), {1});
 
     CZVIMShell shell;
     shell.AddPts({p, q});
     shell.AddFaceIndex({0, 1, 258});
     shell.AddFaceIndex({-1});
     const std::string shellHex =
-        Join({"00000002", pq, "00000006 00000003 00000000 00000001 00000102 00000001 FFFFFFFF"});
+        "00000002" + both + "00000006 00000003 00000000 00000001 00000102 00000001 FFFFFFFF";
     ExpectLayout(shell, shellHex, {0, 52});
     CZVIMVisualShell visualShell;
     visualShell.shell = shell;
     visualShell.normals = {{1, 2, 3}};
     visualShell.faceColors = {0x11223344, 0xFF000000};
-    ExpectLayout(visualShell,
-                 Join({shellHex, "00000001", oneToThree, "00000002 11223344 FF000000"}),
+    ExpectLayout(visualShell, shellHex + "00000001" + one + "00000002 11223344 FF000000",
                  {0, 52, 80, 108});
     CZVIMVisualPolyFaceMesh faces;
     faces.points = {p};
     faces.facesIndex = {1, 0};
     faces.faceColors = {0x11223344};
     faces.edgeVisibles = {1, 0, 255};
-    ExpectLayout(faces,
-                 Join({"00000001", oneToThree,
-                       "00000002 00000001 00000000 00000001 11223344 00000003 01 00 FF"}),
-                 {0, 28, 40, 48});
+    ExpectLayout(
+        faces, "00000001" + one + "00000002 00000001 00000000 00000001 11223344 00000003 01 00 FF",
+        {0, 28, 40, 48});
     CZVIMMesh mesh;
     mesh.SetRow(2);
     mesh.SetColumn(1);
     mesh.AddPt(p);
     mesh.AddPt(q);
-    ExpectLayout(mesh, Join({"00000002 00000001 00000002", pq}), {8});
+    ExpectLayout(mesh, "00000002 00000001 00000002" + both, {8});
 }
 
 TEST(GeoModel, OrderOfPositions) {

@@ -13,25 +13,10 @@ using namespace support;
 constexpr u64 byDefault = 256 * mebibyte;
 constexpr u64 page = 4096;  // to which large allocations are rounded
 
-/// The memory that `call` takes at its peak, beside what there was.
-template <class Call>
-std::size_t PeakOf(Call call) {
-    AllocHooks::ResetPeak();
-    const std::size_t before = AllocHooks::BytesInUse();
-    call();
-    return AllocHooks::PeakBytes() - before;
-}
-
-Bytes WithLength(const Bytes& record) {
-    return BigEndian(static_cast<u32>(record.size())) + record;
-}
-
 /// A list of `count` empty elements of `elementBytes` each behind the bit of `flags`.
 Bytes Flood(u32 flags, u32 count, u32 elementBytes) {
-    Bytes record = {static_cast<u8>(flags >> 8), static_cast<u8>(flags)};
-    PutU32(record, count);
-    record.resize(record.size() + std::size_t{count} * elementBytes);
-    return record;
+    return Slice(BigEndian(flags), 2, 4) + BigEndian(count) +
+           Bytes(std::size_t{count} * elementBytes);
 }
 
 /// Nested records, each with `width` empty ones ahead of the one that goes on.
@@ -44,40 +29,51 @@ Bytes Chain(u32 depth, u32 width) {
     return std::move(record) + Bytes(2);
 }
 
-Bytes TextOf(u32 units) {
-    Bytes text = BigEndian(units);
-    text.resize(4 + 2 * std::size_t{units}, 'a');
-    return text;
-}
-
 Bytes FileWithGeo(const Bytes& record) {
     Parts parts = PartsOf(SampleFile(4));
-    parts.geoBlocks = {{Section({WithLength(record)}), {}}};
+    parts.geoBlocks = {{Section({BigEndian(static_cast<u32>(record.size())) + record}), {}}};
+    return PutTogether(parts);
+}
+
+/// A component of one reference that names row 0, of so many units, `count` times.
+Bytes FileWithRows(u32 count, u32 units) {
+    Parts parts = PartsOf(SampleFile(0));
+    const Bytes entry = TextOf(1) + Bytes(1) + BigEndian(1) + Bytes(9) + BigEndian(count) +
+                        Bytes(4 * std::size_t{count} + 100);
+    parts.floors.resize(1);
+    parts.floors[0].block = {
+        Section({entry}) + Section({TextOf(1) + TextOf(units, 'a') + Bytes(4)}), {}};
     return PutTogether(parts);
 }
 
 struct Outcome {
     bool isRead = false;
     std::size_t peak = 0;
-    EZVLGMiss miss = EZVLGMiss::None;
-    std::string reason;
+    Miss miss = {};
 };
 
-Outcome ReadGeo(const Bytes& file, u64 limit) {
+/// Reads the first geometry or component of a file, and takes the memory at its peak, beside what
+/// there was.
+template <class Record, class Index>
+Outcome ReadFirst(const Bytes& file, u64 limit,
+                  bool (CZVLGBlockReader::*get)(const Index&, Record&)) {
     Outcome outcome;
     CZVFTReadBufferInStream in(file.data(), file.size());
     CZVLGBlockReader reader;
     if (limit != 0) reader.SetDecodedBlockLimit(limit);
     EXPECT_TRUE(reader.Init(&in));
-    reader.GetGeoNumInBlock(0);  // the block's own bytes are counted apart
-    SZVLGZvgGeo geo;
-    SZVLGBlockFinding finding;
-    outcome.peak = PeakOf([&] {
-        Thrown([&] { outcome.isRead = reader.GetGeoByIndex({0, 0}, geo); });
-        outcome.miss = reader.GetLastMiss(finding);
-    });
-    outcome.reason = finding.reason;
+    reader.GetGeoNumInBlock(0);  // the blocks' own bytes are counted apart
+    reader.GetFloorCompNum(0);
+    Record record;
+    AllocHooks::ResetPeak();
+    const std::size_t before = AllocHooks::BytesInUse();
+    Thrown([&] { outcome.isRead = (reader.*get)({0, 0}, record); });
+    outcome.peak = AllocHooks::PeakBytes() - before;
+    outcome.miss = LastMissOf(reader);
     return outcome;
+}
+Outcome ReadGeo(const Bytes& file, u64 limit) {
+    return ReadFirst(file, limit, &CZVLGBlockReader::GetGeoByIndex);
 }
 
 /// The largest number that a reader with this limit takes, between 1 and `most`.
@@ -112,65 +108,31 @@ TEST(Memory, TheWorstRecordThatIsAcceptedStaysWithinTheLimit) {
         EXPECT_TRUE(worst.isRead) << one.name;
         const Outcome first = ReadGeo(FileWithGeo(one.make(count + 1)), limit);
         EXPECT_FALSE(first.isRead) << one.name;
-        EXPECT_EQ(first.reason, "geometry block 0, record 0 takes more memory than the limit");
-        EXPECT_EQ(first.miss, EZVLGMiss::TooLarge) << one.name;
+        EXPECT_EQ(first.miss.reason, "geometry block 0, record 0 takes more memory than the limit");
+        EXPECT_EQ(first.miss.kind, EZVLGMiss::TooLarge) << one.name;
         EXPECT_LE(first.peak, limit + page) << one.name;
         EXPECT_LE(worst.peak, limit + page) << one.name << ", " << count;
         EXPECT_TRUE(!AllocHooks::available || worst.peak > limit / 4) << one.name << ", " << count;
     }
 }
 
-TEST(Memory, TextsAndBlobsCountAsWell) {
+TEST(Memory, TextsAndBlobsAndRowsNamedOverAndOverCountAsWell) {
     // A blob with a text of 6 million units: 12 MB in the file, 24 MB in memory.
-    const Bytes blob = FromHex("0002 00000001") + TextOf(6'000'000) + Bytes(8 + 4 + 100);
-    EXPECT_FALSE(ReadGeo(FileWithGeo(blob), 16 * mebibyte).isRead);
-    const Outcome allowed = ReadGeo(FileWithGeo(blob), 32 * mebibyte);
-    EXPECT_TRUE(allowed.isRead) << allowed.reason;
+    const Bytes blob =
+        FileWithGeo(FromHex("0002 00000001") + TextOf(6'000'000, 'a') + Bytes(8 + 4 + 100));
+    EXPECT_FALSE(ReadGeo(blob, 16 * mebibyte).isRead);
+    const Outcome allowed = ReadGeo(blob, 32 * mebibyte);
+    EXPECT_TRUE(allowed.isRead) << allowed.miss.reason;
     EXPECT_LE(allowed.peak, 32 * mebibyte);
-}
+    // Unless a host says otherwise, and whatever the file's size.
+    const Outcome byItself = ReadGeo(FileWithGeo(Flood(0x8000, 2'700'000, 8)), 0);
+    EXPECT_FALSE(byItself.isRead);
+    EXPECT_LE(byItself.peak, byDefault);
 
-/// A file of less than 3 KB asked for 2 GiB whatever the host set.
-TEST(Memory, ASmallFileTakesNoMoreThanTheHostAllows) {
-    const Bytes file = FileWithGeo(Flood(0x8000, 2'700'000, 8));
-    EXPECT_LT(file.size(), 6'000U);
-    for (const u64 limit : {u64{32 * mebibyte}, u64{0}}) {
-        const Outcome outcome = ReadGeo(file, limit);
-        EXPECT_FALSE(outcome.isRead);
-        EXPECT_LE(outcome.peak, limit == 0 ? byDefault : limit);
-    }
-}
-
-/// A component of one reference that names row 0, of so many units, `count` times.
-Bytes FileWithRows(u32 count, u32 units) {
-    Parts parts = PartsOf(SampleFile(0));
-    Bytes entry = TextOf(1);
-    entry.push_back(0);
-    entry = entry + BigEndian(1) + Bytes(9) + BigEndian(count);
-    entry.resize(entry.size() + 4 * std::size_t{count} + 100);
-    const Bytes row = TextOf(1) + TextOf(units) + Bytes(4);
-    parts.floors.resize(1);
-    parts.floors[0].block = {Section({entry}) + Section({row}), {}};
-    return PutTogether(parts);
-}
-
-TEST(Memory, RowsNamedOverAndOverCountEachTime) {
     constexpr u64 limit = 16 * mebibyte;
-    const auto read = [](u32 count) {
-        Outcome outcome;
-        const Bytes file = FileWithRows(count, 1000);
-        CZVFTReadBufferInStream in(file.data(), file.size());
-        CZVLGBlockReader reader;
-        reader.SetDecodedBlockLimit(limit);
-        EXPECT_TRUE(reader.Init(&in));
-        EXPECT_EQ(reader.GetFloorCompNum(0), 1U);
-        SZVLGZvgComp comp;
-        outcome.peak = PeakOf([&] {
-            Thrown([&] { outcome.isRead = reader.GetCompByIndex({0, 0}, comp); });
-        });
-        return outcome;
-    };
     for (const u32 count : {3000U, 4000U, 4050U, 5000U, 50'000U}) {
-        const Outcome outcome = read(count);
+        const Outcome outcome =
+            ReadFirst(FileWithRows(count, 1000), limit, &CZVLGBlockReader::GetCompByIndex);
         EXPECT_EQ(outcome.isRead, count <= 4000) << count;
         EXPECT_LE(outcome.peak, limit + page) << count;
     }
@@ -178,13 +140,17 @@ TEST(Memory, RowsNamedOverAndOverCountEachTime) {
 
 /// What a saver takes, any reader takes; what it refuses leaves no trace in the file.
 TEST(Memory, ASaverRefusesWhatNoReaderWouldTake) {
-    SZVLGZvgGeo fitting, tooLarge;
+    SZVLGZvgGeo fitting, tooLarge, blob, image, nested;
     constexpr std::size_t fits = (byDefault - 200) / sizeof(SZVLGZvgSubGeo);
     fitting.subGeos.resize(fits);
     tooLarge.subGeos.resize(fits + 1);
-    SZVLGZvgComp bringing = Comp(L"bringing"), named = Comp(L"named"), classed = Comp(L"classed");
-    bringing.geoRefs = {{L"good", SomeGeo(1), 0, 0, 0, {}, {}},
-                        {L"bad", tooLarge, 0, 0, 0, {}, {}}};
+    blob.blobs.resize(1);
+    blob.blobs[0].dataSize = 1;  // of bytes that are not there
+    image.images.resize(2);
+    image.images[1].width = image.images[1].height = 1;
+    nested.subGeos.resize(2);
+    nested.subGeos[1].geo = image;
+    SZVLGZvgComp named = Comp(L"named"), classed = Comp(L"classed");
     SZVLGZvgGeoId row;
     row.guidName.guid.Data1 = 7;
     row.textA = std::wstring(1'000'000, L'x');
@@ -201,22 +167,24 @@ TEST(Memory, ASaverRefusesWhatNoReaderWouldTake) {
         return Saved(4, 0, [&](CZVLGBlockSaver& saver) {
             saver.AddIdentificationGeo(L"fits", fitting);
             saver.AddComp(largest);
-            if (!withRefused) return;
-            const auto add = [&] { saver.AddIdentificationGeo(L"bad", tooLarge); };
-            EXPECT_EQ(Thrown(add), "encode error");
-            for (const SZVLGZvgComp* comp : {&bringing, &named, &classed})
-                EXPECT_EQ(Thrown([&] { saver.AddComp(*comp); }), "encode error")
-                    << ToHex(Bytes(1, static_cast<u8>(comp - &bringing)));
+            for (const SZVLGZvgGeo* bad : {&tooLarge, &blob, &image, &nested}) {
+                if (!withRefused) break;
+                SZVLGZvgComp bringing = Comp(L"bringing", L"new floor");
+                bringing.classLevel2Name = L"new class";
+                bringing.geoRefs = {{L"good", SomeGeo(1), 0, 0, 0, {}, {}},
+                                    {L"bad", *bad, 0, 0, 0, {}, {}}};
+                const auto add = [&] { saver.AddIdentificationGeo(L"bad", *bad); };
+                EXPECT_EQ(Thrown(add), "encode error");
+                for (const SZVLGZvgComp* comp : {&bringing, &named, &classed})
+                    EXPECT_EQ(Thrown([&] { saver.AddComp(*comp); }), "encode error");
+            }
+            saver.AddComp(Comp(L"c"));
         });
     };
     const Bytes file = save(true);
     EXPECT_TRUE(file == save(false));
     fitting = tooLarge = SZVLGZvgGeo();
-    Opened opened(file);
-    SZVLGZvgComp comp;
-    EXPECT_TRUE(opened.reader.GetCompByIndex({0, 0}, comp));
-    comp = SZVLGZvgComp();
-    opened.reader.CleanInnerBuffer();
+    EXPECT_TRUE(ReadFirst(file, 0, &CZVLGBlockReader::GetCompByIndex).isRead);
     const Outcome worst = ReadGeo(file, 0);
     EXPECT_TRUE(worst.isRead);
     EXPECT_LE(worst.peak, byDefault + page);
@@ -239,8 +207,7 @@ TEST(Memory, WhatIsSavedIsRead) {
         }
         saver.AddComp(FullComp());
     });
-    const std::vector<SZVLGZvgComp> comps = AllComps(file);
-    EXPECT_EQ(comps.size(), 5U);
+    EXPECT_EQ(AllComps(file).size(), 5U);
 }
 
 }  // namespace

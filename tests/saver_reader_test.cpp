@@ -1,9 +1,8 @@
-// Saver and reader: where records go, what is kept decoded, and what is left when something is
-// wrong.
+// Saver and reader: where records go, what is kept decoded, what is left when something is wrong,
+// and objects used out of turn: an error or a fresh start, never a success that is none.
 
 #include <gtest/gtest.h>
-
-#include <functional>
+#include <sys/stat.h>
 
 #include "ZVSmartFormat/FileStream.h"
 #include "support.h"
@@ -12,27 +11,24 @@ namespace {
 
 using namespace support;
 
-using Pair = std::pair<u32, u32>;
-
-/// Where an identification leads.
-Pair Place(CZVLGBlockReader& reader, const std::wstring& key) {
-    std::wstring found;
-    SZVLGZvgGeoIndex index;
-    for (u32 i = 0; reader.GetGeoIdentificationByIndex(i, found, index); ++i)
-        if (found == key) return {index.blockIndex, index.indexInBlock};
-    return {0xFFFFFFFF, 0xFFFFFFFF};
+/// Where an identification leads, and behind how many others it stands.
+std::string Place(CZVLGBlockReader& reader, const std::string& key) {
+    for (u32 i = 0; i < reader.GetGeoIdentificationNum(); ++i) {
+        const std::string found = Ask(ask::Identification(i), reader);
+        if (found.find(key + "@") == 0) return found.substr(key.size() + 1);
+    }
+    return "";
 }
 
 TEST(Routing, AFullBlockIsWrittenWhenTheNextOneBegins) {
-    struct Case {
+    const struct {
         unsigned int capacity;
         u32 count;
-        Pair last;
-    };
-    const Case cases[] = {{0, 1000, {0, 999}}, {0, 1001, {1, 0}}, {1, 3, {2, 0}}, {2, 5, {2, 0}}};
-    for (const Case& each : cases) {
+        SZVLGZvgGeoIndex last;
+    } cases[] = {{0, 1000, {0, 999}}, {0, 1001, {1, 0}}, {1, 3, {2, 0}}, {2, 5, {2, 0}}};
+    for (const auto& each : cases) {
         const u32 capacity = each.capacity == 0 ? 1000 : each.capacity;
-        const Bytes file = Streamed([&](CZVFTOutStream& out) {
+        Opened opened(Streamed([&](CZVFTOutStream& out) {
             SaveTo(out, {4, each.capacity, "", {}}, [&](CZVLGBlockSaver& saver) {
                 for (u32 i = 0; i < each.count; ++i) {
                     const u64 before = out.GetPos();
@@ -40,19 +36,13 @@ TEST(Routing, AFullBlockIsWrittenWhenTheNextOneBegins) {
                     EXPECT_EQ(out.GetPos() != before, i != 0 && i % capacity == 0) << i;
                 }
             });
-        });
-        Opened opened(file);
-        SZVLGZvgGeo geo, none;
-        const std::wstring last = std::to_wstring(each.count - 1);
-        EXPECT_EQ(Place(opened.reader, last), each.last);
-        EXPECT_TRUE(opened.reader.GetGeoByIdentification(last, geo));
-        EXPECT_EQ(ValueOf(geo), each.count - 1);
+        }));
+        const std::string last = Dump(SomeGeo(each.count - 1));
         const auto [block, position] = each.last;
-        for (const SZVLGZvgGeoIndex& index : {SZVLGZvgGeoIndex{block, position + 1},
-                                              {block + 1, 0},
-                                              {0xFFFFFFFF, 0},
-                                              {0, 0xFFFFFFFF}})
-            EXPECT_FALSE(opened.reader.GetGeoByIndex(index, none));
+        EXPECT_EQ(Ask(ask::Geo(std::to_wstring(each.count - 1)), opened.reader), last);
+        EXPECT_EQ(Ask(ask::Geo(block, position), opened.reader), last);
+        EXPECT_EQ(opened.reader.GetGeoBlockNum(), block + 1);
+        EXPECT_EQ(opened.reader.GetGeoNumInBlock(block), position + 1);
     }
 }
 
@@ -75,29 +65,13 @@ TEST(Routing, RepeatedIdentifications) {
     EXPECT_EQ(reader.GetGeoNumInBlock(0), 2U);
     EXPECT_EQ(reader.GetGeoNumInBlock(1), 2U);
     EXPECT_EQ(NumberAt(PartsOf(file).index.content, 13), 3U) << "each once in the file itself";
-    EXPECT_EQ(Place(reader, L"a"), Pair(0, 0));
-    EXPECT_EQ(Place(reader, L"c"), Pair(1, 1));
+    EXPECT_EQ(Place(reader, "a"), "0,0");
+    EXPECT_EQ(Place(reader, "c"), "1,1");
     const u64 values[] = {0, 2, 3, 5};
-    SZVLGZvgGeo geo;
-    for (u32 i = 0; i < 4; ++i) {
-        EXPECT_TRUE(reader.GetGeoByIndex({i / 2, i % 2}, geo));
-        EXPECT_EQ(ValueOf(geo), values[i]);
-    }
-    for (const wchar_t* key : {L"", L"b", L"aa"})
-        EXPECT_FALSE(reader.GetGeoByIdentification(key, geo));
+    for (u32 i = 0; i < 4; ++i)
+        EXPECT_EQ(Ask(ask::Geo(i / 2, i % 2), reader), Dump(SomeGeo(values[i])));
+    for (const wchar_t* key : {L"", L"b", L"aa"}) EXPECT_EQ(Ask(ask::Geo(key), reader), "");
 }
-
-/// Counts the bytes that are read.
-class CountingStream : public CZVFTReadBufferInStream {
-  public:
-    explicit CountingStream(const Bytes& bytes)
-        : CZVFTReadBufferInStream(bytes.data(), bytes.size()) {}
-    bool Read(void* buffer, u64* byteCount) override {
-        bytesRead += *byteCount;
-        return CZVFTReadBufferInStream::Read(buffer, byteCount);
-    }
-    u64 bytesRead = 0;
-};
 
 TEST(Caches, GiveUpTheirLowestNumber) {
     const Bytes file = Saved(4, 1, [](CZVLGBlockSaver& saver) {
@@ -106,50 +80,41 @@ TEST(Caches, GiveUpTheirLowestNumber) {
             saver.AddComp(Comp(L"c", std::to_wstring(i)));
         }
     });
-    using Fetch = std::function<void(CZVLGBlockReader&, u32)>;
-    const Fetch fetchGeo = [](CZVLGBlockReader& reader, u32 i) {
-        SZVLGZvgGeo geo;
-        EXPECT_TRUE(reader.GetGeoByIndex({i, 0}, geo));
-        EXPECT_EQ(ValueOf(geo), i);
-    };
-    const Fetch fetchFloor = [](CZVLGBlockReader& reader, u32 i) {
-        SZVLGZvgComp comp;
-        EXPECT_TRUE(reader.GetCompByIndex({i, 0}, comp));
-        EXPECT_EQ(comp.classLevel1Name, std::to_wstring(i));
-    };
-    struct Case {
-        const Fetch& fetch;
+    const struct {
+        bool areFloors;
         unsigned int geoLimit, floorLimit;
         std::vector<u32> fetched, kept;
         u32 lost;
+    } cases[] = {
+        {false, 3, 0, {5, 7, 9, 1}, {7, 9, 1}, 5},
+        {false, 3, 0, {5, 7, 9, 1, 8}, {7, 9, 8}, 1},
+        {false, 0, 0, {0, 1, 2}, {0, 1, 2}, 3},
+        {false, 0, 1, {0, 1, 2, 3}, {1, 2, 3}, 0},
+        {false, 1, 0, {4, 5}, {5}, 4},
+        {true, 0, 3, {5, 7, 9, 1}, {7, 9, 1}, 5},
+        {true, 0, 3, {5, 7, 9, 1, 8}, {7, 9, 8}, 1},
+        {true, 1, 0, {0, 1, 2, 3, 4}, {0, 1, 2, 3, 4}, 5},
+        {true, 0, 0, {0, 1, 2, 3, 4, 5}, {1, 2, 3, 4, 5}, 0},
     };
-    const Case cases[] = {
-        {fetchGeo, 3, 0, {5, 7, 9, 1}, {7, 9, 1}, 5},
-        {fetchGeo, 3, 0, {5, 7, 9, 1, 8}, {7, 9, 8}, 1},
-        {fetchGeo, 0, 0, {0, 1, 2}, {0, 1, 2}, 3},
-        {fetchGeo, 0, 1, {0, 1, 2, 3}, {1, 2, 3}, 0},
-        {fetchGeo, 1, 0, {4, 5}, {5}, 4},
-        {fetchFloor, 0, 3, {5, 7, 9, 1}, {7, 9, 1}, 5},
-        {fetchFloor, 0, 3, {5, 7, 9, 1, 8}, {7, 9, 8}, 1},
-        {fetchFloor, 1, 0, {0, 1, 2, 3, 4}, {0, 1, 2, 3, 4}, 5},
-        {fetchFloor, 0, 0, {0, 1, 2, 3, 4, 5}, {1, 2, 3, 4, 5}, 0},
-    };
-    for (const Case& each : cases) {
-        CountingStream in(file);
+    for (const auto& each : cases) {
+        FaultyInStream in(file);
         CZVLGBlockReader reader;
         ASSERT_TRUE(reader.Init(&in, each.geoLimit, each.floorLimit));
-        for (const u32 number : each.fetched) each.fetch(reader, number);
+        const auto fetch = [&](u32 number) {
+            in.calls = 0;
+            const Query query = each.areFloors ? ask::Comp(number, 0) : ask::Geo(number, 0);
+            const std::string right =
+                each.areFloors ? Dump(Comp(L"c", std::to_wstring(number))) : Dump(SomeGeo(number));
+            EXPECT_EQ(Ask(query, reader), right);
+            return in.calls != 0;
+        };
+        for (const u32 number : each.fetched) fetch(number);
         reader.GetFloorNameByIndex(0);
         reader.GetFloorOrderByIndex(9);
-        in.bytesRead = 0;
-        for (const u32 number : each.kept) each.fetch(reader, number);
-        EXPECT_EQ(in.bytesRead, 0U) << "still there";
-        each.fetch(reader, each.lost);
-        EXPECT_NE(in.bytesRead, 0U);
+        for (const u32 number : each.kept) EXPECT_FALSE(fetch(number)) << "still there";
+        EXPECT_TRUE(fetch(each.lost));
         reader.CleanInnerBuffer();
-        in.bytesRead = 0;
-        each.fetch(reader, each.kept.back());
-        EXPECT_NE(in.bytesRead, 0U);
+        EXPECT_TRUE(fetch(each.kept.back()));
         EXPECT_EQ(in.GetPos(), 0U);
     }
 }
@@ -163,40 +128,28 @@ Bytes SmallFile() {
 }
 
 /// All lookups find nothing and change nothing.
-void ExpectNeutral(CZVLGBlockReader& reader) {
-    SZVLGZvgGeo geo;
-    SZVLGZvgGeoImage image;
+void ExpectNeutral(CZVLGBlockReader& reader, u32 floorCount = 0, u32 blockCount = 0) {
+    const std::vector<std::string> answers = AskAll(reader);
+    for (std::size_t i = 3; i < answers.size(); ++i) EXPECT_EQ(answers[i], "") << i;
+    EXPECT_EQ(reader.GetFloorNum(), floorCount) << "the counts stand as read";
+    EXPECT_EQ(reader.GetGeoBlockNum(), blockCount);
     SZVLGZvgComp comp = Comp(L"kept");
-    std::wstring key = L"kept";
-    SZVLGZvgGeoIndex index;
-    EXPECT_FALSE(reader.GetGeoByIdentification(L"0", geo));
-    EXPECT_FALSE(reader.GetGeoByIdentification(L"", geo));
-    EXPECT_FALSE(reader.GetGeoByIndex({0, 0}, geo));
-    EXPECT_TRUE(geo.IsEmpty());
-    EXPECT_FALSE(reader.GetPreviewImage(image));
-    EXPECT_FALSE(reader.GetCompByIndex({0, 0}, comp));
+    for (const SZVLGCompIndex& index : {SZVLGCompIndex{2, 0}, SZVLGCompIndex{0, 1},
+                                        SZVLGCompIndex(), SZVLGCompIndex{0, 0xFFFFFFFF}})
+        EXPECT_FALSE(reader.GetCompByIndex(index, comp));
     EXPECT_EQ(comp.compGuidName.name, L"kept");
-    EXPECT_EQ(reader.GetFloorCompNum(0), 0U);
-    EXPECT_EQ(reader.GetFloorNameByIndex(0), L"");
-    EXPECT_EQ(reader.GetFloorOrderByIndex(0), 0xFFFFFFFF);
     unsigned long long data[2] = {1, 2};
-    EXPECT_FALSE(reader.GetFloorDataByIndex(0, data[0], data[1]));
+    EXPECT_EQ(reader.GetFloorDataByIndex(floorCount, data[0], data[1]), false);
     EXPECT_EQ(data[0] * 10 + data[1], 12U);
-    EXPECT_EQ(reader.GetEstimatedDataSize(), 0U);
-    EXPECT_EQ(reader.GetGeoNumInBlock(0), 0U);
-    EXPECT_EQ(reader.GetGeoIdentificationNum(), 0U);
-    EXPECT_FALSE(reader.GetGeoIdentificationByIndex(0, key, index));
-    EXPECT_EQ(key, L"kept");
+    std::vector<std::wstring> names = {L"old"};
+    reader.GetAllFloorName(names);
+    EXPECT_EQ(names, std::vector<std::wstring>(floorCount));
     reader.CleanInnerBuffer();
 }
 
 TEST(Reader, AnswersNeutrallyWhenNotOpen) {
     CZVLGBlockReader unopened;
     ExpectNeutral(unopened);
-    std::vector<std::wstring> names = {L"old"};
-    unopened.GetAllFloorName(names);
-    EXPECT_TRUE(names.empty());
-
     Parts parts = PartsOf(SmallFile());
     parts.index.encoded[16] ^= 1;
     const Bytes file = Bytes(5) + PutTogether(parts);
@@ -205,20 +158,21 @@ TEST(Reader, AnswersNeutrallyWhenNotOpen) {
     CZVLGBlockReader reader;
     EXPECT_FALSE(reader.Init(&in));
     EXPECT_EQ(in.GetPos(), 5U);
-    EXPECT_EQ(reader.GetFloorNum(), 2U) << "the counts stand as read";
-    EXPECT_EQ(reader.GetGeoBlockNum(), 3U);
     EXPECT_EQ(reader.GetVersion(), 4U);
-    ExpectNeutral(reader);
+    ExpectNeutral(reader, 2, 3);
 
-    Opened whole(SmallFile());
-    SZVLGZvgComp comp = Comp(L"kept");
-    for (const SZVLGCompIndex& index : {SZVLGCompIndex{2, 0}, SZVLGCompIndex{0, 1},
-                                        SZVLGCompIndex(), SZVLGCompIndex{0, 0xFFFFFFFF}})
-        EXPECT_FALSE(whole.reader.GetCompByIndex(index, comp));
-    EXPECT_EQ(comp.compGuidName.name, L"kept");
-    EXPECT_EQ(whole.reader.GetFloorCompNum(2), 0U);
-    EXPECT_EQ(whole.reader.GetFloorNameByIndex(0xFFFFFFFF), L"");
-    EXPECT_EQ(whole.reader.GetFloorOrderByIndex(2), 0xFFFFFFFF);
+    for (const u32 geoCount : {0U, 3U}) {
+        const Bytes unfinished = Streamed([&](CZVFTOutStream& out) {
+            CZVLGBlockSaver saver;
+            saver.Init(&out, SZVLGZvgBlockHeadInfo(), "", 1);
+            for (u32 i = 0; i < geoCount; ++i)
+                saver.AddIdentificationGeo(std::to_wstring(i), SomeGeo(i));
+            saver.AddComp(Comp(L"c"));
+        });
+        Opened opened(unfinished);
+        EXPECT_FALSE(opened.ok);
+        ExpectNeutral(opened.reader);
+    }
 }
 
 TEST(Reader, ABlockThatDoesNotDecodeIsNotThere) {
@@ -226,26 +180,22 @@ TEST(Reader, ABlockThatDoesNotDecodeIsNotThere) {
     std::size_t total = 0;
     for (const Block* const block : parts.Blocks()) total += block->content.size();
     EXPECT_EQ(Opened(SmallFile()).reader.GetEstimatedDataSize(), total);
-    Block &geoBlock = parts.geoBlocks.at(1), &floorBlock = parts.floors.at(0).block;
-    geoBlock.encoded[0] ^= 1;
-    floorBlock.encoded[0] ^= 1;
+    for (Block* const block : {&parts.geoBlocks.at(1), &parts.floors.at(0).block}) {
+        block->encoded[0] ^= 1;
+        total -= block->content.size();
+    }
     Opened opened(PutTogether(parts));
-    EXPECT_EQ(opened.reader.GetEstimatedDataSize(),
-              total - geoBlock.content.size() - floorBlock.content.size());
-    SZVLGZvgGeo geo;
-    SZVLGZvgComp comp;
+    EXPECT_EQ(opened.reader.GetEstimatedDataSize(), total);
     for (int again = 0; again < 2; ++again) {
-        EXPECT_FALSE(opened.reader.GetGeoByIdentification(L"2", geo));
-        EXPECT_EQ(opened.reader.GetFloorCompNum(0), 0U);
-        EXPECT_FALSE(opened.reader.GetCompByIndex({0, 0}, comp));
+        for (const Query& query : {ask::Geo(L"2"), ask::CompCount(0), ask::Comp(0, 0)})
+            EXPECT_EQ(Ask(query, opened.reader), "");
         EXPECT_EQ(opened.stream.GetPos(), 0U);
     }
-    EXPECT_EQ(opened.reader.GetFloorNameByIndex(0), L"F");
-    EXPECT_TRUE(opened.reader.GetGeoByIdentification(L"4", geo));
-    EXPECT_TRUE(opened.reader.GetCompByIndex({1, 0}, comp));
+    for (const Query& query : {ask::FloorName(0), ask::Geo(L"4"), ask::Comp(1, 0)})
+        EXPECT_NE(Ask(query, opened.reader), "");
     opened.reader.SetDecodedBlockLimit(20);
     opened.reader.CleanInnerBuffer();
-    EXPECT_FALSE(opened.reader.GetGeoByIdentification(L"4", geo));
+    EXPECT_EQ(Ask(ask::Geo(L"4"), opened.reader), "");
 }
 
 TEST(Reader, TakesTheFileAsItStands) {
@@ -267,15 +217,11 @@ TEST(Reader, TakesTheFileAsItStands) {
                         Framed(Section({entry}) + Section({row}));
     Opened opened(FileOf(4, {geos}, {floor}, index));
     ASSERT_TRUE(opened.ok);
-    EXPECT_EQ(Place(opened.reader, L"b"), Pair(0, 0)) << "the first counts";
-    EXPECT_EQ(Place(opened.reader, L"a"), Pair(0, 1));
-    SZVLGZvgGeo geo;
-    EXPECT_TRUE(opened.reader.GetGeoByIdentification(L"a", geo));
-    EXPECT_FALSE(opened.reader.GetGeoByIndex({0, 2}, geo)) << "no bytes, no record";
-    for (u32 i : {3U, 4U}) {
-        const auto read = [&] { opened.reader.GetGeoByIndex({0, i}, geo); };
-        EXPECT_EQ(Thrown(read), "seek over buffer size");
-    }
+    EXPECT_EQ(Place(opened.reader, "b"), "0,0") << "the first counts";
+    EXPECT_EQ(Place(opened.reader, "a"), "0,1");
+    EXPECT_EQ(Ask(ask::Geo(L"a"), opened.reader), Dump(SZVLGZvgGeo()));
+    EXPECT_EQ(Ask(ask::Geo(0, 2), opened.reader), "") << "no bytes, no record";
+    for (const u32 i : {3U, 4U}) EXPECT_EQ(Ask(ask::Geo(0, i), opened.reader), refused);
     SZVLGZvgComp comp;
     ASSERT_TRUE(opened.reader.GetCompByIndex({0, 0}, comp));
     EXPECT_EQ(comp.compGuidName.name, L"e");
@@ -291,22 +237,14 @@ TEST(Reader, FindsEachOfManyIdentificationsAndNoneBesides) {
         keys.push_back(L"all the same so far " + std::to_wstring(7 * i));
         keys.push_back(L"all" + std::to_wstring(i) + L" of them");
     }
-    const Bytes file = Streamed([&](CZVFTOutStream& out) {
-        CZVLGBlockSaver saver;
-        saver.Init(&out, SZVLGZvgBlockHeadInfo(), "", 1000);
+    Opened opened(Saved(4, 1000, [&](CZVLGBlockSaver& saver) {
         for (u32 i = 0; i < keys.size(); ++i) saver.AddIdentificationGeo(keys[i], SomeGeo(i));
-        saver.WriteEnd();
-    });
-    Opened opened(file);
-    for (u32 i = 0; i < keys.size(); ++i) {
-        SZVLGZvgGeo geo;
-        EXPECT_TRUE(opened.reader.GetGeoByIdentification(keys[i], geo)) << i;
-        EXPECT_EQ(ValueOf(geo), i);
-    }
-    SZVLGZvgGeo geo;
+    }));
+    for (u32 i = 0; i < keys.size(); ++i)
+        EXPECT_EQ(Ask(ask::Geo(keys[i]), opened.reader), Dump(SomeGeo(i))) << i;
     for (const wchar_t* const absent : {L"al", L"alk", L"alm", L"all the same so far ", L"zzz",
                                         L"0", L"all the same so far 1", L"zll the same so far 7"})
-        EXPECT_FALSE(opened.reader.GetGeoByIdentification(absent, geo)) << absent;
+        EXPECT_EQ(Ask(ask::Geo(absent), opened.reader), "") << absent;
 }
 
 TEST(Reader, ARecordReadIntoBeforeHoldsNothingOfIt) {
@@ -317,11 +255,8 @@ TEST(Reader, ARecordReadIntoBeforeHoldsNothingOfIt) {
             comp.compProperties.emplace_back(std::wstring(count + i, L'n'),
                                              std::wstring(50 / (i + 1), L'v'));
     }
-    Opened opened(Streamed([&](CZVFTOutStream& out) {
-        CZVLGBlockSaver saver;
-        saver.Init(&out, SZVLGZvgBlockHeadInfo());
+    Opened opened(Saved(4, 0, [&](CZVLGBlockSaver& saver) {
         for (const SZVLGZvgComp& comp : comps) saver.AddComp(comp);
-        saver.WriteEnd();
     }));
     SZVLGZvgComp comp;
     for (u32 i = 0; i < comps.size(); ++i) {
@@ -331,63 +266,107 @@ TEST(Reader, ARecordReadIntoBeforeHoldsNothingOfIt) {
     }
 }
 
-TEST(Reader, AnUnfinishedFileHasNoFloors) {
-    for (const u32 geoCount : {0U, 3U}) {
-        const Bytes file = Streamed([&](CZVFTOutStream& out) {
-            CZVLGBlockSaver saver;
-            saver.Init(&out, SZVLGZvgBlockHeadInfo(), "", 1);
-            for (u32 i = 0; i < geoCount; ++i)
-                saver.AddIdentificationGeo(std::to_wstring(i), SomeGeo(i));
-            saver.AddComp(Comp(L"c"));
-        });
-        CZVFTReadBufferInStream in(file.data(), file.size());
-        CZVLGBlockReader reader;
-        bool opened = false;
-        Thrown([&] { opened = reader.Init(&in); });
-        EXPECT_FALSE(opened);
-        EXPECT_EQ(reader.GetFloorNum(), 0U);
-        ExpectNeutral(reader);
-    }
+TEST(Reader, AnotherInitOfAReaderOpensAsAFreshOneDoes) {
+    const Bytes sample = SampleFile(4);
+    const Bytes other = Saved(2, 1, [](CZVLGBlockSaver& saver) {
+        for (u32 i = 0; i < 4; ++i) saver.AddIdentificationGeo(std::to_wstring(i), SomeGeo(i));
+        for (u32 i = 0; i < 6; ++i) saver.AddComp(Comp(L"c", std::to_wstring(i)));
+    });
+    const Bytes unfinished = Slice(other, 0, 60), foreign(100, 'x');
+    CZVLGBlockReader reader;
+    FaultyInStream first(sample), second(other), cut(unfinished), none(foreign);
+    EXPECT_TRUE(reader.Init(&first, 1, 1));
+    EXPECT_EQ(AskAll(reader), Answers(sample));
+    first.calls = 0;
+    EXPECT_TRUE(reader.Init(&second));
+    EXPECT_EQ(AskAll(reader), Answers(other));
+    // Three blocks and five floors are kept again.
+    const auto ask = [&] {
+        for (u32 i = 0; i < 5; ++i) EXPECT_EQ(reader.GetFloorCompNum(i), 1U);
+        for (u32 i = 0; i < 3; ++i) EXPECT_EQ(reader.GetGeoNumInBlock(i), 1U);
+    };
+    reader.CleanInnerBuffer();
+    ask();
+    second.calls = 0;
+    ask();
+    EXPECT_EQ(second.calls, 0);
+
+    EXPECT_FALSE(reader.Init(&cut));
+    cut.calls = 0;
+    Opened fresh(unfinished);
+    EXPECT_EQ(AskAll(reader), AskAll(fresh.reader));
+    EXPECT_TRUE(reader.Init(&second));
+    EXPECT_EQ(Thrown([&] { reader.Init(&none); }), "it's not zvg file format");
+    second.calls = none.calls = 0;
+    CZVLGBlockReader untouched;
+    EXPECT_EQ(AskAll(reader), AskAll(untouched));
+    EXPECT_EQ(first.calls + second.calls + cut.calls + none.calls, 0);
 }
 
-TEST(Saver, StoresNothingOfWhatCannotBeWritten) {
-    SZVLGZvgGeo blob, image, nested;
-    blob.blobs.resize(1);
-    blob.blobs[0].dataSize = 1;
-    image.images.resize(2);
-    image.images[1].width = image.images[1].height = 1;
-    nested.subGeos.resize(2);
-    nested.subGeos[1].geo = image;
-    const auto file = [](const SZVLGZvgGeo* bad) {
-        return Saved(4, 0, [&](CZVLGBlockSaver& saver) {
-            saver.AddIdentificationGeo(L"a", SomeGeo(0));
-            if (bad != nullptr) {
-                SZVLGZvgComp comp = Comp(L"bad", L"new floor");
-                comp.classLevel2Name = L"new class";
-                comp.geoRefs = {{L"good", SomeGeo(1), 0, 0, 0, {}, {}},
-                                {L"bad", *bad, 0, 0, 0, {}, {}}};
-                EXPECT_EQ(Thrown([&] { saver.AddIdentificationGeo(L"b", *bad); }), "encode error");
-                EXPECT_EQ(Thrown([&] { saver.AddComp(comp); }), "encode error");
-            }
-            saver.AddComp(Comp(L"c"));
-        });
-    };
-    for (const SZVLGZvgGeo* bad : {&blob, &image, &nested}) EXPECT_TRUE(file(bad) == file(nullptr));
-
-    CZVLGBlockSaver early;
-    EXPECT_EQ(Thrown([&] { early.AddIdentificationGeo(L"a", SomeGeo(0)); }), "encode error");
-    EXPECT_EQ(Thrown([&] { early.AddComp(Comp(L"c")); }), "encode error");
-    EXPECT_EQ(Thrown([&] { early.WriteEnd(); }), "encode error");
-    EXPECT_FALSE(early.IsHaveIdentificationGeo(L"a"));
+/// Calls every storing operation and tells what each threw.
+std::vector<std::string> StoreEverything(CZVLGBlockSaver& saver) {
+    SZVLGZvgGeoRelInclude rel;
+    return {Thrown([&] { saver.AddIdentificationGeo(L"new", SomeGeo(1)); }),
+            Thrown([&] { saver.AddPreviewImage(SomeImage(1, 1)); }),
+            Thrown([&] { saver.AddComp(Comp(L"new")); }),
+            Thrown([&] { saver.CreateIncludeBlockGeo(SomeGeo(2)); }),
+            Thrown([&] { saver.WriteEnd(); })};
 }
+const std::vector<std::string> allRefused(5, "encode error");
 
-TEST(Saver, AFullDiskIsAnError) {
-    ZVSmartFormat::CZVFTFileOutStream out("/dev/full");
-    if (!out.Open()) GTEST_SKIP() << "no such device here";
-    const auto save = [&] {
-        SaveTo(out, {}, [](CZVLGBlockSaver& saver) { saver.AddComp(Comp(L"c")); });
-    };
+TEST(Saver, NeedsAStreamWithAPosition) {
+    const TempFile pipe;
+    std::remove(pipe.path.c_str());
+    ASSERT_EQ(mkfifo(pipe.path.c_str(), 0600), 0);
+    ZVSmartFormat::CZVFTFileOutStream toPipe(pipe.path), full("/dev/full");
+    ASSERT_TRUE(toPipe.Open());
+    CZVLGBlockSaver saver;
+    EXPECT_EQ(StoreEverything(saver), allRefused) << "nor does it store before one is there";
+    Streamed([&](CZVFTOutStream& out) {
+        saver.Init(&out, {});
+        saver.AddIdentificationGeo(L"new", SomeGeo(0));
+        EXPECT_EQ(Thrown([&] { saver.Init(&toPipe, {}); }), "encode error");
+    });
+    EXPECT_FALSE(saver.IsHaveIdentificationGeo(L"new"));
+    EXPECT_EQ(StoreEverything(saver), allRefused) << "the file before is over";
+    if (!full.Open()) return;
+    const auto save = [&] { SaveTo(full, {}, [](auto& late) { late.AddComp(Comp(L"c")); }); };
     EXPECT_EQ(Thrown(save), "encode error");
+}
+
+TEST(Saver, StoresNothingBehindTheEndAndAnotherInitBeginsAFreshFile) {
+    const std::string text = "[ZBufferSize]\nclass=7\n";
+    const TempFile ini(Bytes(text.begin(), text.end()));
+    const auto fill = [](CZVLGBlockSaver& saver) {
+        SZVLGZvgGeoRelInclude rel;
+        EXPECT_TRUE(
+            saver.GetRelIncludeByRuledFace({{{0, 0, 0}, {4, 0, 0}}, {{0, 3, 0}, {4, 3, 1}}}, rel));
+        EXPECT_TRUE(saver.IsHaveIdentificationGeo(rel.key));
+        const std::wstring include = saver.CreateIncludeBlockGeo(SomeGeo(3));
+        SZVLGZvgComp comp = Comp(L"c");
+        comp.classLevel4Name = L"class";
+        comp.geoRefs = {{rel.key, {}, 0, 0, 0, {}, {}}, {include, {}, 0, 0, 0, {}, {}}};
+        saver.AddComp(comp);
+        for (u32 i = 0; i < 5; ++i) saver.AddIdentificationGeo(std::to_wstring(i), SomeGeo(i));
+    };
+    const Bytes fresh = Saved(3, 0, fill);
+    CZVLGBlockSaver saver(3);
+    for (const bool isFinished : {false, true}) {
+        Streamed([&](CZVFTOutStream& out) {
+            saver.Init(&out, {}, ini.path, 1);
+            fill(saver);
+            if (isFinished) saver.WriteEnd();
+        });
+        const Bytes again = Streamed([&](CZVFTOutStream& out) {
+            saver.Init(&out, {});
+            fill(saver);
+            saver.WriteEnd();
+            const u64 end = out.GetPos();
+            EXPECT_EQ(StoreEverything(saver), allRefused);
+            EXPECT_EQ(out.GetPos(), end);
+        });
+        EXPECT_TRUE(again == fresh);
+    }
 }
 
 }  // namespace

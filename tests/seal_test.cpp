@@ -8,15 +8,6 @@ namespace {
 
 using namespace support;
 
-using Findings = std::vector<SZVLGBlockFinding>;
-
-Findings Verified(const Bytes& file) {
-    CZVFTReadBufferInStream in(file.data(), file.size());
-    Findings findings;
-    CZVLGBlockVerifier().Verify(&in, findings);
-    return findings;
-}
-
 /// The CRC-64 of .xz, bit by bit.
 u64 SlowCrc(const Bytes& bytes) {
     u64 crc = ~u64{0};
@@ -59,11 +50,8 @@ TEST(Seal, TellsOfEveryByte) {
     Bytes file = SampleFile(4);
     std::vector<FieldSpan> spans;
     ASSERT_EQ(PutTogether(PartsOf(file), &spans), file);
-    std::size_t text = 0, coded = 0;
-    for (const FieldSpan& span : spans) {
-        if (span.name == "firstText") text = span.begin + 5;
-        if (span.name == "blockSize") coded = span.begin + 50;
-    }
+    const std::size_t text = FieldIn(spans, "firstText").begin + 5;
+    const std::size_t coded = FieldIn(spans, "blockSize", 4).begin + 50;
     std::size_t unseen = 0;
     for (u8& byte : file) {
         byte ^= 0x10;

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
+#include <filesystem>
 #include <limits>
 
 #include "ZVSmartFormat/FileStream.h"
@@ -90,8 +90,9 @@ TEST(LzmaInStream, CopiesSmallBuffersAndShortensReads) {
 }
 
 TEST(FileStreams, OpenReadAndMeasure) {
-    const std::string path = testing::TempDir() + "zvg_stream_test";
-    std::remove(path.c_str());
+    const TempFile file;
+    const std::string& path = file.path;
+    std::filesystem::remove(path);
     EXPECT_FALSE(CZVFTFileInStream("").Open());
     EXPECT_FALSE(CZVFTFileOutStream("").Open());
     EXPECT_FALSE(CZVFTFileInStream(path).Open());
@@ -122,7 +123,6 @@ TEST(FileStreams, OpenReadAndMeasure) {
     if (folder.Open()) {
         EXPECT_FALSE(folder.Read(bytes, &size)) << "a read error is one";
     }
-    std::remove(path.c_str());
 }
 
 TEST(Serial, ValuesAreBigEndian) {

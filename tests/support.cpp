@@ -1,6 +1,13 @@
 #include "support.h"
 
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <bit>
 #include <cctype>
+#include <filesystem>
+#include <fstream>
 #include <stdexcept>
 
 namespace support {
@@ -58,6 +65,61 @@ void SetU32(Bytes& bytes, std::size_t position, u32 value) {
         bytes[position++] = static_cast<u8>(value >> shift);
 }
 
+Bytes TextOf(u32 units, char unit) {
+    return BigEndian(units) + Bytes(2 * std::size_t{units}, static_cast<u8>(unit));
+}
+
+std::string Doubles(std::initializer_list<double> values) {
+    Bytes bytes;
+    for (const double value : values) {
+        const u64 bits = std::bit_cast<u64>(value);
+        bytes = bytes + BigEndian(static_cast<u32>(bits >> 32)) + BigEndian(static_cast<u32>(bits));
+    }
+    return ToHex(bytes);
+}
+
+bool FaultyInStream::Read(void* buffer, u64* byteCount) {
+    ++calls;
+    if (fault == seekThrows || *byteCount == 0 || turn-- != 0)
+        return CZVFTReadBufferInStream::Read(buffer, byteCount);
+    hasFailed = true;
+    failedAt = pos;
+    if (fault == throws) throw std::runtime_error("the disk is gone");
+    *byteCount = fault == shortens ? *byteCount / 2 : 0;
+    u64 part = *byteCount;
+    CZVFTReadBufferInStream::Read(buffer, &part);
+    return fault == shortens;
+}
+
+int FaultyInStream::Seek(u64 newPos) {
+    ++calls;
+    if (fault != seekThrows || turn-- != 0) return CZVFTReadBufferInStream::Seek(newPos);
+    hasFailed = true;
+    failedAt = newPos;
+    isLost = newPos == 0;
+    throw CZVFTStreamException("seek over buffer size");
+}
+
+bool HostInStream::Read(void* buffer, u64* byteCount) {
+    *byteCount = std::min({*byteCount, most, pos < bytes.size() ? bytes.size() - pos : u64{0}});
+    if (*byteCount != 0) std::copy_n(&bytes[pos], *byteCount, static_cast<u8*>(buffer));
+    pos += *byteCount;
+    return true;
+}
+
+TempFile::TempFile(const Bytes& content, u64 base) {
+    static std::atomic<int> count{0};
+    const std::string name = "zvg-" + std::to_string(getpid()) + "-" + std::to_string(++count);
+    path = (std::filesystem::temp_directory_path() / name).string();
+    std::ofstream(path, std::ios::binary)
+        .seekp(std::streamoff(base))
+        .write(reinterpret_cast<const char*>(content.data()), std::streamsize(content.size()));
+}
+
+TempFile::~TempFile() {
+    std::filesystem::remove(path);
+}
+
 Table::Table(const Bytes& bytes, std::size_t start)
     : count(NumberAt(bytes, start + 5)), end(start + NumberAt(bytes, start + 1)) {
     const u32 width = bytes[start] == 0 ? 1 : bytes[start] == 0x40 ? 2 : 4;
@@ -65,6 +127,13 @@ Table::Table(const Bytes& bytes, std::size_t start)
     for (std::size_t i = 0; i < count; ++i)
         at.push_back(start + NumberAt(bytes, offsets + i * width, width));
     at.push_back(offsets);
+}
+
+const FieldSpan& FieldIn(const std::vector<FieldSpan>& spans, const std::string& name,
+                         std::size_t n) {
+    for (const FieldSpan& span : spans)
+        if (span.name == name && n-- == 0) return span;
+    throw std::out_of_range(name);
 }
 
 Bytes Section(const std::vector<Bytes>& records, const std::string& name,

@@ -44,6 +44,11 @@ Bytes BigEndian(u32 number);
 void PutU32(Bytes& bytes, u32 value);
 void SetU32(Bytes& bytes, std::size_t position, u32 value);
 
+/// A text of `units` times `unit`, as it is stored.
+Bytes TextOf(u32 units, char unit = 0);
+/// Doubles as hex.
+std::string Doubles(std::initializer_list<double> values);
+
 struct OwnedBuffer : AllocBuffer {
     OwnedBuffer() = default;
     OwnedBuffer(const OwnedBuffer&) = delete;
@@ -109,6 +114,46 @@ struct Opened {
     bool ok;
 };
 
+/// A memory stream that counts what is asked of it. One of its calls may fail as a disk's do: a
+/// read of at least a byte delivers nothing or a part or throws, or a seek throws.
+struct FaultyInStream : CZVFTReadBufferInStream {
+    enum Fault { refuses, shortens, throws, seekThrows };
+    explicit FaultyInStream(const Bytes& file, Fault fault = refuses, long turn = -1)
+        : CZVFTReadBufferInStream(file.data(), file.size()), fault(fault), turn(turn) {}
+    bool Read(void* buffer, u64* byteCount) override;
+    u64 GetPos() override { return ++calls, CZVFTReadBufferInStream::GetPos(); }
+    int Seek(u64 newPos) override;
+    u64 GetSize() override { return ++calls, CZVFTReadBufferInStream::GetSize(); }
+
+    Fault fault;
+    long turn;
+    long calls = 0;
+    bool hasFailed = false;
+    bool isLost = false;  ///< it was the way back to the base that failed
+    u64 failedAt = 0;
+};
+
+/// A host's own stream, which delivers what there is, and no more than `most` bytes at once.
+struct HostInStream : CZVFTInStream {
+    explicit HostInStream(const Bytes& bytes, u64 most = 0xFFFFFFFF) : bytes(bytes), most(most) {}
+    bool Read(void* buffer, u64* byteCount) override;
+    u64 GetPos() override { return pos; }
+    int Seek(u64 newPos) override { return pos = newPos, 0; }
+    u64 GetSize() override { return bytes.size(); }
+    const Bytes& bytes;
+    u64 most;
+    u64 pos = 0;
+};
+
+/// A file that is gone with its object, with `content` some bytes behind its begin.
+struct TempFile {
+    explicit TempFile(const Bytes& content = {}, u64 base = 0);
+    ~TempFile();
+    TempFile(const TempFile&) = delete;
+    TempFile& operator=(const TempFile&) = delete;
+    std::string path;
+};
+
 /// An indexed section as its bytes say.
 struct Table {
     Table(const Bytes& bytes, std::size_t start);
@@ -125,6 +170,10 @@ struct FieldSpan {
     std::string name;
     std::size_t begin, end;
 };
+
+/// The n-th field of that name. Throws std::out_of_range where there is none.
+const FieldSpan& FieldIn(const std::vector<FieldSpan>& spans, const std::string& name,
+                         std::size_t n = 0);
 
 /// An indexed section around records. The spans are of its fields, as if it began at `position`.
 Bytes Section(const std::vector<Bytes>& records, const std::string& name = "",
@@ -215,14 +264,39 @@ std::string Dump(const SZVLGZvgComp& comp);
 
 /// One question to a reader and its answer: empty where it is neutral, a number behind '#'.
 using Query = std::function<std::string(CZVLGBlockReader&)>;
+namespace ask {
+extern const Query preview, dataSize, floorCount, blockCount;
+Query ListedName(u32 floor);  ///< of the list of all
+Query FloorName(u32 floor);   ///< and its order
+Query CompCount(u32 floor);
+Query GeoCount(u32 block);
+Query Comp(u32 floor, u32 i);
+Query Geo(u32 block, u32 i);
+Query Geo(const std::wstring& key);
+Query Identification(u32 i);
+}  // namespace ask
 /// All questions about a file like the sample, a little beyond its ends.
 const std::vector<Query>& Queries();
 extern const std::string refused;
 /// The answer, or `refused` where the reader threw its own exception.
 std::string Ask(const Query& query, CZVLGBlockReader& reader);
+std::vector<std::string> AskAll(CZVLGBlockReader& reader);
 /// Opens the file at `in`'s position and asks everything.
 std::vector<std::string> Answers(CZVFTInStream& in);
 std::vector<std::string> Answers(const Bytes& file);
+
+/// What hides behind a reader's last answer; the place and the reason are empty where none is told.
+struct Miss {
+    EZVLGMiss kind;
+    u64 position;
+    std::string reason;
+};
+Miss LastMissOf(CZVLGBlockReader& reader);
+
+using Findings = std::vector<SZVLGBlockFinding>;
+/// What the verifier tells of a file that begins some bytes into its stream.
+Findings Verified(const Bytes& file, u64 base = 0);
+
 /// Asks everything about whatever `file` is, however many records it has, and verifies it.
 void Exercise(const Bytes& file);
 

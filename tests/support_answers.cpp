@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <stdexcept>
 
 #include "support.h"
 
@@ -98,11 +99,6 @@ std::string NumberAnswer(u64 number) {
     return number == 0 ? std::string() : std::string(1, '#').append(std::to_string(number));
 }
 
-template <class Number>
-Query NumberQuery(Number (CZVLGBlockReader::*ask)()) {
-    return [ask](CZVLGBlockReader& reader) { return NumberAnswer((reader.*ask)()); };
-}
-
 std::string HeadAnswer(CZVLGBlockReader& reader) {
     SZVLGZvgBlockHeadInfo head;
     reader.GetHeadInfo(head);
@@ -112,67 +108,97 @@ std::string HeadAnswer(CZVLGBlockReader& reader) {
         .append(std::to_string(reader.GetVersion()));
 }
 
-std::string PreviewAnswer(CZVLGBlockReader& reader) {
+template <class Number>
+Query NumberQuery(Number (CZVLGBlockReader::*count)()) {
+    return [count](CZVLGBlockReader& reader) { return NumberAnswer((reader.*count)()); };
+}
+
+}  // namespace
+
+namespace ask {
+
+const Query preview = [](CZVLGBlockReader& reader) {
     SZVLGZvgGeoImage image;
     return reader.GetPreviewImage(image) ? Dumper()(image).Text() : std::string();
+};
+const Query dataSize = NumberQuery(&CZVLGBlockReader::GetEstimatedDataSize);
+const Query floorCount = NumberQuery(&CZVLGBlockReader::GetFloorNum);
+const Query blockCount = NumberQuery(&CZVLGBlockReader::GetGeoBlockNum);
+
+Query ListedName(u32 floor) {
+    return [floor](CZVLGBlockReader& reader) {
+        std::vector<std::wstring> names;
+        reader.GetAllFloorName(names);
+        return floor < names.size() ? std::string(names[floor].begin(), names[floor].end()) : "";
+    };
+}
+Query FloorName(u32 floor) {
+    return [floor](CZVLGBlockReader& reader) {
+        const std::wstring name = reader.GetFloorNameByIndex(floor);
+        const u32 order = reader.GetFloorOrderByIndex(floor);
+        unsigned long long dataA = 0, dataB = 0;
+        const bool exists = reader.GetFloorDataByIndex(floor, dataA, dataB);
+        if (!exists && name.empty() && order == 0xFFFFFFFF) return std::string();
+        return std::string(name.begin(), name.end()) + ":" + std::to_string(order) + ":" +
+               std::to_string(dataA) + ":" + std::to_string(dataB);
+    };
+}
+Query CompCount(u32 floor) {
+    return
+        [floor](CZVLGBlockReader& reader) { return NumberAnswer(reader.GetFloorCompNum(floor)); };
+}
+Query GeoCount(u32 block) {
+    return
+        [block](CZVLGBlockReader& reader) { return NumberAnswer(reader.GetGeoNumInBlock(block)); };
+}
+Query Comp(u32 floor, u32 i) {
+    return [floor, i](CZVLGBlockReader& reader) {
+        SZVLGZvgComp comp;
+        return reader.GetCompByIndex({floor, i}, comp) ? Dump(comp) : std::string();
+    };
+}
+Query Geo(u32 block, u32 i) {
+    return [block, i](CZVLGBlockReader& reader) {
+        SZVLGZvgGeo geo;
+        return reader.GetGeoByIndex({block, i}, geo) ? Dump(geo) : std::string();
+    };
+}
+Query Geo(const std::wstring& key) {
+    return [key](CZVLGBlockReader& reader) {
+        SZVLGZvgGeo geo;
+        return reader.GetGeoByIdentification(key, geo) ? Dump(geo) : std::string();
+    };
+}
+Query Identification(u32 i) {
+    return [i](CZVLGBlockReader& reader) {
+        std::wstring text;
+        SZVLGZvgGeoIndex index;
+        if (!reader.GetGeoIdentificationByIndex(i, text, index)) return std::string();
+        return std::string(text.begin(), text.end()) + "@" + std::to_string(index.blockIndex) +
+               "," + std::to_string(index.indexInBlock);
+    };
 }
 
-std::string IdentificationAnswer(CZVLGBlockReader& reader, u32 i) {
-    std::wstring text;
-    SZVLGZvgGeoIndex index;
-    if (!reader.GetGeoIdentificationByIndex(i, text, index)) return "";
-    return std::string(text.begin(), text.end()) + "@" + std::to_string(index.blockIndex) + "," +
-           std::to_string(index.indexInBlock);
-}
+}  // namespace ask
 
-std::string FloorAnswer(CZVLGBlockReader& reader, u32 floor) {
-    const std::wstring name = reader.GetFloorNameByIndex(floor);
-    const u32 order = reader.GetFloorOrderByIndex(floor);
-    unsigned long long dataA = 0, dataB = 0;
-    if (!reader.GetFloorDataByIndex(floor, dataA, dataB) && name.empty() && order == 0xFFFFFFFF)
-        return "";
-    return std::string(name.begin(), name.end()) + ":" + std::to_string(order) + ":" +
-           std::to_string(dataA) + ":" + std::to_string(dataB);
-}
-
-std::string CompAnswer(CZVLGBlockReader& reader, const SZVLGCompIndex& index) {
-    SZVLGZvgComp comp;
-    return reader.GetCompByIndex(index, comp) ? Dump(comp) : std::string();
-}
-
-std::string GeoAnswer(CZVLGBlockReader& reader, const SZVLGZvgGeoIndex& index) {
-    SZVLGZvgGeo geo;
-    return reader.GetGeoByIndex(index, geo) ? Dump(geo) : std::string();
-}
+namespace {
 
 std::vector<Query> MakeQueries() {
-    using Reader = CZVLGBlockReader;
-    std::vector<Query> queries = {HeadAnswer,
-                                  NumberQuery(&Reader::GetFloorNum),
-                                  NumberQuery(&Reader::GetGeoBlockNum),
-                                  NumberQuery(&Reader::GetGeoIdentificationNum),
-                                  NumberQuery(&Reader::GetEstimatedDataSize),
-                                  PreviewAnswer};
-    const auto add = [&](Query query) { queries.push_back(std::move(query)); };
+    std::vector<Query> queries = {
+        HeadAnswer,      ask::floorCount,
+        ask::blockCount, NumberQuery(&CZVLGBlockReader::GetGeoIdentificationNum),
+        ask::dataSize,   ask::preview};
     for (u32 i = 0; i < 3; ++i) {
-        add([i](Reader& reader) { return FloorAnswer(reader, i); });
-        add([i](Reader& reader) {
-            return NumberAnswer(reader.GetFloorCompNum(i) + reader.GetGeoNumInBlock(i));
-        });
-        for (u32 j = 0; j < 4; ++j) {
-            add([i, j](Reader& reader) { return CompAnswer(reader, {i, j}); });
-            add([i, j](Reader& reader) { return GeoAnswer(reader, {i, j}); });
-        }
+        queries.insert(queries.end(), {ask::FloorName(i), ask::ListedName(i), ask::CompCount(i),
+                                       ask::GeoCount(i)});
+        for (u32 j = 0; j < 4; ++j)
+            queries.insert(queries.end(), {ask::Comp(i, j), ask::Geo(i, j)});
     }
-    for (u32 i = 0; i < 7; ++i)
-        add([i](Reader& reader) { return IdentificationAnswer(reader, i); });
+    for (u32 i = 0; i < 7; ++i) {
+        queries.push_back(ask::Identification(i));
+        queries.push_back(ask::Geo(L"geo " + std::to_wstring(i)));
+    }
     return queries;
-}
-
-/// Asks about record after record, as many as the reader says but not for ever.
-template <class Question>
-void AskEach(u32 count, Question question) {
-    for (u32 i = 0; i <= std::min(count, 20U); ++i) question(i);
 }
 
 std::string UseGeo(CZVLGBlockReader& reader, u32 i) {
@@ -185,19 +211,6 @@ std::string UseGeo(CZVLGBlockReader& reader, u32 i) {
         CZVLGBlockInfoDeal::GetOneCloseXOYPolyInZvgGeo(geo, outline);
     for (const CZVIMMesh& mesh : geo.meshes) MeshToShell(mesh);
     return "";
-}
-
-void AskEverything(CZVLGBlockReader& reader) {
-    for (const Query& query : Queries()) Ask(query, reader);
-    AskEach(reader.GetFloorNum(), [&](u32 i) {
-        u32 count = 0;
-        Ask([&](CZVLGBlockReader&) { return count = reader.GetFloorCompNum(i), ""; }, reader);
-        AskEach(count, [&](u32 j) {
-            Ask([&](CZVLGBlockReader&) { return CompAnswer(reader, {i, j}); }, reader);
-        });
-    });
-    AskEach(reader.GetGeoIdentificationNum(),
-            [&](u32 i) { Ask([&](CZVLGBlockReader&) { return UseGeo(reader, i); }, reader); });
 }
 
 }  // namespace
@@ -224,16 +237,16 @@ std::string Ask(const Query& query, CZVLGBlockReader& reader) {
     }
 }
 
-std::vector<std::string> Answers(CZVFTInStream& in) {
-    CZVLGBlockReader reader;
-    try {
-        reader.Init(&in);
-    } catch (const CZVFTStreamException&) {
-        return std::vector<std::string>(Queries().size(), refused);
-    }
+std::vector<std::string> AskAll(CZVLGBlockReader& reader) {
     std::vector<std::string> answers;
     for (const Query& query : Queries()) answers.push_back(Ask(query, reader));
     return answers;
+}
+
+std::vector<std::string> Answers(CZVFTInStream& in) {
+    CZVLGBlockReader reader;
+    if (Thrown([&] { reader.Init(&in); }).empty()) return AskAll(reader);
+    return std::vector<std::string>(Queries().size(), refused);
 }
 
 std::vector<std::string> Answers(const Bytes& file) {
@@ -242,18 +255,34 @@ std::vector<std::string> Answers(const Bytes& file) {
     return Answers(in);
 }
 
+Miss LastMissOf(CZVLGBlockReader& reader) {
+    SZVLGBlockFinding finding = {0, ""};
+    const EZVLGMiss kind = reader.GetLastMiss(finding);
+    return {kind, finding.position, finding.reason};
+}
+
+Findings Verified(const Bytes& file, u64 base) {
+    const Bytes placed = Bytes(base, 0xEE) + file;
+    CZVFTReadBufferInStream in(placed.data(), placed.size());
+    in.Seek(base);
+    Findings findings(1);
+    const bool isWhole = CZVLGBlockVerifier().Verify(&in, findings);
+    if (isWhole != findings.empty() || in.GetPos() != base)
+        throw std::logic_error("what the verifier says or leaves contradicts what it found");
+    return findings;
+}
+
 void Exercise(const Bytes& file) {
     CZVFTReadBufferInStream in(file.data(), file.size());
-    try {
+    Thrown([&] {  // a refused file
         CZVLGBlockReader reader;
         reader.SetDecodedBlockLimit(64 * mebibyte);
         reader.Init(&in);
-        AskEverything(reader);
-    } catch (const CZVFTStreamException&) {  // a refused file
-    }
-    in.Seek(0);
-    std::vector<SZVLGBlockFinding> findings;
-    CZVLGBlockVerifier().Verify(&in, findings);
+        AskAll(reader);
+        for (u32 i = 0; i < std::min(reader.GetGeoIdentificationNum(), 20U); ++i)
+            Ask([i](CZVLGBlockReader& asked) { return UseGeo(asked, i); }, reader);
+    });
+    Verified(file);
 }
 
 }  // namespace support

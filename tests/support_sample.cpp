@@ -107,32 +107,14 @@ SZVLGZvgComp FullComp() {
     const SZVLGZvgGeoId row = {L"i", L"t", L""};
     const std::map<u32, SZVLGZvgMaterial> materials = {{8, {}},
                                                        {7, {L"m", L"x", L"y", {{L"p", L"q"}}}}};
-    return {L"F",
-            2,
-            0x0102030405060708,
-            9,
-            L"o",
-            L"a",
-            L"b",
-            L"s",
-            L"c",
-            L"2",
-            0x22,
-            L"3",
-            0x33,
-            L"4",
-            0x44,
-            attr4,
-            L"5",
-            0x55,
-            {},
-            guid,
-            {L"r", L"q"},
-            L"g",
-            {{L"k", L"v"}},
+    // clang-format off
+    return {L"F", 2, 0x0102030405060708, 9, L"o", L"a", L"b", L"s", L"c",
+            L"2", 0x22, L"3", 0x33, L"4", 0x44, attr4, L"5", 0x55, {},
+            guid, {L"r", L"q"}, L"g", {{L"k", L"v"}},
             {{L"", {}, 1, 2, 3, materials, {row, {L"none", L"j", L"u"}}},
              {L"", {}, 0, 0, 0, {}, {row}}},
             compAttr};
+    // clang-format on
 }
 
 SZVLGZvgGeo SampleGeo(u32 number) {

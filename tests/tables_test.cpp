@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-
-#include "ZVSmartFormat/FileStream.h"
 #include "support.h"
 
 namespace {
@@ -150,10 +147,7 @@ TEST(References, RowsAndWhereTheyLead) {
         bool found = false;
         for (const SZVLGZvgGeoId& row : read.geoRefs[0].geoIds) {
             shown += Shown(row);
-            SZVLGZvgGeo geo;
-            found = found || (GetGeoIdentification(row) == each.identification &&
-                              opened.reader.GetGeoByIdentification(each.identification, geo) &&
-                              ValueOf(geo) == 5);
+            found |= Ask(ask::Geo(GetGeoIdentification(row)), opened.reader) == Dump(SomeGeo(5));
         }
         EXPECT_EQ(shown, each.shown);
         EXPECT_EQ(found, named) << "by what is stored alone";
@@ -177,9 +171,6 @@ TEST(References, StoreAGeometryOnceAndOnlyWhenThereIsOne) {
 }
 
 TEST(Settings, FillTheGapsOfNewLevel4Rows) {
-    const std::string path = testing::TempDir() + "zvg_settings_test.ini";
-    ZVSmartFormat::CZVFTFileOutStream ini(path);
-    ASSERT_TRUE(ini.Open());
     const std::string text =
         "\xEF\xBB\xBF; comment\r\nbefore=1\r\n[Other]\nother=2\n[ZBufferSize]\r\n twelve = 12 \r\n"
         "twelve=13\nunit=12px\nempty=\nsign=+7\nminus=-5\nlarge=4294967296\nlargest=4294967295\n"
@@ -187,64 +178,59 @@ TEST(Settings, FillTheGapsOfNewLevel4Rows) {
         "\xE2\x82\xAC=22\n\xF0\x9F\x8F\xA0=23\na\xC3=24\nb\xE0\x80\xAF=25\n\xED\xA0\x80="
         "26\nnothing\n"
         "[Other]\nlate=9\n";
-    ini.Write(text.data(), text.size());
-    ini.Close();
-    struct Case {
-        const wchar_t* name;
-        bool set;
-        u32 value;
-    };
-    const Case cases[] = {{L"twelve", true, 12},
-                          {L"unit", false, 0},
-                          {L"empty", false, 0},
-                          {L"sign", true, 7},
-                          {L"minus", true, 0xFFFFFFFB},
-                          {L"large", true, 0xFFFFFFFF},
-                          {L"largest", true, 0xFFFFFFFF},
-                          {L"huge", true, 0xFFFFFFFF},
-                          {L"blank", false, 0},
-                          {L"equals", false, 0},
-                          {L"W\u00E4nde", true, 21},
-                          {L"#hash", false, 0},
-                          {L"\u20AC", true, 22},
-                          {L"\U0001F3E0", true, 23},
-                          {L"a\uFFFD", true, 24},
-                          {L"b\uFFFD\uFFFD\uFFFD", true, 25},
-                          {L"\uFFFD\uFFFD\uFFFD", true, 26},
-                          {L"nothing", false, 0},
-                          {L"Twelve", false, 0},
-                          {L"before", false, 0},
-                          {L"other", false, 0},
-                          {L"late", false, 0}};
+    const TempFile ini(Bytes(text.begin(), text.end()));
+    const std::vector<std::wstring> names = {L"twelve",
+                                             L"unit",
+                                             L"empty",
+                                             L"sign",
+                                             L"minus",
+                                             L"large",
+                                             L"largest",
+                                             L"huge",
+                                             L"blank",
+                                             L"equals",
+                                             L"W\u00E4nde",
+                                             L"#hash",
+                                             L"\u20AC",
+                                             L"\U0001F3E0",
+                                             L"a\uFFFD",
+                                             L"b\uFFFD\uFFFD\uFFFD",
+                                             L"\uFFFD\uFFFD\uFFFD",
+                                             L"nothing",
+                                             L"Twelve",
+                                             L"before",
+                                             L"other",
+                                             L"late"};
+    const u32 all = 0xFFFFFFFF;  // and 0 where nothing is set
+    const std::vector<u32> values = {12, 0,  0,  7,  all - 4, all, all, all, 0, 0, 21,
+                                     0,  22, 23, 24, 25,      26,  0,   0,   0, 0, 0};
     for (const bool hasFile : {true, false}) {
         SZVLGZvgComp own = Comp(L"own");
         own.classLevel3Name = L"3";
         own.classLevel4Name = L"twelve";
         own.classLevel4Attr.flags = 0x40;
         own.classLevel4Attr.zBufferSize = 99;
-        const SaveOptions options = {4, 0, hasFile ? path : path + ".missing", {}};
-        const std::vector<SZVLGZvgComp> comps =
-            AllComps(Saved(options, [&](CZVLGBlockSaver& saver) {
-                for (const Case& each : cases) {
-                    SZVLGZvgComp comp = Comp(each.name);
-                    comp.classLevel4Name = each.name;
-                    saver.AddComp(comp);
-                }
-                saver.AddComp(own);
-                own.compGuidName = L"own too";
-                own.classLevel3Name = L"";  // the row is there already
-                saver.AddComp(own);
-            }));
-        ASSERT_EQ(comps.size(), std::size(cases) + 2);
-        for (std::size_t i = 0; i < std::size(cases); ++i) {
-            const SZVLGZvgDisplayAttr& attr = comps[i].classLevel4Attr;
-            EXPECT_EQ(attr.flags, hasFile && cases[i].set ? 0x40 : 0) << i;
-            EXPECT_EQ(attr.zBufferSize, hasFile ? cases[i].value : 0) << i;
+        const SaveOptions options = {4, 0, hasFile ? ini.path : ini.path + ".missing", {}};
+        const auto comps = AllComps(Saved(options, [&](CZVLGBlockSaver& saver) {
+            for (const std::wstring& name : names) {
+                SZVLGZvgComp comp = Comp(name);
+                comp.classLevel4Name = name;
+                saver.AddComp(comp);
+            }
+            saver.AddComp(own);
+            own.compGuidName = L"own too";
+            own.classLevel3Name = L"";  // the row is there already
+            saver.AddComp(own);
+        }));
+        ASSERT_EQ(comps.size(), names.size() + 2);
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            const u32 value = hasFile ? values.at(i) : 0;
+            EXPECT_EQ(comps[i].classLevel4Attr.flags, value != 0 ? 0x40 : 0) << i;
+            EXPECT_EQ(comps[i].classLevel4Attr.zBufferSize, value) << i;
         }
-        EXPECT_EQ(comps[std::size(cases)].classLevel4Attr.zBufferSize, 99U);
+        EXPECT_EQ(comps[names.size()].classLevel4Attr.zBufferSize, 99U);
         EXPECT_EQ(comps.back().classLevel4Attr.zBufferSize, hasFile ? 12U : 0U);
     }
-    std::remove(path.c_str());
 }
 
 }  // namespace

@@ -1,11 +1,8 @@
 // Readers and a saver in threads of their own share nothing but the coder's mode.
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <atomic>
-#include <filesystem>
-#include <fstream>
 #include <thread>
 
 #include "ZVSmartFormat/FileStream.h"
@@ -18,17 +15,14 @@ using namespace support;
 TEST(Threads, EightReadersAndASaver) {
     constexpr int rounds = 1000;
     const Bytes file = SampleFile(4);
-    const auto path =
-        std::filesystem::temp_directory_path() / ("zvg-threads-" + std::to_string(getpid()));
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(file.data()), std::streamsize(file.size()));
+    const TempFile onDisk(file);
     const std::vector<std::string> right = Answers(file);
 
     std::atomic<int> readersLeft{8}, mistakes{0};
     std::vector<std::thread> threads;
     for (int i = 0; i < 8; ++i)
         threads.emplace_back([&] {
-            ZVSmartFormat::CZVFTFileInStream in(path.string());
+            ZVSmartFormat::CZVFTFileInStream in(onDisk.path);
             if (!in.Open()) ++mistakes;
             for (int round = 0; round < rounds; ++round) mistakes += Answers(in) != right;
             --readersLeft;
@@ -41,7 +35,6 @@ TEST(Threads, EightReadersAndASaver) {
     });
     for (std::thread& thread : threads) thread.join();
     CZVLGBlockSaver().SetEncodeFastMod(false);
-    std::filesystem::remove(path);
     EXPECT_EQ(mistakes, 0);
 }
 
