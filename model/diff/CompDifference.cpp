@@ -147,7 +147,7 @@ u64 AspectsDigest(const SZVLGZvgComp& comp) {
 CompDifference DifferenceOf(const SZVLGZvgComp& a, const SZVLGZvgComp& b) {
     CompDifference difference = {PropertyChanges(a, b), ClassChanges(a, b), {}};
     for (const auto& [name, write] : fields) {
-        if (FieldDigest(write, a) != FieldDigest(write, b)) difference.fields.push_back(name);
+        if (FieldDigest(write, a) != FieldDigest(write, b)) difference.fields.emplace_back(name);
     }
     return difference;
 }

@@ -68,21 +68,30 @@ class Comparison {
         std::vector<Difference> differences;
         std::vector<unsigned int> numbers(b.floors.size());
         auto next = static_cast<unsigned int>(a.floors.size());
-        for (const auto& [inA, inB] : MatchFloors(a.floors, b.floors)) {
+        for (const MatchedPair& pair : MatchFloors(a.floors, b.floors)) {
+            const auto& [inA, inB] = pair;
             if (inB) numbers[*inB] = inA ? static_cast<unsigned int>(*inA) : next++;
-            FloorDifference floor;
-            if (inA) floor.inA = static_cast<unsigned int>(*inA);
-            if (inB) floor.inB = static_cast<unsigned int>(*inB);
-            floor.name = inA ? a.floors[*inA].name : b.floors[*inB].name;
-            Difference::Kind kind = inA ? Difference::Kind::Removed : Difference::Kind::Added;
-            if (inA && inB) {
-                if (!Differ(a.floors[*inA], b.floors[*inB], floor)) continue;
-                kind = floor.renamed ? Difference::Kind::Renamed : Difference::Kind::Changed;
+            if (auto difference = FloorDifferenceOf(pair)) {
+                differences.push_back(std::move(*difference));
             }
-            differences.push_back({kind, std::move(floor), std::nullopt});
         }
         for (CompEntry& comp : b.components) comp.floor = numbers[comp.floor];
         return differences;
+    }
+
+    /// None where both files have the same floor.
+    std::optional<Difference> FloorDifferenceOf(const MatchedPair& pair) {
+        const auto& [inA, inB] = pair;
+        FloorDifference floor;
+        if (inA) floor.inA = static_cast<unsigned int>(*inA);
+        if (inB) floor.inB = static_cast<unsigned int>(*inB);
+        floor.name = inA ? a.floors[*inA].name : b.floors[*inB].name;
+        Difference::Kind kind = inA ? Difference::Kind::Removed : Difference::Kind::Added;
+        if (inA && inB) {
+            if (!Differ(a.floors[*inA], b.floors[*inB], floor)) return std::nullopt;
+            kind = floor.renamed ? Difference::Kind::Renamed : Difference::Kind::Changed;
+        }
+        return Difference{kind, std::move(floor), std::nullopt};
     }
 
     /// Whether the two differ, and how.
@@ -99,9 +108,10 @@ class Comparison {
                left.geometry == right.geometry;
     }
 
-    /// One side may be null.
+    /// One side may be null, not both.
     Difference ElementDifferenceOf(const CompEntry* left, const CompEntry* right) {
         ElementDifference element;
+        // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): one is there
         element.guid = left ? left->key : right->key;
         if (left) element.inA = IndexOf(*left);
         if (right) element.inB = IndexOf(*right);

@@ -112,6 +112,7 @@ std::vector<ClassCount> BlockFile::Classes() const {
         }
         block.ThrowIfCutShort();
         std::vector<ClassCount> classes;
+        classes.reserve(counts.size());
         for (const auto& [name, elements] : counts) classes.push_back({ToUtf8(name), elements});
         return classes;
     });

@@ -91,6 +91,7 @@ std::vector<Property> PublicProperties(const PropertyList& pairs) {
 
 PropertyList PairsOf(const std::vector<Property>& properties) {
     std::vector<StoredProperty> stored;
+    stored.reserve(properties.size());
     for (const Property& property : properties) {
         stored.push_back({FromUtf8(property.FullName()), FromUtf8(property.value),
                           FromUtf8(property.kind), FromUtf8(property.unit)});

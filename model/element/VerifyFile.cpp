@@ -48,6 +48,7 @@ std::vector<Damage> Faults(OpenedFile file, const Progress& progress) try {
     }
     if (stream.HasFailed()) file.ThrowUnread();
     std::vector<Damage> faults;
+    faults.reserve(findings.size());
     for (const SZVLGBlockFinding& finding : findings) {
         faults.push_back({finding.position, finding.reason});
     }

@@ -86,7 +86,7 @@ class CurveGatherer {
         const bool isNear = std::all_of(points.begin(), points.end(),
                                         [](const Point& point) { return IsNear(point); });
         if (!isNear || (sweep && !IsUsable(*sweep))) return;
-        curves.push_back({role, std::move(points), closed, std::move(sweep)});
+        curves.push_back({role, std::move(points), closed, sweep});
     }
 
     static bool IsUsable(const Sweep& sweep) {
