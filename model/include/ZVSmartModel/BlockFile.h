@@ -17,27 +17,33 @@ namespace ZVSmartModel {
 
 /// A floor of a file.
 struct Floor {
+    /// It may be empty.
     std::string name;
     unsigned int order = 0;  ///< as the host numbered it; lower is further down in packed files
     double elevation = 0;    ///< metres, in files that this library wrote
     double height = 0;       ///< metres up to the next floor; 0 for the topmost
+    /// How many stand on it.
     unsigned int elements = 0;
 };
 
 /// How many elements are of one class.
 struct ClassCount {
+    /// Such as IfcWall.
     std::string className;
+    /// How many are of it.
     std::size_t elements = 0;
 };
 
 /// What a file says of itself.
 struct FileInfo {
-    std::string firstText,
-        secondText;                  ///< of its head: where it comes from, and what the host says
+    std::string firstText;           ///< of its head: where it comes from
+    std::string secondText;          ///< of its head: what the host says besides
     unsigned int version = 0;        ///< of the format, 0 to 4
     std::uint64_t bytes = 0;         ///< of the file
     std::uint64_t decodedBytes = 0;  ///< of all its blocks
+    /// How many there are.
     unsigned int floors = 0;
+    /// How many compressed blocks hold geometry.
     unsigned int geometryBlocks = 0;
     unsigned int identifications = 0;  ///< names under which geometry is stored
 };
@@ -45,6 +51,7 @@ struct FileInfo {
 /// Something of a file that cannot be read.
 struct Damage {
     std::uint64_t position = 0;  ///< the byte in the file
+    /// What is wrong there.
     std::string reason;
 };
 
@@ -81,9 +88,13 @@ class ZVSM_API BlockFile {
     /// Opens a file that begins where `stream` stands; `stream` is borrowed and must outlive this.
     explicit BlockFile(ZVSmartFormat::CZVFTInStream& stream, const OpenOptions& options = {});
     ~BlockFile();
+    /// One that was moved from may only be destroyed or assigned to.
+    /// @{
     BlockFile(BlockFile&&) noexcept;
     BlockFile& operator=(BlockFile&&) noexcept;
+    /// @}
 
+    /// What the file says of itself.
     FileInfo Info() const;
     /// All floors, in the file's order. Decodes each floor once.
     std::vector<Floor> Floors() const;
@@ -115,8 +126,8 @@ class ZVSM_API BlockFile {
     /// What was met so far that cannot be read, each once, at most a thousand.
     std::vector<Damage> DamageMet() const;
 
-    /// For this library's own functions on files.
     class Imp;
+    /// For this library's own functions on files.
     Imp& Internals() const { return *imp; }
 
   private:

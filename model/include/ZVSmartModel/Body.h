@@ -15,12 +15,16 @@ namespace ZVSmartModel {
 /// How a surface looks.
 struct Look {
     std::string name;  ///< of its style or material; may be empty
+    /// Light grey where nobody says.
     Rgba colour = {0xC8, 0xC8, 0xC8, 0xFF};
 
+    /// Whether name and colour are the same.
+    /// @{
     friend bool operator==(const Look& a, const Look& b) {
         return a.name == b.name && a.colour == b.colour;
     }
     friend bool operator!=(const Look& a, const Look& b) { return !(a == b); }
+    /// @}
     /// By name, then colour.
     friend bool operator<(const Look& a, const Look& b) {
         return a.name != b.name ? a.name < b.name : a.colour < b.colour;
@@ -47,8 +51,10 @@ struct Polyline {
 /// The body of an element.
 struct Body {
     std::vector<Triangles> surfaces;  ///< one for each look
+    /// Where they were asked for.
     std::vector<Polyline> curves;
 
+    /// Whether there is nothing to draw.
     bool IsEmpty() const { return surfaces.empty() && curves.empty(); }
 };
 
@@ -60,6 +66,7 @@ enum class Normals {
 
 /// How bodies are wanted.
 struct BodyOptions {
+    /// Which normals surfaces get.
     Normals normals = Normals::None;
     double creaseAngle = 0.5236;  ///< radians (30 degrees), for Normals::Smooth
     bool curves = false;          ///< the curves as well
@@ -91,20 +98,25 @@ ZVSM_API Body ReadBody(const BlockFile& file, ElementIndex index, const BodyOpti
 /// A body that stands once, however often it is placed, in its own coordinates.
 struct Shape {
     std::string key;  ///< the name under which the file stores it
+    /// One for each look.
     std::vector<Triangles> surfaces;
+    /// Where they were asked for.
     std::vector<Polyline> curves;
 };
 
 /// Where a shape stands, as a part of an element.
 struct Placement {
+    /// Which it is a part of.
     ElementIndex element;
     std::uint32_t shape = 0;  ///< number in Shapes::shapes
     Look look;                ///< of the shape's surfaces that have none
+    /// The shape's coordinates to the model's.
     Transform toWorld = identityTransform;
 };
 
 /// What a renderer draws.
 struct Shapes {
+    /// Each once; some may stand nowhere.
     std::vector<Shape> shapes;
     std::vector<Placement> placements;  ///< element by element, in the file's order
     std::size_t missing = 0;            ///< names that lead to no geometry in the file

@@ -24,13 +24,16 @@ struct NewFloor {
 /// A body, and the curves beside it, in coordinates of its own; elements place it. Normals are not
 /// stored. Surfaces that look the same are read back as one.
 struct NewShape {
+    /// One for each look.
     std::vector<Triangles> surfaces;
+    /// Plan symbols, axes.
     std::vector<Polyline> curves;
 };
 
 /// Where a shape stands, as a part of an element.
 struct NewPlacement {
     std::size_t shape = 0;  ///< as `Builder::AddShape` numbered it
+    /// The shape's coordinates to the model's.
     Transform toWorld = identityTransform;
 };
 
@@ -42,7 +45,9 @@ struct NewElement {
     std::string predefinedType;        ///< may be empty
     std::string typeName;              ///< may be empty
     std::optional<std::size_t> floor;  ///< as `Builder::AddFloor` numbered it; none for no floor
+    /// Its body; empty for none.
     std::vector<NewPlacement> shapes;
+    /// In the order in which they are read back.
     std::vector<Property> properties;
     std::vector<Material> materials;   ///< a thickness is stored as the property "LayerThickness"
     std::vector<std::string> parents;  ///< GUIDs, also of elements that come later
@@ -51,13 +56,20 @@ struct NewElement {
 
 /// What a model is a model of.
 struct NewBuilding {
+    /// Of the building; each may be empty.
+    /// @{
     std::string guid, name, longName;
+    /// @}
+    /// Of its site; each may be empty.
+    /// @{
     std::string siteGuid, siteName;
+    /// @}
 };
 
 /// How to write a model.
 struct BuilderOptions {
     std::string title;  ///< what the model is and where it comes from
+    /// What a host says besides.
     std::string remark = "geometry in metres, values in the units beside them";
     NewBuilding building;            ///< to which all elements belong, unless it is left empty
     unsigned int formatVersion = 4;  ///< 0 to 4; 0 stores no materials
@@ -89,8 +101,11 @@ class ZVSM_API Builder {
     /// flushes nor closes it; without `Finish` what was written is no block file.
     explicit Builder(ZVSmartFormat::CZVFTOutStream& out, const BuilderOptions& options = {});
     ~Builder();
+    /// One that was moved from may only be destroyed or assigned to.
+    /// @{
     Builder(Builder&&) noexcept;
     Builder& operator=(Builder&&) noexcept;
+    /// @}
 
     /// The number of the floor. Add the lowest first, as readers show floors in this order; a floor
     /// is in the file once an element is on it. Elements without a floor are on one that is named

@@ -13,29 +13,51 @@ namespace ZVSmartModel {
 /// A value of both files, which differs.
 template <class Value>
 struct Changed {
+    /// Its values.
+    /// @{
     Value a, b;
+    /// @}
 };
 
 /// A named value that differs; a side that does not have it has none.
 struct ValueChange {
+    /// What the value is of.
     std::string name;
+    /// Its values.
+    /// @{
     std::optional<std::string> a, b;
+    /// @}
 };
 
 /// What became of a floor. Floors are known by their names, and of what is left by their order.
 struct FloorDifference {
-    std::optional<unsigned int> inA, inB;  ///< its number in the files that have it
-    std::string name;                      ///< in the first file that has it
+    /// Its number in the files that have it.
+    /// @{
+    std::optional<unsigned int> inA, inB;
+    /// @}
+    std::string name;  ///< in the first file that has it
+    /// Its names.
     std::optional<Changed<std::string>> renamed;
+    /// Its orders.
     std::optional<Changed<unsigned int>> order;
-    std::optional<Changed<double>> elevation, height;  ///< metres
+    /// Its values, metres.
+    /// @{
+    std::optional<Changed<double>> elevation, height;
+    /// @}
 };
 
 /// What became of an element. Elements are known by their GUIDs, those on one floor first.
 struct ElementDifference {
-    std::optional<ElementIndex> inA, inB;  ///< where it stands in the files that have it
+    /// Where it stands in the files that have it.
+    /// @{
+    std::optional<ElementIndex> inA, inB;
+    /// @}
+    /// In both files.
     std::string guid;
-    std::string className, name;  ///< in the first file that has it; `name` may be empty
+    /// In the first file that has it; `name` may be empty.
+    /// @{
+    std::string className, name;
+    /// @}
     std::optional<Changed<std::string>> floor;  ///< the names of the floors that it moved between
     std::vector<ValueChange> properties;        ///< by "SET.NAME"; values with their units
     std::vector<ValueChange> classes;           ///< by level: "2", "3", "4" or "2b"
@@ -47,6 +69,7 @@ struct ElementDifference {
 
 /// One difference; either a floor's or an element's is there.
 struct Difference {
+    /// What became of it.
     enum class Kind {
         Added,
         Removed,
@@ -55,8 +78,11 @@ struct Difference {
         Renamed  ///< a floor; it may have changed as well
     };
 
+    /// What became of it.
     Kind kind = Kind::Changed;
+    /// Of a floor; else none.
     std::optional<FloorDifference> floor;
+    /// Of an element; else none.
     std::optional<ElementDifference> element;
 };
 

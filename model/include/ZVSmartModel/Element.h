@@ -11,15 +11,21 @@ namespace ZVSmartModel {
 
 /// Where an element stands in a file: the number of its floor, and its number on that floor.
 struct ElementIndex {
+    /// Stands for no floor and no position.
     static constexpr unsigned int none = 0xFFFFFFFF;
 
+    /// The number of the floor.
     unsigned int floor = none;
+    /// The number on that floor.
     unsigned int position = none;
 
+    /// Whether it is the same place.
+    /// @{
     friend bool operator==(const ElementIndex& a, const ElementIndex& b) {
         return a.floor == b.floor && a.position == b.position;
     }
     friend bool operator!=(const ElementIndex& a, const ElementIndex& b) { return !(a == b); }
+    /// @}
     /// In the order of the file.
     friend bool operator<(const ElementIndex& a, const ElementIndex& b) {
         return a.floor != b.floor ? a.floor < b.floor : a.position < b.position;
@@ -42,14 +48,18 @@ struct ZVSM_API Property {
 
 /// What an element consists of; several of one element are its layers, in the model's order.
 struct Material {
+    /// Such as Brick; may be empty.
     std::string name;
+    /// Such as masonry; may be empty.
     std::string category;
     std::optional<double> thickness;  ///< metres; none for what is no layer
+    /// What else the model says of it.
     std::vector<Property> properties;
 };
 
 /// One element of a building model, with all that the file says of it but its body.
 struct ZVSM_API Element {
+    /// Where it stands.
     ElementIndex index;
     std::string guid;            ///< its GlobalId, or the name that it is known by
     std::string name;            ///< what people call it; may be empty
@@ -58,11 +68,15 @@ struct ZVSM_API Element {
     std::string predefinedType;  ///< such as SOLIDWALL; may be empty
     std::string typeName;        ///< of its type; may be empty
     std::string materialName;    ///< of its class, mostly its main material or style; may be empty
-    std::string buildingName, siteName;  ///< may be empty
-    std::optional<Rgba> colour;          ///< its own, or its class's; bodies may have others
-    std::vector<std::string> parents;    ///< GUIDs of its host and of what it is a part of
-    std::string group;                   ///< GUID of the first group or zone it is in; may be empty
-    std::vector<Property> properties;    ///< in the file's order
+    /// Each may be empty.
+    /// @{
+    std::string buildingName, siteName;
+    /// @}
+    std::optional<Rgba> colour;        ///< its own, or its class's; bodies may have others
+    std::vector<std::string> parents;  ///< GUIDs of its host and of what it is a part of
+    std::string group;                 ///< GUID of the first group or zone it is in; may be empty
+    std::vector<Property> properties;  ///< in the file's order
+    /// Its layers, or what else it consists of.
     std::vector<Material> materials;
 
     /// The first property of this set and name; null where there is none.

@@ -22,12 +22,15 @@ enum class Status : int {
 /// the file, where it matters the place in it, and the reason.
 class ZVSM_API Error : public std::runtime_error {
   public:
+    /// Stands for no place in a file.
     static constexpr std::uint64_t noPosition = ~std::uint64_t{0};
 
+    /// `message` is what people read; see below for the rest.
     Error(Status status, const std::string& message, const std::string& path = "",
           std::uint64_t position = noPosition);
     ~Error() override;
 
+    /// Why the call failed.
     Status GetStatus() const { return status; }
     /// The file that the call was about; empty where there is none.
     const std::string& Path() const { return path; }

@@ -21,6 +21,7 @@ struct ExportOptions {
 
 /// What was exported.
 struct ExportSummary {
+    /// That were written.
     std::size_t elements = 0;
     std::size_t meshes = 0;   ///< bodies that differ; each is placed as often as it occurs
     std::size_t missing = 0;  ///< names that lead to no geometry in the file

@@ -39,6 +39,7 @@ struct PackWarning {
     std::string kind;   ///< one word, such as "openingNotCut"
     std::string text;   ///< a sentence for people
     bool lost = false;  ///< whether something of the model did not arrive
+    /// How often it occurs.
     std::size_t count = 0;
     std::vector<std::string> where;  ///< the first GlobalIds, or entity numbers as "#12"
 };
@@ -46,7 +47,10 @@ struct PackWarning {
 /// How many elements of one type a model has, and how many became components.
 struct PackTypeCount {
     std::string type;  ///< such as IfcWall
+    /// Of this type.
+    /// @{
     std::size_t inModel = 0, arrived = 0, withBody = 0;
+    /// @}
 };
 
 /// What came of a model.
@@ -55,7 +59,10 @@ struct PackReport {
     std::vector<PackTypeCount> types;   ///< by type
     std::vector<PackWarning> warnings;  ///< in the order in which they were made
     std::string lost;  ///< the first things that did not arrive, on one line; empty where all did
-    std::size_t floors = 0, components = 0, shapes = 0, placements = 0;  ///< that were written
+    /// That were written.
+    /// @{
+    std::size_t floors = 0, components = 0, shapes = 0, placements = 0;
+    /// @}
 };
 
 /// The formats that the importer reads, such as "IFC" and "glTF"; empty where there is no importer.

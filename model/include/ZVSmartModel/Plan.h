@@ -18,7 +18,10 @@ struct PlanOptions {
 
 /// What was drawn.
 struct PlanSummary {
+    /// That were drawn.
+    /// @{
     std::size_t floors = 0, elements = 0;
+    /// @}
     std::string lost;  ///< on one line, what could not be read; empty where all was
 };
 

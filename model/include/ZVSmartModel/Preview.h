@@ -12,8 +12,11 @@ ZVSM_API bool CanRenderPictures();
 
 /// How to draw a picture.
 struct RenderOptions {
-    unsigned int width = 640, height = 480;  ///< pixels, 1 to 8192
-    bool rooms = false;                      ///< the bodies of rooms as well, which hide the others
+    /// Pixels, 1 to 8192.
+    /// @{
+    unsigned int width = 640, height = 480;
+    /// @}
+    bool rooms = false;  ///< the bodies of rooms as well, which hide the others
     /// Draw as long as it takes. Else drawing ends with Error, Damaged, after ten times the time
     /// that buildings of this size take: bodies that lie in each other by the thousand take years.
     bool unlimited = false;

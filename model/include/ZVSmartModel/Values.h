@@ -11,13 +11,20 @@ namespace ZVSmartModel {
 
 /// A colour. `alpha` 255 is opaque, 0 is not seen.
 struct Rgba {
+    /// 0 to 255.
+    /// @{
     std::uint8_t red = 0, green = 0, blue = 0;
+    /// @}
+    /// 255 is opaque.
     std::uint8_t alpha = 0xFF;
 
+    /// Whether all four parts are the same.
+    /// @{
     friend bool operator==(const Rgba& a, const Rgba& b) {
         return a.red == b.red && a.green == b.green && a.blue == b.blue && a.alpha == b.alpha;
     }
     friend bool operator!=(const Rgba& a, const Rgba& b) { return !(a == b); }
+    /// @}
     /// By red, green, blue, then alpha.
     friend bool operator<(const Rgba& a, const Rgba& b) { return a.Number() < b.Number(); }
 
@@ -39,19 +46,26 @@ constexpr Transform identityTransform = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
 
 /// A box along the axes, in metres. One around nothing has `low` above `high`.
 struct Box {
+    /// The least coordinates.
     Point low = {std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity(),
                  std::numeric_limits<double>::infinity()};
+    /// The greatest coordinates.
     Point high = {-std::numeric_limits<double>::infinity(),
                   -std::numeric_limits<double>::infinity(),
                   -std::numeric_limits<double>::infinity()};
 
+    /// Whether nothing is in it.
     bool IsEmpty() const { return !(low[0] <= high[0]); }
 };
 
 /// A picture: rows of red, green, blue and alpha, 4 bytes a pixel, top row first. Alpha is not
 /// multiplied in. A picture without pixels is 0 × 0.
 struct Picture {
+    /// Pixels.
+    /// @{
     unsigned int width = 0, height = 0;
+    /// @}
+    /// Four bytes a pixel.
     std::vector<std::uint8_t> pixels;
 };
 
