@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 
 #include "ZVSmartFormat/FileStream.h"
@@ -214,11 +214,11 @@ TEST(Hostile, SmallFilesCostLittle) {
         one.make(parts);
         const Bytes file = PutTogether(parts);
         EXPECT_LT(file.size(), 100'000U) << one.name;
-        const auto start = std::chrono::steady_clock::now();
+        const std::clock_t start = std::clock();  // other programs' time is not ours
         ExpectSmall(one.mostBytes, [&] { Answers(file); });
         ExpectSmall(one.mostBytes, [&] { EXPECT_FALSE(Verified(file).empty()) << one.name; });
-        const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-        EXPECT_LT(seconds.count(), AllocHooks::available ? 5 : 50) << one.name;
+        const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+        EXPECT_LT(seconds, AllocHooks::available ? 5 : 50) << one.name;
     }
 }
 

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cmath>
+#include <ctime>
 #include <limits>
 #include <map>
 #include <random>
@@ -181,9 +181,9 @@ TEST(Outline, ManyEdgesInAnyOrder) {
         }
         if (shape == 2) geo.lineSegments.push_back({{1e300, 1e300, 0}, {1e300, 0, 0}});
         CZVIMPolyline outline;
-        const auto before = std::chrono::steady_clock::now();
+        const std::clock_t before = std::clock();  // other programs' time is not ours
         EXPECT_TRUE(CZVLGBlockInfoDeal::GetOneCloseXOYPolyInZvgGeo(geo, outline));
-        EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(5));
+        EXPECT_LT(std::clock() - before, 5 * CLOCKS_PER_SEC);
         EXPECT_EQ(outline.CountOfPoint(), static_cast<unsigned int>(count));
     }
 }

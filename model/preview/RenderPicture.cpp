@@ -45,9 +45,9 @@ Picture RenderPicture(const BlockFile& file, const RenderOptions& options,
     return file.Internals().Ask([&](OpenedBlock& block) {
         ProgressPace pace(progress);
         const Scene scene = ReadScene(block, options.rooms, pace);
-        constexpr double parts = 1000;
+        constexpr std::size_t parts = 1000;
         const auto tell = [&pace](double drawn) {
-            pace.Tell("drawing", static_cast<std::size_t>(drawn * parts), parts);
+            pace.Tell("drawing", static_cast<std::size_t>(drawn * double{parts}), parts);
         };
         try {
             Picture picture = Render(scene, options.width, options.height, options.unlimited, tell);
