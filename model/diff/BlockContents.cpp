@@ -18,13 +18,10 @@ BlockContents ReadContents(OpenedBlock& block, ProgressPace& pace) {
     for (unsigned int floor = 0; floor < floors; ++floor) {
         const std::string name = ToUtf8(block.FloorName(floor));
         limits.Memory(10 * sizeof(FloorEntry) + name.size());
-        contents.floors.push_back({name, block.FloorOrder(floor), 0, 0});
+        const auto [dataA, dataB] = block.FloorData(floor);
+        contents.floors.push_back({name, block.FloorOrder(floor), dataA, dataB});
         block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
             pace.Tell("reading elements", floor, floors);
-            if (index.compIndex == 0) {
-                contents.floors.back().dataA = comp.classLevel1DataA;
-                contents.floors.back().dataB = comp.classLevel1DataB;
-            }
             limits.Work(100 + BytesOf(comp) / 4);
             contents.components.push_back({KeyText(comp.compGuidName), index, floor,
                                            AspectsDigest(comp), geometries.Of(comp)});

@@ -9,7 +9,7 @@
 
 namespace ZVSmartModel {
 
-/// A floor as it is compared. The two values are those of its first component.
+/// A floor as it is compared.
 struct FloorEntry {
     std::string name;  ///< UTF-8
     ZVSmartZvg::u32 order = 0;
