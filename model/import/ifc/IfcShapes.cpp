@@ -8,6 +8,7 @@
 #include <ifcpp/model/BuildingModel.h>
 
 #include <algorithm>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -17,6 +18,7 @@
 #include "model/import/ifc/IfcColours.h"
 #include "model/import/ifc/IfcRoundness.h"
 #include "model/import/ifc/LibraryGeometry.h"
+#include "model/import/ifc/SolidLines.h"
 #include "model/import/ifc/Texts.h"
 
 namespace ZVSmartModel {
@@ -93,15 +95,43 @@ std::string NameOf(const IfcRoot& root) {
     return std::string(root.className()) + ' ' + Narrow(TextOf(root.m_GlobalId));
 }
 
-template <typename Meshsets>
-bool AnyHas(const ProductShapeData& data, Meshsets ItemShapeData::*sets) {
+/// Calls `visit` with each item of a product's body.
+template <typename Visit>
+void ForEachItem(const ProductShapeData& data, const Visit& visit) {
     for (const auto& representation : data.m_vec_representations) {
         if (!representation || IsNoBody(representation->m_representation_identifier)) continue;
         for (const auto& item : representation->m_vec_item_data) {
-            if (item && !((*item).*sets).empty()) return true;
+            if (item) visit(*item);
         }
     }
-    return false;
+}
+
+template <typename Meshsets>
+bool AnyHas(const ProductShapeData& data, Meshsets ItemShapeData::*sets) {
+    bool found = false;
+    ForEachItem(data, [&](const ItemShapeData& item) { found = found || !(item.*sets).empty(); });
+    return found;
+}
+
+/// Around all surfaces of a product's body, with `placement` applied; where there is none, its
+/// low corner is above its high one.
+SolidBox BoxOf(const ProductShapeData& data, const carve::math::Matrix& placement) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    SolidVector low = carve::geom::VECTOR(infinity, infinity, infinity);
+    SolidVector high = -low;
+    ForEachItem(data, [&](const ItemShapeData& item) {
+        for (const auto* sets : {&item.m_meshsets, &item.m_meshsets_open}) {
+            for (const auto& set : *sets) {
+                if (!set) continue;
+                for (const auto& vertex : set->vertex_storage) {
+                    const SolidVector point = placement * vertex.v;
+                    carve::geom::assign_op(low, low, point, carve::util::min_functor());
+                    carve::geom::assign_op(high, high, point, carve::util::max_functor());
+                }
+            }
+        }
+    });
+    return {low, high};
 }
 
 }  // namespace
@@ -227,27 +257,47 @@ class IfcShapes::Maker {
             const auto opening = relation ? relation->m_RelatedOpeningElement : nullptr;
             if (!opening || !opening->m_Representation) continue;
             host->m_HasOpenings_inverse = {weakRelation};
-            CutOpening(element, host, *opening, data);
+            CutOpening(element, host, opening, data);
         }
         host->m_HasOpenings_inverse = openings;
     }
 
     void CutOpening(const IfcProduct& element, const std::shared_ptr<IfcElement>& host,
-                    const IfcFeatureElementSubtraction& opening,
+                    const std::shared_ptr<IfcFeatureElementSubtraction>& opening,
                     std::shared_ptr<ProductShapeData>& data) {
         const bool closed = AnyHas(*data, &ItemShapeData::m_meshsets);
         if (!closed && !AnyHas(*data, &ItemShapeData::m_meshsets_open)) return;
-        const std::string what = NameOf(opening) + " could not be cut out of " + NameOf(element);
+        const std::string what = NameOf(*opening) + " could not be cut out of " + NameOf(element);
         bool failed = false;
         const BooleanStep step([&](int) { failed = true; });
         Try(element, [&] { converter.getRepresentationConverter()->subtractOpenings(host, data); });
         if (failed) {
             Warn(what + ": it is left closed");
         } else if (!closed) {
-            Warn(what + ", whose surface is not closed");
+            if (ReachesInto(opening, *data)) Warn(what + ", whose surface is not closed");
         } else if (step.Count() == 0) {
             Warn(what + ": the opening has no closed body");
         }
+    }
+
+    /// Whether an opening is where something has been made of its host: by a millimetre at least,
+    /// or by all of a host that is thinner.
+    bool ReachesInto(const std::shared_ptr<IfcFeatureElementSubtraction>& opening,
+                     ProductShapeData& host) {
+        auto data = std::make_shared<ProductShapeData>(opening->m_entity_id);
+        data->m_ifc_object_definition = opening;
+        carve::math::Matrix toHost;
+        Try(*opening, [&] {
+            converter.convertIfcProductShape(data);
+            GeomUtils::computeInverse(host.getTransform(), toHost);
+        });
+        const SolidBox whole = BoxOf(host, carve::math::Matrix::IDENT());
+        const SolidBox shared = whole.Overlap(BoxOf(*data, toHost * data->getTransform()));
+        for (unsigned int axis = 0; axis < 3; ++axis) {
+            const double enough = std::min(0.001, whole.high[axis] - whole.low[axis]);
+            if (shared.high[axis] - shared.low[axis] < enough) return false;
+        }
+        return true;
     }
 
     void AddItem(ItemShapeData& item, const std::vector<Look>& looks, ModelShape& shape) {
