@@ -9,6 +9,7 @@
 
 #include "ZVSmartModel/BlockFile.h"
 #include "ZVSmartModel/Body.h"
+#include "failure_of.h"
 #include "support.h"
 
 namespace {
@@ -72,16 +73,6 @@ BlockFile FileWith(const SZVLGZvgGeo& geo,
 
 Body BodyOf(const SZVLGZvgGeo& geo, const BodyOptions& options = {}) {
     return ReadBody(FileWith(geo), {0, 0}, options);
-}
-
-template <class Act>
-Status FailureOf(Act act) {
-    try {
-        act();
-    } catch (const Error& error) {
-        return error.GetStatus();
-    }
-    return Status::Internal;
 }
 
 TEST(Body, MeasuresOfRecords) {

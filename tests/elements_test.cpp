@@ -7,6 +7,7 @@
 
 #include "ZVSmartModel/BlockFile.h"
 #include "ZVSmartModel/Builder.h"
+#include "failure_of.h"
 #include "support.h"
 
 // A block file's elements in plain values, and how they are found.
@@ -62,16 +63,6 @@ std::vector<std::string> Guids(const BlockFile& file, const Selection& selection
         return true;
     });
     return guids;
-}
-
-template <class Act>
-Status StatusOf(Act act) {
-    try {
-        act();
-    } catch (const Error& error) {
-        return error.GetStatus();
-    }
-    return Status{};
 }
 
 using Texts = std::vector<std::string>;
@@ -132,9 +123,9 @@ TEST(Elements, AreFoundAndSelected) {
               Texts({"room", "door"}));
     EXPECT_EQ(Guids(file, {std::nullopt, {}, {{1, 0}, {0, 1}, {9, 9}}, false}),
               Texts({"room", "door"}));
-    EXPECT_EQ(StatusOf([&] { Guids(file, {"Roof", {}, {}, true}); }), Status::NotFound);
-    EXPECT_EQ(StatusOf([&] { file.Read({0, 2}); }), Status::NotFound);
-    EXPECT_EQ(StatusOf([&] { file.Read({3, 0}); }), Status::NotFound);
+    EXPECT_EQ(FailureOf([&] { Guids(file, {"Roof", {}, {}, true}); }), Status::NotFound);
+    EXPECT_EQ(FailureOf([&] { file.Read({0, 2}); }), Status::NotFound);
+    EXPECT_EQ(FailureOf([&] { file.Read({3, 0}); }), Status::NotFound);
     int seen = 0;
     file.ForEach({}, [&](const Element& element) {
         file.FindGuid(element.guid);  // the file may be asked meanwhile
@@ -149,7 +140,7 @@ TEST(Elements, DamageIsToldFromAbsence) {
     const Bytes damaged = support::PutTogether(parts);
     const BlockFile file(damaged);
     EXPECT_EQ(file.FindGuid("wall"), (ElementIndex{0, 0}));
-    EXPECT_EQ(StatusOf([&] { file.FindGuid("door"); }), Status::Damaged);
+    EXPECT_EQ(FailureOf([&] { file.FindGuid("door"); }), Status::Damaged);
     EXPECT_EQ(Guids(file, {}), Texts({"wall", "room", "project"}));
     ASSERT_EQ(file.DamageMet().size(), 1u);
     try {
@@ -159,9 +150,9 @@ TEST(Elements, DamageIsToldFromAbsence) {
         EXPECT_EQ(error.GetStatus(), Status::Damaged);
         EXPECT_EQ(error.Position(), file.DamageMet()[0].position);
     }
-    EXPECT_EQ(StatusOf([] { BlockFile(Bytes{}); }), Status::Damaged);
-    EXPECT_EQ(StatusOf([] { BlockFile("/nowhere"); }), Status::InputOutput);
-    EXPECT_EQ(StatusOf([] { BlockFile("/"); }), Status::InputOutput);
+    EXPECT_EQ(FailureOf([] { BlockFile(Bytes{}); }), Status::Damaged);
+    EXPECT_EQ(FailureOf([] { BlockFile("/nowhere"); }), Status::InputOutput);
+    EXPECT_EQ(FailureOf([] { BlockFile("/"); }), Status::InputOutput);
 }
 
 TEST(Elements, OneFileServesSeveralThreads) {

@@ -10,6 +10,7 @@
 #include "ZVSmartModel/Plan.h"
 #include "ZVSmartModel/Preview.h"
 #include "ZVSmartModel/Verify.h"
+#include "failure_of.h"
 #include "support.h"
 
 using namespace ZVSmartModel;
@@ -45,17 +46,6 @@ Bytes Packed(const Components& comps) {
     return support::Saved(4, 0, [&](auto& saver) {
         for (const auto& comp : comps) saver.AddComp(comp);
     });
-}
-
-/// The status with which `act` fails; none where it does not.
-template <class Act>
-std::optional<Status> FailureOf(Act act) {
-    try {
-        act();
-    } catch (const Error& error) {
-        return error.GetStatus();
-    }
-    return std::nullopt;
 }
 
 using Call = std::function<void(const BlockFile&, Out&, const Progress&)>;
