@@ -77,7 +77,7 @@ class HostileFiles : public ToolFixture {
              at = words.find('F', at + input.size())) {
             words.replace(at, 1, input);
         }
-        return Run("rm -f x.*; ulimit -v 1000000; timeout 20 $Z " + words);
+        return Run("rm -f x.*; " + LimitAddresses(1000) + "timeout 20 $Z " + words);
     }
 
     void Check(const Case& c, const std::string& input) {

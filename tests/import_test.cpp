@@ -144,7 +144,7 @@ TEST_F(Importing, EndsAtItsLimits) {
     };
     for (const auto& [words, says] : cases) {
         const auto begun = std::chrono::steady_clock::now();
-        EXPECT_EQ(Run("ulimit -v 4000000; timeout 60 $Z pack --no-preview " + words +
+        EXPECT_EQ(Run(LimitAddresses(4000) + "timeout 60 $Z pack --no-preview " + words +
                       " -o out/x.zvg; S=$?; pgrep -f child-of-zvg.*$PWD; exit $S"),
                   3);
         EXPECT_EQ(err.rfind("zvg: " + says, 0), 0U) << err;

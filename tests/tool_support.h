@@ -53,6 +53,18 @@ constexpr const char* endlessPly =
     "property float z\nelement face 1\nproperty list uchar int vertex_indices\n"
     "end_head1.0\nelement vertex 3\nproperty float x\nprer\n0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n";
 
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool addressSanitizer = true;
+#else
+constexpr bool addressSanitizer = false;
+#endif
+
+/// Words for the shell that limit the addresses of what it runs next. The address sanitizer's
+/// shadow alone is terabytes of them: under it, nothing is limited.
+inline std::string LimitAddresses(int mebibytes) {
+    return addressSanitizer ? "" : "ulimit -v " + std::to_string(mebibytes * 1024) + "; ";
+}
+
 /// A folder of its own for each test, in which the tool runs.
 class ToolFixture : public testing::Test {
   protected:
