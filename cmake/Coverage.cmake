@@ -1,5 +1,5 @@
 # In a build that counts (preset `coverage`), the target `coverage` runs the tests, prints how much
-# of the library they reach and fails where that is too little.
+# of the libraries and the tool they reach and fails where that is too little.
 if(NOT ZVG_BUILD_TESTS OR NOT CMAKE_CXX_FLAGS MATCHES "--coverage")
   return()
 endif()
@@ -10,7 +10,8 @@ add_custom_target(coverage
   COMMAND find ${PROJECT_BINARY_DIR} -name *.gcda -delete
   COMMAND ${CMAKE_CTEST_COMMAND} --test-dir ${PROJECT_BINARY_DIR} --output-on-failure
   COMMAND ${ZVG_GCOVR} --root ${PROJECT_SOURCE_DIR} --object-directory ${PROJECT_BINARY_DIR}
-          --filter ${PROJECT_SOURCE_DIR}/block/ --exclude-throw-branches --exclude-unreachable-branches --print-summary
+          --filter ${PROJECT_SOURCE_DIR}/block/ --filter ${PROJECT_SOURCE_DIR}/model/
+          --filter ${PROJECT_SOURCE_DIR}/tools/ --exclude-throw-branches --exclude-unreachable-branches --print-summary
           --json ${PROJECT_BINARY_DIR}/coverage.json --txt ${PROJECT_BINARY_DIR}/coverage.txt
           --fail-under-line 95 --fail-under-branch 85 ${PROJECT_BINARY_DIR}
   WORKING_DIRECTORY ${PROJECT_BINARY_DIR} USES_TERMINAL VERBATIM)

@@ -21,6 +21,12 @@
 #include "tools/zvg-import/ParentLink.h"
 #include "tools/zvg/output/OutOfMemory.h"
 
+#ifdef ZVG_COUNTED
+extern "C" {
+#include <gcov.h>
+}
+#endif
+
 namespace ZVSmartModel::Tool {
 
 namespace {
@@ -146,9 +152,15 @@ int Run(const std::vector<std::string_view>& words) {
         return Fail(Status::InputOutput, path + ": " + std::strerror(errno));
     }
     input.preview = preview.get();
+#ifdef ZVG_COUNTED
+    const int end = Pack(input);
+    __gcov_dump();
+    std::_Exit(end);
+#else
     EnterCage({true, true});
     // Without taking down what an importer holds: that would cost time, and may crash as well.
     std::_Exit(Pack(input));
+#endif
 }
 
 }  // namespace
