@@ -21,6 +21,8 @@ namespace ZVSmartModel {
 using PropertyPairs = std::vector<std::pair<std::wstring, std::wstring>>;
 
 inline const std::wstring textKind = L"text";
+/// The kind of a property that the source names and gives no value.
+inline const std::wstring emptyKind = L"empty";
 
 struct StoredProperty {
     std::wstring name;

@@ -25,6 +25,17 @@ Transform WithoutNoise(const Transform& placement) {
     return result;
 }
 
+Transform Combined(const Transform& a, const Transform& b) {
+    Transform result;
+    for (std::size_t row = 0; row < 12; row += 4) {
+        for (std::size_t column = 0; column < 4; ++column) {
+            result[row + column] = a[row] * b[column] + a[row + 1] * b[column + 4] +
+                                   a[row + 2] * b[column + 8] + (column == 3 ? a[row + 3] : 0);
+        }
+    }
+    return result;
+}
+
 StoredProperty ThicknessProperty(double metres) {
     return {L"LayerThickness", NumberText(metres), L"length", L"m"};
 }

@@ -24,6 +24,9 @@ Rgba MakeColour(double red, double green, double blue, double alpha);
 /// Sets to zero what is meant as zero: turned axes leave numbers such as 6e-17.
 Transform WithoutNoise(const Transform& placement);
 
+/// Applies `b` first.
+Transform Combined(const Transform& a, const Transform& b);
+
 /// A connected surface of triangles, counter-clockwise as seen from outside.
 struct ModelShell {
     std::vector<ModelPoint> points;

@@ -103,14 +103,6 @@ Transform FrameOf(const std::shared_ptr<IfcCartesianTransformationOperator>& tar
                     PointOf(target->m_LocalOrigin));
 }
 
-Transform Combined(const Transform& a, const Transform& b) {
-    const auto axis = [&](std::size_t column) {
-        return Sum(Moved(a, {b[column], b[column + 4], b[column + 8]}),
-                   {-a[3], -a[7], -a[11]});  // directions are not moved by the origin
-    };
-    return FromAxes(axis(0), axis(1), axis(2), Moved(a, {b[3], b[7], b[11]}));
-}
-
 ModelPoint Moved(const Transform& f, const ModelPoint& p) {
     return {f[0] * p.x + f[1] * p.y + f[2] * p.z + f[3],
             f[4] * p.x + f[5] * p.y + f[6] * p.z + f[7],

@@ -23,8 +23,6 @@ ModelPoint DirectionOf(const std::shared_ptr<IfcDirection>& direction, const Mod
 Transform FrameOf(const std::shared_ptr<IfcAxis2Placement>& placement);
 Transform FrameOf(const std::shared_ptr<IfcCartesianTransformationOperator>& target);
 
-/// Applies `b` first.
-Transform Combined(const Transform& a, const Transform& b);
 ModelPoint Moved(const Transform& frame, const ModelPoint& point);
 
 ModelPoint Sum(const ModelPoint& a, const ModelPoint& b);

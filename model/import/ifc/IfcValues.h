@@ -16,8 +16,6 @@ namespace ZVSmartModel {
 // Values of a file as properties: their text as the file has it, what kind of value they are, and
 // its unit: the value's own, or else the one that the project assigns to its kind.
 
-/// The kind of a property that the file gives no value.
-inline const std::wstring emptyKind = L"empty";
 /// The kind of values that are GlobalIds of components, ", " between them.
 inline const std::wstring referenceKind = L"reference";
 
