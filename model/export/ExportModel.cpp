@@ -1,6 +1,8 @@
 #include "model/export/ExportModel.h"
 
 #include <algorithm>
+#include <bit>
+#include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -29,6 +31,12 @@ bool IsNamed(const SerialKey& key) {
 
 void AddText(Extras& document, const char* name, const std::wstring& text) {
     if (!text.empty()) document[name] = ToUtf8(text);
+}
+
+/// A floor's value, which is a length in files that this library wrote, and else may be anything.
+void AddMetres(Extras& document, const char* name, u64 bits) {
+    const auto metres = std::bit_cast<double>(bits);
+    if (std::isnormal(metres)) document[name] = metres;
 }
 
 /// A text as it is, anything else with what it is.
@@ -78,6 +86,7 @@ Extras ComponentExtras(const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
     for (const SerialKey& related : comp.relatedGuidNames) {
         extras["relatedTo"].push_back(KeyText(related));
     }
+    if (IsNamed(comp.groupGuidName)) extras["group"] = KeyText(comp.groupGuidName);
     Extras materials = MaterialNames(comp);
     if (!materials.empty()) extras["materials"] = std::move(materials);
     if (!comp.compProperties.empty()) extras["properties"] = PropertiesObject(comp.compProperties);
@@ -103,18 +112,25 @@ class Groups {
         std::optional<std::size_t> at;
         const std::string site = KeyText(comp.ownerSecondGuidName);
         if (IsNamed(comp.ownerSecondGuidName) || !comp.ownerTextC.empty()) {
+            Extras extras = {{"globalId", site}};
+            AddText(extras, "name", comp.ownerTextC);
             at = Group(at, "site " + site + '\n' + ToUtf8(comp.ownerTextC),
-                       NameOr(comp.ownerTextC, "site"), {{"globalId", site}});
+                       NameOr(comp.ownerTextC, "site"), extras);
         }
         const std::string building = KeyText(comp.ownerGuidName);
         if (IsNamed(comp.ownerGuidName) || !comp.ownerTextA.empty()) {
+            Extras extras = {{"globalId", building}};
+            AddText(extras, "name", comp.ownerTextA);
+            AddText(extras, "longName", comp.ownerTextB);
             const std::wstring& name = comp.ownerTextA.empty() ? comp.ownerTextB : comp.ownerTextA;
             at = Group(at, "building " + building + '\n' + ToUtf8(comp.ownerTextA),
-                       NameOr(name, "building"), {{"globalId", building}});
+                       NameOr(name, "building"), extras);
         }
         const std::string number = std::to_string(floor);
-        at = Group(at, "floor " + number, NameOr(floorName, "floor " + number),
-                   {{"floor", floor}, {"order", comp.classLevel1Id}});
+        Extras extras = {{"floor", floor}, {"order", comp.classLevel1Id}};
+        AddMetres(extras, "elevation", comp.classLevel1DataA);
+        AddMetres(extras, "height", comp.classLevel1DataB);
+        at = Group(at, "floor " + number, NameOr(floorName, "floor " + number), extras);
         return Group(at, "class " + ToUtf8(comp.classLevel2Name),
                      NameOr(comp.classLevel2Name, "no class"), nullptr);
     }

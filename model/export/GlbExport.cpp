@@ -49,6 +49,7 @@ tinygltf::Value NumberOf(std::int64_t number) {
 /// Extras nest a few levels, which are ours.
 tinygltf::Value ValueOf(const Extras& extras) {
     if (extras.is_string()) return tinygltf::Value(extras.get<std::string>());
+    if (extras.is_number_float()) return tinygltf::Value(extras.get<double>());
     if (extras.is_number()) return NumberOf(extras.get<std::int64_t>());
     if (extras.is_array()) {
         tinygltf::Value::Array array;
