@@ -125,7 +125,10 @@ Model ImportModel(const std::string& path, const OpenModelFile& open, const Impo
                   const ImportReport& report) {
     Model model = Read(path, open, options, report);
     LeaveOutUnusable(model, report);
-    if (model.elements.empty()) throw ImportError("nothing in it can be packed");
+    const bool nothing =
+        std::all_of(model.elements.begin(), model.elements.end(),
+                    [](const ModelElement& element) { return element.entityType == L"Node"; });
+    if (nothing) throw ImportError("nothing in it can be packed");
     return model;
 }
 

@@ -1,6 +1,6 @@
 #include "model/import/MeshImporter.h"
 
-#include <assimp/material.h>
+#include <assimp/config.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
@@ -9,12 +9,18 @@
 #include <assimp/Importer.hpp>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "model/element/Utf8.h"
+#include "model/import/GltfDocument.h"
 #include "model/import/MeshFiles.h"
+#include "model/import/MeshLooks.h"
+#include "model/import/MeshNodes.h"
 #include "model/import/ShapeStore.h"
 
 namespace ZVSmartModel {
@@ -45,24 +51,14 @@ aiMatrix4x4 ToModelAxes(const aiScene& scene, std::string_view extension) {
     return upAxis == 1 ? scale * fromYUp : scale;
 }
 
-Transform PlacementOf(const aiMatrix4x4& matrix) {
-    Transform placement = {};
+Transform TransformOf(const aiMatrix4x4& matrix) {
+    Transform transform = {};
     for (unsigned int row = 0; row < 3; ++row) {
         for (unsigned int column = 0; column < 4; ++column) {
-            placement[row * 4 + column] = double{matrix[row][column]};
+            transform[row * 4 + column] = double{matrix[row][column]};
         }
     }
-    return WithoutNoise(placement);
-}
-
-std::optional<Rgba> ColourOf(const aiMaterial& material) {
-    aiColor4D colour;
-    const bool has = material.Get(AI_MATKEY_BASE_COLOR, colour) == aiReturn_SUCCESS ||
-                     material.Get(AI_MATKEY_COLOR_DIFFUSE, colour) == aiReturn_SUCCESS;
-    if (!has) return std::nullopt;
-    float opacity = colour.a;
-    material.Get(AI_MATKEY_OPACITY, opacity);
-    return MakeColour(double{colour.r}, double{colour.g}, double{colour.b}, double{opacity});
+    return transform;
 }
 
 ModelShell ShellOf(const aiMesh& mesh) {
@@ -98,123 +94,164 @@ void AddLines(const aiMesh& mesh, ModelShape& shape) {
     if (!lines.IsEmpty()) shape.curves.push_back(std::move(lines));
 }
 
-bool HasPoints(const aiScene& scene) {
-    return std::any_of(scene.mMeshes, scene.mMeshes + scene.mNumMeshes, [](const aiMesh* mesh) {
-        return (mesh->mPrimitiveTypes & aiPrimitiveType_POINT) != 0;
-    });
-}
-
-std::wstring MetadataText(const aiMetadataEntry& entry) {
+StoredProperty MetadataProperty(const std::wstring& name, const aiMetadataEntry& entry) {
     switch (entry.mType) {
         case AI_BOOL:
-            return *static_cast<const bool*>(entry.mData) ? L"true" : L"false";
+            return {name, *static_cast<const bool*>(entry.mData) ? L"true" : L"false", L"boolean",
+                    L""};
         case AI_INT32:
-            return std::to_wstring(*static_cast<const std::int32_t*>(entry.mData));
+            return {name, std::to_wstring(*static_cast<const std::int32_t*>(entry.mData)),
+                    L"integer", L""};
         case AI_UINT64:
-            return std::to_wstring(*static_cast<const std::uint64_t*>(entry.mData));
+            return {name, std::to_wstring(*static_cast<const std::uint64_t*>(entry.mData)),
+                    L"integer", L""};
         case AI_FLOAT:
-            return std::to_wstring(*static_cast<const float*>(entry.mData));
+            return {name, NumberText(double{*static_cast<const float*>(entry.mData)}), L"real",
+                    L""};
         case AI_DOUBLE:
-            return std::to_wstring(*static_cast<const double*>(entry.mData));
+            return {name, NumberText(*static_cast<const double*>(entry.mData)), L"real", L""};
         case AI_AISTRING:
-            return Wide(*static_cast<const aiString*>(entry.mData));
+            return {name, Wide(*static_cast<const aiString*>(entry.mData)), textKind, L""};
         default:
             return {};
     }
 }
 
-/// Walks one scene and makes its elements.
-class SceneReader {
-  public:
-    explicit SceneReader(const aiScene& scene) : scene(scene) {}
-
-    Model Read(const aiMatrix4x4& toModelAxes) {
-        ReadNodes(toModelAxes);
-        model.shapes = store.Take();
-        return std::move(model);
+MeshNode NodeOf(const aiNode& source, const aiScene& scene) {
+    MeshNode node;
+    node.name = Wide(source.mName);
+    node.toParent = TransformOf(source.mTransformation);
+    node.meshes.assign(source.mMeshes, source.mMeshes + source.mNumMeshes);
+    if (!node.meshes.empty()) node.meshName = Wide(scene.mMeshes[node.meshes.front()]->mName);
+    const unsigned int properties = source.mMetaData ? source.mMetaData->mNumProperties : 0;
+    for (unsigned int i = 0; i < properties; ++i) {
+        StoredProperty property = MetadataProperty(L"Node." + Wide(source.mMetaData->mKeys[i]),
+                                                   source.mMetaData->mValues[i]);
+        if (!property.value.empty()) node.properties.push_back(std::move(property));
     }
+    return node;
+}
+
+/// In a loop, for files may nest nodes deeper than the stack is. The root is the library's own:
+/// what it says is not of the model.
+std::vector<MeshNode> NodesOf(const aiScene& scene) {
+    std::vector<MeshNode> nodes;
+    std::vector<std::pair<const aiNode*, std::optional<std::size_t>>> waiting = {
+        {scene.mRootNode, std::nullopt}};
+    while (!waiting.empty()) {
+        const auto [source, parent] = waiting.back();
+        waiting.pop_back();
+        const std::size_t number = nodes.size();
+        nodes.push_back(NodeOf(*source, scene));
+        nodes.back().parent = parent;
+        for (unsigned int i = source->mNumChildren; i-- > 0;) {
+            waiting.emplace_back(source->mChildren[i], number);
+        }
+    }
+    MeshNode& root = nodes.front();
+    if (root.meshes.empty()) {
+        root.name.clear();
+        root.properties.clear();
+    }
+    return nodes;
+}
+
+/// The library numbers meshes in the order in which it comes upon them. It keeps the order of
+/// nodes, which tells what is what.
+void TakeNumbersOf(const aiScene& scene, GltfDocument& gltf) {
+    const std::vector<MeshNode> known = NodesOf(scene);
+    const std::size_t added = gltf.roots == 1 ? 0 : 1;  // a root above several
+    std::vector<std::optional<std::size_t>> materialOfMesh(scene.mNumMeshes);
+    bool same = known.size() == gltf.nodes.size() + added;
+    for (std::size_t i = 0; same && i < gltf.nodes.size(); ++i) {
+        std::vector<unsigned int>& meshes = gltf.nodes[i].meshes;
+        const std::vector<unsigned int>& numbers = known[i + added].meshes;
+        same = meshes.size() == numbers.size();
+        for (std::size_t k = 0; same && k < meshes.size(); ++k) {
+            materialOfMesh[numbers[k]] = gltf.materialOfMesh[meshes[k]];
+        }
+        meshes = numbers;
+    }
+    if (!same) throw ImportError("damaged glTF: not all of its meshes can be read");
+    gltf.materialOfMesh = std::move(materialOfMesh);
+}
+
+/// Makes the shapes of each list of meshes once, however many nodes show them.
+class ShapesOfMeshes {
+  public:
+    ShapesOfMeshes(const aiScene& scene, MeshLooks& looks) : scene(scene), looks(looks) {}
+
+    const MeshContent& ContentOf(const std::vector<unsigned int>& meshes) {
+        const auto [content, added] = contents.try_emplace(meshes);
+        if (added) content->second = Made(meshes);
+        return content->second;
+    }
+
+    std::vector<ModelShape> Take() { return store.Take(); }
 
   private:
-    struct Waiting {
-        const aiNode* node;
-        aiMatrix4x4 toModel;
-        std::wstring parentPath;
-    };
-
-    /// A loop, for files may nest nodes deeper than the stack is.
-    void ReadNodes(const aiMatrix4x4& toModelAxes) {
-        std::vector<Waiting> waiting = {{scene.mRootNode, toModelAxes, L""}};
-        while (!waiting.empty()) {
-            Waiting next = std::move(waiting.back());
-            waiting.pop_back();
-            next.toModel = next.toModel * next.node->mTransformation;
-            ReadNode(*next.node, next.toModel, next.parentPath);
-            next.parentPath += L'/' + Wide(next.node->mName);
-            for (unsigned int i = next.node->mNumChildren; i-- > 0;) {
-                waiting.push_back({next.node->mChildren[i], next.toModel, next.parentPath});
-            }
-        }
-    }
-
-    void ReadNode(const aiNode& node, const aiMatrix4x4& toModel, const std::wstring& parentPath) {
+    MeshContent Made(const std::vector<unsigned int>& meshes) {
+        MeshContent content;
         ModelShape shape, lines;
-        ModelElement element;
-        for (unsigned int i = 0; i < node.mNumMeshes; ++i) {
-            const aiMesh& mesh = *scene.mMeshes[node.mMeshes[i]];
-            const aiMaterial& material = *scene.mMaterials[mesh.mMaterialIndex];
-            if (element.typeName.empty()) element.typeName = Wide(mesh.mName);
-            const std::wstring materialName = FromUtf8(material.GetName().C_Str());
-            shape.parts.push_back({ColourOf(material), materialName, {ShellOf(mesh)}});
+        for (const unsigned int number : meshes) {
+            const aiMesh& mesh = *scene.mMeshes[number];
+            const ModelMaterial material = looks.MaterialOf(number);
+            shape.parts.push_back({looks.ColourOf(number), material.name, {ShellOf(mesh)}});
             AddLines(mesh, lines);
-            AddMaterial(element, materialName);
+            AddMaterial(material, content);
         }
         for (ModelShape* each : {&shape, &lines}) {
-            const auto placed = store.Add(std::move(*each));
-            if (placed) element.shapes.push_back({*placed, PlacementOf(toModel)});
+            const auto number = store.Add(std::move(*each));
+            if (number) content.shapes.push_back(*number);
         }
-        if (element.shapes.empty()) return;
-        element.globalId = UniqueId(Wide(node.mName));
-        element.entityType = L"Mesh";
-        AddProperties(node, parentPath, element);
-        model.elements.push_back(std::move(element));
+        return content;
     }
 
-    static void AddMaterial(ModelElement& element, const std::wstring& name) {
-        const bool known = std::any_of(element.materials.begin(), element.materials.end(),
-                                       [&](const ModelMaterial& m) { return m.name == name; });
-        if (!known && !name.empty()) element.materials.push_back({name, L"", {}});
-    }
-
-    /// Nodes have no identity but their names, which may repeat.
-    std::wstring UniqueId(const std::wstring& name) {
-        int& timesSeen = timesSeenByName[name];
-        std::wstring id = name;
-        while (++timesSeen > 1 || id.empty()) {
-            id = name + L'#' + std::to_wstring(timesSeen);
-            if (takenIds.insert(id).second) return id;
-        }
-        takenIds.insert(id);
-        return id;
-    }
-
-    static void AddProperties(const aiNode& node, const std::wstring& parentPath,
-                              ModelElement& element) {
-        element.properties.emplace_back(L"Element.Name", Wide(node.mName));
-        if (!parentPath.empty()) element.properties.emplace_back(L"Element.Path", parentPath);
-        if (!node.mMetaData) return;
-        for (unsigned int i = 0; i < node.mMetaData->mNumProperties; ++i) {
-            const std::wstring value = MetadataText(node.mMetaData->mValues[i]);
-            if (value.empty()) continue;
-            element.properties.emplace_back(L"Node." + Wide(node.mMetaData->mKeys[i]), value);
-        }
+    static void AddMaterial(const ModelMaterial& material, MeshContent& content) {
+        const auto& all = content.materials;
+        const bool known = std::any_of(all.begin(), all.end(), [&](const ModelMaterial& m) {
+            return m.name == material.name;
+        });
+        if (!known && !material.name.empty()) content.materials.push_back(material);
     }
 
     const aiScene& scene;
+    MeshLooks& looks;
     ShapeStore store;
-    std::map<std::wstring, int> timesSeenByName;
-    std::set<std::wstring> takenIds;
-    Model model;
+    std::map<std::vector<unsigned int>, MeshContent> contents;
 };
+
+/// What of a scene has no place in a model.
+void TellLosses(const aiScene& scene, ImportFindings& findings) {
+    std::size_t points = 0, skins = 0, morphs = 0;
+    for (unsigned int i = 0; i < scene.mNumMeshes; ++i) {
+        const aiMesh& mesh = *scene.mMeshes[i];
+        points += static_cast<std::size_t>(
+            std::count_if(mesh.mFaces, mesh.mFaces + mesh.mNumFaces,
+                          [](const aiFace& face) { return face.mNumIndices == 1; }));
+        skins += mesh.mNumBones != 0 ? 1 : 0;
+        morphs += mesh.mNumAnimMeshes;
+    }
+    const auto tell = [&findings](const char* kind, const char* text, bool lost,
+                                  std::size_t count) {
+        if (count != 0) findings.Add(kind, text, lost, "", count);
+    };
+    tell("point", "points are left out", true, points);
+    tell("skin", "skins are left out: bodies stand as they were modelled", true, skins);
+    tell("morph", "other forms of meshes are left out", true, morphs);
+    tell("animation", "animations are left out", true, scene.mNumAnimations);
+    tell("camera", "cameras are left out", false, scene.mNumCameras);
+    tell("light", "lights are left out", false, scene.mNumLights);
+}
+
+void CountElements(Model& model) {
+    for (const ModelElement& element : model.elements) {
+        ImportCount& count = model.findings.elements[ToUtf8(element.entityType)];
+        ++count.inModel;
+        ++count.arrived;
+        if (!element.shapes.empty()) ++count.withBody;
+    }
+}
 
 std::string ExtensionOf(std::string_view path) {
     const std::size_t dot = path.rfind('.');
@@ -248,17 +285,33 @@ void KeepReaders(Assimp::Importer& importer) {
 
 Model ImportMesh(const std::string& name, const OpenModelFile& open, const ImportReport& report) {
     const std::string extension = ExtensionOf(name);
+    Model model;
+    std::optional<GltfDocument> gltf;
+    if (extension == "gltf" || extension == "glb") gltf = ReadGltf(*open(""), model.findings);
     Assimp::Importer importer;
     KeepReaders(importer);
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
     // The importer owns both from here.
     importer.SetIOHandler(std::make_unique<MeshFiles>(name, open).release());
     importer.SetProgressHandler(std::make_unique<MeshProgress>(report).release());
     const aiScene* scene =
         importer.ReadFile(name, aiProcess_Triangulate | aiProcess_JoinIdenticalVertices);
     if (!scene || !scene->mRootNode) throw ImportError(Reason(importer, extension));
-    if (HasPoints(*scene)) report.warn("points are left out");
-    Model model = SceneReader(*scene).Read(ToModelAxes(*scene, extension));
-    if (model.elements.empty()) throw ImportError("the file holds no triangle and no line");
+    if (gltf) TakeNumbersOf(*scene, *gltf);
+    std::vector<MeshNode> nodes = gltf ? std::move(gltf->nodes) : NodesOf(*scene);
+    if (nodes.size() == 1 && nodes[0].name.empty()) {
+        nodes[0].name = FromUtf8(std::string_view(name).substr(0, name.rfind('.')));
+    }
+    TellLosses(*scene, model.findings);
+    MeshLooks looks(*scene, extension, gltf ? &*gltf : nullptr, open, model.findings);
+    ShapesOfMeshes shapes(*scene, looks);
+    AddElements(
+        std::move(nodes), TransformOf(ToModelAxes(*scene, extension)),
+        [&](const std::vector<unsigned int>& meshes) { return shapes.ContentOf(meshes); }, model);
+    model.shapes = shapes.Take();
+    if (model.shapes.empty()) throw ImportError("the file holds no triangle and no line");
+    CountElements(model);
     model.schema.assign(extension.begin(), extension.end());
     return model;
 }

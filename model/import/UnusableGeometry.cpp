@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -64,9 +65,16 @@ void DropUnplacedShapes(Model& model) {
 
 void LeaveOutUnusable(Model& model, const ImportReport& report) {
     for (ModelElement& element : model.elements) LeaveOut(model, element, report);
-    std::erase_if(model.elements, [](const ModelElement& element) {
-        return element.entityType == L"Mesh" && element.shapes.empty();
+    std::set<std::wstring> gone;
+    std::erase_if(model.elements, [&gone](const ModelElement& element) {
+        const bool goes = element.entityType == L"Mesh" && element.shapes.empty();
+        if (goes) gone.insert(element.globalId);
+        return goes;
     });
+    for (ModelElement& element : model.elements) {
+        std::erase_if(element.belongsTo,
+                      [&gone](const std::wstring& id) { return gone.count(id) != 0; });
+    }
     DropUnplacedShapes(model);
 }
 
