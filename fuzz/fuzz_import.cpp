@@ -1,7 +1,8 @@
 // The importers' own code on any bytes: STEP text, its cycles, the store of shapes, the messages
-// of a child and the names of files that it asks for. The first byte chooses.
+// of a child, the names of files that it asks for, and the JSON of glTF. The first byte chooses.
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,6 +17,8 @@
 #include <string_view>
 
 #include "ZVSmartModel/Error.h"
+#include "model/import/GltfDocument.h"
+#include "model/import/MeshNodes.h"
 #include "model/import/ModelFile.h"
 #include "model/import/ShapeStore.h"
 #include "model/import/StepCycles.h"
@@ -146,6 +149,29 @@ void FuzzMessages(std::string_view bytes) {
     Require(heard(1) == heard(bytes.size() + 1));
 }
 
+/// Whatever the file, its nodes stand behind their parents and show what is there.
+void FuzzGltf(std::string_view bytes) {
+    OwnedDescriptor file(memfd_create("gltf", MFD_CLOEXEC));
+    Require(write(file.Number(), bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()));
+    try {
+        ImportFindings findings;
+        auto document = ReadGltf(ModelFile(std::move(file)), findings);
+        if (!document) return;
+        for (std::size_t i = 0; i < document->nodes.size(); ++i) {
+            const MeshNode& node = document->nodes[i];
+            Require(node.parent.value_or(0) < i || !node.parent);
+            for (const unsigned int mesh : node.meshes) {
+                Require(mesh < document->materialOfMesh.size());
+            }
+        }
+        Model model;
+        AddElements(
+            std::move(document->nodes), identityTransform,
+            [](const auto&) { return MeshContent{}; }, model);
+    } catch (const ImportError&) {  // damaged
+    }
+}
+
 /// A model beside files of its own, a pipe, and links that lead out; gone with this object.
 class Fixture {
   public:
@@ -188,7 +214,8 @@ void FuzzNames(std::string_view bytes) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
     const std::string_view bytes(reinterpret_cast<const char*>(data + 1), size - 1);
-    constexpr std::array parts = {FuzzStepText, FuzzCycles, FuzzShapes, FuzzMessages, FuzzNames};
+    constexpr std::array parts = {FuzzStepText, FuzzCycles, FuzzShapes,
+                                  FuzzMessages, FuzzNames,  FuzzGltf};
     parts[data[0] % parts.size()](bytes);
     return 0;
 }

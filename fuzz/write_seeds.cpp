@@ -33,6 +33,11 @@ void WriteImportSeeds(const std::filesystem::path& folder) {
         {"messages", 3, "P12\nWa warning\n\nOred.mtl\nRdone\nFcut"},
         {"names", 4, "d/../l"},
         {"names-link", 4, "r/etc/passwd"},
+        {"gltf", 5,
+         R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[1]}],"accessors":[{"type":"VEC3",)"
+         R"("componentType":5126}],"meshes":[{"primitives":[{"attributes":{"POSITION":0}}]}],)"
+         R"("nodes":[{"mesh":0,"rotation":[0,0,0,1]},{"children":[0],"extras":{"globalId":"g",)"
+         R"("classification":{},"properties":{"a":{"value":"1","kind":"length","unit":"m"}}}}]})"},
     };
     for (const auto& [name, part, text] : seeds) {
         Bytes bytes;
