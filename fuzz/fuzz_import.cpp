@@ -17,13 +17,13 @@
 #include <string_view>
 
 #include "ZVSmartModel/Error.h"
-#include "model/import/GltfDocument.h"
-#include "model/import/MeshNodes.h"
 #include "model/import/ModelFile.h"
 #include "model/import/ShapeStore.h"
-#include "model/import/StepCycles.h"
-#include "model/import/StepText.h"
 #include "model/import/UnusableGeometry.h"
+#include "model/import/ifc/StepCycles.h"
+#include "model/import/ifc/StepText.h"
+#include "model/import/mesh/GltfDocument.h"
+#include "model/import/mesh/MeshNodes.h"
 #include "model/pack/ChildMessages.h"
 #include "model/pack/ModelFolder.h"
 

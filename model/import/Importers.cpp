@@ -3,15 +3,15 @@
 #include <algorithm>
 #include <string_view>
 
-#include "model/import/StepCycles.h"
 #include "model/import/UnusableGeometry.h"
+#include "model/import/ifc/StepCycles.h"
 
 #ifdef ZVG_HAVE_IFC
-#include "model/import/IfcImporter.h"
-#include "model/import/IfcZip.h"
+#include "model/import/ifc/IfcImporter.h"
+#include "model/import/ifc/IfcZip.h"
 #endif
 #ifdef ZVG_HAVE_ASSIMP
-#include "model/import/MeshImporter.h"
+#include "model/import/mesh/MeshImporter.h"
 #endif
 
 namespace ZVSmartModel {

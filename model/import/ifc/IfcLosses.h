@@ -4,7 +4,7 @@
 
 #include "model/import/ImportReport.h"
 #include "model/import/Model.h"
-#include "model/import/StepText.h"
+#include "model/import/ifc/StepText.h"
 
 class BuildingModel;
 class IfcProduct;

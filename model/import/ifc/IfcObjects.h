@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "model/import/Model.h"
-#include "model/import/StepText.h"
 #include "model/import/ifc/IfcLosses.h"
 #include "model/import/ifc/IfcUnitSymbols.h"
+#include "model/import/ifc/StepText.h"
 
 class BuildingModel;
 class IfcObjectDefinition;

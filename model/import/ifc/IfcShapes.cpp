@@ -12,13 +12,13 @@
 #include <new>
 #include <utility>
 
-#include "model/import/SteadyMemory.h"
 #include "model/import/ifc/BooleanStep.h"
 #include "model/import/ifc/CheckedBoolean.h"
 #include "model/import/ifc/IfcColours.h"
 #include "model/import/ifc/IfcRoundness.h"
 #include "model/import/ifc/LibraryGeometry.h"
 #include "model/import/ifc/SolidLines.h"
+#include "model/import/ifc/SteadyMemory.h"
 #include "model/import/ifc/Texts.h"
 
 namespace ZVSmartModel {

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "model/import/StepText.h"
+#include "model/import/ifc/StepText.h"
 
 namespace ZVSmartModel {
 

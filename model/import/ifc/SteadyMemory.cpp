@@ -1,4 +1,4 @@
-#include "model/import/SteadyMemory.h"
+#include "model/import/ifc/SteadyMemory.h"
 
 #include <sys/mman.h>
 

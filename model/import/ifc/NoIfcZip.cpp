@@ -1,5 +1,5 @@
-#include "model/import/IfcZip.h"
 #include "model/import/ImportReport.h"
+#include "model/import/ifc/IfcZip.h"
 
 namespace ZVSmartModel {
 

@@ -1,4 +1,4 @@
-#include "model/import/GltfExtras.h"
+#include "model/import/mesh/GltfExtras.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

@@ -1,4 +1,4 @@
-#include "model/import/StepNames.h"
+#include "model/import/ifc/StepNames.h"
 
 #include <map>
 #include <string>

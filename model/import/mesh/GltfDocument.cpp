@@ -1,4 +1,4 @@
-#include "model/import/GltfDocument.h"
+#include "model/import/mesh/GltfDocument.h"
 
 #include <algorithm>
 #include <array>
@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "model/element/Utf8.h"
-#include "model/import/GltfExtras.h"
 #include "model/import/ImportReport.h"
+#include "model/import/mesh/GltfExtras.h"
 
 namespace ZVSmartModel {
 

@@ -1,4 +1,4 @@
-#include "model/import/IfcZip.h"
+#include "model/import/ifc/IfcZip.h"
 
 #include <unistd.h>
 #include <zip.h>

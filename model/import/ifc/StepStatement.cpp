@@ -1,4 +1,4 @@
-#include "model/import/StepStatement.h"
+#include "model/import/ifc/StepStatement.h"
 
 #include <charconv>
 

@@ -1,4 +1,4 @@
-#include "model/import/StepText.h"
+#include "model/import/ifc/StepText.h"
 
 #include <algorithm>
 #include <charconv>
@@ -7,8 +7,8 @@
 #include <unordered_set>
 
 #include "model/element/Utf8.h"
-#include "model/import/StepNames.h"
-#include "model/import/StepStatement.h"
+#include "model/import/ifc/StepNames.h"
+#include "model/import/ifc/StepStatement.h"
 
 namespace ZVSmartModel {
 

@@ -6,11 +6,11 @@
 #include <string_view>
 #include <vector>
 
-#include "model/import/GltfDocument.h"
-#include "model/import/ImageColour.h"
 #include "model/import/ImportFindings.h"
 #include "model/import/Model.h"
 #include "model/import/ModelFile.h"
+#include "model/import/mesh/GltfDocument.h"
+#include "model/import/mesh/ImageColour.h"
 
 struct aiMaterial;
 struct aiScene;

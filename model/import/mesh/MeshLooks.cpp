@@ -1,4 +1,4 @@
-#include "model/import/MeshLooks.h"
+#include "model/import/mesh/MeshLooks.h"
 
 #include <assimp/material.h>
 #include <assimp/mesh.h>

@@ -1,4 +1,4 @@
-#include "model/import/MeshImporter.h"
+#include "model/import/mesh/MeshImporter.h"
 
 #include <assimp/config.h>
 #include <assimp/postprocess.h>
@@ -17,11 +17,11 @@
 #include <vector>
 
 #include "model/element/Utf8.h"
-#include "model/import/GltfDocument.h"
-#include "model/import/MeshFiles.h"
-#include "model/import/MeshLooks.h"
-#include "model/import/MeshNodes.h"
 #include "model/import/ShapeStore.h"
+#include "model/import/mesh/GltfDocument.h"
+#include "model/import/mesh/MeshFiles.h"
+#include "model/import/mesh/MeshLooks.h"
+#include "model/import/mesh/MeshNodes.h"
 
 namespace ZVSmartModel {
 

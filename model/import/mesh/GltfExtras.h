@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "model/import/MeshNodes.h"
+#include "model/import/mesh/MeshNodes.h"
 
 namespace ZVSmartModel {
 

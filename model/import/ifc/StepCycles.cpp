@@ -1,4 +1,4 @@
-#include "model/import/StepCycles.h"
+#include "model/import/ifc/StepCycles.h"
 
 #include <algorithm>
 #include <cstddef>

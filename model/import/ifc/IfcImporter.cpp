@@ -1,4 +1,4 @@
-#include "model/import/IfcImporter.h"
+#include "model/import/ifc/IfcImporter.h"
 
 #include <ifcpp/IFC4/EntityFactory.h>
 #include <ifcpp/IFC4/include/IfcGrid.h>
@@ -14,8 +14,6 @@
 #include <set>
 
 #include "model/import/ShapeStore.h"
-#include "model/import/SteadyMemory.h"
-#include "model/import/StepText.h"
 #include "model/import/ifc/IfcGrids.h"
 #include "model/import/ifc/IfcLosses.h"
 #include "model/import/ifc/IfcMaterials.h"
@@ -25,6 +23,8 @@
 #include "model/import/ifc/IfcShapes.h"
 #include "model/import/ifc/IfcStructure.h"
 #include "model/import/ifc/IfcUnitSymbols.h"
+#include "model/import/ifc/SteadyMemory.h"
+#include "model/import/ifc/StepText.h"
 
 namespace ZVSmartModel {
 

@@ -1,4 +1,4 @@
-#include "model/import/MeshFiles.h"
+#include "model/import/mesh/MeshFiles.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "model/import/MeshNodes.h"
+#include "model/import/mesh/MeshNodes.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,4 +1,4 @@
-#include "model/import/ImageColour.h"
+#include "model/import/mesh/ImageColour.h"
 
 #include <cmath>
 #include <cstddef>

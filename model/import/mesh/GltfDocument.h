@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "model/import/ImportFindings.h"
-#include "model/import/MeshNodes.h"
 #include "model/import/ModelFile.h"
+#include "model/import/mesh/MeshNodes.h"
 
 namespace ZVSmartModel {
 
