@@ -47,6 +47,7 @@ tinygltf::Value NumberOf(std::int64_t number) {
 }
 
 /// Extras nest a few levels, which are ours.
+// NOLINTNEXTLINE(misc-no-recursion)
 tinygltf::Value ValueOf(const Extras& extras) {
     if (extras.is_string()) return tinygltf::Value(extras.get<std::string>());
     if (extras.is_number_float()) return tinygltf::Value(extras.get<double>());

@@ -178,7 +178,7 @@ std::wstring ShapeKey(std::uint64_t hash, std::size_t sameHash) {
     return sameHash == 0 ? key : key + L'_' + std::to_wstring(sameHash);
 }
 
-std::optional<std::size_t> ShapeStore::Add(ModelShape shape) {
+std::optional<std::size_t> ShapeStore::Add(const ModelShape& shape) {
     ModelShape canonical = CanonicalShape(shape);
     if (canonical.parts.empty() && canonical.curves.empty() && canonical.unusable == 0) {
         return std::nullopt;

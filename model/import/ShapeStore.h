@@ -44,7 +44,7 @@ class ShapeStore {
     /// The number of `shape` in `Shapes()`; nothing where it has no triangle and no curve left.
     /// Triangles and curves whose numbers are no coordinates are left out and counted, so that a
     /// shape of which they leave nothing is stored too.
-    std::optional<std::size_t> Add(ModelShape shape);
+    std::optional<std::size_t> Add(const ModelShape& shape);
 
     const std::vector<ModelShape>& Shapes() const { return shapes; }
     /// Hands the shapes over; the store is empty afterwards.

@@ -73,7 +73,7 @@ void LeaveOutUnusable(Model& model, const ImportReport& report) {
     });
     for (ModelElement& element : model.elements) {
         std::erase_if(element.belongsTo,
-                      [&gone](const std::wstring& id) { return gone.count(id) != 0; });
+                      [&gone](const std::wstring& id) { return gone.contains(id); });
     }
     DropUnplacedShapes(model);
 }

@@ -131,7 +131,7 @@ std::size_t Builder::Imp::AddShape(const NewShape& shape) {
 void Builder::Imp::AddElement(const NewElement& element) {
     const std::vector<ShapeSummary>& shapes = maker.Shapes();
     ModelElement made = ElementOf(element, maker.Storeys().size(), shapes.size());
-    if (names.count(made.globalId) != 0) {
+    if (names.contains(made.globalId)) {
         Refuse("another element has the GUID " + EscapeControls(element.guid));
     }
     if (hasBuilding) made.building = 0;
@@ -154,7 +154,7 @@ void Builder::Imp::Finish() {
 
 std::wstring Builder::Imp::FreeKey(std::uint64_t hash) const {
     std::size_t others = 0;
-    while (names.count(ShapeKey(hash, others)) != 0) ++others;
+    while (names.contains(ShapeKey(hash, others))) ++others;
     return ShapeKey(hash, others);
 }
 

@@ -38,7 +38,7 @@ std::string FindImporter(const std::string& given) {
     for (const std::string& folder : {OwnFolder(), ProgramFolder()}) {
         if (folder.empty()) continue;
         for (const char* place : {"zvg-import", ZVG_IMPORT_FROM_LIBRARY, ZVG_IMPORT_FROM_PROGRAM}) {
-            const std::string path = folder + place;
+            std::string path = folder + place;
             if (access(path.c_str(), X_OK) == 0) return path;
         }
     }

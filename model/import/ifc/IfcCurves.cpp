@@ -157,6 +157,8 @@ void IfcCurveMaker::AddPieces(const std::shared_ptr<IfcCurve>& curve, ModelCurve
     AddPieces(curve, false, 0, curves);
 }
 
+// Composite curves nest to `deepestComposite`.
+// NOLINTNEXTLINE(misc-no-recursion)
 void IfcCurveMaker::AddPieces(const std::shared_ptr<IfcCurve>& curve, bool reversed, int depth,
                               ModelCurves& curves) const {
     Conic conic;
@@ -174,6 +176,7 @@ void IfcCurveMaker::AddPieces(const std::shared_ptr<IfcCurve>& curve, bool rever
     }
 }
 
+// NOLINTNEXTLINE(misc-no-recursion)
 void IfcCurveMaker::AddComposite(const IfcCompositeCurve& composite, bool reversed, int depth,
                                  ModelCurves& curves) const {
     for (const auto& segment : composite.m_Segments) {

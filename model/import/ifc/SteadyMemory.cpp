@@ -60,7 +60,8 @@ class Arena {
         const std::size_t blockBytes = size.units * unit;
         const std::uintptr_t blockEnd = next + blockBytes;
         if (blockEnd > end && !Grow(blockEnd - end)) return nullptr;
-        Block* const block = new (reinterpret_cast<void*>(next)) Block{size.number, nullptr};
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the addresses are chosen here
+        auto* const block = new (reinterpret_cast<void*>(next)) Block{size.number, nullptr};
         next = blockEnd;
         return &block->next;
     }
@@ -78,6 +79,7 @@ class Arena {
 
     bool Grow(std::size_t byteCount) {
         const std::size_t pieces = byteCount / smallestPiece + 1;
+        // NOLINTNEXTLINE(performance-no-int-to-ptr)
         void* const place = reinterpret_cast<void*>(end);
         void* const got =
             mmap(place, pieces * smallestPiece, PROT_READ | PROT_WRITE,

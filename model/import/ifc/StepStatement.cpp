@@ -31,6 +31,20 @@ bool TakeNumber(std::string_view& text, int& number) {
     return true;
 }
 
+/// Of the two commas around what is left out between `written` and `at`, one goes.
+void DropComma(std::string_view text, std::size_t& written, std::size_t& at) {
+    const auto isBlank = [&](std::size_t i) {
+        return blanks.find(text[i]) != std::string_view::npos;
+    };
+    while (at < text.size() && isBlank(at)) ++at;
+    if (at < text.size() && text[at] == ',') {
+        ++at;
+        return;
+    }
+    while (written > 0 && isBlank(written - 1)) --written;
+    if (written > 0 && text[written - 1] == ',') --written;
+}
+
 }  // namespace
 
 bool ParseStatement(std::string_view text, StepStatement& statement) {
@@ -96,7 +110,7 @@ std::size_t CutReferences(std::string& text, const std::unordered_set<int>& enti
         const char* behind = text.data() + at + 1;
         const bool isReference = c == '#' && depth > 0;
         if (isReference) behind = std::from_chars(behind, end, number).ptr;
-        if (!isReference || entities.count(number) == 0) {
+        if (!isReference || !entities.contains(number)) {
             text[written++] = c;
             ++at;
             continue;
@@ -107,15 +121,7 @@ std::size_t CutReferences(std::string& text, const std::unordered_set<int>& enti
             text[written++] = '$';
             continue;
         }
-        while (at < text.size() && blanks.find(text[at]) != std::string_view::npos) ++at;
-        // Of its two commas one goes.
-        const bool commaFollows = at < text.size() && text[at] == ',';
-        if (commaFollows) {
-            ++at;
-            continue;
-        }
-        while (written > 0 && blanks.find(text[written - 1]) != std::string_view::npos) --written;
-        if (written > 0 && text[written - 1] == ',') --written;
+        DropComma(text, written, at);
     }
     text.resize(written);
     return cut;

@@ -76,6 +76,7 @@ struct JpegErrors {
 };
 
 [[noreturn]] void FailJpeg(j_common_ptr info) {
+    // NOLINTNEXTLINE(cert-err52-cpp): an exception does not pass through the library
     std::longjmp(reinterpret_cast<JpegErrors*>(info->err)->failed, 1);
 }
 

@@ -276,7 +276,7 @@ void KeepReaders(Assimp::Importer& importer) {
         importer.GetImporter(i)->GetExtensionList(extensions);
         const bool wanted = std::any_of(
             std::begin(meshExtensions), std::end(meshExtensions),
-            [&](std::string_view wish) { return extensions.count(std::string(wish)) != 0; });
+            [&](std::string_view wish) { return extensions.contains(std::string(wish)); });
         if (!wanted) importer.UnregisterLoader(importer.GetImporter(i));
     }
 }

@@ -44,7 +44,7 @@ std::optional<MeanColour> MeanOfPoints(const aiMesh& mesh, bool& differ) {
         differ = differ || colour != colours[0];
         const std::array<float, 4> parts = {colour.r, colour.g, colour.b, colour.a};
         for (std::size_t part = 0; part < 4; ++part) {
-            const double value = double{parts[part]};
+            const auto value = double{parts[part]};
             sum[part] += std::isfinite(value) ? std::clamp(value, 0.0, 1.0) : 0;
         }
     }
