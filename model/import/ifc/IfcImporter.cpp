@@ -89,7 +89,7 @@ void AddShapes(const std::shared_ptr<IfcProduct>& product, const IfcUnits& units
                ModelElement& element) {
     IfcShapes::Body body = bodies.BodyOf(product, materials);
     if (!product->m_Representation) body.placement = PlaceOf(product->m_ObjectPlacement, units);
-    const auto shape = store.Add(std::move(body.shape));
+    const auto shape = store.Add(body.shape);
     if (shape) element.shapes.push_back({*shape, body.placement});
     const auto plan = store.Add(PlanOf(*product, units));
     if (plan) element.shapes.push_back({*plan, body.placement});

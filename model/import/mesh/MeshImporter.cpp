@@ -201,7 +201,7 @@ class ShapesOfMeshes {
             AddMaterial(material, content);
         }
         for (ModelShape* each : {&shape, &lines}) {
-            const auto number = store.Add(std::move(*each));
+            const auto number = store.Add(*each);
             if (number) content.shapes.push_back(*number);
         }
         return content;
