@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <limits>
 
+#include "ZVSmartFormat/CachedStream.h"
 #include "ZVSmartFormat/FileStream.h"
 #include "ZVSmartFormat/LzmaReadBufferInStream.h"
 #include "support.h"
@@ -66,6 +68,42 @@ TEST(MemoryInStream, RefusesWhatIsNotThere) {
     EXPECT_FALSE(in.Read(bytes, &size));
     size = 0;
     EXPECT_TRUE(in.Read(bytes, &size));
+}
+
+TEST(CachedInStream, AsksSeldomAndForgetsWhatIsOld) {
+    Bytes bytes((8 << 20) + 5);
+    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<u8>(i ^ (i >> 13));
+    int requests = 0;
+    bool fails = false;
+    ZVSmartFormat::CZVFTCachedInStream in(
+        [&](u64 position, void* buffer, u64 size) {
+            ++requests;
+            EXPECT_TRUE(position % 65'536 == 0 && position + size <= bytes.size());
+            std::memcpy(buffer, bytes.data() + position, size);
+            return fails ? size - 1 : size;
+        },
+        bytes.size(), 1 << 20);
+    const auto read = [&](u64 position, u64 wanted) {
+        const u64 begin = std::min<u64>(position, bytes.size());
+        const u64 there = std::min<u64>(wanted, bytes.size() - begin);
+        Bytes got(wanted);
+        in.Seek(position);
+        return in.Read(got.data(), &wanted) && wanted == there && in.GetPos() == position + there &&
+               std::memcmp(got.data(), bytes.data() + begin, there) == 0;
+    };
+    EXPECT_TRUE(read(100, 4) && read(70'000, 180'000));
+    EXPECT_EQ(requests, 1) << "the first brings 256 KiB";
+    EXPECT_TRUE(read(262'143, 3));
+    EXPECT_TRUE(read(bytes.size() - 3, 9) && read(bytes.size(), 1) && read(huge, 1));
+    EXPECT_EQ(requests, 3);
+    EXPECT_TRUE(read(1, bytes.size() - 2)) << "more than is kept";
+    EXPECT_LE(requests, 12);
+    const int before = requests;
+    fails = true;
+    EXPECT_FALSE(read(0, 1));
+    fails = false;
+    EXPECT_TRUE(read(0, 1));
+    EXPECT_EQ(requests, before + 2);
 }
 
 TEST(LzmaInStream, CopiesSmallBuffersAndShortensReads) {
