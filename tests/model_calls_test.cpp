@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <filesystem>
 #include <thread>
 
 #include "ZVSmartModel/Diff.h"
@@ -85,6 +86,24 @@ TEST(ModelCalls, TellWhatTheyWrote) {
     EXPECT_EQ(FailureOf([] { PngOf({2, 2, Bytes(15)}); }), Status::Usage);
     if (!CanRenderPictures()) return;
     EXPECT_EQ(FailureOf([&] { RenderPicture(file, {0, 48, false, false}); }), Status::Usage);
+}
+
+TEST(ModelCalls, ExportedFilesAppearWholeOrNotAtAll) {
+    namespace fs = std::filesystem;
+    const fs::path folder = fs::path(testing::TempDir()) / "exported";
+    fs::remove_all(folder);
+    fs::create_directory(folder);
+    const auto files = [&] { return std::distance(fs::directory_iterator(folder), {}); };
+    const BlockFile file(Packed(house));
+    const auto none = [](const std::string&, double) { return false; };
+    const std::string path = folder / "house.OBJ";
+    EXPECT_EQ(FailureOf([&] { ExportFile(file, path, {}, none); }), Status::Cancelled);
+    EXPECT_EQ(FailureOf([&] { ExportFile(file, folder / "house.ply"); }), Status::Usage);
+    EXPECT_EQ(FailureOf([&] { ExportFile(file, folder / "none/a.obj"); }), Status::InputOutput);
+    EXPECT_EQ(files(), 0);
+    EXPECT_EQ(ExportFile(file, path).elements, 2U);
+    EXPECT_GT(fs::file_size(path), fs::file_size(folder / "house.mtl"));
+    EXPECT_EQ(files(), 2);
 }
 
 TEST(ModelCalls, EndWhereNobodyWantsMore) {

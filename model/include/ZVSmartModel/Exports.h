@@ -46,4 +46,10 @@ ZVSM_API ExportSummary WriteObj(const BlockFile& file, ZVSmartFormat::CZVFTOutSt
                                 ZVSmartFormat::CZVFTOutStream& mtl, const std::string& mtlName,
                                 const ExportOptions& options = {}, const Progress& progress = {});
 
+/// Writes what `path` ends in: a .glb, or an .obj with an .mtl file of the same name beside it.
+/// Files appear whole or not at all; those of these names are replaced. Throws as the above, Usage
+/// for any other name, and InputOutput where a file cannot be written.
+ZVSM_API ExportSummary ExportFile(const BlockFile& file, const std::string& path,
+                                  const ExportOptions& options = {}, const Progress& progress = {});
+
 }  // namespace ZVSmartModel
