@@ -16,15 +16,17 @@ using ZVSmartFormat::u64;
 
 namespace {
 
-[[noreturn]] void ThrowFailure(const std::string& what) {
-    throw Error(Status::InputOutput, what + ": " + std::strerror(errno));
+/// `name` is the file's; `what` says what failed, where that is not just it.
+[[noreturn]] void ThrowFailure(const std::string& name, const std::string& what = "") {
+    const std::string& told = what.empty() ? name : what;
+    throw Error(Status::InputOutput, told + ": " + std::strerror(errno), name);
 }
 
 void WriteWhole(int descriptor, const char* bytes, std::size_t count, const std::string& name) {
     while (count > 0) {
         const ssize_t written = write(descriptor, bytes, count);
         if (written < 0 && errno == EINTR) continue;
-        if (written < 0) ThrowFailure("cannot keep " + name + " in a temporary file");
+        if (written < 0) ThrowFailure(name, "cannot keep " + name + " in a temporary file");
         bytes += written;
         count -= static_cast<std::size_t>(written);
     }
@@ -61,7 +63,7 @@ int OpenFile(const std::string& path) {
     struct stat status = {};
     if (stat(path.c_str(), &status) != 0) ThrowFailure(path);
     const char* const other = OtherKind(status.st_mode);
-    if (other != nullptr) throw Error(Status::InputOutput, path + ": " + other);
+    if (other != nullptr) throw Error(Status::InputOutput, path + ": " + other, path);
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) ThrowFailure(path);
     if (!S_ISFIFO(status.st_mode)) return descriptor;
