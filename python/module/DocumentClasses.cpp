@@ -53,9 +53,10 @@ ExportSummary Export(const ModelPointer& model, const FilePath& path, const py::
                      const py::object& floor, const py::object& where, bool rooms, bool salvage,
                      const py::object& progress) {
     const Wanted wanted(cls, floor, where, rooms);
+    const std::string modelPath = model->Path();
     const auto file = model->Use();
     return Freely([&] {
-        const ExportOptions options{wanted.SelectionIn(*file), salvage};
+        const ExportOptions options{wanted.SelectionIn(*file, modelPath), salvage};
         return ExportFile(*file, path.name, options, ProgressFor(progress));
     });
 }

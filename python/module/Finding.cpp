@@ -76,11 +76,13 @@ std::vector<Element> Wanted::In(const BlockFile& file) const {
     return found;
 }
 
-Selection Wanted::SelectionIn(const BlockFile& file) const {
+Selection Wanted::SelectionIn(const BlockFile& file, const std::string& path) const {
     if (conditions.empty() && !name) return selection;
     Selection found;
     ForEach(file, [&found](const Element& element) { found.elements.push_back(element.index); });
-    if (found.elements.empty()) throw Error(Status::NotFound, "no element is like that");
+    if (found.elements.empty()) {
+        throw Error(Status::NotFound, path + ": no element is like that", path);
+    }
     return found;
 }
 

@@ -26,8 +26,9 @@ class Wanted {
 
     /// Reads them all, in the file's order. Without the interpreter's lock.
     std::vector<Element> In(const BlockFile& file) const;
-    /// As a selection; throws Error NotFound where conditions leave nothing. Without the lock.
-    Selection SelectionIn(const BlockFile& file) const;
+    /// As a selection; throws Error NotFound where conditions leave nothing. `path` is for its
+    /// message. Without the lock.
+    Selection SelectionIn(const BlockFile& file, const std::string& path) const;
 
   private:
     using Condition = std::pair<std::string, std::function<bool(const Property& property)>>;

@@ -71,7 +71,7 @@ ModelElement ElementAtPlace(const ModelPointer& model, const py::tuple& place) {
 
 ModelElement ElementNamed(const ModelPointer& model, const Text& guid) {
     if (auto element = ElementOfGuid(model, guid.utf8)) return std::move(*element);
-    const std::string path = model->Name().cast<FilePath>().name;
+    const std::string path = model->Path();
     throw Error(Status::NotFound, path + ": no element '" + guid.utf8 + "'", path);
 }
 
@@ -100,10 +100,11 @@ std::shared_ptr<Shapes> ShapesOf(const ModelPointer& model, const py::object& cl
                                  double chordError, const py::object& progress) {
     const Wanted wanted(cls, floor, where, rooms);
     const BodyOptions options = BodyOptionsOf(normals, creaseAngle, curves, chordError);
+    const std::string path = model->Path();
     const auto file = model->Use();
     return Freely([&] {
         return std::make_shared<Shapes>(
-            ReadShapes(*file, wanted.SelectionIn(*file), options, ProgressFor(progress)));
+            ReadShapes(*file, wanted.SelectionIn(*file, path), options, ProgressFor(progress)));
     });
 }
 

@@ -28,7 +28,9 @@ namespace {
 /// or the file object itself.
 py::object Kept(const py::object& source) {
     if (py::isinstance<py::bytes>(source)) return source;
-    if (PyObject_CheckBuffer(source.ptr()) != 0) return py::bytes(source);
+    if (PyObject_CheckBuffer(source.ptr()) != 0) {
+        return py::reinterpret_steal<py::object>(PyBytes_FromObject(source.ptr()));
+    }
     if (py::hasattr(source, "read") && py::hasattr(source, "seek")) return source;
     const py::module_ os = py::module_::import("os");
     return os.attr("path").attr("abspath")(os.attr("fsdecode")(source));
@@ -100,6 +102,10 @@ std::vector<Damage> OpenModel::Verify(const Progress& progress) const {
 py::tuple OpenModel::Arguments() const {
     if (file) throw py::type_error("a model from a file object cannot be pickled");
     return py::make_tuple(source, cacheBytes, unlimited);
+}
+
+std::string OpenModel::Path() const {
+    return PathOf(Name());
 }
 
 py::str OpenModel::Name() const {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "ZVSmartFormat/Stream.h"
@@ -31,12 +32,12 @@ class OpenModel : public std::enable_shared_from_this<OpenModel> {
     /// Checks all of it, as VerifyFile does.
     std::vector<Damage> Verify(const Progress& progress) const;
 
-    /// What was opened: an absolute path, bytes or a file object.
-    const py::object& Source() const { return source; }
     /// What opens it again in another process. Throws TypeError for a file object.
     py::tuple Arguments() const;
     /// Its path, or what messages call it.
     py::str Name() const;
+    /// The same, as the library's messages have it.
+    std::string Path() const;
 
   private:
     struct Opened;
