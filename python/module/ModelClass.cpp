@@ -1,5 +1,7 @@
 #include <pybind11/stl.h>
 
+#include <memory>
+#include <mutex>
 #include <optional>
 
 #include "ArrayView.h"
@@ -28,7 +30,10 @@ class ElementWalk {
     /// What cannot be read is left out, as everywhere where a file is walked.
     ModelElement Next() {
         const auto file = model->Use();
-        std::optional<Element> element = Freely([&] { return ReadNext(*file); });
+        std::optional<Element> element = Freely([&] {
+            const std::lock_guard<std::mutex> lock(alone);
+            return ReadNext(*file);
+        });
         if (!element) throw py::stop_iteration();
         return {model, std::move(*element)};
     }
@@ -52,6 +57,7 @@ class ElementWalk {
     ModelPointer model;
     std::vector<Floor> floors;
     ElementIndex next{0, 0};
+    std::mutex alone;  ///< several threads may share a walk
 };
 
 ModelElement ElementAtPlace(const ModelPointer& model, const py::tuple& place) {
@@ -241,7 +247,8 @@ void AddFinding(ModelType& type) {
                  const auto file = model->Use();
                  return Freely([&] { return file->ElementCount(); });
              })
-        .def("__iter__", [](const ModelPointer& model) { return ElementWalk(model); })
+        .def("__iter__",
+             [](const ModelPointer& model) { return std::make_unique<ElementWalk>(model); })
         .def("__getitem__", ElementAtPlace, R"(model[guid] or model[floor, position] -> Element
 
 Raises KeyError for a GUID and IndexError for a place that is not there.)")

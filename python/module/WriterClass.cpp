@@ -29,6 +29,7 @@ class Writer {
         if (closed) throw py::value_error("the writer is closed");
         return Freely([&] {
             const std::lock_guard<std::mutex> alone(mutex);
+            if (!builder) throw Error(Status::Usage, "the writer was closed meanwhile");
             return act(*builder);
         });
     }
