@@ -70,7 +70,7 @@ u64 CZVFTCachedInStream::RequestLength(u64 first, u64 wanted) const {
     const u64 most =
         std::min({std::max({wanted, ahead, leastRequest}), mostBlocks, BlocksOf(size) - first});
     u64 length = 1;
-    while (length < most && blocks.count(first + length) == 0) ++length;
+    while (length < most && !blocks.contains(first + length)) ++length;
     return length;
 }
 

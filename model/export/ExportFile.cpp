@@ -38,7 +38,7 @@ class Target {
 /// Has `write()` write to the targets, and names them in this order.
 template <class Write>
 ExportSummary Fill(Write write, std::initializer_list<Target*> targets) {
-    const ExportSummary summary = write();
+    ExportSummary summary = write();
     for (Target* const target : targets) target->Close();
     for (Target* const target : targets) target->Commit();
     return summary;
