@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
+#include <sstream>
 #include <utility>
 
 #include "ZVSmartModel/Pack.h"
@@ -59,8 +59,8 @@ class ImportListener {
                 }
                 break;
             case ChildMessage::Result:
-                std::sscanf(text.c_str(), "%zu %zu %zu %zu", &report.floors, &report.components,
-                            &report.shapes, &report.placements);
+                std::istringstream(text) >> report.floors >> report.components >> report.shapes >>
+                    report.placements;
                 break;
             case ChildMessage::Failure:
                 failure = text;
@@ -85,7 +85,8 @@ class ImportListener {
     void TellProgress(const std::string& text) {
         double done = 0;
         double total = 0;
-        if (!options.progress || std::sscanf(text.c_str(), "%lf/%lf", &done, &total) != 2) return;
+        char slash = 0;
+        if (!options.progress || !(std::istringstream(text) >> done >> slash >> total)) return;
         const std::size_t blank = text.find(' ');
         const std::string work = blank == std::string::npos ? "" : text.substr(blank + 1);
         if (options.progress(work, total > 0 ? done / total : -1)) return;

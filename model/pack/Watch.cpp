@@ -2,12 +2,13 @@
 
 #include <fcntl.h>
 #include <sys/resource.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
+#include <sstream>
 #include <string>
 
 #include "ZVSmartModel/Error.h"
@@ -44,7 +45,7 @@ std::uint64_t ResidentBytes(pid_t process) {
     close(file);
     unsigned long long all = 0;
     unsigned long long resident = 0;
-    if (count <= 0 || std::sscanf(text, "%llu %llu", &all, &resident) != 2) return 0;
+    if (count <= 0 || !(std::istringstream(text) >> all >> resident)) return 0;
     return resident * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
 }
 
