@@ -253,7 +253,7 @@ class RayScene::Tree {
             if (!IsMine(part)) continue;
             if (!mesh.scene) mesh.scene.reset(rtcNewScene(device.get()));
             mesh.looks.push_back(static_cast<std::uint32_t>(part.look));
-            const unsigned int id = static_cast<unsigned int>(mesh.looks.size() - 1);
+            const auto id = static_cast<unsigned int>(mesh.looks.size() - 1);
             rtcAttachGeometryByID(mesh.scene.get(), GeometryOf(part.surface), id);
         }
         if (!mesh.scene) return nullptr;
@@ -289,7 +289,7 @@ class RayScene::Tree {
     void AddInstance(const ScenePlacement& placement, std::uint32_t component) {
         if (!placed.insert({placement.toModel, static_cast<double>(placement.mesh)}).second) return;
         const auto normals = NormalTransform(placement.toModel);
-        const RTCScene mesh = normals ? Built(placement.mesh) : nullptr;
+        auto* const mesh = normals ? Built(placement.mesh) : nullptr;
         if (mesh == nullptr) return;
         float rows[12];
         std::copy(placement.toModel.begin(), placement.toModel.end(), rows);
@@ -323,8 +323,7 @@ class RayScene::Tree {
 };
 
 RayScene::RayScene(const Scene& scene, const std::array<double, 3>& center, double radius)
-    : skin(2e-5F),
-      opaque(std::make_unique<Tree>(scene, false, center, radius)),
+    : opaque(std::make_unique<Tree>(scene, false, center, radius)),
       transparent(std::make_unique<Tree>(scene, true, center, radius)) {}
 
 RayScene::~RayScene() = default;

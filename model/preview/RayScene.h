@@ -46,7 +46,7 @@ class RayScene {
   private:
     class Tree;
 
-    float skin;
+    float skin = 2e-5F;
     std::unique_ptr<Tree> opaque, transparent;
 };
 

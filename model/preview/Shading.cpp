@@ -26,8 +26,9 @@ float Lifted(std::uint8_t stored) {
 /// Digits of `number` in base 2, behind the point (van der Corput).
 float Radical(unsigned int number) {
     float value = 0, digit = 0.5F;
-    for (; number != 0; number /= 2, digit /= 2) {
+    for (; number != 0; number /= 2) {
         if (number % 2 != 0) value += digit;
+        digit /= 2;
     }
     return value;
 }
@@ -52,8 +53,7 @@ float Brightness(Vec direction) {
 
 }  // namespace
 
-Shading::Shading(const Scene& scene, const RayScene& rays, const Camera& camera)
-    : rays(rays), reach(0.3F), farAway(3) {
+Shading::Shading(const Scene& scene, const RayScene& rays, const Camera& camera) : rays(rays) {
     for (const Look& look : scene.looks) {
         const Rgba& c = look.colour;
         colours.push_back({Lifted(c.red), Lifted(c.green), Lifted(c.blue)});

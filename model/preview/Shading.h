@@ -39,8 +39,8 @@ class Shading {
     std::vector<Vec> colours;  ///< by look, linear
     std::vector<float> shares;
     Vec toSun;
-    float reach;  ///< how far surroundings matter
-    float farAway;
+    float reach = 0.3F;  ///< how far surroundings matter
+    float farAway = 3;
     /// On the unit disk, for each sample of a pixel.
     std::array<std::array<Vec, skyDirections>, samplesPerPixel> skyPattern;
 };
