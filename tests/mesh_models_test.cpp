@@ -220,7 +220,9 @@ TEST_F(MeshModels, HostileGltfEndsWithAWord) {
     for (const auto& [from, to, says] : cases) {
         std::string text = good;
         text.replace(text.find(from), from.size(), to);
-        EXPECT_EQ(PackText("m.gltf", text), 3) << to.substr(0, 99);
+        const bool isSound = says == "extension EXT_x" || says == "its points are no triples" ||
+                             says == "nothing in it can be packed";
+        EXPECT_EQ(PackText("m.gltf", text), isSound ? 3 : 4) << to.substr(0, 99);
         EXPECT_NE(err.find(says), std::string::npos) << err;
     }
     std::string nodes = R"({"name": "n", "mesh": 0})";
@@ -229,7 +231,7 @@ TEST_F(MeshModels, HostileGltfEndsWithAWord) {
     std::string deep = good;
     deep.replace(at, good.find("],\n  \"materials") - at, nodes);
     deep.replace(deep.find(R"("nodes": [0])"), 12, R"("nodes": [599])");
-    EXPECT_EQ(PackText("m.gltf", deep), 3);
+    EXPECT_EQ(PackText("m.gltf", deep), 4);
     EXPECT_NE(err.find("its nodes nest too deep"), std::string::npos) << err;
 }
 

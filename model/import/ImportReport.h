@@ -23,4 +23,10 @@ class ImportError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// One that is damaged: no other machine and no other day would read it.
+class DamagedModel : public ImportError {
+  public:
+    using ImportError::ImportError;
+};
+
 }  // namespace ZVSmartModel

@@ -180,9 +180,10 @@ class Hearing {
 
 [[noreturn]] void ThrowDied(int signal) {
     const std::string name = strsignal(signal);
-    throw Error(Status::InputOutput, signal == SIGKILL
-                                         ? "the importer was killed (perhaps for lack of memory)"
-                                         : "the importer crashed (" + name + ')');
+    if (signal == SIGKILL || signal == SIGTERM || signal == SIGXCPU) {
+        throw Error(Status::InputOutput, "the importer was killed (perhaps for lack of memory)");
+    }
+    throw Error(Status::Damaged, "the importer crashed (" + name + ')');
 }
 
 }  // namespace

@@ -121,8 +121,11 @@ int Pack(const PackInput& input) {
             TellParent(ChildMessage::NoMemory, noMemory);
             return static_cast<int>(Status::Internal);
         }
-        // Whatever an importer throws, its input is the reason.
-        return Fail(Status::InputOutput, input.job.modelPath + ": " + error.what());
+        // Whatever a library throws, its input is the reason.
+        const bool isDamaged = dynamic_cast<const DamagedModel*>(&error) != nullptr ||
+                               dynamic_cast<const ImportError*>(&error) == nullptr;
+        return Fail(isDamaged ? Status::Damaged : Status::InputOutput,
+                    input.job.modelPath + ": " + error.what());
     }
 }
 

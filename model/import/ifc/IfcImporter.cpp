@@ -49,7 +49,7 @@ StepText Prepared(const std::string& bytes) {
     StepText step = PrepareStepText(bytes, IsKnownEntity);
     if (step.entityNumbersTooLarge) throw ImportError("entity numbers above 2147483647");
     if (!step.dataEnds)
-        throw ImportError("the file is cut short or damaged: its data section does not end");
+        throw DamagedModel("the file is cut short or damaged: its data section does not end");
     return step;
 }
 
@@ -60,7 +60,7 @@ std::shared_ptr<BuildingModel> Load(StepText& step, IfcLosses& losses) {
     reader.setMessageCallBack(&losses, PassOn);
     reader.loadModelFromString(step.text, model);
     if (model->getMapIfcEntities().empty()) {
-        throw ImportError("no entity can be read (schema " + step.schema + ')');
+        throw DamagedModel("no entity can be read (schema " + step.schema + ')');
     }
     if (!model->getIfcProject()) throw ImportError("the file holds no IfcProject");
     return model;

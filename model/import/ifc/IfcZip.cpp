@@ -32,7 +32,7 @@ Archive Opened(const std::string& bytes) {
         const std::string reason = zip_error_strerror(&error);
         if (source) zip_source_free(source);
         zip_error_fini(&error);
-        throw ImportError("the archive cannot be opened: " + reason);
+        throw DamagedModel("the archive cannot be opened: " + reason);
     }
     zip_error_fini(&error);
     return archive;
@@ -74,7 +74,7 @@ std::string UnpackedIfc(const std::string& bytes) {
     const zip_uint64_t index = TheOneIfc(archive.get());
     zip_stat_t stat;
     if (zip_stat_index(archive.get(), index, 0, &stat) != 0 || !(stat.valid & ZIP_STAT_SIZE)) {
-        throw ImportError("the archive is damaged");
+        throw DamagedModel("the archive is damaged");
     }
     if (stat.size > MostBytes()) {
         throw ImportError("the archive's file has " + std::to_string(stat.size) +
@@ -90,7 +90,7 @@ std::string UnpackedIfc(const std::string& bytes) {
         if (unpacked.size() > stat.size) break;
     }
     // Its check sum is compared when all of it was read.
-    if (count < 0 || unpacked.size() != stat.size) throw ImportError("the archive is damaged");
+    if (count < 0 || unpacked.size() != stat.size) throw DamagedModel("the archive is damaged");
     return unpacked;
 }
 

@@ -22,7 +22,7 @@ constexpr int deepestJson = 200;          // levels; readers of JSON take each o
 constexpr std::size_t deepestNode = 500;  // and so do readers of nodes
 
 [[noreturn]] void Refuse(const std::string& why) {
-    throw ImportError("damaged glTF: " + why);
+    throw DamagedModel("damaged glTF: " + why);
 }
 
 /// The text of a file: all of it, or a GLB's first chunk. Nothing of a GLB of version 1.
@@ -112,7 +112,7 @@ class DocumentReader {
   public:
     json Read(const std::string& text) {
         return json::parse(text, [this](int depth, json::parse_event_t event, json& value) {
-            if (depth > deepestJson) throw ImportError("its JSON nests too deep");
+            if (depth > deepestJson) throw DamagedModel("its JSON nests too deep");
             if (depth != 1 && depth != 2) return true;
             if (depth == 1 && event == json::parse_event_t::key) section = value;
             if (depth == 1 && event == json::parse_event_t::array_start) inArray = true;
@@ -236,7 +236,7 @@ class SceneOrder {
         while (!waiting.empty()) {
             const Waiting next = waiting.back();
             waiting.pop_back();
-            if (next.depth > deepestNode) throw ImportError("its nodes nest too deep");
+            if (next.depth > deepestNode) throw DamagedModel("its nodes nest too deep");
             DocumentReader::Node& source = read.nodes[next.node];
             const std::size_t number = ordered.size();
             ordered.push_back(std::move(source.node));

@@ -172,7 +172,7 @@ void TakeNumbersOf(const aiScene& scene, GltfDocument& gltf) {
         }
         meshes = numbers;
     }
-    if (!same) throw ImportError("damaged glTF: not all of its meshes can be read");
+    if (!same) throw DamagedModel("damaged glTF: not all of its meshes can be read");
     gltf.materialOfMesh = std::move(materialOfMesh);
 }
 
@@ -297,7 +297,7 @@ Model ImportMesh(const std::string& name, const OpenModelFile& open, const Impor
     importer.SetProgressHandler(std::make_unique<MeshProgress>(report).release());
     const aiScene* scene =
         importer.ReadFile(name, aiProcess_Triangulate | aiProcess_JoinIdenticalVertices);
-    if (!scene || !scene->mRootNode) throw ImportError(Reason(importer, extension));
+    if (!scene || !scene->mRootNode) throw DamagedModel(Reason(importer, extension));
     if (gltf) TakeNumbersOf(*scene, *gltf);
     std::vector<MeshNode> nodes = gltf ? std::move(gltf->nodes) : NodesOf(*scene);
     if (nodes.size() == 1 && nodes[0].name.empty()) {
