@@ -1,7 +1,7 @@
 #include "ZVSmartModel/BlockFile.h"
 
-#include <cstring>
 #include <map>
+#include <tuple>
 
 #include "ZVSmartFormat/MemoryStream.h"
 #include "model/element/BlockFileImp.h"
@@ -16,20 +16,12 @@ using namespace ZVSmartZvg;
 
 namespace {
 
-double RealOf(u64 bits) {
-    double value = 0;
-    std::memcpy(&value, &bits, sizeof value);
-    return value == value ? value : 0;  // no number at all says nothing
-}
-
 Floor FloorOf(OpenedBlock& block, unsigned int number) {
     Floor floor;
     floor.name = ToUtf8(block.FloorName(number));
     floor.order = block.FloorOrder(number);
     floor.elements = block.FloorCompNum(number);
-    const auto [elevation, height] = block.FloorData(number);
-    floor.elevation = RealOf(elevation);
-    floor.height = RealOf(height);
+    std::tie(floor.elevation, floor.height) = block.FloorMetres(number);
     return floor;
 }
 

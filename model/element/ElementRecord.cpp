@@ -1,8 +1,5 @@
 #include "model/element/ElementRecord.h"
 
-#include <array>
-#include <charconv>
-
 #include "model/element/PropertyKinds.h"
 #include "model/element/RecordNames.h"
 #include "model/element/Utf8.h"
@@ -32,20 +29,6 @@ std::optional<double> ThicknessOf(const std::vector<Property>& properties) {
     return std::nullopt;
 }
 
-std::vector<Material> MaterialsOf(const SZVLGZvgComp& comp) {
-    std::vector<Material> materials;
-    for (const SZVLGZvgCompGeoRef& ref : comp.geoRefs) {
-        for (const auto& [number, stored] : ref.materials) {
-            Material& material = materials.emplace_back();
-            material.name = TextOf(stored.guidName);
-            material.category = ToUtf8(stored.textA);
-            material.properties = PublicProperties(stored.properties);
-            material.thickness = ThicknessOf(material.properties);
-        }
-    }
-    return materials;
-}
-
 }  // namespace
 
 std::string Property::FullName() const {
@@ -53,16 +36,7 @@ std::string Property::FullName() const {
 }
 
 std::optional<double> Property::Number() const {
-    constexpr std::array texts = {"text",     "empty",     "boolean",  "logical",  "date",
-                                  "dateTime", "timeOfDay", "duration", "reference"};
-    for (const char* text : texts) {
-        if (kind == text) return std::nullopt;
-    }
-    double number = 0;
-    const char* const end = value.data() + value.size();
-    const auto [stop, error] = std::from_chars(value.data(), end, number);
-    if (error != std::errc() || stop != end) return std::nullopt;
-    return number;
+    return NumberOf(value, kind);
 }
 
 const Property* Element::Find(const std::string& set, const std::string& property) const {
@@ -74,17 +48,10 @@ const Property* Element::Find(const std::string& set, const std::string& propert
 
 std::vector<Property> PublicProperties(const PropertyList& pairs) {
     std::vector<Property> properties;
-    for (const StoredProperty& stored : PropertiesOfPairs(pairs)) {
-        Property& property = properties.emplace_back();
-        property.name = ToUtf8(stored.name);
-        const std::size_t dot = property.name.find('.');
-        if (dot != std::string::npos) {
-            property.set = property.name.substr(0, dot);
-            property.name.erase(0, dot + 1);
-        }
-        property.value = ToUtf8(stored.value);
-        property.kind = ToUtf8(stored.kind);
-        property.unit = ToUtf8(stored.unit);
+    for (std::size_t i = 0; i < pairs.size();) {
+        const PropertyView view = TakeProperty(pairs, i);
+        properties.push_back({ToUtf8(view.set), ToUtf8(view.name), ToUtf8(view.value),
+                              ToUtf8(view.kind), ToUtf8(view.unit)});
     }
     return properties;
 }
@@ -99,11 +66,34 @@ PropertyList PairsOf(const std::vector<Property>& properties) {
     return PairsOf(stored);
 }
 
-std::string NameOf(const SZVLGZvgComp& comp) {
+std::wstring_view WideNameOf(const SZVLGZvgComp& comp) {
     for (const auto& [name, value] : comp.compProperties) {
-        if (name == L"Element.Name") return ToUtf8(value);
+        if (name == L"Element.Name") return value;
     }
-    return "";
+    return {};
+}
+
+std::string NameOf(const SZVLGZvgComp& comp) {
+    return ToUtf8(WideNameOf(comp));
+}
+
+std::optional<Rgba> ColourOf(const SZVLGZvgComp& comp) {
+    const std::optional<Rgba> own = ColourOf(comp.compAttr);
+    return own ? own : ColourOf(comp.classLevel4Attr);
+}
+
+std::vector<Material> MaterialsOf(const SZVLGZvgComp& comp) {
+    std::vector<Material> materials;
+    for (const SZVLGZvgCompGeoRef& ref : comp.geoRefs) {
+        for (const auto& [number, stored] : ref.materials) {
+            Material& material = materials.emplace_back();
+            material.name = TextOf(stored.guidName);
+            material.category = ToUtf8(stored.textA);
+            material.properties = PublicProperties(stored.properties);
+            material.thickness = ThicknessOf(material.properties);
+        }
+    }
+    return materials;
 }
 
 Element ElementOf(const SZVLGZvgComp& comp, ElementIndex index, const std::string& floorName) {
@@ -118,8 +108,7 @@ Element ElementOf(const SZVLGZvgComp& comp, ElementIndex index, const std::strin
     element.materialName = ToUtf8(comp.classLevel4Name);
     element.buildingName = ToUtf8(comp.ownerTextA);
     element.siteName = ToUtf8(comp.ownerTextC);
-    element.colour = ColourOf(comp.compAttr);
-    if (!element.colour) element.colour = ColourOf(comp.classLevel4Attr);
+    element.colour = ColourOf(comp);
     for (const SerialKey& key : comp.relatedGuidNames) element.parents.push_back(KeyText(key));
     element.group = TextOf(comp.groupGuidName);
     element.properties = PublicProperties(comp.compProperties);

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ZVSmartModel/Element.h"
@@ -13,7 +15,14 @@ Element ElementOf(const ZVSmartZvg::SZVLGZvgComp& comp, ElementIndex index,
                   const std::string& floorName);
 
 /// What people call a component: its property "Element.Name"; empty where it has none.
+std::wstring_view WideNameOf(const ZVSmartZvg::SZVLGZvgComp& comp);
 std::string NameOf(const ZVSmartZvg::SZVLGZvgComp& comp);
+
+/// Its own colour, or its class's.
+std::optional<Rgba> ColourOf(const ZVSmartZvg::SZVLGZvgComp& comp);
+
+/// What it consists of.
+std::vector<Material> MaterialsOf(const ZVSmartZvg::SZVLGZvgComp& comp);
 
 /// Stored pairs as properties: the set is what stands before the first dot.
 std::vector<Property> PublicProperties(const ZVSmartZvg::PropertyList& pairs);

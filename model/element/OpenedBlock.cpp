@@ -1,6 +1,7 @@
 #include "model/element/OpenedBlock.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cstring>
 #include <utility>
@@ -111,6 +112,15 @@ std::pair<unsigned long long, unsigned long long> OpenedBlock::FloorData(unsigne
     std::pair<unsigned long long, unsigned long long> data;
     Ask([&] { reader.GetFloorDataByIndex(floor, data.first, data.second); });
     return data;
+}
+
+std::pair<double, double> OpenedBlock::FloorMetres(unsigned int floor) {
+    const auto realOf = [](u64 bits) {
+        const auto value = std::bit_cast<double>(bits);
+        return value == value ? value : 0;  // no number at all says nothing
+    };
+    const auto [elevation, height] = FloorData(floor);
+    return {realOf(elevation), realOf(height)};
 }
 
 unsigned int OpenedBlock::FindFloor(const std::string& text) {

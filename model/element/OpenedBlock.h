@@ -68,6 +68,8 @@ class OpenedBlock {
     unsigned int FloorOrder(unsigned int floor);
     /// A floor's two values of the host's own; 0, remembered as damage, as above.
     std::pair<unsigned long long, unsigned long long> FloorData(unsigned int floor);
+    /// The same as the elevation and the height, in metres, that this library writes.
+    std::pair<double, double> FloorMetres(unsigned int floor);
 
     /// The floor that `text` names: by its number where there is a floor with that number, else
     /// by its name. Throws Error NotFound; Damaged where it may be one whose name is damaged.

@@ -1,5 +1,7 @@
 #include "model/element/PropertyKinds.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 
@@ -9,7 +11,7 @@ namespace {
 
 constexpr wchar_t companionMark = L'@';
 
-bool IsCompanionName(const std::wstring& name, const std::wstring& ofProperty) {
+bool IsCompanionName(std::wstring_view name, std::wstring_view ofProperty) {
     return name.size() == ofProperty.size() + 1 && name.back() == companionMark &&
            name.starts_with(ofProperty);
 }
@@ -30,18 +32,41 @@ PropertyPairs PairsOf(const std::vector<StoredProperty>& properties) {
     return pairs;
 }
 
+PropertyView TakeProperty(const PropertyPairs& pairs, std::size_t& i) {
+    const auto& [fullName, value] = pairs[i++];
+    PropertyView property{{}, fullName, fullName, value, textKind, {}};
+    const std::size_t dot = fullName.find(L'.');
+    if (dot != std::wstring::npos) {
+        property.set = property.fullName.substr(0, dot);
+        property.name = property.fullName.substr(dot + 1);
+    }
+    if (i == pairs.size() || !IsCompanionName(pairs[i].first, fullName)) return property;
+    const std::wstring_view said = pairs[i++].second;
+    const std::size_t blank = said.find(L' ');
+    property.kind = said.substr(0, blank);
+    if (blank != std::wstring_view::npos) property.unit = said.substr(blank + 1);
+    return property;
+}
+
+std::optional<double> NumberOf(std::string_view value, std::string_view kind) {
+    constexpr std::array<std::string_view, 9> texts = {"text",      "empty",    "boolean",
+                                                       "logical",   "date",     "dateTime",
+                                                       "timeOfDay", "duration", "reference"};
+    if (std::find(texts.begin(), texts.end(), kind) != texts.end()) return std::nullopt;
+    double number = 0;
+    const char* const end = value.data() + value.size();
+    const auto [stop, error] = std::from_chars(value.data(), end, number);
+    if (error != std::errc() || stop != end) return std::nullopt;
+    return number;
+}
+
 std::vector<StoredProperty> PropertiesOfPairs(const PropertyPairs& pairs) {
     std::vector<StoredProperty> properties;
     properties.reserve(pairs.size());
-    for (std::size_t i = 0; i < pairs.size(); ++i) {
-        StoredProperty& property = properties.emplace_back();
-        property.name = pairs[i].first;
-        property.value = pairs[i].second;
-        if (i + 1 == pairs.size() || !IsCompanionName(pairs[i + 1].first, property.name)) continue;
-        const std::wstring& said = pairs[++i].second;
-        const std::size_t blank = said.find(L' ');
-        property.kind = said.substr(0, blank);
-        if (blank != std::wstring::npos) property.unit = said.substr(blank + 1);
+    for (std::size_t i = 0; i < pairs.size();) {
+        const PropertyView view = TakeProperty(pairs, i);
+        properties.push_back({std::wstring(view.fullName), std::wstring(view.value),
+                              std::wstring(view.kind), std::wstring(view.unit)});
     }
     return properties;
 }

@@ -39,6 +39,19 @@ void AppendUtf8(std::string& out, char32_t character) {
     }
 }
 
+/// Most texts are ASCII. Appends nothing of use and is false where one is not.
+bool AppendAscii(std::string& out, std::wstring_view text) {
+    const std::size_t start = out.size();
+    out.resize(start + text.size());
+    char* const to = out.data() + start;
+    std::uint32_t seen = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        seen |= static_cast<std::uint32_t>(text[i]);
+        to[i] = static_cast<char>(text[i]);
+    }
+    return seen < 0x80;
+}
+
 /// Takes one character off the front of `text`, which is not empty. A first byte that begins no
 /// well-formed sequence counts as one U+FFFD.
 char32_t TakeCharacter(std::string_view& text) {
@@ -96,7 +109,14 @@ void AppendEscape(std::string& out, char32_t character) {
 
 std::string ToUtf8(std::wstring_view text) {
     std::string out;
-    out.reserve(text.size());
+    AppendUtf8(out, text);
+    return out;
+}
+
+void AppendUtf8(std::string& out, std::wstring_view text) {
+    const std::size_t start = out.size();
+    if (AppendAscii(out, text)) return;
+    out.resize(start);
     for (std::size_t i = 0; i < text.size(); ++i) {
         auto character = static_cast<char32_t>(text[i]);
         const bool pair = IsHighSurrogate(character) && i + 1 < text.size() &&
@@ -107,7 +127,6 @@ std::string ToUtf8(std::wstring_view text) {
         }
         AppendUtf8(out, IsCharacter(character) ? character : replacementCharacter);
     }
-    return out;
 }
 
 std::wstring FromUtf8(std::string_view text) {

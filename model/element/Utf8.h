@@ -9,6 +9,9 @@ namespace ZVSmartModel {
 /// lone surrogates and what is no character become U+FFFD.
 std::string ToUtf8(std::wstring_view text);
 
+/// The same behind what `out` holds.
+void AppendUtf8(std::string& out, std::wstring_view text);
+
 /// UTF-8 as the platform's wide text. Each byte that belongs to no well-formed sequence becomes
 /// U+FFFD.
 std::wstring FromUtf8(std::string_view text);

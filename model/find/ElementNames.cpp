@@ -40,12 +40,12 @@ const ElementNames::Places& ElementNames::Find(const Table& table, const std::st
     return found == table.end() ? none : found->second;
 }
 
-namespace {
-
 const ElementNames& NamesOf(BlockFile::Imp& imp, OpenedBlock& block) {
     if (!imp.names) imp.names = std::make_shared<ElementNames>(block);
     return *imp.names;
 }
+
+namespace {
 
 /// Who is not found may be among those that cannot be read.
 const ElementNames::Places& Told(const ElementNames& names, const ElementNames::Places& found) {

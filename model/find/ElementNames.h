@@ -37,4 +37,8 @@ class ElementNames {
     std::optional<Error> damage;  ///< what kept components back
 };
 
+/// Those of a file, which is being asked: read when they are first wanted, then kept. Throws Error,
+/// Damaged, where the budget does not hold them.
+const ElementNames& NamesOf(BlockFile::Imp& imp, OpenedBlock& block);
+
 }  // namespace ZVSmartModel
