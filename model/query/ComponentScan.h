@@ -1,0 +1,57 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "ZVSmartZvg/Comp.h"
+#include "model/element/OpenedBlock.h"
+#include "model/query/Tables.h"
+
+namespace ZVSmartModel {
+
+/// A component of one of a query's files.
+struct ComponentAt {
+    const std::string& path;
+    ElementIndex index;
+    std::int64_t id;
+    const ZVSmartZvg::SZVLGZvgComp& comp;
+};
+
+/// Reads components of a file, those on the floors and at the places that are asked for alone, and
+/// makes rows of them. What cannot be read is left out and noted as the file's fault.
+class ComponentScan : public FileScan {
+  public:
+    /// Adds a component's rows.
+    using RowsOf = void (*)(const ComponentAt& at, const Request& request, RowBatch& rows);
+
+    ComponentScan(QueriedFiles& files, unsigned int file, const Request& request, RowsOf rowsOf);
+
+    /// Null where it cannot be opened.
+    const std::shared_ptr<const BlockFile>& File() const { return itself; }
+    /// Of what is asked for, only these are read; they are in order.
+    void Only(std::vector<ElementIndex> places) { only = std::move(places); }
+
+    bool Next(RowBatch& rows) override;
+
+  private:
+    void Begin(OpenedBlock& block);
+    void ReadSome(OpenedBlock& block, RowBatch& rows);
+    void ReadOnly(OpenedBlock& block, RowBatch& rows);
+    bool FindFloor(OpenedBlock& block);
+    void Read(OpenedBlock& block, ElementIndex index, RowBatch& rows);
+    void NoteTooMany(const OpenedBlock& block, const char* what);
+
+    QueriedFiles& files;
+    unsigned int file;
+    const Request& request;
+    RowsOf rowsOf;
+    std::shared_ptr<const BlockFile> itself;
+    std::optional<std::vector<ElementIndex>> only;
+    std::size_t nextOnly = 0;
+    bool isBegun = false, isOnFloor = false, isOver = false;
+    unsigned int floor = 0, endOfFloors = 0, position = 0, endOfPositions = 0;
+    ZVSmartZvg::SZVLGZvgComp comp;
+};
+
+}  // namespace ZVSmartModel

@@ -1,0 +1,225 @@
+#include <algorithm>
+
+#include "model/element/BlockFileImp.h"
+#include "model/element/ElementRecord.h"
+#include "model/element/PropertyKinds.h"
+#include "model/element/RecordNames.h"
+#include "model/element/Utf8.h"
+#include "model/find/ElementNames.h"
+#include "model/query/ComponentScan.h"
+#include "model/query/Tables.h"
+
+namespace ZVSmartModel {
+
+using namespace ZVSmartZvg;
+
+namespace {
+
+void KeyTo(RowBatch& rows, int column, const SerialKey& key) {
+    if (!key.name.empty()) return rows.Text(column, key.name);
+    rows.Text(column, KeyText(key));
+}
+
+bool AcceptsKey(const Request& request, int column, const SerialKey& key) {
+    if (!key.name.empty()) return request.Accepts(column, key.name);
+    const std::string* const wanted = request.TextOf(column);
+    return wanted == nullptr || *wanted == KeyText(key);
+}
+
+/// Says nothing where it is as it was made.
+bool IsDefault(const SerialKey& key) {
+    return key == SerialKey();
+}
+
+std::string ColourText(const Rgba& colour) {
+    constexpr char digits[] = "0123456789ABCDEF";
+    std::string text = "#";
+    for (const unsigned int part : {colour.red, colour.green, colour.blue, colour.alpha}) {
+        text += digits[part >> 4];
+        text += digits[part & 0xF];
+    }
+    return text;
+}
+
+namespace OfElements {
+
+enum : int { file, floor, idx, guid, name, ofClass, type, material, colour, parent, id };
+
+void Rows(const ComponentAt& at, const Request& request, RowBatch& rows) {
+    const SZVLGZvgComp& comp = at.comp;
+    if (!request.Accepts(ofClass, comp.classLevel2Name)) return;
+    if (!AcceptsKey(request, guid, comp.compGuidName)) return;
+    const std::wstring_view called = request.Wants(name) ? WideNameOf(comp) : std::wstring_view();
+    if (!request.Accepts(name, called)) return;
+    rows.Begin(at.id);
+    rows.Text(file, at.path);
+    rows.Integer(floor, at.index.floor);
+    rows.Integer(idx, at.index.position);
+    if (request.Wants(guid)) KeyTo(rows, guid, comp.compGuidName);
+    rows.TextIfAny(name, called);
+    rows.TextIfAny(ofClass, comp.classLevel2Name);
+    rows.TextIfAny(type, comp.classLevel3Name);
+    rows.TextIfAny(material, comp.classLevel4Name);
+    if (request.Wants(colour)) {
+        if (const auto own = ColourOf(comp)) rows.Text(colour, ColourText(*own));
+    }
+    if (request.Wants(parent) && !comp.relatedGuidNames.empty()) {
+        KeyTo(rows, parent, comp.relatedGuidNames.front());
+    }
+    rows.Integer(id, at.id);
+}
+
+}  // namespace OfElements
+
+namespace OfProperties {
+
+enum : int { file, element, set, name, value, number, unit };
+
+void Rows(const ComponentAt& at, const Request& request, RowBatch& rows) {
+    const PropertyPairs& pairs = at.comp.compProperties;
+    std::string text;
+    for (std::size_t i = 0; i < pairs.size();) {
+        const PropertyView property = TakeProperty(pairs, i);
+        if (!request.Accepts(name, property.name)) continue;
+        if (!request.Accepts(set, property.set)) continue;
+        rows.Begin(0);
+        rows.Text(file, at.path);
+        rows.Integer(element, at.id);
+        rows.TextIfAny(set, property.set);
+        rows.Text(name, property.name);
+        rows.Text(value, property.value);
+        rows.TextIfAny(unit, property.unit);
+        if (!request.Wants(number) || property.kind == textKind) continue;
+        text.clear();
+        AppendUtf8(text, property.value);
+        if (const auto read = NumberOf(text, ToUtf8(property.kind))) rows.Real(number, *read);
+    }
+}
+
+}  // namespace OfProperties
+
+namespace OfMaterials {
+
+enum : int { file, element, idx, name, category, thickness };
+
+void Rows(const ComponentAt& at, const Request& request, RowBatch& rows) {
+    if (at.comp.geoRefs.empty()) return;
+    int number = 0;
+    for (const Material& material : MaterialsOf(at.comp)) {
+        const int itself = number++;
+        if (const std::string* const wanted = request.TextOf(name)) {
+            if (*wanted != material.name) continue;
+        }
+        rows.Begin(0);
+        rows.Text(file, at.path);
+        rows.Integer(element, at.id);
+        rows.Integer(idx, itself);
+        if (!material.name.empty()) rows.Text(name, material.name);
+        if (!material.category.empty()) rows.Text(category, material.category);
+        if (material.thickness) rows.Real(thickness, *material.thickness);
+    }
+}
+
+}  // namespace OfMaterials
+
+namespace OfRelations {
+
+enum : int { file, element, kind, target };
+
+void Rows(const ComponentAt& at, const Request& request, RowBatch& rows) {
+    const auto add = [&](const wchar_t* itsKind, const SerialKey& key) {
+        if (!request.Accepts(kind, itsKind) || !AcceptsKey(request, target, key)) return;
+        rows.Begin(0);
+        rows.Text(file, at.path);
+        rows.Integer(element, at.id);
+        rows.Text(kind, itsKind);
+        KeyTo(rows, target, key);
+    };
+    for (const SerialKey& key : at.comp.relatedGuidNames) add(L"parent", key);
+    if (!IsDefault(at.comp.groupGuidName)) add(L"group", at.comp.groupGuidName);
+}
+
+}  // namespace OfRelations
+
+/// The elements of a GUID, where the file can tell them without reading all.
+std::optional<std::vector<ElementIndex>> PlacesOfGuid(const BlockFile& file,
+                                                      const std::string& guid) {
+    try {
+        return file.Internals().Ask(
+            [&](OpenedBlock& block) { return NamesOf(file.Internals(), block).OfGuid(guid); });
+    } catch (const Error& error) {
+        if (error.GetStatus() != Status::Damaged) throw;
+        return std::nullopt;
+    }
+}
+
+template <ComponentScan::RowsOf rowsOf>
+std::unique_ptr<FileScan> Scan(QueriedFiles& files, unsigned int file, const Request& request) {
+    return std::make_unique<ComponentScan>(files, file, request, rowsOf);
+}
+
+/// An element of one file is looked up; who wants it of all files reads them.
+std::unique_ptr<FileScan> ScanElements(QueriedFiles& files, unsigned int file,
+                                       const Request& request) {
+    auto scan = std::make_unique<ComponentScan>(files, file, request, OfElements::Rows);
+    const std::string* const guid = request.TextOf(OfElements::guid);
+    if (scan->File() && guid != nullptr && request.path && !request.element) {
+        if (auto places = PlacesOfGuid(*scan->File(), *guid)) scan->Only(std::move(*places));
+    }
+    return scan;
+}
+
+}  // namespace
+
+std::vector<Table> ElementTables() {
+    return {{"elements",
+             {{"file", "TEXT", Meaning::Path},
+              {"floor", "INTEGER", Meaning::Floor},
+              {"idx", "INTEGER", Meaning::Position},
+              {"guid", "TEXT", Meaning::Text},
+              {"name", "TEXT", Meaning::Text},
+              {"class", "TEXT", Meaning::Text},
+              {"type", "TEXT"},
+              {"material", "TEXT"},
+              {"colour", "TEXT"},
+              {"parent", "TEXT"},
+              {"id", "INTEGER", Meaning::Element}},
+             true,
+             200,
+             100,
+             ScanElements},
+            {"properties",
+             {{"file", "TEXT", Meaning::Path},
+              {"element", "INTEGER", Meaning::Element},
+              {"set", "TEXT", Meaning::Text},
+              {"name", "TEXT", Meaning::Text},
+              {"value", "TEXT"},
+              {"number", "REAL"},
+              {"unit", "TEXT"}},
+             false,
+             4000,
+             100,
+             Scan<OfProperties::Rows>},
+            {"materials",
+             {{"file", "TEXT", Meaning::Path},
+              {"element", "INTEGER", Meaning::Element},
+              {"idx", "INTEGER"},
+              {"name", "TEXT", Meaning::Text},
+              {"category", "TEXT"},
+              {"thickness", "REAL"}},
+             false,
+             400,
+             100,
+             Scan<OfMaterials::Rows>},
+            {"relations",
+             {{"file", "TEXT", Meaning::Path},
+              {"element", "INTEGER", Meaning::Element},
+              {"kind", "TEXT", Meaning::Text},
+              {"target", "TEXT", Meaning::Text}},
+             false,
+             300,
+             100,
+             Scan<OfRelations::Rows>}};
+}
+
+}  // namespace ZVSmartModel
