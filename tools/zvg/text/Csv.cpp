@@ -1,6 +1,7 @@
 #include "tools/zvg/text/Csv.h"
 
 #include <string_view>
+#include <vector>
 
 #include "model/element/Utf8.h"
 
@@ -33,27 +34,29 @@ std::string Field(const std::string& value) {
     return quoted + '"';
 }
 
-void Append(std::string& record, const std::string& value) {
-    if (!record.empty()) record += ',';
-    record += Field(value);
+std::string Record(const std::vector<std::string>& fields) {
+    std::string record;
+    for (const std::string& field : fields)
+        record += (&field == &fields.front() ? "" : ",") + field;
+    return record + "\r\n";
 }
 
 }  // namespace
 
 std::string CsvHeader(const Document& object) {
-    std::string record;
-    for (const auto& [name, value] : object.items()) Append(record, name);
-    record += "\r\n";
-    return record;
+    std::vector<std::string> fields;
+    for (const auto& [name, value] : object.items()) fields.push_back(Field(name));
+    return Record(fields);
 }
 
-std::string CsvRecord(const Document& object) {
-    std::string record;
-    for (const Document& value : object) {
-        Append(record, value.is_string() ? value.get_ref<const std::string&>() : value.dump());
+std::string CsvRecord(const Document& values) {
+    std::vector<std::string> fields;
+    for (const Document& value : values) {
+        fields.push_back(value.is_null()     ? ""
+                         : value.is_string() ? Field(value.get_ref<const std::string&>())
+                                             : Field(value.dump()));
     }
-    record += "\r\n";
-    return record;
+    return Record(fields);
 }
 
 }  // namespace ZVSmartModel::Tool

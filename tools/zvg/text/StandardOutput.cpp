@@ -19,6 +19,8 @@ namespace ZVSmartModel::Tool {
 namespace {
 
 bool endsWithReader = false;  // unless the caller ignores SIGPIPE
+std::string linePrefix;
+bool lineBegins = true;
 
 /// What a reader that has read enough leaves behind is no failure.
 void EndAsReaderWentAway() {
@@ -30,6 +32,10 @@ void EndAsReaderWentAway() {
 [[noreturn]] void ThrowWriteFailure() {
     if (errno == EPIPE && endsWithReader) EndAsReaderWentAway();
     throw Error(Status::InputOutput, std::string("standard output: ") + std::strerror(errno));
+}
+
+void WriteBytes(std::string_view data) {
+    if (std::fwrite(data.data(), 1, data.size(), stdout) != data.size()) ThrowWriteFailure();
 }
 
 }  // namespace
@@ -45,7 +51,24 @@ void PrepareStandardStreams() {
 }
 
 void WriteOutput(std::string_view data) {
-    if (std::fwrite(data.data(), 1, data.size(), stdout) != data.size()) ThrowWriteFailure();
+    if (linePrefix.empty()) return WriteBytes(data);
+    while (!data.empty()) {
+        if (lineBegins) WriteBytes(linePrefix);
+        const std::size_t end = data.find('\n');
+        lineBegins = end != std::string_view::npos;
+        const std::string_view line = data.substr(0, lineBegins ? end + 1 : data.size());
+        WriteBytes(line);
+        data.remove_prefix(line.size());
+    }
+}
+
+OutputPrefix::OutputPrefix(const std::string& prefix) {
+    linePrefix = prefix;
+    lineBegins = true;
+}
+
+OutputPrefix::~OutputPrefix() {
+    linePrefix.clear();
 }
 
 void FinishOutput() {

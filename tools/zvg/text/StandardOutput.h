@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "ZVSmartFormat/Stream.h"
@@ -16,6 +17,15 @@ void PrepareStandardStreams();
 /// went away the process ends of SIGPIPE, without a word, as other programs do, unless its caller
 /// ignores that signal.
 void WriteOutput(std::string_view data);
+
+/// As long as it lives, each line that WriteOutput begins begins with `prefix`.
+class OutputPrefix {
+  public:
+    explicit OutputPrefix(const std::string& prefix);
+    ~OutputPrefix();
+    OutputPrefix(const OutputPrefix&) = delete;
+    OutputPrefix& operator=(const OutputPrefix&) = delete;
+};
 
 /// The same as a stream without a position.
 class OutputStream : public ZVSmartFormat::CZVFTOutStream {
