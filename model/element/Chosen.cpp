@@ -2,13 +2,33 @@
 
 #include <algorithm>
 
+#include "model/element/PropertyKinds.h"
 #include "model/element/RecordNames.h"
 #include "model/element/Utf8.h"
 
 namespace ZVSmartModel {
 
+namespace {
+
+/// `name` is that of a property in its set, or in any.
+bool HasProperty(const ZVSmartZvg::SZVLGZvgComp& comp, const std::wstring& name,
+                 const std::wstring& value) {
+    for (std::size_t i = 0; i < comp.compProperties.size();) {
+        const PropertyView property = TakeProperty(comp.compProperties, i);
+        if (property.value == value && (property.fullName == name || property.name == name)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
 Chosen::Chosen(const Selection& selection) : selection(selection), elements(selection.elements) {
     for (const std::string& name : selection.classNames) classes.push_back(FromUtf8(name));
+    for (const PropertyTest& test : selection.properties) {
+        properties.emplace_back(FromUtf8(test.name), FromUtf8(test.value));
+    }
     std::sort(elements.begin(), elements.end());
 }
 
@@ -19,6 +39,13 @@ bool Chosen::MayHold(unsigned int floor) const {
 }
 
 bool Chosen::Holds(ElementIndex index, const ZVSmartZvg::SZVLGZvgComp& comp) const {
+    return IsNamed(index, comp) &&
+           std::all_of(properties.begin(), properties.end(), [&comp](const auto& wanted) {
+               return HasProperty(comp, wanted.first, wanted.second);
+           });
+}
+
+bool Chosen::IsNamed(ElementIndex index, const ZVSmartZvg::SZVLGZvgComp& comp) const {
     if (!elements.empty()) return std::binary_search(elements.begin(), elements.end(), index);
     if (classes.empty()) return selection.rooms || !IsRoomClass(comp.classLevel2Name);
     return std::any_of(classes.begin(), classes.end(),

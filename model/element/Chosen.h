@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ZVSmartModel/BlockFile.h"
@@ -19,9 +20,12 @@ class Chosen {
     bool Holds(ElementIndex index, const ZVSmartZvg::SZVLGZvgComp& comp) const;
 
   private:
+    bool IsNamed(ElementIndex index, const ZVSmartZvg::SZVLGZvgComp& comp) const;
+
     const Selection& selection;
     std::vector<std::wstring> classes;
-    std::vector<ElementIndex> elements;  ///< in order
+    std::vector<ElementIndex> elements;                             ///< in order
+    std::vector<std::pair<std::wstring, std::wstring>> properties;  ///< names and values
 };
 
 }  // namespace ZVSmartModel

@@ -156,6 +156,10 @@ void ThrowIfNamed(const Selection& selection, const OpenedBlock& block) {
     if (!selection.elements.empty()) {
         throw block.ErrorAbout(Status::NotFound, "none of the elements that are wanted");
     }
+    if (!selection.properties.empty()) {
+        throw block.ErrorAbout(Status::NotFound,
+                               "no component with the properties that are wanted");
+    }
     if (selection.classNames.empty()) return;
     std::string names;
     for (const std::string& name : selection.classNames) {

@@ -63,12 +63,19 @@ struct OpenOptions {
     bool unlimited = false;
 };
 
+/// A property that an element has.
+struct PropertyTest {
+    std::string name;   ///< "SET.NAME", or the name alone for that of any set
+    std::string value;  ///< as the file has it, without its unit
+};
+
 /// Which elements are wanted; what is not named takes all.
 struct Selection {
     std::optional<std::string> floor;     ///< its number, else its name
     std::vector<std::string> classNames;  ///< any of these, on any level of the classification
     std::vector<ElementIndex> elements;   ///< any of these
     bool rooms = true;                    ///< rooms as well, where no class and no element is named
+    std::vector<PropertyTest> properties = {};  ///< all of these
 };
 
 /// A block file, opened to be read. Nothing but its head and index is read at first; floors and

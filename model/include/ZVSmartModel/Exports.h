@@ -33,9 +33,9 @@ struct ExportSummary {
 /// stand once however often they are placed. The root turns Z up into Y up; metres stay metres.
 ///
 /// Throws Error: Damaged for what cannot be read, before anything is written; NotFound for a floor
-/// that is not there, and where a class or elements are named and none is found; Usage where this
-/// build writes no GLB; InputOutput above 4 GiB and where `out` does not take it all; Internal;
-/// Cancelled. After an error what was written means nothing.
+/// that is not there, and where classes, elements or properties are named and no element is found;
+/// Usage where this build writes no GLB; InputOutput above 4 GiB and where `out` does not take it
+/// all; Internal; Cancelled. After an error what was written means nothing.
 ZVSM_API ExportSummary WriteGlb(const BlockFile& file, ZVSmartFormat::CZVFTOutStream& out,
                                 const ExportOptions& options = {}, const Progress& progress = {});
 
