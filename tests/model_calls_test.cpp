@@ -160,6 +160,9 @@ std::string Told(const Components& comps) {
         for (const ValueChange& change : element.properties) {
             words += change.name + '=' + change.b.value_or("none") + ' ';
         }
+        for (const ValueChange& change : element.fieldValues) {
+            words += change.b.value_or("none") + ' ';
+        }
         for (const std::string& field : element.fields) words += field + ' ';
         if (element.geometry) words += "geometry ";
         return true;
@@ -179,7 +182,7 @@ TEST(ModelCalls, CompareTellsWhatBecameOfWhat) {
     other[3].compAttr.red = 7;
     EXPECT_EQ(Told(other),
               "*IfcWall Pset.FireRating=F90 >IfcSpace Ground>Upper geometry "
-              "*IfcSlab appearance +IfcDoor ");
+              "*IfcSlab #070000FF appearance +IfcDoor ");
 }
 
 TEST(ModelCalls, ThreadsShareAFile) {

@@ -6,7 +6,9 @@
 #include <vector>
 
 #include "model/diff/Digest.h"
+#include "model/element/ElementRecord.h"
 #include "model/element/PropertyKinds.h"
+#include "model/element/RecordNames.h"
 #include "model/element/Utf8.h"
 
 namespace ZVSmartModel {
@@ -63,14 +65,66 @@ void WriteGeoIds(CZVFTSerialWriter& writer, const SZVLGZvgComp& comp) {
     }
 }
 
-using WriteField = void (*)(CZVFTSerialWriter&, const SZVLGZvgComp&);
+/// Texts that are there, with commas between them.
+std::string Joined(const std::vector<std::string>& texts) {
+    std::string joined;
+    for (const std::string& text : texts) {
+        if (!text.empty()) joined += (joined.empty() ? "" : ", ") + text;
+    }
+    return joined;
+}
 
-constexpr std::pair<const char*, WriteField> fields[] = {{"owner", WriteOwner},
-                                                         {"groupGuidName", WriteGroup},
-                                                         {"relatedGuidNames", WriteRelated},
-                                                         {"appearance", WriteAppearance},
-                                                         {"materials", WriteMaterials},
-                                                         {"geoIds", WriteGeoIds}};
+std::string OwnerText(const SZVLGZvgComp& comp) {
+    return Joined({ToUtf8(comp.ownerTextA), ToUtf8(comp.ownerTextB), ToUtf8(comp.ownerTextC)});
+}
+
+std::string GroupText(const SZVLGZvgComp& comp) {
+    return comp.groupGuidName == SerialKey() ? "" : KeyText(comp.groupGuidName);
+}
+
+std::string RelatedText(const SZVLGZvgComp& comp) {
+    std::vector<std::string> guids;
+    for (const SerialKey& key : comp.relatedGuidNames) guids.push_back(KeyText(key));
+    return Joined(guids);
+}
+
+std::string AppearanceText(const SZVLGZvgComp& comp) {
+    const std::optional<Rgba> colour = ColourOf(comp);
+    return colour ? ColourText(*colour) : "";
+}
+
+std::string MaterialsText(const SZVLGZvgComp& comp) {
+    std::vector<std::string> materials;
+    for (const Material& material : MaterialsOf(comp)) {
+        std::string text = material.name.empty() ? material.category : material.name;
+        if (material.thickness) text += ' ' + ToUtf8(NumberText(*material.thickness)) + " m";
+        materials.push_back(text);
+    }
+    return Joined(materials);
+}
+
+std::string GeoIdsText(const SZVLGZvgComp& comp) {
+    std::vector<std::string> names;
+    for (const SZVLGZvgCompGeoRef& ref : comp.geoRefs) {
+        for (const SZVLGZvgGeoId& row : ref.geoIds)
+            names.push_back(ToUtf8(GetGeoIdentification(row)));
+    }
+    return Joined(names);
+}
+
+/// What is compared by its digest, and what people can read of it.
+struct Field {
+    const char* name;
+    void (*write)(CZVFTSerialWriter&, const SZVLGZvgComp&);
+    std::string (*text)(const SZVLGZvgComp&);
+};
+
+constexpr Field fields[] = {{"owner", WriteOwner, OwnerText},
+                            {"groupGuidName", WriteGroup, GroupText},
+                            {"relatedGuidNames", WriteRelated, RelatedText},
+                            {"appearance", WriteAppearance, AppearanceText},
+                            {"materials", WriteMaterials, MaterialsText},
+                            {"geoIds", WriteGeoIds, GeoIdsText}};
 
 constexpr std::pair<const char*, std::wstring SZVLGZvgComp::*> levels[] = {
     {"2", &SZVLGZvgComp::classLevel2Name},
@@ -120,6 +174,11 @@ std::vector<ValueChange> PropertyChanges(const SZVLGZvgComp& compA, const SZVLGZ
     return changes;
 }
 
+/// An empty text says nothing.
+std::optional<std::string> ToldOf(const std::string& text) {
+    return text.empty() ? std::nullopt : std::optional(text);
+}
+
 std::vector<ValueChange> ClassChanges(const SZVLGZvgComp& a, const SZVLGZvgComp& b) {
     std::vector<ValueChange> changes;
     for (const auto& [level, name] : levels) {
@@ -128,9 +187,9 @@ std::vector<ValueChange> ClassChanges(const SZVLGZvgComp& a, const SZVLGZvgComp&
     return changes;
 }
 
-u64 FieldDigest(WriteField write, const SZVLGZvgComp& comp) {
+u64 FieldDigest(const Field& field, const SZVLGZvgComp& comp) {
     Digest digest;
-    write(digest.Writer(), comp);
+    field.write(digest.Writer(), comp);
     return digest.Value();
 }
 
@@ -140,14 +199,17 @@ u64 AspectsDigest(const SZVLGZvgComp& comp) {
     Digest digest;
     WriteProperties(digest.Writer(), Sorted(comp.compProperties));
     for (const auto& [level, name] : levels) digest.Writer().WriteWString(comp.*name);
-    for (const auto& [name, write] : fields) digest.Writer().WriteU64(FieldDigest(write, comp));
+    for (const Field& field : fields) digest.Writer().WriteU64(FieldDigest(field, comp));
     return digest.Value();
 }
 
 CompDifference DifferenceOf(const SZVLGZvgComp& a, const SZVLGZvgComp& b) {
-    CompDifference difference = {PropertyChanges(a, b), ClassChanges(a, b), {}};
-    for (const auto& [name, write] : fields) {
-        if (FieldDigest(write, a) != FieldDigest(write, b)) difference.fields.emplace_back(name);
+    CompDifference difference = {PropertyChanges(a, b), ClassChanges(a, b), {}, {}};
+    for (const Field& field : fields) {
+        if (FieldDigest(field, a) == FieldDigest(field, b)) continue;
+        difference.fields.emplace_back(field.name);
+        const std::string inA = field.text(a), inB = field.text(b);
+        if (inA != inB) difference.values.push_back({field.name, ToldOf(inA), ToldOf(inB)});
     }
     return difference;
 }

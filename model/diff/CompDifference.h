@@ -17,6 +17,7 @@ struct CompDifference {
     std::vector<ValueChange> properties;  ///< properties of one name are compared in their order
     std::vector<ValueChange> classes;     ///< by level: "2", "3", "4" or "2b"
     std::vector<std::string> fields;      ///< the names of other things that differ
+    std::vector<ValueChange> values;      ///< theirs, where people can read them
 };
 
 CompDifference DifferenceOf(const ZVSmartZvg::SZVLGZvgComp& a, const ZVSmartZvg::SZVLGZvgComp& b);

@@ -1,6 +1,9 @@
+#include <algorithm>
 #include <bit>
+#include <cmath>
 #include <utility>
 
+#include "ZVSmartModel/Body.h"
 #include "ZVSmartModel/Diff.h"
 #include "model/diff/BlockContents.h"
 #include "model/diff/CompDifference.h"
@@ -132,10 +135,37 @@ class Comparison {
             element.properties = std::move(aspects.properties);
             element.classes = std::move(aspects.classes);
             element.fields = std::move(aspects.fields);
+            element.fieldValues = std::move(aspects.values);
         }
         element.geometry = left->geometry != right->geometry;
+        if (element.geometry) element.distance = DistanceBetween(*element.inA, *element.inB);
         const auto kind = isMoved ? Difference::Kind::Moved : Difference::Kind::Changed;
         return {kind, std::nullopt, std::move(element)};
+    }
+
+    /// How far a body was moved; none where it is another one, or cannot be read.
+    std::optional<double> DistanceBetween(ElementIndex inA, ElementIndex inB) const {
+        constexpr double same = 1e-6;
+        Box from, to;
+        try {
+            from = Measure(ReadBody(fileA, inA)).box;
+            to = Measure(ReadBody(fileB, inB)).box;
+        } catch (const Error& error) {
+            if (error.GetStatus() != Status::Damaged) throw;
+            return std::nullopt;
+        }
+        if (from.IsEmpty() || to.IsEmpty()) return std::nullopt;
+        double square = 0;
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            const double low = to.low[axis] - from.low[axis];
+            const double high = to.high[axis] - from.high[axis];
+            const double size = from.high[axis] - from.low[axis];
+            if (!(std::fabs(high - low) <= same * std::max(1.0, size))) return std::nullopt;
+            const double way = (low + high) / 2;
+            square += way * way;
+        }
+        const double distance = std::sqrt(square);
+        return distance > same ? std::optional(distance) : std::nullopt;
     }
 
     /// Reads the component anew, within a budget that also accounts for comparing it.

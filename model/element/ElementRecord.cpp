@@ -82,6 +82,16 @@ std::optional<Rgba> ColourOf(const SZVLGZvgComp& comp) {
     return own ? own : ColourOf(comp.classLevel4Attr);
 }
 
+std::string ColourText(const Rgba& colour) {
+    constexpr char digits[] = "0123456789ABCDEF";
+    std::string text = "#";
+    for (const unsigned int part : {colour.red, colour.green, colour.blue, colour.alpha}) {
+        text += digits[part >> 4];
+        text += digits[part & 0xF];
+    }
+    return text;
+}
+
 std::vector<Material> MaterialsOf(const SZVLGZvgComp& comp) {
     std::vector<Material> materials;
     for (const SZVLGZvgCompGeoRef& ref : comp.geoRefs) {

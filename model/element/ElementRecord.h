@@ -21,6 +21,9 @@ std::string NameOf(const ZVSmartZvg::SZVLGZvgComp& comp);
 /// Its own colour, or its class's.
 std::optional<Rgba> ColourOf(const ZVSmartZvg::SZVLGZvgComp& comp);
 
+/// A colour as "#RRGGBBAA".
+std::string ColourText(const Rgba& colour);
+
 /// What it consists of.
 std::vector<Material> MaterialsOf(const ZVSmartZvg::SZVLGZvgComp& comp);
 

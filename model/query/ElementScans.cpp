@@ -31,16 +31,6 @@ bool IsDefault(const SerialKey& key) {
     return key == SerialKey();
 }
 
-std::string ColourText(const Rgba& colour) {
-    constexpr char digits[] = "0123456789ABCDEF";
-    std::string text = "#";
-    for (const unsigned int part : {colour.red, colour.green, colour.blue, colour.alpha}) {
-        text += digits[part >> 4];
-        text += digits[part & 0xF];
-    }
-    return text;
-}
-
 namespace OfElements {
 
 enum : int { file, floor, idx, guid, name, ofClass, type, material, colour, parent, id };

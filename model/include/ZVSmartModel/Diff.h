@@ -64,7 +64,12 @@ struct ElementDifference {
     /// What else differs: "owner", "groupGuidName", "relatedGuidNames", "appearance", "materials"
     /// or "geoIds".
     std::vector<std::string> fields;
+    /// What of `fields` people can read, by the same names; colours as "#RRGGBBAA".
+    std::vector<ValueChange> fieldValues;
     bool geometry = false;  ///< whether its body differs, in its form or in its place
+    /// Metres between the middles of its bodies, where the boxes around them are of one size and
+    /// the middles are apart: it was moved.
+    std::optional<double> distance;
 };
 
 /// One difference; either a floor's or an element's is there.
