@@ -301,6 +301,53 @@ TEST_F(ToolTest, SeveralFilesAreVerifiedByName) {
     EXPECT_EQ(Run("verify good.zvg").out.rfind("ok: ", 0), 0U);
 }
 
+TEST_F(ToolTest, DifferencesAreToldWithOldAndNewValues) {
+    const auto write = [this](const char* name, bool isLater, int walls) {
+        WriteBlock(folder + name, [&](CZVLGBlockSaver& saver) {
+            SZVLGZvgComp comp = MakeComp(L"Ground", L"moved");
+            if (isLater) {
+                CZVIMShell shell;
+                shell.AddPts({{3, 4, 0}, {4, 4, 0}, {4, 6, 3}});
+                shell.AddFaceIndex({0, 1, 2});
+                comp.geoRefs[0].geo.shells = {shell};
+                comp.compProperties[0].second = L"F30";
+                comp.classLevel4Attr.red = 0xCD;
+            }
+            comp.compProperties.emplace_back(L"Element.Name", L"South");
+            saver.AddComp(comp);
+            for (int i = 0; i < walls; ++i) {
+                saver.AddComp(MakeComp(L"Ground", std::to_wstring(i).c_str()));
+            }
+        });
+    };
+    write("a.zvg", false, 0);
+    write("b.zvg", true, 1);
+    EXPECT_EQ(Run("diff a.zvg a.zvg").status, 0);
+    const Outcome text = Run("diff a.zvg b.zvg");
+    EXPECT_EQ(text.status, 1);
+    EXPECT_EQ(text.err, "");
+    EXPECT_EQ(text.out,
+              "component changed: moved Wall 'South' (0:0)\n"
+              "  property Fire rating: 'F90' -> 'F30'\n"
+              "  appearance: '#AB0000FF' -> '#CD0000FF'\n"
+              "  geometry, moved by 5 m\n"
+              "component added: 0 Wall (0:1)\n");
+    EXPECT_EQ(Run("diff a.zvg b.zvg --csv").out,
+              "kind,change,name,class,called,a,b,what,old,new,distance\r\n"
+              "component,changed,moved,Wall,South,0:0,0:0,property Fire rating,F90,F30,\r\n"
+              "component,changed,moved,Wall,South,0:0,0:0,appearance,#AB0000FF,#CD0000FF,\r\n"
+              "component,changed,moved,Wall,South,0:0,0:0,geometry,,,5.0\r\n"
+              "component,added,0,Wall,\"\",,0:1,,,,\r\n");
+    const std::string stat = Run("diff a.zvg b.zvg --stat").out;
+    EXPECT_EQ(stat.rfind("2 differences\n  Wall: 1 added, 1 changed\nwhat changed", 0), 0U) << stat;
+    write("c.zvg", false, 101);
+    const std::string many = Run("diff a.zvg c.zvg").out;
+    EXPECT_NE(many.find("\n101 differences\n  Wall: 101 added\n"), std::string::npos) << many;
+    const nlohmann::json told = nlohmann::json::parse(Run("diff a.zvg b.zvg --json").out);
+    EXPECT_EQ(told["differences"][0]["distance"], 5.0);
+    EXPECT_EQ(Run("diff a.zvg missing.zvg").status, 3);
+}
+
 TEST_F(ToolTest, PackTellsItsWorkAndItsSettings) {
     std::ofstream(folder + "tri.obj") << "v 0 0 0\nv 1 0 0\nv 0 1 0\no Slab\nf 1 2 3\n";
     ASSERT_EQ(Run("pack -q --no-preview tri.obj -o plain.zvg").status, 0) << err;

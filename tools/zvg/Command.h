@@ -8,6 +8,7 @@ namespace ZVSmartModel::Tool {
 struct CommonOptions {
     bool quiet = false;    ///< nothing but errors on standard error
     bool json = false;     ///< inspecting commands print JSON instead of text
+    bool differs = false;  ///< set by a command that found what it compares to differ
     bool noLimit = false;  ///< reading commands take what work and memory a file asks for
 };
 

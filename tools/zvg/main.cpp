@@ -20,8 +20,8 @@ namespace ZVSmartModel::Tool {
 namespace {
 
 constexpr const char* exitStatusHelp =
-    "Exit status: 0 done, 1 internal error or out of memory, 2 wrong command line, 3 input or "
-    "output failed, "
+    "Exit status: 0 done, 1 internal error or out of memory, or files that differ (diff), 2 wrong "
+    "command line, 3 input or output failed, "
     "4 the file is damaged or not a block file, 5 not found.\n"
     "Example:\n"
     "  zvg info house.zvg --json";
@@ -86,7 +86,8 @@ void AnswerParser(const CLI::App& app, const CLI::ParseError& end) {
     WriteOutput(text.str());
 }
 
-void Run(int argc, char** argv) {
+/// Returns the exit status.
+int Run(int argc, char** argv) {
     CommonOptions common;
     CLI::App app("Packs building models into block files and reads block files", "zvg");
     RegisterAll(app, common);
@@ -96,6 +97,7 @@ void Run(int argc, char** argv) {
         AnswerParser(app, end);
     }
     FinishOutput();
+    return common.differs ? 1 : 0;
 }
 
 int Fail(Status status, const std::string& message) {
@@ -105,8 +107,7 @@ int Fail(Status status, const std::string& message) {
 
 int RunAndReport(int argc, char** argv) {
     try {
-        Run(argc, argv);
-        return 0;
+        return Run(argc, argv);
     } catch (const Error& error) {
         return Fail(error.GetStatus(), error.what());
     } catch (const std::exception& error) {
