@@ -312,6 +312,7 @@ TEST_F(ToolFaults, HostileTextStaysText) {
     for (const char* words :
          {"info in/evil.zvg", "tree in/evil.zvg", "list in/evil.zvg", "show in/evil.zvg 0:0",
           "show --properties in/evil.zvg 0:0", "geo in/evil.zvg 0:0", "verify in/evil.zvg",
+          "props in/evil.zvg", "query 'SELECT * FROM properties, files' in/evil.zvg",
           "diff in/evil.zvg in/other.zvg"}) {
         const int status = std::strncmp(words, "diff", 4) == 0 ? 1 : 0;  // they differ
         ASSERT_EQ(Run(std::string("$Z --json ") + words), status) << words << err;

@@ -123,10 +123,11 @@ TEST_F(ToolTest, FailuresHaveTheirStatusAndOneLine) {
         {"", 2, "subcommand"},
         {"info", 2, "FILE"},
         {"info --nonsense " + good, 2, "--nonsense"},
-        {"show " + good + " 0", 2, "FLOOR:POS"},
-        {"show " + good + " 0:-1", 2, "0:-1"},
+        {"show " + good + " 0", 5, "no component '0'"},
+        {"show " + good + " 0:-1", 5, "0:-1"},
         {"info " + f + "missing.zvg", 3, "missing.zvg: No such file"},
-        {"info " + f, 3, "directory"},
+        {"show " + f + " 0:0", 3, "directory"},
+        {"query 'SELECT x FROM files' " + good, 2, "no such column: x"},
         {"verify " + f + "missing.zvg", 3, "missing.zvg"},
         {"info " + f + "text.zvg", 4, "text.zvg: head: it's not zvg file format"},
         {"info " + f + "empty.zvg", 4, "empty.zvg: "},
@@ -299,6 +300,59 @@ TEST_F(ToolTest, SeveralFilesAreVerifiedByName) {
     EXPECT_NE(several.err.find("\nzvg: missing.zvg: No such file"), std::string::npos);
     EXPECT_EQ(Run("verify missing.zvg damaged.zvg").status, 3);
     EXPECT_EQ(Run("verify good.zvg").out.rfind("ok: ", 0), 0U);
+}
+
+TEST_F(ToolTest, SeveralFilesAndFoldersAreToldByName) {
+    DamagedBlock(3);  // floor 0
+    std::filesystem::create_directory(folder + "sub");
+    std::filesystem::copy(good, folder + "sub/x.zvg");
+    const Outcome listed = Run("list sub damaged.zvg 'go*.zvg' --csv");
+    EXPECT_EQ(listed.status, 4);
+    EXPECT_EQ(listed.out.rfind("file,component,classLevel2,", 0), 0U) << listed.out;
+    EXPECT_EQ(std::count(listed.out.begin(), listed.out.end(), '\n'), 8) << listed.out;
+    EXPECT_NE(listed.out.find("\ndamaged.zvg,1:0,Wall,"), std::string::npos) << listed.out;
+    ExpectOneLine(listed.err);
+    EXPECT_NE(Run("tree good.zvg sub").out.find("\nsub/x.zvg:   Wall: 2\n"), std::string::npos);
+    EXPECT_EQ(Run("list good.zvg sub --class Door").status, 5);
+    EXPECT_EQ(Run("info --json sub good.zvg").out,
+              Run("info --json sub/x.zvg").out + Run("info --json good.zvg").out);
+    EXPECT_EQ(Run("props sub good.zvg --guid c --where 'Fire rating=F90'").out,
+              "sub/x.zvg\t1:0\tc\tWall\tFire rating\tF90\t\n"
+              "good.zvg\t1:0\tc\tWall\tFire rating\tF90\t\n");
+    EXPECT_EQ(Run("props good.zvg --where 'Fire rating=F30'").status, 5);
+    EXPECT_EQ(Run("props good.zvg --where Fire").status, 2);
+
+    const std::string sql = "query \"SELECT guid, floor, null FROM elements WHERE guid = 'c'\" ";
+    if (Run(sql + "good.zvg").err.find("SQLite") != std::string::npos) return;  // not built
+    EXPECT_EQ(Run(sql + "sub").out, "c\t1\t\n");
+    EXPECT_EQ(Run(sql + "sub --csv").out, "guid,floor,null\r\nc,1,\r\n");
+    EXPECT_EQ(Run(sql + "sub --table").out, "guid  floor  null\n----  -----  ----\nc         1\n");
+    EXPECT_EQ(RunJson(sql + "sub")["rows"], nlohmann::json::parse(R"([["c", 1, null]])"));
+    EXPECT_EQ(ToolFixture::Run("ls *.zvg | $Z query 'SELECT count(*) FROM elements' -"), 4);
+    EXPECT_EQ(out, "4\n");
+    ExpectOneLine(err);
+}
+
+TEST_F(ToolTest, ComponentsAreFoundByNameAndProperty) {
+    WriteBlock(folder + "named.zvg", [](CZVLGBlockSaver& saver) {
+        for (const wchar_t* guid : {L"a", L"b", L"c"}) {
+            SZVLGZvgComp comp = MakeComp(L"Ground", guid);
+            comp.compProperties.emplace_back(L"Element.Name", guid[0] == L'c' ? L"other" : L"twin");
+            comp.compProperties.emplace_back(L"Set.Mark", guid);
+            saver.AddComp(comp);
+        }
+    });
+    EXPECT_EQ(Run("show named.zvg b").out, Run("show named.zvg 0:1").out);
+    EXPECT_EQ(Run("show named.zvg other").out, Run("show named.zvg 0:2").out);
+    const Outcome twins = Run("show named.zvg twin");
+    EXPECT_EQ(twins.status, 2);
+    EXPECT_NE(twins.err.find("2 components are called 'twin': 0:0, 0:1"), std::string::npos);
+    EXPECT_EQ(Run("geo named.zvg other").out, Run("geo named.zvg 'body of c'").out);
+    EXPECT_EQ(Run("export named.zvg -o t.obj --element twin --where Set.Mark=b").status, 0);
+    const std::string obj = ReadAll(folder + "t.obj");
+    EXPECT_NE(obj.find("twin"), std::string::npos);
+    EXPECT_EQ(obj.find("other"), std::string::npos);
+    EXPECT_EQ(Run("export named.zvg -o u.obj --where Mark=d").status, 5);
 }
 
 TEST_F(ToolTest, DifferencesAreToldWithOldAndNewValues) {

@@ -52,6 +52,7 @@ void RegisterAll(CLI::App& app, CommonOptions& common) {
     RegisterList(app, common);
     RegisterShow(app, common);
     RegisterGeo(app, common);
+    RegisterProps(app, common);
     RegisterQuery(app, common);
     RegisterDiff(app, common);
     RegisterPlan(app, common);

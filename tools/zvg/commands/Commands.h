@@ -16,6 +16,7 @@ void RegisterTree(CLI::App& app, CommonOptions& common);
 void RegisterList(CLI::App& app, CommonOptions& common);
 void RegisterShow(CLI::App& app, CommonOptions& common);
 void RegisterGeo(CLI::App& app, CommonOptions& common);
+void RegisterProps(CLI::App& app, CommonOptions& common);
 void RegisterQuery(CLI::App& app, CommonOptions& common);
 void RegisterDiff(CLI::App& app, CommonOptions& common);
 void RegisterPlan(CLI::App& app, CommonOptions& common);

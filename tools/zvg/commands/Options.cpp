@@ -10,6 +10,18 @@ CLI::App* AddReadingCommand(CLI::App& app, const std::string& name, const std::s
     return command;
 }
 
+CLI::App* AddReadingCommand(CLI::App& app, const std::string& name, const std::string& description,
+                            const std::string& example, std::vector<std::string>& files) {
+    CLI::App* const command = app.add_subcommand(name, description);
+    command
+        ->add_option("FILE", files,
+                     "The block files, and folders that are searched for *.zvg; - is standard "
+                     "input. Of several, lines begin with the file's name")
+        ->required();
+    command->footer("Example:\n  " + example);
+    return command;
+}
+
 void AddLimitOption(CLI::App& command, CommonOptions& common) {
     command.add_flag("--no-limit", common.noLimit,
                      "Take what work and memory the file asks for, however small it is");
@@ -22,6 +34,26 @@ void AddFloorOption(CLI::App& command, std::optional<std::string>& floor) {
 void AddClassOption(CLI::App& command, std::optional<std::string>& className) {
     command.add_option("--class", className,
                        "Only components with a class of this name, on any level");
+}
+
+void AddWhereOption(CLI::App& command, std::vector<std::string>& where) {
+    command
+        .add_option("--where", where,
+                    "Only components with this property, as NAME=VALUE or SET.NAME=VALUE; more "
+                    "than one must all hold")
+        ->allow_extra_args(false);
+}
+
+std::vector<PropertyTest> PropertyTests(const std::vector<std::string>& where) {
+    std::vector<PropertyTest> tests;
+    for (const std::string& said : where) {
+        const std::size_t equals = said.find('=');
+        if (equals == 0 || equals == std::string::npos) {
+            throw Error(Status::Usage, "'" + said + "' is no NAME=VALUE");
+        }
+        tests.push_back({said.substr(0, equals), said.substr(equals + 1)});
+    }
+    return tests;
 }
 
 void AddRoomsOption(CLI::App& command, bool& rooms) {

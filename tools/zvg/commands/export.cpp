@@ -2,11 +2,13 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "ZVSmartModel/Exports.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/output/OutputFile.h"
+#include "tools/zvg/reading/Lookup.h"
 #include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/Progress.h"
 #include "tools/zvg/text/StandardOutput.h"
@@ -23,6 +25,7 @@ struct Arguments {
     std::string file;
     Target target;
     std::optional<std::string> floor, className;
+    std::vector<std::string> elements, where;
     bool salvage = false;
     bool rooms = false;
 };
@@ -82,10 +85,16 @@ void Tell(const Outcome& outcome, const Arguments& arguments) {
                  std::to_string(outcome.bytes) + " bytes");
 }
 
-ExportOptions OptionsOf(const Arguments& arguments) {
+ExportOptions OptionsOf(const BlockFile& file, const Arguments& arguments) {
     ExportOptions options;
     options.selection.floor = arguments.floor;
     if (arguments.className) options.selection.classNames = {*arguments.className};
+    for (const std::string& text : arguments.elements) {
+        for (const ElementIndex index : FindElements(file, arguments.file, text)) {
+            options.selection.elements.push_back(index);
+        }
+    }
+    options.selection.properties = PropertyTests(arguments.where);
     options.selection.rooms = arguments.rooms;
     options.salvage = arguments.salvage;
     return options;
@@ -97,14 +106,15 @@ void Export(const Arguments& arguments, const CommonOptions& common) {
         throw Error(Status::Usage, "this build writes no GLB (it needs tinygltf)");
     }
     const BlockFile file = OpenBlockFile(arguments.file, common);
+    const ExportOptions options = OptionsOf(file, arguments);
     Progress line(common.quiet);
     const ProgressCall progress = [&line](const std::string& work, double fraction) {
         constexpr double percent = 100;
         line.Show(work, fraction * percent, percent, "%");
         return true;
     };
-    const Outcome outcome = isGlb ? ExportGlb(file, arguments, OptionsOf(arguments), progress)
-                                  : ExportObj(file, arguments, OptionsOf(arguments), progress);
+    const Outcome outcome = isGlb ? ExportGlb(file, arguments, options, progress)
+                                  : ExportObj(file, arguments, options, progress);
     line.Clear();
     if (!common.quiet) Tell(outcome, arguments);
     if (!outcome.summary.lost.empty()) throw Error(Status::Damaged, outcome.summary.lost);
@@ -124,6 +134,12 @@ void RegisterExport(CLI::App& app, CommonOptions& common) {
         ->required();
     AddFloorOption(*command, arguments->floor);
     AddClassOption(*command, arguments->className);
+    command
+        ->add_option("--element", arguments->elements,
+                     "Only the component at this FLOOR:POS, or of this GUID or this name; may be "
+                     "said more than once")
+        ->allow_extra_args(false);
+    AddWhereOption(*command, arguments->where);
     command->add_flag("--salvage", arguments->salvage,
                       "Of a damaged file write what is whole; the exit status is 4 all the same");
     AddLimitOption(*command, common);

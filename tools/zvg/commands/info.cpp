@@ -1,12 +1,14 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "model/element/OpenedBlock.h"
 #include "model/element/Utf8.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/reading/CountsDocument.h"
+#include "tools/zvg/reading/InputFiles.h"
 #include "tools/zvg/reading/RecordDocument.h"
 #include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/Document.h"
@@ -49,12 +51,15 @@ void Info(const std::string& file, const CommonOptions& common) {
 }  // namespace
 
 void RegisterInfo(CLI::App& app, CommonOptions& common) {
-    const auto file = std::make_shared<std::string>();
+    const auto files = std::make_shared<std::vector<std::string>>();
     CLI::App* const command = AddReadingCommand(
         app, "info", "Print what a block file says about itself and how much it holds",
-        "zvg info house.zvg", *file);
+        "zvg info house.zvg", *files);
     AddLimitOption(*command, common);
-    command->callback([file, &common] { Info(*file, common); });
+    command->callback([files, &common] {
+        ForEachFile(*files, common.json ? "" : ": ",
+                    [&common](const FileTurn& turn) { Info(turn.file, common); });
+    });
 }
 
 }  // namespace ZVSmartModel::Tool

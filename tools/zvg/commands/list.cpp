@@ -1,6 +1,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "model/element/OpenedBlock.h"
 #include "model/element/PropertyKinds.h"
@@ -8,12 +9,11 @@
 #include "model/element/Utf8.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
+#include "tools/zvg/reading/InputFiles.h"
 #include "tools/zvg/reading/RecordDocument.h"
 #include "tools/zvg/reading/StandardInput.h"
-#include "tools/zvg/text/Csv.h"
 #include "tools/zvg/text/Document.h"
-#include "tools/zvg/text/JsonList.h"
-#include "tools/zvg/text/StandardOutput.h"
+#include "tools/zvg/text/EntryList.h"
 
 namespace ZVSmartModel::Tool {
 
@@ -21,8 +21,10 @@ using namespace ZVSmartZvg;
 
 namespace {
 
+constexpr unsigned int stepsOfEntry = 200;
+
 struct ListOptions {
-    std::string file;
+    std::vector<std::string> files;
     std::optional<std::string> floor, className;
     bool csv = false;
 };
@@ -36,76 +38,23 @@ Document EntryDocument(const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
             {"geoRefs", comp.geoRefs.size()}};
 }
 
-/// The entry's values, tab by tab; tabs within a value are escaped.
-std::string TextLine(const Document& entry) {
-    std::string line;
-    for (const Document& value : entry) {
-        if (!line.empty()) line += '\t';
-        line +=
-            value.is_string() ? EscapeControls(value.get_ref<const std::string&>()) : value.dump();
-    }
-    return line + '\n';
-}
-
-enum class ListFormat { Text, Csv, Json };
-
-/// Prints entries as they come, so that a list of any length takes no memory.
-class EntryPrinter {
-  public:
-    EntryPrinter(const std::string& file, ListFormat format, Budget& limits)
-        : format(format), limits(limits) {
-        if (format == ListFormat::Json) json.emplace(NewDocument(file), "components");
-        if (format == ListFormat::Csv) WriteOutput(CsvHeader(EntryDocument({}, {})));
-    }
-
-    void Print(const Document& entry) {
-        limits.Work(stepsOfEntry);
-        if (json) {
-            json->Add(entry);
-        } else {
-            WriteOutput(format == ListFormat::Csv ? CsvRecord(entry) : TextLine(entry));
-        }
-        ++count;
-    }
-
-    void End() {
-        if (json) json->End();
-    }
-
-    unsigned long long Count() const { return count; }
-
-  private:
-    static constexpr unsigned int stepsOfEntry = 200;
-
-    ListFormat format;
-    Budget& limits;
-    std::optional<JsonList> json;
-    unsigned long long count = 0;
-};
-
-ListFormat FormatOf(const ListOptions& options, bool asJson) {
-    if (options.csv && asJson) {
-        throw Error(Status::Usage, "--csv and --json exclude each other");
-    }
-    return options.csv ? ListFormat::Csv : asJson ? ListFormat::Json : ListFormat::Text;
-}
-
-void List(const ListOptions& options, ListFormat format, bool noLimit) {
+void List(const FileTurn& turn, const ListOptions& options, bool noLimit, EntryList& list) {
     Budget limits(noLimit, "--no-limit");
-    OpenedBlock block(OpenNamed(options.file), limits);
+    OpenedBlock block(OpenNamed(turn.file), limits);
     const auto [first, end] = block.FindFloors(options.floor);
     const std::wstring className = FromUtf8(options.className.value_or(""));
-    EntryPrinter printer(options.file, format, limits);
+    list.Begin(turn.file, turn.isOneOfSeveral);
     const auto printIfWanted = [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
         if (options.className && !IsOfClass(comp, className)) return;
+        limits.Work(stepsOfEntry);
         limits.Work(2 * (comp.classLevel2Name.size() + comp.classLevel3Name.size() +
                          comp.compGuidName.name.size()));
-        printer.Print(EntryDocument(index, comp));
+        list.Print(EntryDocument(index, comp));
     };
     for (unsigned int floor = first; floor < end; ++floor) block.ForEachComp(floor, printIfWanted);
-    printer.End();
+    list.End();
     block.ThrowIfDamaged();
-    if (!options.className || printer.Count() != 0) return;
+    if (!options.className || list.Count() != 0) return;
     throw block.ErrorAbout(Status::NotFound, "no component of class '" + *options.className + "'");
 }
 
@@ -117,14 +66,18 @@ void RegisterList(CLI::App& app, CommonOptions& common) {
         app, "list",
         "Print one line per component: FLOOR:POS, class level 2, class level 3, GUID name, number "
         "of properties, number of geometry references",
-        "zvg list house.zvg --floor 0 --class IfcWall", options->file);
+        "zvg list house.zvg --floor 0 --class IfcWall", options->files);
     AddFloorOption(*command, options->floor);
     AddClassOption(*command, options->className);
     command->add_flag("--csv", options->csv,
                       "Print comma-separated values (RFC 4180), their names in the first line");
     AddLimitOption(*command, common);
-    command->callback(
-        [options, &common] { List(*options, FormatOf(*options, common.json), common.noLimit); });
+    command->callback([options, &common] {
+        const ListFormat format = ListFormatOf(options->csv, common.json);
+        EntryList list(format, "components", EntryDocument({}, {}));
+        ForEachFile(options->files, format == ListFormat::Text ? "\t" : "",
+                    [&](const FileTurn& turn) { List(turn, *options, common.noLimit, list); });
+    });
 }
 
 }  // namespace ZVSmartModel::Tool

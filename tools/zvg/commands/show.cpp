@@ -1,12 +1,13 @@
 #include <memory>
 #include <string>
 
-#include "model/element/OpenedBlock.h"
+#include "model/element/BlockFileImp.h"
 #include "model/element/PropertyKinds.h"
 #include "model/element/RecordBytes.h"
 #include "model/element/Utf8.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
+#include "tools/zvg/reading/Lookup.h"
 #include "tools/zvg/reading/RecordDocument.h"
 #include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/Document.h"
@@ -17,22 +18,6 @@ namespace ZVSmartModel::Tool {
 using namespace ZVSmartZvg;
 
 namespace {
-
-/// Floors' names may hold colons, so the last one ends the floor.
-SZVLGCompIndex FindComp(OpenedBlock& block, const std::string& place) {
-    const std::size_t colon = place.rfind(':');
-    if (colon == std::string::npos) {
-        throw Error(Status::Usage, "'" + place + "' is no FLOOR:POS (see zvg show --help)");
-    }
-    const std::optional<unsigned int> position = ParseNumber(place.substr(colon + 1));
-    if (!position) {
-        throw Error(Status::Usage, "'" + place + "' has no position behind its last colon");
-    }
-    const unsigned int floor = block.FindFloor(place.substr(0, colon));
-    if (*position < block.FloorCompNum(floor)) return {floor, *position};
-    block.ThrowIfDamaged();
-    throw block.ErrorAbout(Status::NotFound, "no component " + place);
-}
 
 struct Arguments {
     std::string file, place;
@@ -63,16 +48,18 @@ void PrintComp(const SZVLGCompIndex& index, const SZVLGZvgComp& comp, const Argu
 }
 
 void Show(const Arguments& arguments, const CommonOptions& common) {
-    Budget limits(common.noLimit, "--no-limit");
-    OpenedBlock block(OpenNamed(arguments.file), limits);
-    const SZVLGCompIndex index = FindComp(block, arguments.place);
-    SZVLGZvgComp comp;
-    if (block.ReadComp(index, comp)) {
-        limits.Memory(10 * BytesOf(comp));  // as documents
-        limits.Work(BytesOf(comp));
-        PrintComp(index, comp, arguments, common.json);
-    }
-    block.ThrowIfDamaged();
+    const BlockFile file = OpenBlockFile(arguments.file, common);
+    const ElementIndex place = FindElement(file, arguments.file, arguments.place);
+    file.Internals().Ask([&](OpenedBlock& block) {
+        const SZVLGCompIndex index = {place.floor, place.position};
+        SZVLGZvgComp comp;
+        if (block.ReadComp(index, comp)) {
+            block.Limits().Memory(10 * BytesOf(comp));  // as documents
+            block.Limits().Work(BytesOf(comp));
+            PrintComp(index, comp, arguments, common.json);
+        }
+        block.ThrowIfDamaged();
+    });
 }
 
 }  // namespace
@@ -83,8 +70,9 @@ void RegisterShow(CLI::App& app, CommonOptions& common) {
         AddReadingCommand(app, "show", "Print everything that is stored of one component",
                           "zvg show house.zvg 0:3", arguments->file);
     command
-        ->add_option("FLOOR:POS", arguments->place,
-                     "The component: its floor, by number or name, and its position there")
+        ->add_option("FLOOR:POS|GUID|NAME", arguments->place,
+                     "The component: its floor, by number or name, and its position there; its "
+                     "GUID name; or what it is called")
         ->required();
     command->add_flag("--properties", arguments->onlyProperties,
                       "Only its properties: name, tab and value with its unit, one to a line");

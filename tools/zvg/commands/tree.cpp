@@ -11,6 +11,7 @@
 #include "model/element/Utf8.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
+#include "tools/zvg/reading/InputFiles.h"
 #include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/Document.h"
 #include "tools/zvg/text/StandardOutput.h"
@@ -118,12 +119,15 @@ void Tree(const std::string& file, const CommonOptions& common) {
 }  // namespace
 
 void RegisterTree(CLI::App& app, CommonOptions& common) {
-    const auto file = std::make_shared<std::string>();
+    const auto files = std::make_shared<std::vector<std::string>>();
     CLI::App* const command =
         AddReadingCommand(app, "tree", "Print floors, their classes and the number of components",
-                          "zvg tree house.zvg", *file);
+                          "zvg tree house.zvg", *files);
     AddLimitOption(*command, common);
-    command->callback([file, &common] { Tree(*file, common); });
+    command->callback([files, &common] {
+        ForEachFile(*files, common.json ? "" : ": ",
+                    [&common](const FileTurn& turn) { Tree(turn.file, common); });
+    });
 }
 
 }  // namespace ZVSmartModel::Tool

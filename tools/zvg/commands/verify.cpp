@@ -1,5 +1,4 @@
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/reading/CountsDocument.h"
+#include "tools/zvg/reading/InputFiles.h"
 #include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/Document.h"
 #include "tools/zvg/text/Progress.h"
@@ -59,10 +59,9 @@ Document Verified(const std::string& path, const CommonOptions& common) {
     return document;
 }
 
-/// Each line begins with `prefix`.
-void WriteText(const Document& document, const std::string& prefix) {
+void WriteText(const Document& document) {
     for (const Document& finding : document["findings"]) {
-        WriteOutput(prefix + finding["position"].dump() + ": " +
+        WriteOutput(finding["position"].dump() + ": " +
                     EscapeControls(finding["reason"].get_ref<const std::string&>()) + '\n');
     }
     if (!document["ok"].get<bool>()) return;
@@ -70,7 +69,7 @@ void WriteText(const Document& document, const std::string& prefix) {
     for (const auto& [name, count] : document["counts"].items()) {
         line += (line.empty() ? "ok: " : ", ") + name + ' ' + count.dump();
     }
-    WriteOutput(prefix + line + '\n');
+    WriteOutput(line + '\n');
 }
 
 Error Verdict(const Document& document, const std::string& path) {
@@ -83,51 +82,30 @@ Error Verdict(const Document& document, const std::string& path) {
                                  first["reason"].get<std::string>()};
 }
 
-/// Prints what is to be said of one file; what is wrong with it is returned.
-std::optional<Error> VerifyOne(const std::string& path, const CommonOptions& common,
-                               const std::string& prefix) {
-    Document document;
-    try {
-        document = Verified(path, common);
-    } catch (const Error& error) {
-        return error;
-    }
+/// Prints what is to be said of one file. Throws Error where anything is wrong with it.
+void VerifyOne(const std::string& path, const CommonOptions& common) {
+    const Document document = Verified(path, common);
     if (common.json) {
         PrintDocument(document, common.json);
     } else {
-        WriteText(document, prefix);
+        WriteText(document);
     }
-    if (document["ok"].get<bool>()) return std::nullopt;
-    return Verdict(document, path);
-}
-
-/// Every file is verified, whatever is wrong with another; the first one that fails gives the
-/// status.
-void Verify(const std::vector<std::string>& paths, const CommonOptions& common) {
-    std::optional<Error> failure;
-    Status status = Status::Internal;  // set with the failure
-    for (const std::string& path : paths) {
-        const std::string prefix = paths.size() == 1 ? "" : EscapeControls(path) + ": ";
-        const std::optional<Error> verdict = VerifyOne(path, common, prefix);
-        if (!verdict) continue;
-        if (failure) WriteError(failure->what());
-        if (!failure) status = verdict->GetStatus();
-        failure.emplace(*verdict);
-    }
-    if (failure) throw Error(status, failure->what());
+    if (!document["ok"].get<bool>()) throw Verdict(document, path);
 }
 
 }  // namespace
 
 void RegisterVerify(CLI::App& app, CommonOptions& common) {
     const auto files = std::make_shared<std::vector<std::string>>();
-    CLI::App* const command = app.add_subcommand(
-        "verify",
-        "Check everything in block files; print the position and the reason of each fault");
-    command->add_option("FILE", *files, "The block files; - is standard input")->required();
-    command->footer("Example:\n  zvg verify house.zvg");
+    CLI::App* const command = AddReadingCommand(
+        app, "verify",
+        "Check everything in block files; print the position and the reason of each fault",
+        "zvg verify house.zvg", *files);
     AddLimitOption(*command, common);
-    command->callback([files, &common] { Verify(*files, common); });
+    command->callback([files, &common] {
+        ForEachFile(*files, common.json ? "" : ": ",
+                    [&common](const FileTurn& turn) { VerifyOne(turn.file, common); });
+    });
 }
 
 }  // namespace ZVSmartModel::Tool

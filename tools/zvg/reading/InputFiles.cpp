@@ -31,35 +31,39 @@ std::vector<std::string> Matches(const std::string& pattern) {
 }  // namespace
 
 std::vector<std::string> InputFiles(const std::vector<std::string>& arguments) {
-    std::vector<std::string> paths;
+    std::vector<std::string> files;
     for (const std::string& argument : arguments) {
-        for (const std::string& path : Matches(argument)) paths.push_back(path);
+        for (const std::string& path : Matches(argument)) {
+            for (const std::string& file : FindBlockFiles({path})) files.push_back(file);
+        }
     }
-    std::vector<std::string> files = FindBlockFiles(paths);
-    if (files.empty()) {
-        const std::string named = paths.empty() ? "there are no files" : paths.front();
-        throw Error(Status::NotFound, named + ": no file whose name ends in .zvg");
-    }
-    return files;
+    if (!files.empty()) return files;
+    const std::string named = arguments.empty() ? "no paths" : arguments.front();
+    throw Error(Status::NotFound, named + ": no file whose name ends in .zvg");
 }
 
 void ForEachFile(const std::vector<std::string>& arguments, const std::string& separator,
-                 const std::function<void(const std::string& file)>& act) {
+                 const std::function<void(const FileTurn& turn)>& act) {
     const std::vector<std::string> files = InputFiles(arguments);
-    if (files.size() == 1) return act(files.front());
-    std::optional<Error> failure;
-    Status status = Status::Internal;  // set with the failure
+    if (files.size() == 1) return act({files.front(), false});
+    std::vector<Error> failures;
+    std::optional<Error> notFound;
+    std::size_t without = 0;  // files in which something was not found
     for (const std::string& file : files) {
         const OutputPrefix prefix(separator.empty() ? "" : EscapeControls(file) + separator);
         try {
-            act(file);
+            act({file, true});
         } catch (const Error& error) {
-            if (failure) WriteError(failure->what());
-            if (!failure) status = error.GetStatus();
-            failure.emplace(error);
+            const bool isNotFound = error.GetStatus() == Status::NotFound;
+            if (isNotFound) notFound.emplace(error);
+            if (isNotFound) ++without;
+            if (!isNotFound) failures.push_back(error);
         }
     }
-    if (failure) throw Error(status, failure->what());
+    if (notFound && without == files.size()) throw Error(*notFound);
+    if (failures.empty()) return;
+    for (std::size_t i = 0; i + 1 < failures.size(); ++i) WriteError(failures[i].what());
+    throw Error(failures.front().GetStatus(), failures.back().what());
 }
 
 }  // namespace ZVSmartModel::Tool
