@@ -30,6 +30,14 @@ TEST_F(Pages, ListsTheWallAndItsShapeOnce) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "front wall\n  4 points\n");
 }
 
+TEST_F(Pages, AsksBySql) {
+    if (!ZVSmartModel::CanQuery()) GTEST_SKIP() << "no SQLite";
+    testing::internal::CaptureStdout();
+    CountClasses({".", "missing.zvg"});
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "Wall: 1\nmissing.zvg: No such file or directory\n");
+}
+
 TEST_F(Pages, WalksAndSavesAgain) {
     ZVSmartFormat::CZVFTFileInStream in("wall.zvg");
     CZVLGBlockReader reader;
