@@ -11,6 +11,7 @@ void AddBodyClasses(pybind11::module_& module);
 void AddModelClass(pybind11::module_& module);
 void AddDifferenceClasses(pybind11::module_& module);
 void AddDocumentClasses(pybind11::module_& module);
+void AddQueryClasses(pybind11::module_& module);
 void AddPacking(pybind11::module_& module);
 void AddWriterClass(pybind11::module_& module);
 /// @}

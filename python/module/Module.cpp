@@ -15,6 +15,7 @@ PYBIND11_MODULE(_zvg, module) {
     AddModelClass(module);
     AddDocumentClasses(module);
     AddDifferenceClasses(module);
+    AddQueryClasses(module);
     AddPacking(module);
     AddWriterClass(module);
 }

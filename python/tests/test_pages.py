@@ -22,7 +22,8 @@ def test_pages_run(page, tmp_path, monkeypatch, capsys):
     remote = types.SimpleNamespace(open=lambda url: open(pathlib.Path(url).name, "rb"))
     monkeypatch.setitem(sys.modules, "fsspec", remote)
     zvg.pack(shutil.copy(ROOT / "examples" / "house.ifc", tmp_path), "house.zvg")
-    for name in ("old.zvg", "new.zvg"):
+    (tmp_path / "models").mkdir()
+    for name in ("old.zvg", "new.zvg", "models/house.zvg"):
         shutil.copy("house.zvg", name)
     blocks = re.findall(r"^```python\n(.*?)^```", (ROOT / page).read_text(), re.M | re.S)
     assert blocks
