@@ -133,9 +133,63 @@ TEST_F(PlanTest, BodiesAreCutAboveTheirFloor) {
     saver.AddComp(high);
     const std::string svg = Plan();
     EXPECT_TRUE(Holds(svg, boxPaths[0]) || Holds(svg, boxPaths[1])) << svg;
-    EXPECT_TRUE(Holds(svg, "<g id=\"high\" class=\"IfcWall\">"));
+    EXPECT_TRUE(
+        Holds(svg, "<g id=\"high\" class=\"IfcWall\" data-guid=\"high\" data-drawn=\"section\">"));
     EXPECT_FALSE(Holds(svg, "\"low\""));
     EXPECT_TRUE(Holds(svg, "elevation +10 m"));
+}
+
+/// How often the component is drawn as a section.
+int Sections(const std::string& svg, const std::string& name) {
+    const std::string tag = "data-guid=\"" + name + "\" data-drawn=\"section\"";
+    int count = 0;
+    for (std::size_t at = 0; (at = svg.find(tag, at)) != std::string::npos; ++at) ++count;
+    return count;
+}
+
+TEST_F(PlanTest, WhatReachesThePlaneIsCutWhereverItIsFiled) {
+    const auto add = [&](const wchar_t* name, const wchar_t* floor, double elevation, double bottom,
+                         double height, const wchar_t* className = L"IfcWall") {
+        SZVLGZvgComp comp = MakeComp(name, elevation);
+        comp.classLevel1Name = floor;
+        comp.classLevel1Id = elevation > 0;
+        comp.classLevel2Name = className;
+        if (height > 0) {
+            const std::wstring box = std::wstring(L"box of ") + name;
+            saver.AddIdentificationGeo(box, Box(height));
+            comp.geoRefs[0].geo.namedTransfs = {{box, Moved(0, 0, bottom)}};
+        }
+        saver.AddComp(comp);
+    };
+    add(L"through", L"Ground", 0, 0, 4.5);
+    add(L"void", L"Ground", 0, 0, 4.5, L"IfcSpace");
+    add(L"touching", L"Ground", 0, 0, 4.2);  // a corner in the plane counts as above it
+    add(L"short", L"Ground", 0, 0, 4.1);
+    add(L"slab", L"Ground", 0, -0.2, 0.2);
+    add(L"lamp", L"Ground", 0, 2, 0.5);
+    add(L"empty", L"Ground", 0, 0, 0);
+    add(L"column", L"Upper", 3, 0, 3);
+    add(L"upper", L"Upper", 3, 3, 3);
+    SZVLGZvgComp loose = MakeComp(L"loose");
+    loose.classLevel1Name = L"unassigned";
+    loose.classLevel1Id = 2;
+    loose.geoRefs[0].geo = Box(5);
+    saver.AddComp(loose);
+    const std::string svg = Plan();
+    const struct {
+        const char* name;
+        int floors;
+    } cases[] = {{"through", 2}, {"void", 1},   {"touching", 2}, {"short", 1}, {"slab", 0},
+                 {"lamp", 0},    {"column", 1}, {"upper", 1},    {"loose", 3}};
+    for (const auto& [name, floors] : cases) EXPECT_EQ(Sections(svg, name), floors) << name;
+    EXPECT_EQ(err,
+              "zvg: Ground: 6 cut (2 from other floors); left out: 1 below without outlines, "
+              "1 above, 1 without a shape\n"
+              "zvg: Upper: 4 cut (3 from other floors); left out: 1 below without outlines\n"
+              "zvg: unassigned: 1 cut\n");
+    ASSERT_EQ(Run("$Z plan model.zvg --floor Upper --cut 1.05 -o upper.svg"), 0);
+    EXPECT_TRUE(Holds(err, "upper.svg: 5 components on 1 floor\n")) << err;
+    EXPECT_EQ(Sections(ReadAll(folder + "upper.svg"), "short"), 1);
 }
 
 /// Checks nesting of elements, escapes and forbidden characters, and gathers the ids.
@@ -219,6 +273,7 @@ TEST_F(PlanTest, TargetsAndFloorsAreChecked) {
     comp.geoRefs[0].geo = Box(3);
     saver.AddComp(comp);
     Close();
+    EXPECT_EQ(Run("$Z plan model.zvg --cut inf"), 2);
     const std::string call = "$Z plan model.zvg -o plan.svg";
     EXPECT_EQ(Run(call + " --floor Attic"), 5);
     EXPECT_FALSE(std::filesystem::exists(folder + "plan.svg"));

@@ -17,6 +17,9 @@ std::string KeyText(const ZVSmartZvg::SerialKey& key);
 /// Whether the component has a class of this name, on any level.
 bool IsOfClass(const ZVSmartZvg::SZVLGZvgComp& comp, const std::wstring& name);
 
+/// The floor of what belongs to no storey, in files that this library wrote.
+inline const std::wstring unassignedFloorName = L"unassigned";
+
 /// Whether components of this name on level 2 are rooms: space between what is built, whose bodies
 /// would hide it.
 bool IsRoomClass(const std::wstring& classLevel2Name);

@@ -7,6 +7,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "model/element/RecordNames.h"
 #include "model/element/Utf8.h"
 #include "model/import/ShapeStore.h"
 #include "model/pack/Components.h"

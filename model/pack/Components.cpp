@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "model/element/RecordNames.h"
+
 namespace ZVSmartModel {
 
 using namespace ZVSmartZvg;

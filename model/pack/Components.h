@@ -13,9 +13,6 @@
 
 namespace ZVSmartModel {
 
-/// The floor of elements that are on none.
-inline const std::wstring unassignedFloorName = L"unassigned";
-
 /// Makes the components of a block file out of a model's elements, one after another.
 ///
 /// Storeys are floors, numbered as they were added; elements without one are on the floor

@@ -3,6 +3,9 @@
 #include <string>
 #include <vector>
 
+#include "ZVSmartModel/Plan.h"
+#include "ZVSmartZvg/CompIndex.h"
+
 namespace ZVSmartModel {
 
 // A plan as it is drawn: metres, X to the east, Y to the north.
@@ -26,17 +29,27 @@ struct PlanPath {
 /// Closed paths that are filled together: what an even number of them covers is a hole.
 using PlanArea = std::vector<PlanPath>;
 
-struct PlanComponent {
+/// What a component is drawn as.
+enum class DrawnAs { section, symbol, projection };
+
+/// What is drawn of a component.
+struct PlanShapes {
+    std::vector<PlanArea> areas;
+    std::vector<PlanPath> lines;
+
+    bool IsEmpty() const { return areas.empty() && lines.empty(); }
+};
+
+struct PlanComponent : PlanShapes {
+    ZVSmartZvg::SZVLGCompIndex index;
     std::string identity;   ///< the component's GUID, UTF-8
     std::string name;       ///< what a person calls it, UTF-8
     std::string className;  ///< level 2, UTF-8
-    std::vector<PlanArea> areas;
-    std::vector<PlanPath> lines;
+    DrawnAs drawnAs = DrawnAs::section;
 };
 
 struct PlanFloor {
-    std::string name;  ///< UTF-8
-    double elevation = 0;
+    PlanFloorSummary summary;
     std::vector<PlanComponent> components;
 };
 

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <iterator>
+#include <map>
 #include <optional>
+#include <string>
 
 #include "model/element/RecordNames.h"
 #include "model/element/Utf8.h"
-#include "model/plan/MeshSection.h"
-#include "model/plan/Outlines.h"
+#include "model/plan/ComponentDrawing.h"
 
 namespace ZVSmartModel {
 
@@ -22,12 +22,15 @@ constexpr std::size_t bytesOfFloor = 2000;  // with its heading in the sheet
 constexpr std::size_t mostCorners = 20000000;
 constexpr std::size_t bytesOfCorner = 200;  // in all forms that it goes through, and in the sheet
 
-/// The floor's elevation; 0 where the host keeps something else in that field.
-double ElevationOf(const SZVLGZvgComp& comp) {
+/// The floor's elevation; none where the host keeps something else in that field.
+std::optional<double> ElevationOf(unsigned long long data) {
     double elevation = 0;
-    std::memcpy(&elevation, &comp.classLevel1DataA, sizeof elevation);
+    std::memcpy(&elevation, &data, sizeof elevation);
     constexpr double farthest = 1e6;
-    return std::fabs(elevation) < farthest ? elevation + 0.0 : 0;
+    constexpr double nearest = 1e-9;  // small integers are tiny as doubles
+    if (elevation == 0) return 0;
+    const bool plausible = std::fabs(elevation) < farthest && std::fabs(elevation) > nearest;
+    return plausible ? std::optional(elevation) : std::nullopt;
 }
 
 std::string NameOf(const SZVLGZvgComp& comp) {
@@ -37,78 +40,155 @@ std::string NameOf(const SZVLGZvgComp& comp) {
     return comp.classLevel3Name.empty() ? KeyText(comp.compGuidName) : ToUtf8(comp.classLevel3Name);
 }
 
-/// Draws one component in both ways, as its outlines may come after its surfaces.
-class ComponentDrawing {
+std::size_t CornersOf(const PlanShapes& shapes) {
+    std::size_t corners = 0;
+    for (const PlanArea& area : shapes.areas) {
+        for (const PlanPath& path : area) corners += path.vertices.size();
+    }
+    for (const PlanPath& path : shapes.lines) corners += path.vertices.size();
+    return corners;
+}
+
+/// Draws all wanted floors of a block.
+class FloorsDrawing {
   public:
-    explicit ComponentDrawing(double cutElevation) : cutElevation(cutElevation) {}
-
-    void Add(const PlacedRecord& placed) {
-        if (placed.styleName == L"Axis") return;  // a construction line that nobody sees
-        const SZVLGZvgGeo& record = *placed.record;
-        const CZVIMTransf& toModel = placed.toModel;
-        std::vector<PlanPath> curves = PlacedCurves(record, toModel);
-        for (const PlanPath& curve : curves) corners += curve.vertices.size();
-        std::move(curves.begin(), curves.end(), std::back_inserter(outlined.lines));
-        if (std::optional<PlanPath> outline = PlacedOutline(record, toModel)) {
-            outlined.areas.push_back({std::move(*outline)});
+    FloorsDrawing(OpenedBlock& block, PlacedRecords& records,
+                  std::pair<unsigned int, unsigned int> wanted, double cutHeight)
+        : block(block), records(records), wanted(wanted) {
+        for (unsigned int floor = wanted.first; floor < wanted.second; ++floor) {
+            const auto add = [&] { AddFloor(floor, cutHeight); };
+            if (!block.Within("floor " + std::to_string(floor), add)) break;
         }
-        if (!outlined.areas.empty()) return;
-        for (const SurfaceSection& section : CutSurfaces(record, toModel, cutElevation)) {
-            corners += section.size();
-            const SurfaceSection rest = AddRings(section, cut);
-            open.insert(open.end(), rest.begin(), rest.end());
+        for (const auto& [height, plan] : open) {
+            if (openHeights.empty() || openHeights.back() < height) openHeights.push_back(height);
+        }
+        corners.resize(plans.size());
+    }
+
+    void DrawAll(const PlanStep& step) {
+        const unsigned int count = block.Reader().GetFloorNum();
+        for (unsigned int floor = 0; floor < count; ++floor) {
+            const auto draw = [&] { DrawFiledUnder(floor, [&] { step(floor, count); }); };
+            if (!block.Within("floor " + std::to_string(floor), draw)) return;
         }
     }
 
-    /// About how many corners the drawing has by now.
-    std::size_t Corners() const { return corners; }
-
-    PlanComponent Take() {
-        if (!outlined.areas.empty()) return std::move(outlined);
-        // Some bodies are sewn of open surfaces, whose sections close together only.
-        AddLines(AddRings(open, cut), cut);
-        std::move(outlined.lines.begin(), outlined.lines.end(), std::back_inserter(cut.lines));
-        return std::move(cut);
-    }
+    std::vector<PlanFloor> Take() { return std::move(plans); }
 
   private:
-    double cutElevation;
-    PlanComponent outlined;
-    PlanComponent cut;
-    SurfaceSection open;  ///< pieces that close no loop in a surface of their own
-    std::size_t corners = 0;
-};
+    static constexpr std::size_t notWanted = static_cast<std::size_t>(-1);
 
-/// Draws the components of one floor up to a number of corners.
-class FloorDrawing {
-  public:
-    FloorDrawing(OpenedBlock& block, PlacedRecords& records,
-                 const std::function<void()>& atEachStep)
-        : block(block), records(records), atEachStep(atEachStep) {}
+    void AddFloor(unsigned int floor, double cutHeight) {
+        PlanFloor plan;
+        const std::wstring name = block.FloorName(floor);
+        const std::optional<double> elevation = ElevationOf(block.FloorData(floor).first);
+        plan.summary.name = ToUtf8(name);
+        plan.summary.elevation = elevation.value_or(0);
+        plan.summary.plane = plan.summary.elevation + cutHeight;
+        block.Limits().Memory(bytesOfFloor + 2 * plan.summary.name.size());
+        if (elevation && name != unassignedFloorName) {
+            open.emplace(plan.summary.plane, plans.size());
+        }
+        plans.push_back(std::move(plan));
+    }
 
-    PlanComponent Draw(const SZVLGZvgComp& comp, double elevation) {
-        ComponentDrawing drawing(elevation + cutHeight);
+    void DrawFiledUnder(unsigned int floor, const std::function<void()>& atEachStep) {
+        const bool isWanted = floor >= wanted.first && floor - wanted.first < plans.size();
+        const std::size_t own = isWanted ? floor - wanted.first : notWanted;
+        std::vector<double> ownHeight;
+        if (isWanted) ownHeight.push_back(plans[own].summary.plane);
+        std::vector<double> allHeights;
+        std::set_union(openHeights.begin(), openHeights.end(), ownHeight.begin(), ownHeight.end(),
+                       std::back_inserter(allHeights));
+        block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
+            atEachStep();
+            const bool isRoom = IsRoomClass(comp.classLevel2Name);
+            if (isRoom && !isWanted) return;
+            Draw(index, comp, own, isRoom ? ownHeight : allHeights, atEachStep);
+        });
+    }
+
+    void Draw(const SZVLGCompIndex& index, const SZVLGZvgComp& comp, std::size_t own,
+              const std::vector<double>& heights, const std::function<void()>& atEachStep) {
+        ComponentDrawing drawing(heights, block.Limits());
         std::size_t charged = 0;  // corners
-        atEachStep();
         records.Visit(comp, [&](const PlacedRecord& placed) {
             atEachStep();
             drawing.Add(placed);
-            if (corners + drawing.Corners() > mostCorners) ThrowTooLarge();
+            if (drawing.Corners() > mostCorners) ThrowTooLarge();
             block.Limits().Memory((drawing.Corners() - charged) * bytesOfCorner);
             charged = drawing.Corners();
         });
-        corners += drawing.Corners();
-        PlanComponent component = drawing.Take();
-        component.identity = KeyText(comp.compGuidName);
-        component.name = NameOf(comp);
-        component.className = ToUtf8(comp.classLevel2Name);
-        const auto textBytes =
-            component.identity.size() + component.name.size() + component.className.size();
-        block.Limits().Memory(bytesOfComponent + 4 * textBytes);
-        return component;
+        PlanComponent named;
+        named.index = index;
+        named.identity = KeyText(comp.compGuidName);
+        named.name = NameOf(comp);
+        named.className = ToUtf8(comp.classLevel2Name);
+        const std::map<double, PlanShapes> sections = drawing.TakeSections();
+        if (own != notWanted) PutOnOwn(own, named, drawing, sections);
+        for (const double height : heights) {
+            if (!drawing.Reach().IsCutAt(height) || IsRoomClass(comp.classLevel2Name)) continue;
+            const auto section = sections.find(height);
+            const auto [first, end] = open.equal_range(height);
+            for (auto at = first; at != end; ++at) {
+                const std::size_t plan = at->second;
+                if (plan == own) continue;
+                PlanFloorSummary& summary = plans[plan].summary;
+                if (section == sections.end()) {
+                    ++summary.leftGaps;
+                } else {
+                    ++summary.cut;
+                    ++summary.visiting;
+                    Put(plan, named, DrawnAs::section, section->second);
+                }
+            }
+        }
     }
 
-  private:
+    /// On the floor that the component is filed under its own outlines and curves count as well.
+    void PutOnOwn(std::size_t own, const PlanComponent& named, const ComponentDrawing& drawing,
+                  const std::map<double, PlanShapes>& sections) {
+        PlanFloorSummary& summary = plans[own].summary;
+        const HeightRange& reach = drawing.Reach();
+        const PlanShapes& symbol = drawing.Symbol();
+        const auto section = sections.find(summary.plane);
+        if (symbol.areas.empty() && section != sections.end()) {
+            PlanShapes shapes = section->second;
+            shapes.lines.insert(shapes.lines.end(), symbol.lines.begin(), symbol.lines.end());
+            ++summary.cut;
+            return Put(own, named, DrawnAs::section, shapes);
+        }
+        const bool isBelow = !reach.IsEmpty() && reach.high < summary.plane;
+        if (!symbol.IsEmpty()) {
+            ++(isBelow ? summary.below : summary.symbols);
+            return Put(own, named, isBelow ? DrawnAs::projection : DrawnAs::symbol, symbol);
+        }
+        if (reach.IsEmpty()) {
+            ++summary.leftEmpty;
+        } else if (isBelow) {
+            ++summary.leftBelow;
+        } else if (reach.IsCutAt(summary.plane)) {
+            ++summary.leftGaps;
+        } else {
+            ++summary.leftAbove;
+        }
+    }
+
+    void Put(std::size_t plan, const PlanComponent& named, DrawnAs drawnAs,
+             const PlanShapes& shapes) {
+        const std::size_t added = CornersOf(shapes);
+        corners[plan] += added;
+        if (corners[plan] > mostCorners) ThrowTooLarge();
+        const auto textBytes = named.identity.size() + named.name.size() + named.className.size();
+        block.Limits().Memory(bytesOfComponent + 4 * textBytes);
+        // Its drawing was charged once, and may stand on several floors.
+        if (drawnAs == DrawnAs::section) block.Limits().Memory(added * sizeof(PlanVertex));
+        PlanComponent component = named;
+        component.drawnAs = drawnAs;
+        static_cast<PlanShapes&>(component) = shapes;
+        plans[plan].components.push_back(std::move(component));
+    }
+
     [[noreturn]] void ThrowTooLarge() const {
         throw block.ErrorAbout(Status::Damaged, "a floor whose plan has more than " +
                                                     std::to_string(mostCorners) + " corners");
@@ -116,25 +196,21 @@ class FloorDrawing {
 
     OpenedBlock& block;
     PlacedRecords& records;
-    const std::function<void()>& atEachStep;
-    std::size_t corners = 0;
+    std::pair<unsigned int, unsigned int> wanted;
+    std::vector<PlanFloor> plans;
+    std::vector<std::size_t> corners;         ///< by plan
+    std::multimap<double, std::size_t> open;  ///< plans that cut whatever reaches their planes
+    std::vector<double> openHeights;          ///< of these, ascending, none twice
 };
 
 }  // namespace
 
-PlanFloor DrawFloor(OpenedBlock& block, PlacedRecords& records, unsigned int floor,
-                    const std::function<void()>& atEachStep) {
-    PlanFloor plan;
-    plan.name = ToUtf8(block.FloorName(floor));
-    block.Limits().Memory(bytesOfFloor + 2 * plan.name.size());
-    FloorDrawing drawing(block, records, atEachStep);
-    block.ForEachComp(floor, [&](const SZVLGCompIndex&, const SZVLGZvgComp& comp) {
-        plan.elevation = ElevationOf(comp);  // the same for the whole floor
-        PlanComponent component = drawing.Draw(comp, plan.elevation);
-        const bool visible = !component.areas.empty() || !component.lines.empty();
-        if (visible) plan.components.push_back(std::move(component));
-    });
-    return plan;
+std::vector<PlanFloor> DrawFloors(OpenedBlock& block, PlacedRecords& records,
+                                  std::pair<unsigned int, unsigned int> wanted, double cutHeight,
+                                  const PlanStep& step) {
+    FloorsDrawing drawing(block, records, wanted, cutHeight);
+    drawing.DrawAll(step);
+    return drawing.Take();
 }
 
 }  // namespace ZVSmartModel

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <functional>
+#include <utility>
+#include <vector>
 
 #include "model/element/OpenedBlock.h"
 #include "model/plan/Drawing.h"
@@ -8,15 +10,17 @@
 
 namespace ZVSmartModel {
 
-/// Sections lie this far above their floor, in metres: above parapets, through doors and windows.
-constexpr double cutHeight = 1.2;
+/// What plans say of their progress: the floor whose components are being read, and how many
+/// floors there are. Called often; may throw.
+using PlanStep = std::function<void(unsigned int done, unsigned int total)>;
 
-/// Draws a floor: each component's closed outlines and its other curves or, where it has no
-/// outline, the section of its surfaces `cutHeight` above the floor's elevation. Components that
-/// neither gives anything of are left out, and so are axes. Components that cannot be read are
-/// remembered by `block`, geometries by `records`. `atEachStep` is called often, and may throw.
+/// Draws the floors `wanted.first` to before `wanted.second`, cut `cutHeight` above their
+/// elevations, each with what became of its components; WritePlan says what is drawn and how. It
+/// takes one pass over the components of all floors, for a body may reach through the planes of
+/// several. Components that cannot be read are remembered by `block`, geometries by `records`.
 /// Throws Error Damaged where one floor has more corners than any drawing.
-PlanFloor DrawFloor(OpenedBlock& block, PlacedRecords& records, unsigned int floor,
-                    const std::function<void()>& atEachStep);
+std::vector<PlanFloor> DrawFloors(OpenedBlock& block, PlacedRecords& records,
+                                  std::pair<unsigned int, unsigned int> wanted, double cutHeight,
+                                  const PlanStep& step);
 
 }  // namespace ZVSmartModel

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <span>
 
 namespace ZVSmartModel {
@@ -10,7 +11,7 @@ using namespace ZVSmartZvg;
 
 namespace {
 
-constexpr double farthest = 1e7;
+constexpr double farthest = 1e9;
 
 bool IsInReach(const CZVIMPosition& point) {
     return std::fabs(point.GetX()) < farthest && std::fabs(point.GetY()) < farthest &&
@@ -20,28 +21,25 @@ bool IsInReach(const CZVIMPosition& point) {
 /// Cuts the faces of one surface.
 class Cutter {
   public:
-    Cutter(const std::vector<CZVIMPosition>& points, const CZVIMTransf& toModel, double height)
-        : points(points), height(height) {
+    Cutter(const std::vector<CZVIMPosition>& points, const CZVIMTransf& toModel,
+           const std::vector<double>& heights, HeightRange& range, Budget& limits)
+        : points(points), heights(heights), range(range), limits(limits), held(limits) {
         for (CZVIMPosition& point : this->points) point.TransformBy(toModel);
     }
 
     /// `face` holds the corners' indices.
     template <typename Index>
     void Cut(std::span<const Index> face) {
-        crossings.clear();
+        HeightRange reach;
         for (const Index corner : face) {
             if (!IsUsable(static_cast<std::size_t>(corner))) return;
+            reach.Add(points[static_cast<std::size_t>(corner)].GetZ());
         }
-        for (std::size_t i = 0; i < face.size(); ++i) {
-            AddCrossing(points[static_cast<std::size_t>(face[i])],
-                        points[static_cast<std::size_t>(face[(i + 1) % face.size()])]);
-        }
-        // Along the line in which a face is cut, every other stretch lies within the face.
-        if (crossings.size() > 2) std::sort(crossings.begin(), crossings.end());
-        for (std::size_t i = 0; i + 1 < crossings.size(); i += 2) {
-            if (crossings[i] == crossings[i + 1]) continue;
-            section.push_back({crossings[i], crossings[i + 1]});
-        }
+        if (reach.IsEmpty()) return;
+        range.Add(reach.low);
+        range.Add(reach.high);
+        auto height = std::upper_bound(heights.begin(), heights.end(), reach.low);
+        for (; height != heights.end() && reach.IsCutAt(*height); ++height) CutAt(face, *height);
     }
 
     /// The surface's face list: per face its number of corners, then their indices.
@@ -56,15 +54,33 @@ class Cutter {
         }
     }
 
-    SurfaceSection Take() { return std::move(section); }
+    const std::map<double, SurfaceSection>& Sections() const { return sections; }
 
   private:
+    template <typename Index>
+    void CutAt(std::span<const Index> face, double height) {
+        limits.Work(1 + face.size());
+        crossings.clear();
+        for (std::size_t i = 0; i < face.size(); ++i) {
+            AddCrossing(points[static_cast<std::size_t>(face[i])],
+                        points[static_cast<std::size_t>(face[(i + 1) % face.size()])], height);
+        }
+        // Along the line in which a face is cut, every other stretch lies within the face.
+        if (crossings.size() > 2) std::sort(crossings.begin(), crossings.end());
+        SurfaceSection& section = sections[height];
+        for (std::size_t i = 0; i + 1 < crossings.size(); i += 2) {
+            if (crossings[i] == crossings[i + 1]) continue;
+            held.Add(sizeof(SectionPiece));
+            section.push_back({crossings[i], crossings[i + 1]});
+        }
+    }
+
     bool IsUsable(std::size_t corner) const {
         return corner < points.size() && IsInReach(points[corner]);
     }
 
     /// From below to above whichever way the face runs, so that neighbours cross in one point.
-    void AddCrossing(const CZVIMPosition& a, const CZVIMPosition& b) {
+    void AddCrossing(const CZVIMPosition& a, const CZVIMPosition& b, double height) {
         const bool aAbove = a.GetZ() >= height;
         if (aAbove == (b.GetZ() >= height)) return;
         const CZVIMPosition& low = aAbove ? b : a;
@@ -77,22 +93,26 @@ class Cutter {
     static std::int64_t OnGrid(double metres) { return std::llround(metres / sectionStep); }
 
     std::vector<CZVIMPosition> points;  ///< in the model
-    double height;
+    const std::vector<double>& heights;
+    HeightRange& range;
+    Budget& limits;
+    HeldMemory held;  ///< by `sections`
     std::vector<SectionPoint> crossings;
-    SurfaceSection section;
+    std::map<double, SurfaceSection> sections;
 };
 
 }  // namespace
 
-std::vector<SurfaceSection> CutSurfaces(const SZVLGZvgGeo& record, const CZVIMTransf& toModel,
-                                        double height) {
-    std::vector<SurfaceSection> sections;
-    const auto keep = [&sections](Cutter& cutter) {
-        SurfaceSection section = cutter.Take();
-        if (!section.empty()) sections.push_back(std::move(section));
+void CutSurfaces(const SZVLGZvgGeo& record, const CZVIMTransf& toModel,
+                 const std::vector<double>& heights, Budget& limits, HeightRange& range,
+                 const UseSection& use) {
+    const auto keep = [&use](const Cutter& cutter) {
+        for (const auto& [height, section] : cutter.Sections()) {
+            if (!section.empty()) use(height, section);
+        }
     };
     const auto cut = [&](const std::vector<CZVIMPosition>& points, const std::vector<int>& faces) {
-        Cutter cutter(points, toModel, height);
+        Cutter cutter(points, toModel, heights, range, limits);
         cutter.CutAll(faces);
         keep(cutter);
     };
@@ -108,12 +128,11 @@ std::vector<SurfaceSection> CutSurfaces(const SZVLGZvgGeo& record, const CZVIMTr
         cut(shell.GetPoints(), shell.GetFacesIndex());
     }
     for (const SZVLGZvgGeoRenderMesh& mesh : record.renderMeshes) {
-        Cutter cutter(mesh.points, toModel, height);
+        Cutter cutter(mesh.points, toModel, heights, range, limits);
         const std::span<const u32> indices(mesh.pointIndices);
         for (std::size_t i = 0; i + 3 <= indices.size(); i += 3) cutter.Cut(indices.subspan(i, 3));
         keep(cutter);
     }
-    return sections;
 }
 
 }  // namespace ZVSmartModel

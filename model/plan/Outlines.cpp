@@ -46,7 +46,7 @@ CZVIMPosition Position(const SectionPoint& point) {
             0};
 }
 
-PlanPoint Point(const SectionPoint& point) {
+PlanPoint Flat(const SectionPoint& point) {
     const CZVIMPosition position = Position(point);
     return {position.GetX(), position.GetY()};
 }
@@ -140,7 +140,7 @@ std::vector<PlanPath> PlacedCurves(const SZVLGZvgGeo& record, const CZVIMTransf&
     return placed;
 }
 
-SurfaceSection AddRings(const SurfaceSection& section, PlanComponent& component) {
+SurfaceSection AddRings(const SurfaceSection& section, PlanShapes& shapes) {
     SplitSection split = SplitIntoRings(section);
     PlanArea area;
     for (const SurfaceSection& ring : split.rings) {
@@ -152,13 +152,13 @@ SurfaceSection AddRings(const SurfaceSection& section, PlanComponent& component)
             split.rest.insert(split.rest.end(), ring.begin(), ring.end());
         }
     }
-    if (!area.empty()) component.areas.push_back(std::move(area));
+    if (!area.empty()) shapes.areas.push_back(std::move(area));
     return std::move(split.rest);
 }
 
-void AddLines(const SurfaceSection& section, PlanComponent& component) {
+void AddLines(const SurfaceSection& section, PlanShapes& shapes) {
     for (const SectionPiece& piece : section) {
-        component.lines.push_back(Line(Point(piece.from), Point(piece.to)));
+        shapes.lines.push_back(Line(Flat(piece.from), Flat(piece.to)));
     }
 }
 

@@ -23,9 +23,9 @@ std::vector<PlanPath> PlacedCurves(const ZVSmartZvg::SZVLGZvgGeo& record,
 
 /// Adds the loops of a section that CZVLGBlockInfoDeal closes, as one area. Returns the pieces that
 /// are left.
-SurfaceSection AddRings(const SurfaceSection& section, PlanComponent& component);
+SurfaceSection AddRings(const SurfaceSection& section, PlanShapes& shapes);
 
 /// Adds the pieces of a section as lines.
-void AddLines(const SurfaceSection& section, PlanComponent& component);
+void AddLines(const SurfaceSection& section, PlanShapes& shapes);
 
 }  // namespace ZVSmartModel

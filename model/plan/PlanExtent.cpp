@@ -30,14 +30,23 @@ void PlanExtent::Add(const PlanPoint& point) {
     high = {std::max(high.x, point.x), std::max(high.y, point.y)};
 }
 
+void PlanExtent::Add(const PlanExtent& other) {
+    low = {std::min(low.x, other.low.x), std::min(low.y, other.low.y)};
+    high = {std::max(high.x, other.high.x), std::max(high.y, other.high.y)};
+}
+
+PlanExtent ExtentOf(const PlanComponent& component) {
+    PlanExtent extent;
+    for (const PlanArea& area : component.areas) {
+        for (const PlanPath& path : area) AddPath(extent, path);
+    }
+    for (const PlanPath& path : component.lines) AddPath(extent, path);
+    return extent;
+}
+
 PlanExtent ExtentOf(const PlanFloor& floor) {
     PlanExtent extent;
-    for (const PlanComponent& component : floor.components) {
-        for (const PlanArea& area : component.areas) {
-            for (const PlanPath& path : area) AddPath(extent, path);
-        }
-        for (const PlanPath& path : component.lines) AddPath(extent, path);
-    }
+    for (const PlanComponent& component : floor.components) extent.Add(ExtentOf(component));
     return extent;
 }
 

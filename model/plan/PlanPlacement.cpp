@@ -8,7 +8,7 @@ namespace ZVSmartModel {
 
 namespace {
 
-constexpr double farthest = 1e7;
+constexpr double farthest = 1e9;
 
 bool IsInReach(const PlanPoint& point) {
     return std::fabs(point.x) < farthest && std::fabs(point.y) < farthest;

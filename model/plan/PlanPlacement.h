@@ -14,7 +14,7 @@ class PlanPlacement {
 
     /// The path where it lies in the model; arcs are kept where circles stay round, mirrored ones
     /// turn round, and others become short straight pieces. Nothing for a path with a number that
-    /// is not finite or beyond 10,000 km.
+    /// is not finite or beyond 1,000,000 km.
     std::optional<PlanPath> Placed(const PlanPath& path) const;
 
   private:

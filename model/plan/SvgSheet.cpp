@@ -5,7 +5,6 @@
 #include <set>
 
 #include "model/plan/ClassStyles.h"
-#include "model/plan/FloorPlan.h"
 #include "model/plan/PlanExtent.h"
 #include "model/plan/SvgPath.h"
 #include "model/plan/XmlText.h"
@@ -33,6 +32,18 @@ double RoundNumber(double wanted) {
 
 std::string MetresText(double metres) {
     return metres < 1 ? SvgNumber(metres * 1000) + " mm" : SvgNumber(metres) + " m";
+}
+
+const char* WordOf(DrawnAs drawnAs) {
+    switch (drawnAs) {
+        case DrawnAs::section:
+            return "section";
+        case DrawnAs::symbol:
+            return "symbol";
+        case DrawnAs::projection:
+            break;
+    }
+    return "projection";
 }
 
 /// The frame of one floor on the sheet.
@@ -130,7 +141,7 @@ class Sheet {
 
     void WriteFloor(const PlanFloor& floor, const Cell& cell) {
         out += "<g class=\"plan-floor\">\n";
-        WriteText("plan-heading", cell.left, cell.top + 5, floor.name);
+        WriteText("plan-heading", cell.left, cell.top + 5, floor.summary.name);
         WriteText("plan-note", cell.left, cell.top + 9.5, NoteOf(floor));
         if (floor.components.empty()) {
             out += "</g>\n";
@@ -144,11 +155,13 @@ class Sheet {
     }
 
     static std::string NoteOf(const PlanFloor& floor) {
-        std::string note = floor.elevation < 0 ? "elevation " : "elevation +";
-        note += SvgNumber(floor.elevation);
+        const double elevation = floor.summary.elevation;
+        std::string note = elevation < 0 ? "elevation " : "elevation +";
+        note += SvgNumber(elevation);
         note += " m";
         if (floor.components.empty()) return note + ", nothing to draw";
-        return note + ", cut at +" + SvgNumber(cutHeight) + " m";
+        const double cut = floor.summary.plane - elevation;
+        return note + ", cut at " + (cut < 0 ? "" : "+") + SvgNumber(cut) + " m";
     }
 
     static std::vector<const PlanComponent*> InLayers(const PlanFloor& floor) {
@@ -162,10 +175,9 @@ class Sheet {
 
     void WriteComponent(const PlanComponent& component, const SvgFrame& frame) {
         const std::string id = identifiers.Take(component.identity);
-        out += "<g id=\"" + id + "\" class=\"" + Identifier(component.className) + '"';
-        if (id != component.identity) {
-            out += " data-guid=\"" + EscapeXml(component.identity) + '"';
-        }
+        out += "<g id=\"" + id + "\" class=\"" + Identifier(component.className) +
+               "\" data-guid=\"" + EscapeXml(component.identity) + "\" data-drawn=\"" +
+               WordOf(component.drawnAs) + '"';
         out += "><title>" + EscapeXml(component.name) + "</title>\n";
         for (const PlanArea& area : component.areas) {
             out += "<path d=\"" + SvgPathData(area, frame) + "\"/>\n";

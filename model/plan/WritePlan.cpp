@@ -1,4 +1,6 @@
+#include <cmath>
 #include <filesystem>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -13,38 +15,43 @@ namespace ZVSmartModel {
 
 namespace {
 
-std::vector<PlanFloor> DrawFloors(OpenedBlock& block, PlacedRecords& records,
-                                  const std::optional<std::string>& wanted, ProgressPace& pace) {
-    const auto [first, end] = block.FindFloors(wanted);
-    std::vector<PlanFloor> floors;
-    for (unsigned int floor = first; floor < end; ++floor) {
-        const auto tell = [&pace, done = floor - first, total = end - first] {
-            pace.Tell("drawing the plan", done, total);
-        };
-        const auto draw = [&] {
-            PlanFloor plan = DrawFloor(block, records, floor, tell);
-            // Many a model has a floor that only says something about it.
-            if (wanted || !plan.components.empty()) floors.push_back(std::move(plan));
-        };
-        if (!block.Within("floor " + std::to_string(floor), draw)) break;
+PlanSummary SummaryOf(std::vector<PlanFloor>& floors) {
+    PlanSummary summary;
+    summary.floors = floors.size();
+    std::set<std::pair<unsigned int, unsigned int>> drawn;
+    for (PlanFloor& floor : floors) {
+        for (const PlanComponent& component : floor.components) {
+            drawn.emplace(component.index.floorIndex, component.index.compIndex);
+        }
+        summary.perFloor.push_back(std::move(floor.summary));
     }
-    return floors;
+    summary.elements = drawn.size();
+    return summary;
 }
 
 }  // namespace
 
 PlanSummary WritePlan(const BlockFile& file, ZVSmartFormat::CZVFTOutStream& out,
                       const PlanOptions& options, const Progress& progress) {
+    if (!std::isfinite(options.cutHeight)) {
+        throw Error(Status::Usage, "the height of the cut is no number of metres");
+    }
     return file.Internals().Ask([&](OpenedBlock& block) {
         ProgressPace pace(progress);
         PlacedRecords records(block);
-        const std::vector<PlanFloor> floors = DrawFloors(block, records, options.floor, pace);
+        const auto wanted = block.FindFloors(options.floor);
+        const auto tell = [&pace](unsigned int done, unsigned int total) {
+            pace.Tell("drawing the plan", done, total);
+        };
+        std::vector<PlanFloor> floors = DrawFloors(block, records, wanted, options.cutHeight, tell);
+        // Many a model has a floor that only says something about it.
+        if (!options.floor) {
+            std::erase_if(floors, [](const PlanFloor& floor) { return floor.components.empty(); });
+        }
         const std::string fileName = std::filesystem::path(block.Path()).filename().string();
         WriteWhole(out, SvgSheet(options.title.empty() ? fileName : options.title, floors));
 
-        PlanSummary summary;
-        summary.floors = floors.size();
-        for (const PlanFloor& floor : floors) summary.elements += floor.components.size();
+        PlanSummary summary = SummaryOf(floors);
         std::optional<Error> damage = block.Verdict();
         if (!damage) damage = records.FirstDamage();
         if (damage) summary.lost = damage->what();

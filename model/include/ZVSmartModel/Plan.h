@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "ZVSmartFormat/Stream.h"
 #include "ZVSmartModel/BlockFile.h"
@@ -14,25 +15,60 @@ namespace ZVSmartModel {
 struct PlanOptions {
     std::optional<std::string> floor;  ///< its number, else its name; none draws all floors
     std::string title;                 ///< of the document; empty takes the file's name
+    double cutHeight = 1.2;            ///< metres from a floor's elevation up to its plane
+    bool all = false;                  ///< draw strays as well
+};
+
+/// What became of the elements of one floor. Those that are drawn are in `cut`, `symbols` and
+/// `below`; the others that are filed under the floor are counted by why they are not drawn.
+struct PlanFloorSummary {
+    std::string name;
+    double elevation = 0;  ///< metres
+    double plane = 0;      ///< metres: where bodies are cut
+
+    std::size_t cut = 0;       ///< drawn as the section of their bodies
+    std::size_t visiting = 0;  ///< of these, filed under other floors
+    std::size_t symbols = 0;   ///< drawn by their own outlines or curves
+    std::size_t below = 0;     ///< the same, their bodies below the plane
+
+    std::size_t leftBelow = 0;  ///< below the plane, without curves
+    std::size_t leftAbove = 0;  ///< above the plane, without curves
+    std::size_t leftGaps = 0;   ///< above and below, with nothing in the plane; of any floor
+    std::size_t leftEmpty = 0;  ///< without a body or a curve that can be drawn
+    std::size_t leftFar = 0;    ///< strays, of any floor
+    /// The first ten strays: their GUIDs and names.
+    std::vector<std::string> strays;
 };
 
 /// What was drawn.
 struct PlanSummary {
-    /// That were drawn.
+    /// That were drawn; an element counts once on however many floors it is.
     /// @{
     std::size_t floors = 0, elements = 0;
     /// @}
     std::string lost;  ///< on one line, what could not be read; empty where all was
+    /// Those that were drawn.
+    std::vector<PlanFloorSummary> perFloor;
 };
 
-/// Draws floors as an SVG plan: the outlines of the elements or, where they have none, sections
-/// 1.2 m above the floor. Floors of which nothing is seen are left out, unless one is named.
-/// Lengths are those of the file, which are metres where this library packed it; all is drawn on
-/// one sheet in one round scale, in millimetres of paper, north up. Each element is a group with
-/// its GUID, its class and its name; docs/GUIDE.md describes them.
+/// Draws floors as an SVG plan: by the outlines of their elements and, where these have none, by
+/// their sections in the horizontal plane `cutHeight` above the floor's elevation. Every body that
+/// reaches through the plane is cut, whatever floor it is filed under, and stands on each floor
+/// whose plane it reaches; only rooms, and what is drawn by curves alone, keep to their own floors.
+/// The floor "unassigned", and one whose elevation is not known, show their own elements only.
+/// Floors of which nothing is seen are left out, unless one is named.
+///
+/// A stray is left out unless `all` is set: an element further from the others than ten times the
+/// diagonal of the box around them, and than 100 m. One element in ten may be a stray, or one of
+/// at least three; where more are that far, they belong to the building.
+///
+/// Lengths are those of the file, which are metres where this library packed it; nothing is
+/// guessed from sizes. All is drawn on one sheet in one round scale, in millimetres of paper, north
+/// up. Each element is a group with its GUID, its class and its name; docs/GUIDE.md describes them.
 ///
 /// Writes the document to `out` in one piece at the end. What cannot be read is left out and told
-/// in the summary. Throws Error: NotFound for a floor that is not there, InputOutput where `out`
+/// in the summary. Throws Error: Usage for a cut height that is not
+/// finite, NotFound for a floor that is not there, InputOutput where `out`
 /// does not take the document, Damaged where nothing can be told from what is left, Internal,
 /// Cancelled.
 ZVSM_API PlanSummary WritePlan(const BlockFile& file, ZVSmartFormat::CZVFTOutStream& out,

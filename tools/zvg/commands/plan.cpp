@@ -18,12 +18,41 @@ struct Arguments {
     std::string file;
     Target target;
     std::optional<std::string> floor;
+    double cutHeight = PlanOptions().cutHeight;
 };
 
 std::string Told(const PlanSummary& summary) {
     return std::to_string(summary.elements) +
            (summary.elements == 1 ? " component on " : " components on ") +
            std::to_string(summary.floors) + (summary.floors == 1 ? " floor" : " floors");
+}
+
+/// The counts that are not 0, with what they count behind them.
+class Counts {
+  public:
+    void Add(std::size_t count, const std::string& what) {
+        if (count == 0) return;
+        text += (text.empty() ? "" : ", ") + std::to_string(count) + ' ' + what;
+    }
+    const std::string& Text() const { return text; }
+
+  private:
+    std::string text;
+};
+
+std::string Told(const PlanFloorSummary& floor) {
+    Counts drawn, left;
+    const std::string visiting = std::to_string(floor.visiting) + " from other floors";
+    drawn.Add(floor.cut, floor.visiting == 0 ? "cut" : "cut (" + visiting + ")");
+    drawn.Add(floor.symbols, "by their own outlines");
+    drawn.Add(floor.below, "below by their outlines");
+    left.Add(floor.leftBelow, "below without outlines");
+    left.Add(floor.leftAbove, "above");
+    left.Add(floor.leftGaps, "with a gap at the cut");
+    left.Add(floor.leftEmpty, "without a shape");
+    std::string text = floor.name + ": " + (drawn.Text().empty() ? "nothing" : drawn.Text());
+    if (!left.Text().empty()) text += "; left out: " + left.Text();
+    return text;
 }
 
 void CheckName(const std::string& path) {
@@ -53,16 +82,21 @@ void Plan(const Arguments& arguments, const CommonOptions& common) {
     const bool isPrinted = arguments.target.path.empty();
     PlanOptions options;
     options.floor = arguments.floor;
+    options.cutHeight = arguments.cutHeight;
     options.title = std::filesystem::path(arguments.file).filename().string();
     PlanSummary summary;
     if (isPrinted) {
         OutputStream output;
         summary = WritePlan(file, output, options);
+        FinishOutput();  // who cannot take the plan is not told of it
     } else {
         summary = PlanToFile(file, options, arguments);
     }
     if (!isPrinted && !common.quiet) {
         WriteMessage(TargetName(arguments.target.path) + ": " + Told(summary));
+    }
+    if (!common.quiet) {
+        for (const PlanFloorSummary& floor : summary.perFloor) WriteMessage(Told(floor));
     }
     ThrowIfPartial(summary);
 }
@@ -73,12 +107,17 @@ void RegisterPlan(CLI::App& app, CommonOptions& common) {
     const auto arguments = std::make_shared<Arguments>();
     CLI::App* const command = AddReadingCommand(
         app, "plan",
-        "Draw floors as an SVG plan: outlines, or sections 1.2 m above the floor; lengths are "
-        "metres, as pack writes them",
+        "Draw floors as an SVG plan: outlines, and sections of all that reaches through a plane "
+        "1.2 m above the floor; lengths are metres, as pack writes them",
         "zvg plan house.zvg --floor 0 -o ground.svg", arguments->file);
     AddTargetOptions(*command, "The SVG file to write; - and the default are standard output",
                      arguments->target);
     AddFloorOption(*command, arguments->floor);
+    command
+        ->add_option("--cut", arguments->cutHeight,
+                     "How far above each floor's elevation bodies are cut, in metres")
+        ->type_name("HEIGHT")
+        ->capture_default_str();
     AddLimitOption(*command, common);
     command->callback([arguments, &common] { Plan(*arguments, common); });
 }
