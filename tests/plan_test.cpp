@@ -192,6 +192,33 @@ TEST_F(PlanTest, WhatReachesThePlaneIsCutWhereverItIsFiled) {
     EXPECT_EQ(Sections(ReadAll(folder + "upper.svg"), "short"), 1);
 }
 
+TEST_F(PlanTest, StraysAndFarOriginsLeaveTheSheetAlone) {
+    const auto run = [&](double away) {
+        ASSERT_TRUE(stream.emplace(folder + "model.zvg").Open());
+        CZVLGBlockSaver fresh;
+        fresh.Init(&*stream, {});
+        fresh.AddIdentificationGeo(L"box", Box(3));
+        for (const auto& [name, x] : {std::pair(L"a", 0.0), {L"b", 0.0}, {L"far", 2 + away}}) {
+            SZVLGZvgComp comp = MakeComp(name);
+            comp.geoRefs[0].geo.namedTransfs = {{L"box", Moved(1e7 + x, -1e7, 0)}};
+            fresh.AddComp(comp);
+        }
+        fresh.WriteEnd();
+        stream->Close();
+        ASSERT_EQ(Run("$Z plan model.zvg"), 0);
+    };
+    run(99);  // many diagonals, but no 100 m
+    EXPECT_EQ(Sections(out, "far"), 1);
+    EXPECT_EQ(err, "zvg: Ground: 3 cut\n");
+    run(101);
+    EXPECT_TRUE(Holds(out, boxPaths[0]) || Holds(out, boxPaths[1])) << out;
+    EXPECT_EQ(Sections(out, "far"), 0);
+    EXPECT_EQ(err, "zvg: Ground: 2 cut; left out: 1 far away, which --all draws: far far\n");
+    ASSERT_EQ(Run("$Z plan model.zvg --all -q"), 0);
+    EXPECT_EQ(Sections(out, "far"), 1);
+    EXPECT_EQ(err, "");
+}
+
 /// Checks nesting of elements, escapes and forbidden characters, and gathers the ids.
 void ExpectWellFormed(const std::string& xml, std::multiset<std::string>& ids) {
     std::vector<std::string> open;

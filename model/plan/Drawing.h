@@ -46,6 +46,7 @@ struct PlanComponent : PlanShapes {
     std::string name;       ///< what a person calls it, UTF-8
     std::string className;  ///< level 2, UTF-8
     DrawnAs drawnAs = DrawnAs::section;
+    bool visits = false;  ///< filed under another floor
 };
 
 struct PlanFloor {

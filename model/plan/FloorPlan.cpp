@@ -126,6 +126,7 @@ class FloorsDrawing {
         named.className = ToUtf8(comp.classLevel2Name);
         const std::map<double, PlanShapes> sections = drawing.TakeSections();
         if (own != notWanted) PutOnOwn(own, named, drawing, sections);
+        named.visits = true;
         for (const double height : heights) {
             if (!drawing.Reach().IsCutAt(height) || IsRoomClass(comp.classLevel2Name)) continue;
             const auto section = sections.find(height);

@@ -9,21 +9,21 @@
 #include "model/element/FileSink.h"
 #include "model/element/ProgressPace.h"
 #include "model/plan/FloorPlan.h"
+#include "model/plan/Strays.h"
 #include "model/plan/SvgSheet.h"
 
 namespace ZVSmartModel {
 
 namespace {
 
-PlanSummary SummaryOf(std::vector<PlanFloor>& floors) {
+PlanSummary SummaryOf(const std::vector<PlanFloor>& floors) {
     PlanSummary summary;
-    summary.floors = floors.size();
     std::set<std::pair<unsigned int, unsigned int>> drawn;
-    for (PlanFloor& floor : floors) {
+    for (const PlanFloor& floor : floors) {
         for (const PlanComponent& component : floor.components) {
             drawn.emplace(component.index.floorIndex, component.index.compIndex);
         }
-        summary.perFloor.push_back(std::move(floor.summary));
+        summary.perFloor.push_back(floor.summary);
     }
     summary.elements = drawn.size();
     return summary;
@@ -44,14 +44,15 @@ PlanSummary WritePlan(const BlockFile& file, ZVSmartFormat::CZVFTOutStream& out,
             pace.Tell("drawing the plan", done, total);
         };
         std::vector<PlanFloor> floors = DrawFloors(block, records, wanted, options.cutHeight, tell);
+        if (!options.all) TakeOutStrays(floors);
+        PlanSummary summary = SummaryOf(floors);
         // Many a model has a floor that only says something about it.
         if (!options.floor) {
             std::erase_if(floors, [](const PlanFloor& floor) { return floor.components.empty(); });
         }
+        summary.floors = floors.size();
         const std::string fileName = std::filesystem::path(block.Path()).filename().string();
         WriteWhole(out, SvgSheet(options.title.empty() ? fileName : options.title, floors));
-
-        PlanSummary summary = SummaryOf(floors);
         std::optional<Error> damage = block.Verdict();
         if (!damage) damage = records.FirstDamage();
         if (damage) summary.lost = damage->what();

@@ -47,7 +47,7 @@ struct PlanSummary {
     std::size_t floors = 0, elements = 0;
     /// @}
     std::string lost;  ///< on one line, what could not be read; empty where all was
-    /// Those that were drawn.
+    /// All floors that were looked at, those of which nothing is seen as well.
     std::vector<PlanFloorSummary> perFloor;
 };
 

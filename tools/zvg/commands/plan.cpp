@@ -19,6 +19,7 @@ struct Arguments {
     Target target;
     std::optional<std::string> floor;
     double cutHeight = PlanOptions().cutHeight;
+    bool all = false;
 };
 
 std::string Told(const PlanSummary& summary) {
@@ -50,8 +51,12 @@ std::string Told(const PlanFloorSummary& floor) {
     left.Add(floor.leftAbove, "above");
     left.Add(floor.leftGaps, "with a gap at the cut");
     left.Add(floor.leftEmpty, "without a shape");
+    left.Add(floor.leftFar, "far away, which --all draws");
     std::string text = floor.name + ": " + (drawn.Text().empty() ? "nothing" : drawn.Text());
     if (!left.Text().empty()) text += "; left out: " + left.Text();
+    for (const std::string& stray : floor.strays) {
+        text += (&stray == &floor.strays.front() ? ": " : ", ") + stray;
+    }
     return text;
 }
 
@@ -83,6 +88,7 @@ void Plan(const Arguments& arguments, const CommonOptions& common) {
     PlanOptions options;
     options.floor = arguments.floor;
     options.cutHeight = arguments.cutHeight;
+    options.all = arguments.all;
     options.title = std::filesystem::path(arguments.file).filename().string();
     PlanSummary summary;
     if (isPrinted) {
@@ -118,6 +124,9 @@ void RegisterPlan(CLI::App& app, CommonOptions& common) {
                      "How far above each floor's elevation bodies are cut, in metres")
         ->type_name("HEIGHT")
         ->capture_default_str();
+    command->add_flag("--all", arguments->all,
+                      "Draw strays as well: what lies further from the rest than ten times its "
+                      "diagonal, and than 100 m");
     AddLimitOption(*command, common);
     command->callback([arguments, &common] { Plan(*arguments, common); });
 }
