@@ -104,7 +104,7 @@ void AddDocumentClasses(py::module_& module) {
               py::arg("progress") = py::none(), R"(plan(floor=None, title="", progress=None) -> Plan
 
 Draws a floor, by its name or number, or all floors: the outlines of the elements or, where
-they have none, sections 1.2 m above the floor. Raises KeyError for a floor that is not there.)");
+they have none, sections of what reaches the plane 1.2 m above the floor. Raises KeyError for a floor that is not there.)");
     addMethod("export", Export, py::arg("path"), py::kw_only(), py::arg("cls") = py::none(),
               py::arg("floor") = py::none(), py::arg("where") = py::none(),
               py::arg("rooms") = false, py::arg("salvage") = false,
