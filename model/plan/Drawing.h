@@ -30,7 +30,7 @@ struct PlanPath {
 using PlanArea = std::vector<PlanPath>;
 
 /// What a component is drawn as.
-enum class DrawnAs { section, symbol, projection };
+enum class DrawnAs { Section, Symbol, Projection };
 
 /// What is drawn of a component.
 struct PlanShapes {
@@ -45,7 +45,7 @@ struct PlanComponent : PlanShapes {
     std::string identity;   ///< the component's GUID, UTF-8
     std::string name;       ///< what a person calls it, UTF-8
     std::string className;  ///< level 2, UTF-8
-    DrawnAs drawnAs = DrawnAs::section;
+    DrawnAs drawnAs = DrawnAs::Section;
     bool visits = false;  ///< filed under another floor
 };
 

@@ -140,7 +140,7 @@ class FloorsDrawing {
                 } else {
                     ++summary.cut;
                     ++summary.visiting;
-                    Put(plan, named, DrawnAs::section, section->second);
+                    Put(plan, named, DrawnAs::Section, section->second);
                 }
             }
         }
@@ -157,12 +157,12 @@ class FloorsDrawing {
             PlanShapes shapes = section->second;
             shapes.lines.insert(shapes.lines.end(), symbol.lines.begin(), symbol.lines.end());
             ++summary.cut;
-            return Put(own, named, DrawnAs::section, shapes);
+            return Put(own, named, DrawnAs::Section, shapes);
         }
         const bool isBelow = !reach.IsEmpty() && reach.high < summary.plane;
         if (!symbol.IsEmpty()) {
             ++(isBelow ? summary.below : summary.symbols);
-            return Put(own, named, isBelow ? DrawnAs::projection : DrawnAs::symbol, symbol);
+            return Put(own, named, isBelow ? DrawnAs::Projection : DrawnAs::Symbol, symbol);
         }
         if (reach.IsEmpty()) {
             ++summary.leftEmpty;
@@ -183,7 +183,7 @@ class FloorsDrawing {
         const auto textBytes = named.identity.size() + named.name.size() + named.className.size();
         block.Limits().Memory(bytesOfComponent + 4 * textBytes);
         // Its drawing was charged once, and may stand on several floors.
-        if (drawnAs == DrawnAs::section) block.Limits().Memory(added * sizeof(PlanVertex));
+        if (drawnAs == DrawnAs::Section) block.Limits().Memory(added * sizeof(PlanVertex));
         PlanComponent component = named;
         component.drawnAs = drawnAs;
         static_cast<PlanShapes&>(component) = shapes;

@@ -115,12 +115,14 @@ PlanPath PathOf(const CZVIMCircle& circle) {
 
 }  // namespace
 
+// Once: curves in the model are upright. NOLINTNEXTLINE(misc-no-recursion)
 std::optional<PlanPath> PlacedOutline(const SZVLGZvgGeo& record, const CZVIMTransf& toModel) {
     if (!KeepsUpright(toModel)) return PlacedOutline(CurvesInModel(record, toModel), CZVIMTransf());
     const std::optional<PlanPath> outline = OutlineOf(CurvesOf(record));
     return outline ? PlanPlacement(toModel).Placed(*outline) : std::nullopt;
 }
 
+// NOLINTNEXTLINE(misc-no-recursion)
 std::vector<PlanPath> PlacedCurves(const SZVLGZvgGeo& record, const CZVIMTransf& toModel) {
     if (!KeepsUpright(toModel)) return PlacedCurves(CurvesInModel(record, toModel), CZVIMTransf());
     const PlanPlacement placement(toModel);

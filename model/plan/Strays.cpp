@@ -72,10 +72,10 @@ std::set<const PlanComponent*> StraysAmong(std::vector<Drawn>& all) {
 }
 
 void Uncount(PlanFloorSummary& summary, const PlanComponent& component) {
-    if (component.drawnAs == DrawnAs::section) --summary.cut;
-    if (component.drawnAs == DrawnAs::section && component.visits) --summary.visiting;
-    if (component.drawnAs == DrawnAs::symbol) --summary.symbols;
-    if (component.drawnAs == DrawnAs::projection) --summary.below;
+    if (component.drawnAs == DrawnAs::Section) --summary.cut;
+    if (component.drawnAs == DrawnAs::Section && component.visits) --summary.visiting;
+    if (component.drawnAs == DrawnAs::Symbol) --summary.symbols;
+    if (component.drawnAs == DrawnAs::Projection) --summary.below;
 }
 
 }  // namespace

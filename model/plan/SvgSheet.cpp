@@ -36,11 +36,11 @@ std::string MetresText(double metres) {
 
 const char* WordOf(DrawnAs drawnAs) {
     switch (drawnAs) {
-        case DrawnAs::section:
+        case DrawnAs::Section:
             return "section";
-        case DrawnAs::symbol:
+        case DrawnAs::Symbol:
             return "symbol";
-        case DrawnAs::projection:
+        case DrawnAs::Projection:
             break;
     }
     return "projection";
@@ -104,7 +104,7 @@ class Sheet {
             w + "mm\" height=\"" + h + "mm\" viewBox=\"0 0 " + w + ' ' + h + "\">\n<title>" +
             EscapeXml(title) + "</title>\n";
         WriteStyles();
-        out += "<rect class=\"plan-paper\" width=\"" + w + "\" height=\"" + h + "\"/>\n";
+        out += R"(<rect class="plan-paper" width=")" + w + "\" height=\"" + h + "\"/>\n";
     }
 
     void WriteStyles() {
@@ -183,7 +183,7 @@ class Sheet {
             out += "<path d=\"" + SvgPathData(area, frame) + "\"/>\n";
         }
         if (!component.lines.empty()) {
-            out += "<path class=\"line\" d=\"" + SvgPathData(component.lines, frame) + "\"/>\n";
+            out += R"(<path class="line" d=")" + SvgPathData(component.lines, frame) + "\"/>\n";
         }
         out += "</g>\n";
     }
@@ -194,9 +194,9 @@ class Sheet {
         if (OnPaper(length) > smallestCell - 20) length = RoundNumber(length / 2.5);
         const double half = OnPaper(length) / 2;
         const auto number = [](double value) { return SvgNumber(value); };
-        out += "<g class=\"plan-scale\"><rect x=\"" + number(left) + "\" y=\"" + number(top) +
-               "\" width=\"" + number(half) + "\" height=\"1.5\"/><path d=\"M" + number(left) +
-               ' ' + number(top) + 'h' + number(2 * half) + "v1.5h" + number(-2 * half) + "z\"/>";
+        out += R"(<g class="plan-scale"><rect x=")" + number(left) + "\" y=\"" + number(top) +
+               "\" width=\"" + number(half) + R"(" height="1.5"/><path d="M)" + number(left) + ' ' +
+               number(top) + 'h' + number(2 * half) + "v1.5h" + number(-2 * half) + "z\"/>";
         WriteText("plan-note", left, top + 5, "0");
         WriteText("plan-note", left + 2 * half - 2, top + 5, MetresText(length));
         WriteText("plan-note", left + 2 * half + 6, top + 1.6, "1:" + SvgNumber(denominator));

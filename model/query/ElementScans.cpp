@@ -33,6 +33,7 @@ bool IsDefault(const SerialKey& key) {
 
 namespace OfElements {
 
+// NOLINTNEXTLINE(readability-identifier-naming): as in SQL
 enum : int { file, floor, idx, guid, name, ofClass, type, material, colour, parent, id };
 
 void Rows(const ComponentAt& at, const Request& request, RowBatch& rows) {
@@ -63,6 +64,7 @@ void Rows(const ComponentAt& at, const Request& request, RowBatch& rows) {
 
 namespace OfProperties {
 
+// NOLINTNEXTLINE(readability-identifier-naming): as in SQL
 enum : int { file, element, set, name, value, number, unit };
 
 void Rows(const ComponentAt& at, const Request& request, RowBatch& rows) {
@@ -90,6 +92,7 @@ void Rows(const ComponentAt& at, const Request& request, RowBatch& rows) {
 
 namespace OfMaterials {
 
+// NOLINTNEXTLINE(readability-identifier-naming): as in SQL
 enum : int { file, element, idx, name, category, thickness };
 
 void Rows(const ComponentAt& at, const Request& request, RowBatch& rows) {
@@ -114,6 +117,7 @@ void Rows(const ComponentAt& at, const Request& request, RowBatch& rows) {
 
 namespace OfRelations {
 
+// NOLINTNEXTLINE(readability-identifier-naming): as in SQL
 enum : int { file, element, kind, target };
 
 void Rows(const ComponentAt& at, const Request& request, RowBatch& rows) {

@@ -38,6 +38,7 @@ std::unique_ptr<FileScan> Scan(QueriedFiles& files, unsigned int file, const Req
 
 namespace OfFiles {
 
+// NOLINTNEXTLINE(readability-identifier-naming): as in SQL
 enum : int { path, title, version, bytes, error };
 
 void Rows(QueriedFiles& files, unsigned int file, const Request& request, RowBatch& rows) {
@@ -65,6 +66,7 @@ void Rows(QueriedFiles& files, unsigned int file, const Request& request, RowBat
 
 namespace OfFloors {
 
+// NOLINTNEXTLINE(readability-identifier-naming): as in SQL
 enum : int { file, idx, name, elevation, height };
 
 void Rows(QueriedFiles& files, unsigned int number, const Request& request, RowBatch& rows) {
@@ -106,6 +108,7 @@ void Guarded(QueriedFiles& files, unsigned int file, Act act) {
 
 namespace OfShapes {
 
+// NOLINTNEXTLINE(readability-identifier-naming): as in SQL
 enum : int { file, key, points, triangles, places };
 
 void Rows(QueriedFiles& files, unsigned int number, const Request& request, RowBatch& rows) {
@@ -141,6 +144,7 @@ void Rows(QueriedFiles& files, unsigned int number, const Request& request, RowB
 
 namespace OfBoxes {
 
+// NOLINTNEXTLINE(readability-identifier-naming): as in SQL
 enum : int { file, element, xmin, ymin, zmin, xmax, ymax, zmax, area, volume, closed };
 
 /// The elements whose bodies are to be measured; geometry is not looked at.

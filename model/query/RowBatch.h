@@ -75,7 +75,7 @@ class RowBatch {
     std::int64_t Id(std::size_t row) const { return ids[row]; }
     /// A column that is wanted.
     const Cell& At(std::size_t row, int column) const {
-        static const Cell null;
+        static const Cell null = {};
         const std::uint8_t slot = slots[static_cast<std::size_t>(column)];
         return slot == none ? null : cells[row * width + slot];
     }
