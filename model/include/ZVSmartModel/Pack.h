@@ -78,8 +78,8 @@ ZVSM_API std::string ImportCage(const std::string& importer = "");
 /// `blockPath` appears whole or not at all; a file of that name is replaced. `report`, if given, is
 /// filled as far as the importer came, even where the call throws. Throws Error: Usage for options
 /// that no file can have; InputOutput for a model that cannot be opened or is of no known format,
-/// for an importer that cannot be started, passes a limit or is killed, and for a file that cannot be
-/// written; Damaged for a model that is damaged or crashes the importer, and where `strict` and
+/// for an importer that cannot be started, passes a limit or is killed, and for a file that cannot
+/// be written; Damaged for a model that is damaged or crashes the importer, and where `strict` and
 /// something is lost; Cancelled.
 ZVSM_API void PackModelFile(const std::string& modelPath, const std::string& blockPath,
                             const PackOptions& options = {}, PackReport* report = nullptr);

@@ -24,7 +24,7 @@ std::string WithoutControls(std::string_view text) {
 }
 
 std::string Field(const std::string& value) {
-    const std::string text = WithoutControls(value);
+    std::string text = WithoutControls(value);
     if (!text.empty() && text.find_first_of(",\"\t\r\n") == std::string::npos) return text;
     std::string quoted = "\"";
     for (const char c : text) {
