@@ -22,7 +22,7 @@ struct PlanOptions {
 /// What became of the elements of one floor. Those that are drawn are in `cut`, `symbols` and
 /// `below`; the others that are filed under the floor are counted by why they are not drawn.
 struct PlanFloorSummary {
-    std::string name;
+    std::string name;      ///< UTF-8; may be empty
     double elevation = 0;  ///< metres
     double plane = 0;      ///< metres: where bodies are cut
 
