@@ -1,6 +1,7 @@
 // The calls that do what the commands of zvg do, through the shared library, on a small building.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <bit>
 #include <filesystem>
@@ -104,6 +105,15 @@ TEST(ModelCalls, ExportedFilesAppearWholeOrNotAtAll) {
     EXPECT_EQ(ExportFile(file, path).elements, 2U);
     EXPECT_GT(fs::file_size(path), fs::file_size(folder / "house.mtl"));
     EXPECT_EQ(files(), 2);
+
+    const fs::path pipe = folder / "pipe.glb", link = folder / "link.glb";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_EQ(FailureOf([&] { ExportFile(file, pipe); }), Status::InputOutput);
+    EXPECT_TRUE(fs::is_fifo(pipe));
+    fs::create_symlink("linked.glb", link);
+    ExportFile(file, link);
+    EXPECT_TRUE(fs::is_symlink(link) && fs::is_regular_file(folder / "linked.glb"));
+    EXPECT_EQ(files(), 5);
 }
 
 TEST(ModelCalls, EndWhereNobodyWantsMore) {

@@ -8,14 +8,31 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 #include "ZVSmartModel/Error.h"
 
 namespace ZVSmartModel {
 
-NewFile::NewFile(const std::string& path)
-    : path(path), temporary(path + ".XXXXXX"), file(mkostemp(temporary.data(), O_CLOEXEC)) {
-    if (!file.IsOpen()) Fail();
+std::string FollowLinks(const std::string& path) {
+    namespace fs = std::filesystem;
+    constexpr int mostLinks = 40;
+    std::error_code ignored;
+    fs::path target = path;
+    for (int i = 0; i < mostLinks && fs::is_symlink(target, ignored); ++i) {
+        target = target.parent_path() / fs::read_symlink(target, ignored);
+    }
+    return target.string();
+}
+
+NewFile::NewFile(const std::string& path) : path(FollowLinks(path)) {
+    struct stat status = {};
+    if (stat(this->path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+        Fail("it is not a regular file");
+    }
+    temporary = this->path + ".XXXXXX";
+    file = OwnedDescriptor(mkostemp(temporary.data(), O_CLOEXEC));
+    if (!file.IsOpen()) Fail(std::strerror(errno));
     const mode_t mask = umask(0);
     umask(mask);
     fchmod(file.Number(), 0666 & ~mask);
@@ -26,12 +43,14 @@ NewFile::~NewFile() {
 }
 
 void NewFile::Commit() {
-    if (fsync(file.Number()) != 0 || std::rename(temporary.c_str(), path.c_str()) != 0) Fail();
+    if (fsync(file.Number()) != 0 || std::rename(temporary.c_str(), path.c_str()) != 0) {
+        Fail(std::strerror(errno));
+    }
     temporary.clear();
 }
 
-void NewFile::Fail() const {
-    throw Error(Status::InputOutput, path + ": " + std::strerror(errno), path);
+void NewFile::Fail(const char* reason) const {
+    throw Error(Status::InputOutput, path + ": " + reason, path);
 }
 
 }  // namespace ZVSmartModel

@@ -6,8 +6,12 @@
 
 namespace ZVSmartModel {
 
+/// Where `path` leads if it is a symbolic link; a dangling link leads to the file it would make.
+std::string FollowLinks(const std::string& path);
+
 /// A file that gets its name only when it is whole: until then it lies beside it, under a name
-/// that nobody knows, and goes with this object. Every call throws Error InputOutput.
+/// that nobody knows, and goes with this object. A link stays and what it leads to is replaced; a
+/// device, a pipe or a folder of that name is refused. Every call throws Error InputOutput.
 class NewFile {
   public:
     explicit NewFile(const std::string& path);
@@ -21,7 +25,7 @@ class NewFile {
     void Commit();
 
   private:
-    [[noreturn]] void Fail() const;
+    [[noreturn]] void Fail(const char* reason) const;
 
     std::string path, temporary;
     OwnedDescriptor file;

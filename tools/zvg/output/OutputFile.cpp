@@ -9,6 +9,7 @@
 
 #include "model/element/AnonymousFile.h"
 #include "model/element/FileSink.h"
+#include "model/element/NewFile.h"
 #include "tools/zvg/Command.h"
 #include "tools/zvg/output/SignalCleanup.h"
 #include "tools/zvg/text/StandardOutput.h"
@@ -18,16 +19,6 @@ namespace ZVSmartModel::Tool {
 namespace fs = std::filesystem;
 
 namespace {
-
-/// Where `path` leads if it is a symbolic link; a dangling link leads to the file it would make.
-fs::path FollowLinks(fs::path path) {
-    constexpr int mostLinks = 40;
-    std::error_code ignored;
-    for (int i = 0; i < mostLinks && fs::is_symlink(path, ignored); ++i) {
-        path = path.parent_path() / fs::read_symlink(path, ignored);
-    }
-    return path;
-}
 
 /// By device and number, as one file may have many names.
 bool IsFile(const std::string& path, const struct stat& file) {
@@ -48,7 +39,7 @@ OutputFile::OutputFile(const std::string& target, bool force,
         nameless = OpenAnonymousFile();
         return;
     }
-    this->target = FollowLinks(target).string();
+    this->target = FollowLinks(target);
     struct stat status = {};
     if (stat(this->target.c_str(), &status) == 0) {
         for (const std::string& input : inputs) {
