@@ -5,6 +5,8 @@
 
 #include <bit>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <thread>
 
 #include "ZVSmartModel/Diff.h"
@@ -108,12 +110,20 @@ TEST(ModelCalls, ExportedFilesAppearWholeOrNotAtAll) {
 
     const fs::path pipe = folder / "pipe.glb", link = folder / "link.glb";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    EXPECT_EQ(FailureOf([&] { ExportFile(file, pipe); }), Status::InputOutput);
+    std::ostringstream piped;
+    std::thread reader([&] { piped << std::ifstream(pipe).rdbuf(); });
+    ExportFile(file, pipe);
+    reader.join();
     EXPECT_TRUE(fs::is_fifo(pipe));
     fs::create_symlink("linked.glb", link);
     ExportFile(file, link);
-    EXPECT_TRUE(fs::is_symlink(link) && fs::is_regular_file(folder / "linked.glb"));
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_EQ(piped.str().size(), fs::file_size(folder / "linked.glb"));
     EXPECT_EQ(files(), 5);
+    const fs::path full = folder / "full.glb";
+    fs::create_symlink("/dev/full", full);
+    EXPECT_EQ(FailureOf([&] { ExportFile(file, full); }), Status::InputOutput);
+    EXPECT_TRUE(fs::is_character_file(full));
 }
 
 TEST(ModelCalls, EndWhereNobodyWantsMore) {

@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "ZVSmartModel/Error.h"
+#include "model/element/AnonymousFile.h"
 
 namespace ZVSmartModel {
 
@@ -28,7 +29,9 @@ std::string FollowLinks(const std::string& path) {
 NewFile::NewFile(const std::string& path) : path(FollowLinks(path)) {
     struct stat status = {};
     if (stat(this->path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-        Fail("it is not a regular file");
+        if (S_ISDIR(status.st_mode)) Fail(std::strerror(EISDIR));
+        file = OwnedDescriptor(OpenAnonymousFile());
+        return;
     }
     temporary = this->path + ".XXXXXX";
     file = OwnedDescriptor(mkostemp(temporary.data(), O_CLOEXEC));
@@ -43,10 +46,27 @@ NewFile::~NewFile() {
 }
 
 void NewFile::Commit() {
+    if (temporary.empty()) return Send();
     if (fsync(file.Number()) != 0 || std::rename(temporary.c_str(), path.c_str()) != 0) {
         Fail(std::strerror(errno));
     }
     temporary.clear();
+}
+
+void NewFile::Send() const {
+    const OwnedDescriptor target(open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
+    if (!target.IsOpen()) Fail(std::strerror(errno));
+    std::string piece(1 << 16, '\0');
+    off_t position = 0;
+    while (const ssize_t read = pread(file.Number(), piece.data(), piece.size(), position)) {
+        const ssize_t sent =
+            read < 0 ? read : write(target.Number(), piece.data(), static_cast<std::size_t>(read));
+        if (sent >= 0) {
+            position += sent;
+        } else if (errno != EINTR) {
+            Fail(std::strerror(errno));
+        }
+    }
 }
 
 void NewFile::Fail(const char* reason) const {
