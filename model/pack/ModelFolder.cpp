@@ -14,7 +14,7 @@ namespace ZVSmartModel {
 
 namespace {
 
-[[noreturn]] void Refuse(const std::string& name, const std::string& reason) {
+[[noreturn]] void RefuseFile(const std::string& name, const std::string& reason) {
     throw Error(Status::InputOutput, name + ": " + reason);
 }
 
@@ -39,11 +39,11 @@ OwnedDescriptor Find(int folder, const std::string& path) {
 OwnedDescriptor OpenFound(const OwnedDescriptor& found, const std::string& name,
                           unsigned long long* bytes = nullptr) {
     struct stat status = {};
-    if (fstat(found.Number(), &status) != 0) Refuse(name, std::strerror(errno));
-    if (!S_ISREG(status.st_mode)) Refuse(name, "not a regular file");
+    if (fstat(found.Number(), &status) != 0) RefuseFile(name, std::strerror(errno));
+    if (!S_ISREG(status.st_mode)) RefuseFile(name, "not a regular file");
     if (bytes != nullptr) *bytes = static_cast<unsigned long long>(status.st_size);
     OwnedDescriptor file(open(LinkTo(found.Number()).c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
-    if (!file.IsOpen()) Refuse(name, std::strerror(errno));
+    if (!file.IsOpen()) RefuseFile(name, std::strerror(errno));
     return file;
 }
 
@@ -56,12 +56,12 @@ std::string FolderOf(const std::string& path) {
 
 ModelFolder::ModelFolder(const std::string& modelPath) : modelPath(modelPath) {
     const OwnedDescriptor model = Find(AT_FDCWD, modelPath);
-    if (!model.IsOpen()) Refuse(modelPath, std::strerror(errno));
+    if (!model.IsOpen()) RefuseFile(modelPath, std::strerror(errno));
     OpenFound(model, modelPath, &modelBytes);
     folder = Find(AT_FDCWD, FolderOf(modelPath));
-    if (!folder.IsOpen()) Refuse(modelPath, std::strerror(errno));
+    if (!folder.IsOpen()) RefuseFile(modelPath, std::strerror(errno));
     folderPath = PathOf(folder.Number());
-    if (folderPath.empty()) Refuse(modelPath, "its folder has no path");
+    if (folderPath.empty()) RefuseFile(modelPath, "its folder has no path");
     if (folderPath.back() != '/') folderPath += '/';
 }
 
@@ -71,7 +71,7 @@ OwnedDescriptor ModelFolder::Open(const std::string& name) const {
     if (!found.IsOpen()) return OwnedDescriptor();
     // Asked of what was found, not of the name, which may lead elsewhere the next time.
     if (!PathOf(found.Number()).starts_with(folderPath)) {
-        Refuse(name, "not in the model's folder");
+        RefuseFile(name, "not in the model's folder");
     }
     return OpenFound(found, name);
 }

@@ -8,9 +8,8 @@ namespace ZVSmartModel {
 
 namespace {
 
-constexpr double farthest = 1e9;
-
 bool IsInReach(const PlanPoint& point) {
+    constexpr double farthest = 1e9;
     return std::fabs(point.x) < farthest && std::fabs(point.y) < farthest;
 }
 

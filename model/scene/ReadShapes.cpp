@@ -71,9 +71,9 @@ class ShapesMaker {
 };
 
 /// Tells every hundredth element; throws Error Cancelled where the caller says so.
-class Told {
+class ShapeProgress {
   public:
-    Told(const Progress& progress, std::size_t total) : progress(progress), total(total) {}
+    ShapeProgress(const Progress& progress, std::size_t total) : progress(progress), total(total) {}
 
     void Next() {
         constexpr std::size_t step = 100;
@@ -104,7 +104,7 @@ Shapes ReadShapes(const BlockFile& file, const Selection& selection, const BodyO
         for (unsigned int floor = first; floor < end; ++floor) {
             if (chosen.MayHold(floor)) total += block.FloorCompNum(floor);
         }
-        Told told(progress, total);
+        ShapeProgress told(progress, total);
         for (unsigned int floor = first; floor < end; ++floor) {
             if (!chosen.MayHold(floor)) continue;
             block.ForEachComp(floor, [&](const SZVLGCompIndex& place, const SZVLGZvgComp& comp) {

@@ -9,13 +9,13 @@ using namespace ZVSmartZvg;
 namespace {
 
 constexpr int longestChain = 16;
-constexpr std::size_t nothing = static_cast<std::size_t>(-1);
+constexpr std::size_t noPlacement = static_cast<std::size_t>(-1);
 
 /// A geometry that is placed by its name, and by whom.
 struct PlacedName {
     std::wstring name;
     CZVIMTransf toModel;
-    std::size_t placedBy = nothing;
+    std::size_t placedBy = noPlacement;
 };
 
 /// What one component places, in the order in which it was found.
@@ -33,7 +33,7 @@ class PlacedNames {
 
     /// Several rows may lead to one geometry; it is there once.
     void AddReferenced(const std::wstring& name) {
-        if (referenced.insert(name).second) Add(name, CZVIMTransf(), nothing);
+        if (referenced.insert(name).second) Add(name, CZVIMTransf(), noPlacement);
     }
 
     std::size_t Size() const { return list.size(); }
@@ -43,7 +43,7 @@ class PlacedNames {
   private:
     bool IsNew(const std::wstring& name, std::size_t placedBy) const {
         int chain = 0;
-        for (std::size_t i = placedBy; i != nothing; i = list[i].placedBy) {
+        for (std::size_t i = placedBy; i != noPlacement; i = list[i].placedBy) {
             if (list[i].name == name || ++chain >= longestChain) return false;
         }
         return true;

@@ -7,10 +7,10 @@ namespace ZVSmartModel {
 
 namespace {
 
-using Triangles = std::vector<std::array<std::size_t, 3>>;
+using CornerTriangles = std::vector<std::array<std::size_t, 3>>;
 using Polygon = std::vector<std::array<double, 3>>;
 
-constexpr std::size_t mostCorners = 1000;
+constexpr std::size_t mostClipped = 1000;
 
 struct Flat {
     double x, y;
@@ -59,8 +59,8 @@ bool Same(const Flat& a, const Flat& b) {
     return a.x == b.x && a.y == b.y;
 }
 
-Triangles Fan(std::size_t corners) {
-    Triangles triangles;
+CornerTriangles Fan(std::size_t corners) {
+    CornerTriangles triangles;
     for (std::size_t i = 2; i < corners; ++i) triangles.push_back({0, i - 1, i});
     return triangles;
 }
@@ -79,7 +79,7 @@ class Clipper {
         }
     }
 
-    Triangles Clip() {
+    CornerTriangles Clip() {
         std::size_t at = 0;
         std::size_t misses = 0;
         while (left > 3) {
@@ -147,13 +147,13 @@ class Clipper {
     Budget& limits;
     std::size_t left;  ///< corners
     std::vector<Corner> corners;
-    Triangles triangles;
+    CornerTriangles triangles;
 };
 
 }  // namespace
 
-Triangles Triangulate(const Polygon& polygon, Budget& limits) {
-    if (polygon.size() <= 3 || polygon.size() > mostCorners) return Fan(polygon.size());
+CornerTriangles Triangulate(const Polygon& polygon, Budget& limits) {
+    if (polygon.size() <= 3 || polygon.size() > mostClipped) return Fan(polygon.size());
     return Clipper(Flattened(polygon), limits).Clip();
 }
 

@@ -51,7 +51,7 @@ void Walk(const LinePieces& a, const LinePieces& b, const Step& step) {
     }
 }
 
-LinePieces Combined(BooleanOperation operation, const LinePieces& a, const LinePieces& b) {
+LinePieces CombinedPieces(BooleanOperation operation, const LinePieces& a, const LinePieces& b) {
     LinePieces pieces;
     Walk(a, b, [&](double from, double to, bool inA, bool inB) {
         if (from == to || !IsInside(operation, inA, inB)) return;
@@ -123,7 +123,7 @@ void BooleanCheck::DrawLines(std::size_t lineCount) {
         const auto insideA = a.Inside(line);
         const auto insideB = b.Inside(line);
         if (!insideA || !insideB) continue;
-        expected.push_back({line, Combined(operation, *insideA, *insideB)});
+        expected.push_back({line, CombinedPieces(operation, *insideA, *insideB)});
     }
 }
 

@@ -25,7 +25,7 @@ namespace ZVSmartModel {
 
 namespace {
 
-struct Look {
+struct StyledLook {
     std::optional<Rgba> colour;
     std::wstring styleName;
 };
@@ -42,7 +42,8 @@ bool IsNoBody(const std::wstring& identifier) {
 }
 
 /// Corners of triangles of a face with `count` vertices that begin at `first` in the shell.
-std::vector<carve::triangulate::tri_idx> Triangles(const MeshSet::face_t& face, std::size_t count) {
+std::vector<carve::triangulate::tri_idx> CutIntoTriangles(const MeshSet::face_t& face,
+                                                          std::size_t count) {
     if (count == 3) return {{0, 1, 2}};
     const SteadyMemory steady;
     std::vector<carve::geom::vector<2>> projected;
@@ -60,7 +61,7 @@ void AddFace(const MeshSet::face_t& face, ModelShell& shell) {
     for (const auto* vertex : vertices) {
         shell.points.push_back({vertex->v.x, vertex->v.y, vertex->v.z});
     }
-    for (const auto& triangle : Triangles(face, vertices.size())) {
+    for (const auto& triangle : CutIntoTriangles(face, vertices.size())) {
         const bool inside = std::max({triangle.a, triangle.b, triangle.c}) < vertices.size();
         if (!inside) continue;
         shell.triangles.push_back({first + triangle.a, first + triangle.b, first + triangle.c});
@@ -188,11 +189,11 @@ class IfcShapes::Maker {
         CutOpeningsOfWhole(*product, data);
         Body body;
         body.placement = PlacementOf(data->getTransform());
-        const Look materialLook = LookOf(materials);
-        const Look productLook = LookOf(data->getAppearances());
+        const StyledLook materialLook = LookOf(materials);
+        const StyledLook productLook = LookOf(data->getAppearances());
         for (const auto& representation : data->m_vec_representations) {
             if (!representation || IsNoBody(representation->m_representation_identifier)) continue;
-            const Look representationLook =
+            const StyledLook representationLook =
                 LookOf(representation->m_vec_representation_appearances);
             for (const auto& item : representation->m_vec_item_data) {
                 if (!item) continue;
@@ -300,10 +301,10 @@ class IfcShapes::Maker {
         return true;
     }
 
-    void AddItem(ItemShapeData& item, const std::vector<Look>& looks, ModelShape& shape) {
+    void AddItem(ItemShapeData& item, const std::vector<StyledLook>& looks, ModelShape& shape) {
         ShapePart part;
         const auto look = std::find_if(looks.begin(), looks.end(),
-                                       [](const Look& l) { return l.colour.has_value(); });
+                                       [](const StyledLook& l) { return l.colour.has_value(); });
         if (look != looks.end()) {
             part.colour = look->colour;
             part.styleName = look->styleName;
@@ -314,7 +315,7 @@ class IfcShapes::Maker {
     }
 
     /// Of the first that tells a surface's colour; styles of curves, fillings and texts do not.
-    Look LookOf(const Appearances& appearances) const {
+    StyledLook LookOf(const Appearances& appearances) const {
         const auto& entities = model->getMapIfcEntities();
         for (const auto& appearance : appearances) {
             if (!appearance) continue;
@@ -328,17 +329,17 @@ class IfcShapes::Maker {
     }
 
     /// Of a property called "Color", which the library reads.
-    static Look LookOfProperty(const AppearanceData& appearance) {
+    static StyledLook LookOfProperty(const AppearanceData& appearance) {
         const vec4& colour = appearance.m_color_diffuse;
         return {MakeColour(colour.r(), colour.g(), colour.b(), appearance.m_transparency), {}};
     }
 
-    Look LookOf(const std::vector<IfcMaterialUse>& materials) {
+    StyledLook LookOf(const std::vector<IfcMaterialUse>& materials) {
         for (const IfcMaterialUse& use : materials) {
             for (const auto& weakShown : use.material->m_HasRepresentation_inverse) {
                 const auto shown = weakShown.lock();
                 if (!shown) continue;
-                Look look = LookOf(AppearancesOf(*shown));
+                StyledLook look = LookOf(AppearancesOf(*shown));
                 if (look.colour) return look;
             }
         }

@@ -71,14 +71,14 @@ void AddBytes(Document& document, const SZVLGZvgGeo& geo) {
 }
 
 /// A record that waits for its turn.
-struct Pending {
+struct PendingRecord {
     const SZVLGZvgGeo* geo;
     const SZVLGZvgDisplayAttr* attr;  ///< null for the outermost record
     std::size_t parent;               ///< position in the list of records
     std::size_t level;
 };
 
-Document RecordDocument(const Pending& pending, const GeoExtent& extent) {
+Document RecordDocument(const PendingRecord& pending, const GeoExtent& extent) {
     Document document;
     document["level"] = pending.level;
     if (pending.attr != nullptr) {
@@ -94,7 +94,7 @@ Document RecordDocument(const Pending& pending, const GeoExtent& extent) {
 }
 
 /// Whether the document may grow by a record.
-bool HasRoomFor(const Pending& pending, Budget& limits) {
+bool HasRoomFor(const PendingRecord& pending, Budget& limits) {
     const SZVLGZvgGeo& geo = *pending.geo;
     const std::size_t described =
         geo.namedTransfs.size() + geo.namedTransfs2.size() + geo.blobs.size() + geo.images.size();
@@ -118,9 +118,9 @@ Document GeoDocument(const SZVLGZvgGeo& geo, Budget& limits) {
     GeoExtent total;
     std::size_t leftOut = 0;
     Document records = Document::array();
-    std::vector<Pending> stack = {{&geo, nullptr, 0, 0}};
+    std::vector<PendingRecord> stack = {{&geo, nullptr, 0, 0}};
     while (!stack.empty()) {
-        const Pending pending = stack.back();
+        const PendingRecord pending = stack.back();
         stack.pop_back();
         const GeoExtent extent = MeasureGeo(*pending.geo);
         const std::size_t position = records.size();
