@@ -266,6 +266,28 @@ TEST(Reader, ARecordReadIntoBeforeHoldsNothingOfIt) {
     }
 }
 
+TEST(Reader, PropertiesThatAreNotAskedForArePassedAndAllElseIsRead) {
+    SZVLGZvgComp full = FullComp();
+    full.compProperties = {{L"A.Size", L"1"}, {L"A.Size@", L"length"}, {L"A.Size@", L"text"},
+                           {L"Größe", L"2"},  {L"Size", L"3"},         {L"", L"4"}};
+    Opened opened(Saved(4, 0, [&](CZVLGBlockSaver& saver) { saver.AddComp(full); }));
+    SZVLGZvgComp whole, comp;
+    ASSERT_TRUE(opened.reader.GetCompByIndex({0, 0}, whole));
+    const auto read = [&](const SZVLGCompParts& parts) {
+        EXPECT_TRUE(opened.reader.GetCompPartsByIndex({0, 0}, parts, comp));
+        PropertyList kept = std::move(comp.compProperties);
+        comp.compProperties = whole.compProperties;
+        EXPECT_EQ(Dump(comp), Dump(whole));
+        return kept;
+    };
+    const PropertyList& all = full.compProperties;
+    EXPECT_EQ(read({}), all);
+    EXPECT_EQ(read({false, L"Size"}), PropertyList());
+    EXPECT_EQ(read({true, L"Size"}), (PropertyList{all[0], all[1], all[4], all[5]}));
+    EXPECT_EQ(read({true, L"öße"}), (PropertyList{all[3], all[4]}));
+    EXPECT_EQ(read({true, L" A.Size"}), PropertyList());
+}
+
 TEST(Reader, AnotherInitOfAReaderOpensAsAFreshOneDoes) {
     const Bytes sample = SampleFile(4);
     const Bytes other = Saved(2, 1, [](CZVLGBlockSaver& saver) {

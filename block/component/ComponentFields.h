@@ -102,6 +102,16 @@ void VisitGeoReference(Visitor& visitor, Reference& reference, Rows& rows, unsig
     if (HasMaterials(version)) VisitMaterials(visitor, reference.materials);
 }
 
+/// A visitor may have its own way of a component's properties.
+template <class Visitor, class Properties>
+void VisitOwnProperties(Visitor& visitor, Properties& properties) {
+    if constexpr (requires { visitor.OwnProperties(properties); }) {
+        visitor.OwnProperties(properties);
+    } else {
+        VisitProperties(visitor, properties);
+    }
+}
+
 template <class Visitor, class Comp, class Rows, class RefRows>
 void VisitComponentEntry(Visitor& visitor, Comp& comp, Rows& rows, RefRows& refRows,
                          unsigned int version) {
@@ -110,7 +120,7 @@ void VisitComponentEntry(Visitor& visitor, Comp& comp, Rows& rows, RefRows& refR
     if constexpr (!Visitor::reading) flags = EntryFlagsOf(comp, rows);
     visitor.U8(flags);
     if (flags & 0x01) {
-        VisitProperties(visitor, comp.compProperties);
+        VisitOwnProperties(visitor, comp.compProperties);
     } else if constexpr (Visitor::reading) {
         comp.compProperties.clear();
     }

@@ -1,8 +1,10 @@
 #include "component/FloorBlock.h"
 
+#include <cstring>
 #include <utility>
 
 #include "stream/RecordInStream.h"
+#include "stream/WideText.h"
 
 namespace ZVSmartZvg {
 
@@ -31,10 +33,58 @@ FloorBlock::FloorBlock(FloorFields fields, DecodedBlock decoded)
     geoIds = ReadSection(in, components.End());
 }
 
-bool FloorBlock::ReadComponent(u32 i, unsigned int version, SZVLGZvgComp& comp, EntryRows& rows,
-                               MemoryBudget& budget) const {
+namespace {
+
+/// Reads a component's entry, of its properties those that are wanted.
+class EntryReader : public FieldReader<RecordInStream> {
+  public:
+    EntryReader(RecordInStream& in, MemoryBudget& budget, const SZVLGCompParts& parts)
+        : FieldReader(in, budget), in(in), parts(parts) {
+        ZVSmartFormat::AppendUtf16(parts.propertyNameEnd, nameEnd);
+    }
+
+    void OwnProperties(PropertyList& properties) {
+        if (parts.properties && nameEnd.empty()) return VisitProperties(*this, properties);
+        std::size_t kept = 0;
+        bool isBehindWanted = false;
+        for (u32 left = Count(8); left != 0; --left) {
+            const u64 position = in.GetPos();
+            const bool isWanted = PassText() && parts.properties;
+            if (isWanted || isBehindWanted) {
+                in.Seek(position);
+                Charge(1, sizeof(PropertyList::value_type));
+                if (kept == properties.size()) properties.emplace_back();
+                auto& [name, value] = properties[kept++];
+                Text(name);
+                Text(value);
+            } else {
+                PassText();
+            }
+            isBehindWanted = isWanted;
+        }
+        properties.resize(kept);
+    }
+
+  private:
+    /// Whether the text that is passed ends as names are to.
+    bool PassText() {
+        const u64 byteCount = 2 * u64{Count(2)};
+        const u8* const bytes = in.Take(byteCount);
+        return !nameEnd.empty() && byteCount >= nameEnd.size() &&
+               std::memcmp(bytes + byteCount - nameEnd.size(), nameEnd.data(), nameEnd.size()) == 0;
+    }
+
+    RecordInStream& in;
+    const SZVLGCompParts& parts;
+    std::string nameEnd;  // as it is stored
+};
+
+}  // namespace
+
+bool FloorBlock::ReadComponent(u32 i, unsigned int version, const SZVLGCompParts& parts,
+                               SZVLGZvgComp& comp, EntryRows& rows, MemoryBudget& budget) const {
     RecordInStream in(block.Data(), block.Size());
-    FieldReader<RecordInStream> reader(in, budget);
+    EntryReader reader(in, budget, parts);
     SeekRecord(in, components, i);
     ReferenceRows referenceRows;
     VisitComponentEntry(reader, comp, rows, referenceRows, version);

@@ -78,7 +78,12 @@ void CZVLGBlockReader::GetAllFloorName(std::vector<std::wstring>& names) {
 }
 
 bool CZVLGBlockReader::GetCompByIndex(const SZVLGCompIndex& index, SZVLGZvgComp& comp) {
-    return imp->ReadComp(index, comp);
+    return imp->ReadComp(index, SZVLGCompParts(), comp);
+}
+
+bool CZVLGBlockReader::GetCompPartsByIndex(const SZVLGCompIndex& index, const SZVLGCompParts& parts,
+                                           SZVLGZvgComp& comp) {
+    return imp->ReadComp(index, parts, comp);
 }
 
 bool CZVLGBlockReader::GetGeoByIdentification(const std::wstring& identification,

@@ -211,11 +211,13 @@ u32 CZVLGBlockReader::Imp::FloorCompNum(u32 floor) {
     });
 }
 
-bool CZVLGBlockReader::Imp::ReadComp(const SZVLGCompIndex& index, SZVLGZvgComp& comp) {
-    return AskOpen(false, [&] { return FetchComp(index, comp); });
+bool CZVLGBlockReader::Imp::ReadComp(const SZVLGCompIndex& index, const SZVLGCompParts& parts,
+                                     SZVLGZvgComp& comp) {
+    return AskOpen(false, [&] { return FetchComp(index, parts, comp); });
 }
 
-bool CZVLGBlockReader::Imp::FetchComp(const SZVLGCompIndex& index, SZVLGZvgComp& comp) {
+bool CZVLGBlockReader::Imp::FetchComp(const SZVLGCompIndex& index, const SZVLGCompParts& parts,
+                                      SZVLGZvgComp& comp) {
     MemoryBudget memory(recordLimit);
     const PlacedFloor* const fetched = FetchFloor(index.floorIndex, memory);
     if (fetched == nullptr) return false;
@@ -225,7 +227,8 @@ bool CZVLGBlockReader::Imp::FetchComp(const SZVLGCompIndex& index, SZVLGZvgComp&
     SZVLGZvgComp read;
     read.compProperties.swap(propertyMemory);
     EntryRows rows;
-    const bool hasAllRows = floor.ReadComponent(index.compIndex, head.version, read, rows, memory);
+    const bool hasAllRows =
+        floor.ReadComponent(index.compIndex, head.version, parts, read, rows, memory);
     if (!hasAllRows) last.NoteDamaged("refers to an identification row that is not there");
     last.LookAt(indexPosition,
                 {"a class row of floor", index.floorIndex, "component", index.compIndex});

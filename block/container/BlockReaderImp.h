@@ -48,7 +48,7 @@ class CZVLGBlockReader::Imp {
     bool ReadFloor(u32 floor, FloorFields& fields);
     std::vector<std::wstring> AllFloorNames();
     u32 FloorCompNum(u32 floor);
-    bool ReadComp(const SZVLGCompIndex& index, SZVLGZvgComp& comp);
+    bool ReadComp(const SZVLGCompIndex& index, const SZVLGCompParts& parts, SZVLGZvgComp& comp);
 
     u32 GeoBlockNum();
     u32 GeoNumInBlock(u32 block);
@@ -81,7 +81,7 @@ class CZVLGBlockReader::Imp {
                    ZVSmartFormat::DecodedBlock& block);
     const GeoBlock* FetchGeoBlock(u32 block);
     const PlacedFloor* FetchFloor(u32 floor, ZVSmartFormat::MemoryBudget& memory);
-    bool FetchComp(const SZVLGCompIndex& index, SZVLGZvgComp& comp);
+    bool FetchComp(const SZVLGCompIndex& index, const SZVLGCompParts& parts, SZVLGZvgComp& comp);
     bool FetchGeo(const SZVLGZvgGeoIndex& index, SZVLGZvgGeo& geo);
     bool FetchGeo(const std::wstring& identification, SZVLGZvgGeo& geo);
 

@@ -125,6 +125,9 @@ class ZVLG_API CZVLGBlockReader {
     /// none. Throws CZVFTStreamException, with `comp` unchanged, where its bytes are damaged. A
     /// loop that reads into one record is faster than one with a record for each component.
     bool GetCompByIndex(const SZVLGCompIndex& index, SZVLGZvgComp& comp);
+    /// The same where not all of its properties are wanted: the others are passed, undecoded.
+    bool GetCompPartsByIndex(const SZVLGCompIndex& index, const SZVLGCompParts& parts,
+                             SZVLGZvgComp& comp);
 
     /// Reads the geometry stored under `identification` into `geo`. Pass a fresh record: lists
     /// that the stored one does not have keep what they held. False where there is none. Throws

@@ -94,4 +94,12 @@ struct SZVLGZvgComp {
     SZVLGZvgDisplayAttr compAttr;  ///< how it looks itself; stored from format version 2 on
 };
 
+/// Which of its properties are read with a component; all of them unless it says otherwise.
+struct SZVLGCompParts {
+    bool properties = true;  ///< else `compProperties` is read as empty
+    /// Unless this is empty only properties whose names end with it are read, and with each of them
+    /// the one behind it, in which a host may say more of it.
+    std::wstring propertyNameEnd;
+};
+
 }  // namespace ZVSmartZvg
