@@ -54,6 +54,9 @@ Bytes House(const std::string& title, int walls) {
         NewElement door = Made("door", "IfcDoor", 1);
         door.parents = {"wall0"};
         door.group = "zone";
+        door.properties = {{"A", "X@", "u", "text", ""},
+                           {"A", "X", "1", "length", "mm"},
+                           {"B", "X@", "v", "text", ""}};
         builder.AddElement(door);
         builder.Finish();
     });
@@ -156,6 +159,12 @@ TEST_F(QueryTest, ScansOfManyFilesAndBatchesGiveEachRowOnceAndInOrder) {
     EXPECT_EQ(Ask("SELECT count(*) FROM (SELECT id, lag(id) OVER () AS before FROM elements) "
                   "WHERE id <= before"),
               (Lines{"0"}));
+    for (const char* const name : {"Width", "X", "X@"}) {  // with and without passing the others
+        const std::string asked = "SELECT element, \"set\", value, unit FROM properties WHERE ";
+        const std::string equals = std::string("name = '") + name + '\'';
+        EXPECT_EQ(Ask(asked + equals), Ask(asked + '+' + equals));
+        EXPECT_GE(Ask(asked + equals).size(), 2U);
+    }
     EXPECT_EQ(Ask("SELECT guid FROM elements WHERE guid = 'DOOR' COLLATE NOCASE LIMIT 1"),
               (Lines{"door"}));
     EXPECT_EQ(Ask("SELECT count(*) FROM elements WHERE floor = '1' OR class = NULL"), (Lines{"2"}));

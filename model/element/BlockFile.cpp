@@ -98,9 +98,10 @@ std::vector<ClassCount> BlockFile::Classes() const {
         std::map<std::wstring, std::size_t> counts;
         const unsigned int floors = block.Reader().GetFloorNum();
         for (unsigned int floor = 0; floor < floors; ++floor) {
-            block.ForEachComp(floor, [&](const SZVLGCompIndex&, const SZVLGZvgComp& comp) {
+            const auto count = [&](const SZVLGCompIndex&, const SZVLGZvgComp& comp) {
                 ++counts[comp.classLevel2Name];
-            });
+            };
+            block.ForEachComp(floor, NoProperties(), count);
         }
         block.ThrowIfCutShort();
         std::vector<ClassCount> classes;

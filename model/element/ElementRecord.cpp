@@ -66,11 +66,25 @@ PropertyList PairsOf(const std::vector<Property>& properties) {
     return PairsOf(stored);
 }
 
+namespace {
+
+constexpr std::wstring_view nameProperty = L"Element.Name";
+
+}  // namespace
+
 std::wstring_view WideNameOf(const SZVLGZvgComp& comp) {
     for (const auto& [name, value] : comp.compProperties) {
-        if (name == L"Element.Name") return value;
+        if (name == nameProperty) return value;
     }
     return {};
+}
+
+SZVLGCompParts NameAlone() {
+    return {true, std::wstring(nameProperty)};
+}
+
+SZVLGCompParts NoProperties() {
+    return {false, L""};
 }
 
 std::string NameOf(const SZVLGZvgComp& comp) {

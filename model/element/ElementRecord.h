@@ -17,6 +17,10 @@ Element ElementOf(const ZVSmartZvg::SZVLGZvgComp& comp, ElementIndex index,
 /// What people call a component: its property "Element.Name"; empty where it has none.
 std::wstring_view WideNameOf(const ZVSmartZvg::SZVLGZvgComp& comp);
 std::string NameOf(const ZVSmartZvg::SZVLGZvgComp& comp);
+/// For who wants the name and no other property.
+ZVSmartZvg::SZVLGCompParts NameAlone();
+/// For who wants no property at all.
+ZVSmartZvg::SZVLGCompParts NoProperties();
 
 /// Its own colour, or its class's.
 std::optional<Rgba> ColourOf(const ZVSmartZvg::SZVLGZvgComp& comp);

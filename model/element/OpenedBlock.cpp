@@ -173,6 +173,18 @@ bool OpenedBlock::ReadComp(const ZVSmartZvg::SZVLGCompIndex& index,
     return isRead;
 }
 
+bool OpenedBlock::ReadComp(const ZVSmartZvg::SZVLGCompIndex& index,
+                           const ZVSmartZvg::SZVLGCompParts& parts,
+                           ZVSmartZvg::SZVLGZvgComp& comp) {
+    if (parts.properties && parts.propertyNameEnd.empty()) return ReadComp(index, comp);
+    limits.Work(100);
+    bool isRead = false;
+    // What is passed takes time, too, and is not there to count.
+    limits.Timed(
+        [&] { return Ask([&] { isRead = reader.GetCompPartsByIndex(index, parts, comp); }); });
+    return isRead;
+}
+
 void OpenedBlock::ReadElement(const ZVSmartZvg::SZVLGCompIndex& index,
                               ZVSmartZvg::SZVLGZvgComp& comp) {
     const std::string place = "element " + PlaceText(index.floorIndex, index.compIndex);

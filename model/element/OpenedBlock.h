@@ -87,6 +87,9 @@ class OpenedBlock {
     /// Reads the component at `index`, which is within the floor's number of components. False,
     /// remembered as damage, where it cannot be read.
     bool ReadComp(const ZVSmartZvg::SZVLGCompIndex& index, ZVSmartZvg::SZVLGZvgComp& comp);
+    /// The same where not all of its properties are wanted.
+    bool ReadComp(const ZVSmartZvg::SZVLGCompIndex& index, const ZVSmartZvg::SZVLGCompParts& parts,
+                  ZVSmartZvg::SZVLGZvgComp& comp);
     /// Reads the component at `index`. Throws Error, NotFound, where there is none, and Damaged
     /// where it, or whether it is there, cannot be read.
     void ReadElement(const ZVSmartZvg::SZVLGCompIndex& index, ZVSmartZvg::SZVLGZvgComp& comp);
@@ -107,12 +110,17 @@ class OpenedBlock {
     /// is used up.
     template <class Use>
     void ForEachComp(unsigned int floor, Use use) {
+        ForEachComp(floor, ZVSmartZvg::SZVLGCompParts(), use);
+    }
+    /// The same where not all of their properties are wanted.
+    template <class Use>
+    void ForEachComp(unsigned int floor, const ZVSmartZvg::SZVLGCompParts& parts, Use use) {
         ZVSmartZvg::SZVLGZvgComp comp;
         const unsigned int count = FloorCompNum(floor);
         for (unsigned int position = 0; position < count; ++position) {
             const ZVSmartZvg::SZVLGCompIndex index{floor, position};
             try {
-                if (ReadComp(index, comp)) use(index, comp);
+                if (ReadComp(index, parts, comp)) use(index, comp);
             } catch (const BudgetUsedUp& end) {
                 return LeaveOut("component " + PlaceText(floor, position), end);
             }

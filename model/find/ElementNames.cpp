@@ -17,14 +17,15 @@ ElementNames::ElementNames(OpenedBlock& block) {
         table[key].push_back(index);
     };
     for (unsigned int floor = 0; floor < floors; ++floor) {
-        block.ForEachComp(floor, [&](const SZVLGCompIndex& place, const SZVLGZvgComp& comp) {
+        const auto take = [&](const SZVLGCompIndex& place, const SZVLGZvgComp& comp) {
             const ElementIndex index = {place.floorIndex, place.compIndex};
             note(byGuid, KeyText(comp.compGuidName), index);
             if (std::string name = NameOf(comp); !name.empty()) note(byName, name, index);
             for (const SerialKey& parent : comp.relatedGuidNames) {
                 note(byParent, KeyText(parent), index);
             }
-        });
+        };
+        block.ForEachComp(floor, NameAlone(), take);
     }
     block.ThrowIfCutShort();
     if (block.HasMetDamage()) damage = block.Verdict();

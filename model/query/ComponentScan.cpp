@@ -1,6 +1,7 @@
 #include "model/query/ComponentScan.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "model/element/BlockFileImp.h"
 
@@ -22,8 +23,13 @@ void Narrow(unsigned int& first, unsigned int& end, std::optional<std::int64_t> 
 }  // namespace
 
 ComponentScan::ComponentScan(QueriedFiles& files, unsigned int file, const Request& request,
-                             RowsOf rowsOf)
-    : files(files), file(file), request(request), rowsOf(rowsOf), itself(files.Open(file)) {}
+                             RowsOf rowsOf, ZVSmartZvg::SZVLGCompParts parts)
+    : files(files),
+      file(file),
+      request(request),
+      rowsOf(rowsOf),
+      parts(std::move(parts)),
+      itself(files.Open(file)) {}
 
 bool ComponentScan::Next(RowBatch& rows) {
     if (!itself) return false;
@@ -92,7 +98,7 @@ bool ComponentScan::FindFloor(OpenedBlock& block) {
 }
 
 void ComponentScan::Read(OpenedBlock& block, ElementIndex index, RowBatch& rows) {
-    if (!block.ReadComp({index.floor, index.position}, comp)) return;
+    if (!block.ReadComp({index.floor, index.position}, parts, comp)) return;
     rowsOf({files.Path(file), index, ElementId{file, index}.Number(), comp}, request, rows);
 }
 

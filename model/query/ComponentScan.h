@@ -25,7 +25,9 @@ class ComponentScan : public FileScan {
     /// Adds a component's rows.
     using RowsOf = void (*)(const ComponentAt& at, const Request& request, RowBatch& rows);
 
-    ComponentScan(QueriedFiles& files, unsigned int file, const Request& request, RowsOf rowsOf);
+    /// `rowsOf` is given components with `parts` of their properties.
+    ComponentScan(QueriedFiles& files, unsigned int file, const Request& request, RowsOf rowsOf,
+                  ZVSmartZvg::SZVLGCompParts parts);
 
     /// Null where it cannot be opened.
     const std::shared_ptr<const BlockFile>& File() const { return itself; }
@@ -46,6 +48,7 @@ class ComponentScan : public FileScan {
     unsigned int file;
     const Request& request;
     RowsOf rowsOf;
+    ZVSmartZvg::SZVLGCompParts parts;
     std::shared_ptr<const BlockFile> itself;
     std::optional<std::vector<ElementIndex>> only;
     std::size_t nextOnly = 0;

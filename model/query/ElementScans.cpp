@@ -149,13 +149,26 @@ std::optional<std::vector<ElementIndex>> PlacesOfGuid(const BlockFile& file,
 
 template <ComponentScan::RowsOf rowsOf>
 std::unique_ptr<FileScan> Scan(QueriedFiles& files, unsigned int file, const Request& request) {
-    return std::make_unique<ComponentScan>(files, file, request, rowsOf);
+    return std::make_unique<ComponentScan>(files, file, request, rowsOf, NoProperties());
+}
+
+/// Where the name is given the others are passed. A name that ends as companions' names do cannot
+/// be told from these without what stands before it.
+std::unique_ptr<FileScan> ScanProperties(QueriedFiles& files, unsigned int file,
+                                         const Request& request) {
+    SZVLGCompParts parts;
+    for (const Request::TextFilter& filter : request.texts) {
+        const bool isName = filter.column == OfProperties::name && !filter.wide.empty();
+        if (isName && filter.wide.back() != L'@') parts.propertyNameEnd = filter.wide;
+    }
+    return std::make_unique<ComponentScan>(files, file, request, OfProperties::Rows, parts);
 }
 
 /// An element of one file is looked up; who wants it of all files reads them.
 std::unique_ptr<FileScan> ScanElements(QueriedFiles& files, unsigned int file,
                                        const Request& request) {
-    auto scan = std::make_unique<ComponentScan>(files, file, request, OfElements::Rows);
+    const SZVLGCompParts parts = request.Wants(OfElements::name) ? NameAlone() : NoProperties();
+    auto scan = std::make_unique<ComponentScan>(files, file, request, OfElements::Rows, parts);
     const std::string* const guid = request.TextOf(OfElements::guid);
     if (scan->File() && guid != nullptr && request.path && !request.element) {
         if (auto places = PlacesOfGuid(*scan->File(), *guid)) scan->Only(std::move(*places));
@@ -166,54 +179,54 @@ std::unique_ptr<FileScan> ScanElements(QueriedFiles& files, unsigned int file,
 }  // namespace
 
 std::vector<Table> ElementTables() {
-    return {{"elements",
-             {{"file", "TEXT", Meaning::Path},
-              {"floor", "INTEGER", Meaning::Floor},
-              {"idx", "INTEGER", Meaning::Position},
-              {"guid", "TEXT", Meaning::Text},
-              {"name", "TEXT", Meaning::Text},
-              {"class", "TEXT", Meaning::Text},
-              {"type", "TEXT"},
-              {"material", "TEXT"},
-              {"colour", "TEXT"},
-              {"parent", "TEXT"},
-              {"id", "INTEGER", Meaning::Element}},
-             true,
-             200,
-             100,
-             ScanElements},
-            {"properties",
-             {{"file", "TEXT", Meaning::Path},
-              {"element", "INTEGER", Meaning::Element},
-              {"set", "TEXT", Meaning::Text},
-              {"name", "TEXT", Meaning::Text},
-              {"value", "TEXT"},
-              {"number", "REAL"},
-              {"unit", "TEXT"}},
-             false,
-             4000,
-             100,
-             Scan<OfProperties::Rows>},
-            {"materials",
-             {{"file", "TEXT", Meaning::Path},
-              {"element", "INTEGER", Meaning::Element},
-              {"idx", "INTEGER"},
-              {"name", "TEXT", Meaning::Text},
-              {"category", "TEXT"},
-              {"thickness", "REAL"}},
-             false,
-             400,
-             100,
-             Scan<OfMaterials::Rows>},
-            {"relations",
-             {{"file", "TEXT", Meaning::Path},
-              {"element", "INTEGER", Meaning::Element},
-              {"kind", "TEXT", Meaning::Text},
-              {"target", "TEXT", Meaning::Text}},
-             false,
-             300,
-             100,
-             Scan<OfRelations::Rows>}};
+    return {{.name = "elements",
+             .columns = {{"file", "TEXT", Meaning::Path},
+                         {"floor", "INTEGER", Meaning::Floor},
+                         {"idx", "INTEGER", Meaning::Position},
+                         {"guid", "TEXT", Meaning::Text},
+                         {"name", "TEXT", Meaning::Text},
+                         {"class", "TEXT", Meaning::Text},
+                         {"type", "TEXT"},
+                         {"material", "TEXT"},
+                         {"colour", "TEXT"},
+                         {"parent", "TEXT"},
+                         {"id", "INTEGER", Meaning::Element}},
+             .rowIsElement = true,
+             .rowsPerFile = 200,
+             .work = Work::decodeFloors,
+             .scan = ScanElements},
+            {.name = "properties",
+             .columns = {{"file", "TEXT", Meaning::Path},
+                         {"element", "INTEGER", Meaning::Element},
+                         {"set", "TEXT", Meaning::Text},
+                         {"name", "TEXT", Meaning::Text},
+                         {"value", "TEXT"},
+                         {"number", "REAL"},
+                         {"unit", "TEXT"}},
+             .rowIsElement = false,
+             .rowsPerFile = 4000,
+             .work = Work::decodeFloors,
+             .scan = ScanProperties},
+            {.name = "materials",
+             .columns = {{"file", "TEXT", Meaning::Path},
+                         {"element", "INTEGER", Meaning::Element},
+                         {"idx", "INTEGER"},
+                         {"name", "TEXT", Meaning::Text},
+                         {"category", "TEXT"},
+                         {"thickness", "REAL"}},
+             .rowIsElement = false,
+             .rowsPerFile = 400,
+             .work = Work::decodeFloors,
+             .scan = Scan<OfMaterials::Rows>},
+            {.name = "relations",
+             .columns = {{"file", "TEXT", Meaning::Path},
+                         {"element", "INTEGER", Meaning::Element},
+                         {"kind", "TEXT", Meaning::Text},
+                         {"target", "TEXT", Meaning::Text}},
+             .rowIsElement = false,
+             .rowsPerFile = 300,
+             .work = Work::decodeFloors,
+             .scan = Scan<OfRelations::Rows>}};
 }
 
 }  // namespace ZVSmartModel

@@ -3,6 +3,8 @@
 
 #include "ZVSmartModel/Body.h"
 #include "model/element/BlockFileImp.h"
+#include "model/element/ElementRecord.h"
+#include "model/element/Utf8.h"
 #include "model/query/ComponentScan.h"
 #include "model/query/Tables.h"
 
@@ -54,12 +56,14 @@ void Rows(QueriedFiles& files, unsigned int file, const Request& request, RowBat
         if (const auto fault = files.FaultOf(file)) rows.Text(error, fault->reason);
         return;
     }
-    const FileInfo info = itself->Info();
-    rows.Text(title, info.firstText);
-    rows.Integer(version, info.version);
-    rows.Integer(bytes, static_cast<std::int64_t>(info.bytes));
-    const auto met = itself->Internals().Ask([](OpenedBlock& block) { return block.Verdict(); });
-    if (met) rows.Text(error, std::string_view(met->what()));
+    itself->Internals().Ask([&rows](OpenedBlock& block) {
+        ZVSmartZvg::SZVLGZvgBlockHeadInfo head;
+        block.Reader().GetHeadInfo(head);
+        rows.Text(title, head.firstText);
+        rows.Integer(version, block.Reader().GetVersion());
+        rows.Integer(bytes, static_cast<std::int64_t>(block.FileBytes()));
+        if (const auto met = block.Verdict()) rows.Text(error, std::string_view(met->what()));
+    });
 }
 
 }  // namespace OfFiles
@@ -155,7 +159,9 @@ void NoteElement(const ComponentAt& at, const Request&, RowBatch& rows) {
 class Scan : public FileScan {
   public:
     Scan(QueriedFiles& files, unsigned int number, const Request& request)
-        : files(files), number(number), elements(files, number, request, NoteElement) {}
+        : files(files),
+          number(number),
+          elements(files, number, request, NoteElement, NoProperties()) {}
 
     bool Next(RowBatch& rows) override {
         if (next == found.Rows() && !isOver) {
@@ -202,52 +208,52 @@ std::unique_ptr<FileScan> Begin(QueriedFiles& files, unsigned int file, const Re
 }  // namespace
 
 std::vector<Table> FileTables() {
-    return {{"files",
-             {{"path", "TEXT", Meaning::Path},
-              {"title", "TEXT"},
-              {"version", "INTEGER"},
-              {"bytes", "INTEGER"},
-              {"error", "TEXT"}},
-             false,
-             1,
-             1,
-             Scan<OfFiles::Rows>},
-            {"floors",
-             {{"file", "TEXT", Meaning::Path},
-              {"idx", "INTEGER", Meaning::Position},
-              {"name", "TEXT", Meaning::Text},
-              {"elevation", "REAL"},
-              {"height", "REAL"}},
-             false,
-             5,
-             1,
-             Scan<OfFloors::Rows>},
-            {"shapes",
-             {{"file", "TEXT", Meaning::Path},
-              {"key", "TEXT", Meaning::Text},
-              {"points", "INTEGER"},
-              {"triangles", "INTEGER"},
-              {"places", "INTEGER"}},
-             false,
-             300,
-             1000,
-             Scan<OfShapes::Rows>},
-            {"boxes",
-             {{"file", "TEXT", Meaning::Path},
-              {"element", "INTEGER", Meaning::Element},
-              {"xmin", "REAL"},
-              {"ymin", "REAL"},
-              {"zmin", "REAL"},
-              {"xmax", "REAL"},
-              {"ymax", "REAL"},
-              {"zmax", "REAL"},
-              {"area", "REAL"},
-              {"volume", "REAL"},
-              {"closed", "INTEGER"}},
-             true,
-             200,
-             5000,
-             OfBoxes::Begin}};
+    return {{.name = "files",
+             .columns = {{"path", "TEXT", Meaning::Path},
+                         {"title", "TEXT"},
+                         {"version", "INTEGER"},
+                         {"bytes", "INTEGER"},
+                         {"error", "TEXT"}},
+             .rowIsElement = false,
+             .rowsPerFile = 1,
+             .work = Work::open,
+             .scan = Scan<OfFiles::Rows>},
+            {.name = "floors",
+             .columns = {{"file", "TEXT", Meaning::Path},
+                         {"idx", "INTEGER", Meaning::Position},
+                         {"name", "TEXT", Meaning::Text},
+                         {"elevation", "REAL"},
+                         {"height", "REAL"}},
+             .rowIsElement = false,
+             .rowsPerFile = 5,
+             .work = Work::open,
+             .scan = Scan<OfFloors::Rows>},
+            {.name = "shapes",
+             .columns = {{"file", "TEXT", Meaning::Path},
+                         {"key", "TEXT", Meaning::Text},
+                         {"points", "INTEGER"},
+                         {"triangles", "INTEGER"},
+                         {"places", "INTEGER"}},
+             .rowIsElement = false,
+             .rowsPerFile = 300,
+             .work = Work::decodeShapes,
+             .scan = Scan<OfShapes::Rows>},
+            {.name = "boxes",
+             .columns = {{"file", "TEXT", Meaning::Path},
+                         {"element", "INTEGER", Meaning::Element},
+                         {"xmin", "REAL"},
+                         {"ymin", "REAL"},
+                         {"zmin", "REAL"},
+                         {"xmax", "REAL"},
+                         {"ymax", "REAL"},
+                         {"zmax", "REAL"},
+                         {"area", "REAL"},
+                         {"volume", "REAL"},
+                         {"closed", "INTEGER"}},
+             .rowIsElement = true,
+             .rowsPerFile = 200,
+             .work = Work::measureBodies,
+             .scan = OfBoxes::Begin}};
 }
 
 }  // namespace ZVSmartModel

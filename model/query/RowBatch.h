@@ -34,7 +34,7 @@ class RowBatch {
     }
 
     /// So full that it should be handed on.
-    bool IsFull() const { return ids.size() >= 256 || texts.size() >= 1U << 18; }
+    bool IsFull() const { return ids.size() >= 1024 || texts.size() >= 1U << 18; }
     void Clear() {
         ids.clear();
         cells.clear();

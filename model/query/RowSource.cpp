@@ -21,7 +21,7 @@ ScanAhead::~ScanAhead() {
         const std::lock_guard<std::mutex> alone(mutex);
         isOver = true;
     }
-    changed.notify_all();
+    hasRoom.notify_all();
     for (std::thread& thread : threads) thread.join();
 }
 
@@ -32,17 +32,17 @@ bool ScanAhead::Next(RowBatch& rows) {
         if (!current.batches.empty()) {
             std::swap(rows, current.batches.front());
             current.batches.pop_front();
-            if (current.batches.size() + 1 == mostBatches) changed.notify_all();
+            if (current.batches.size() + 1 == mostBatches) hasRoom.notify_all();
             return true;
         }
         if (failure) std::rethrow_exception(failure);
         if (current.isDone) {
             current.isDone = false;
             ++first;
-            changed.notify_all();
+            hasRoom.notify_all();
             continue;
         }
-        changed.wait_for(alone, std::chrono::milliseconds(50));
+        hasRows.wait_for(alone, std::chrono::milliseconds(50));
         alone.unlock();
         tell(first);
         alone.lock();
@@ -53,7 +53,7 @@ bool ScanAhead::Next(RowBatch& rows) {
 void ScanAhead::Work() {
     std::unique_lock<std::mutex> alone(mutex);
     for (;;) {
-        changed.wait(alone, [this] {
+        hasRoom.wait(alone, [this] {
             return isOver || next == files.Count() || next - first < window.size();
         });
         if (isOver || next == files.Count()) return;
@@ -65,12 +65,13 @@ void ScanAhead::Work() {
             alone.lock();
             failure = std::current_exception();
             isOver = true;
-            changed.notify_all();
+            hasRows.notify_one();
+            hasRoom.notify_all();
             return;
         }
         alone.lock();
         RowsOf(file).isDone = true;
-        changed.notify_all();
+        if (file == first) hasRows.notify_one();
     }
 }
 
@@ -81,11 +82,11 @@ void ScanAhead::ReadFile(unsigned int file) {
         hasMore = scan->Next(rows);
         std::unique_lock<std::mutex> alone(mutex);
         FileRows& of = RowsOf(file);
-        changed.wait(alone, [&] { return isOver || of.batches.size() < mostBatches; });
+        hasRoom.wait(alone, [&] { return isOver || of.batches.size() < mostBatches; });
         if (isOver) return;
         if (rows.Rows() == 0) continue;
         of.batches.push_back(std::move(rows));
-        if (file == first && of.batches.size() == 1) changed.notify_all();
+        if (file == first && of.batches.size() == 1) hasRows.notify_one();
     }
 }
 

@@ -70,11 +70,12 @@ class ScanAhead : public RowSource {
     const Request& request;
     std::function<void(unsigned int)> tell;
 
-    std::mutex mutex;  ///< of what follows
-    std::condition_variable changed;
-    std::vector<FileRows> window;  ///< of the files from `first` on
-    unsigned int first = 0;        ///< whose rows are asked for
-    unsigned int next = 0;         ///< which no thread has begun
+    std::mutex mutex;                 ///< of what follows
+    std::condition_variable hasRows;  ///< of the first file, or it is done
+    std::condition_variable hasRoom;  ///< for another batch or file
+    std::vector<FileRows> window;     ///< of the files from `first` on
+    unsigned int first = 0;           ///< whose rows are asked for
+    unsigned int next = 0;            ///< which no thread has begun
     std::exception_ptr failure;
     bool isOver = false;
 

@@ -27,13 +27,18 @@ struct Column {
     Meaning meaning = Meaning::Nothing;
 };
 
+/// What it takes to read a file for a table, about, where opening it is 1.
+namespace Work {
+constexpr double open = 1, decodeFloors = 100, decodeShapes = 1000, measureBodies = 5000;
+}
+
 /// A table of queries.
 struct Table {
     const char* name;
     std::vector<Column> columns;
     bool rowIsElement;   ///< its rowid is an element's id
     double rowsPerFile;  ///< about
-    double work;         ///< to read a file for it, about, where opening it is 1
+    double work;         ///< of Work
     /// Begins to read a file; `files` and `request` are borrowed.
     std::unique_ptr<FileScan> (*scan)(QueriedFiles& files, unsigned int file,
                                       const Request& request);
