@@ -108,11 +108,7 @@ void Export(const Arguments& arguments, const CommonOptions& common) {
     const BlockFile file = OpenBlockFile(arguments.file, common);
     const ExportOptions options = OptionsOf(file, arguments);
     Progress line(common.quiet);
-    const ProgressCall progress = [&line](const std::string& work, double fraction) {
-        constexpr double percent = 100;
-        line.Show(work, fraction * percent, percent, "%");
-        return true;
-    };
+    const ProgressCall progress = line.Shares();
     const Outcome outcome = isGlb ? ExportGlb(file, arguments, options, progress)
                                   : ExportObj(file, arguments, options, progress);
     line.Clear();

@@ -40,12 +40,10 @@ class Listener {
 
     /// Importing is told in bytes of the model, other work in percent.
     void Show(const std::string& work, double fraction) {
-        if (fraction < 0) {
-            progress.Show(work);
-        } else if (work == "importing") {
+        if (work == "importing" && fraction >= 0) {
             progress.Show(work, fraction * modelBytes, modelBytes, "MB");
         } else {
-            progress.Show(work, fraction * 100, 100, "%");
+            progress.ShowShare(work, fraction);
         }
     }
 

@@ -121,15 +121,10 @@ void RunQuery(const Arguments& arguments, const CommonOptions& common) {
         throw Error(Status::Usage, "--csv, --json and --table exclude each other");
     }
     Progress line(common.quiet);
-    const auto show = [&line](const std::string& work, double fraction) {
-        constexpr double percent = 100;
-        line.Show(work, fraction * percent, percent, "%");
-        return true;
-    };
     QueryOptions options;
     options.open.unlimited = common.noLimit;
     const std::vector<std::string> files = InputFiles(PathsOf(arguments.files));
-    Query query(files, arguments.sql, options, show);
+    Query query(files, arguments.sql, options, line.Shares());
     const auto print = common.json       ? PrintJson
                        : arguments.csv   ? PrintCsv
                        : arguments.table ? PrintTable

@@ -40,6 +40,22 @@ void Progress::Show(const std::string& verb, double done, double total, const ch
                  unit, (total - done) / rate);
 }
 
+void Progress::ShowShare(const std::string& verb, double share) {
+    constexpr double percent = 100;
+    if (share < 0) {
+        Show(verb);
+    } else {
+        Show(verb, share * percent, percent, "%");
+    }
+}
+
+std::function<bool(const std::string& verb, double share)> Progress::Shares() {
+    return [this](const std::string& verb, double share) {
+        ShowShare(verb, share);
+        return true;
+    };
+}
+
 void Progress::Clear() {
     if (shown) std::fputs("\r\033[K", stderr);
     shown = false;

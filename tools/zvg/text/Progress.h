@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <string>
 
 namespace ZVSmartModel::Tool {
@@ -21,6 +22,13 @@ class Progress {
 
     /// The same for work of which nobody knows how far it is.
     void Show(const std::string& verb);
+
+    /// The same for a share of the work, 0 to 1, or below 0 where nobody knows.
+    void ShowShare(const std::string& verb, double share);
+
+    /// Shows what a call of the model library tells of its progress, and lets it go on; not after
+    /// this object.
+    std::function<bool(const std::string& verb, double share)> Shares();
 
     /// Removes the line, so that another one may be printed.
     void Clear();
