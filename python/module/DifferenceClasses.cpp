@@ -149,10 +149,20 @@ A floor's number, or an element's (floor, position).)")
             "fields", OfElement([](const ElementDifference& element) { return element.fields; }),
             R"(What else of the element differs: "owner", "groupGuidName", "relatedGuidNames",
 "appearance", "materials" or "geoIds".)")
+        .def_property_readonly("field_values", OfElement([](const ElementDifference& element) {
+                                   return PairsOf(element.fieldValues);
+                               }),
+                               R"(What of fields people can read: a dict from their names to (a, b).
+
+Colours are "#RRGGBBAA".)")
         .def_property_readonly("geometry", OfElement([](const ElementDifference& element) {
                                    return element.geometry;
                                }),
                                "Whether the element's body differs, in its form or in its place.")
+        .def_property_readonly(
+            "distance",
+            OfElement([](const ElementDifference& element) { return element.distance; }),
+            "Metres by which the element's body was moved; None where that was not all.")
         .def("__repr__", [](const Difference& difference) {
             const std::string name =
                 difference.floor ? difference.floor->name

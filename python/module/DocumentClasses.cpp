@@ -34,10 +34,12 @@ struct GrowingBytes : ZVSmartFormat::AllocBuffer {
 };
 
 DrawnPlan DrawPlan(const ModelPointer& model, const py::object& floor, const Text& title,
-                   const py::object& progress) {
+                   const py::object& progress, double cutHeight, bool all) {
     PlanOptions options;
     if (!floor.is_none()) options.floor = Utf8Of(py::str(floor));
     options.title = title.utf8;
+    options.cutHeight = cutHeight;
+    options.all = all;
     const auto file = model->Use();
     return Freely([&] {
         GrowingBytes bytes;
@@ -61,9 +63,45 @@ ExportSummary Export(const ModelPointer& model, const FilePath& path, const py::
     });
 }
 
+void AddPlanFloor(py::module_& module) {
+    using Floor = PlanFloorSummary;
+    py::class_<Floor>(module, "PlanFloor",
+                      R"(What became of the elements of one floor in a plan.
+
+Those that are drawn count in cut, symbols and below; the others that are filed under the floor
+in left_..., by why they are not.)")
+        .def_property_readonly(
+            "name", [](const Floor& floor) { return Text{floor.name}; }, "May be empty.")
+        .def_readonly("elevation", &Floor::elevation, "Metres.")
+        .def_readonly("plane", &Floor::plane, "Metres: where bodies are cut.")
+        .def_readonly("cut", &Floor::cut, "Drawn as the section of their bodies.")
+        .def_readonly("visiting", &Floor::visiting, "Of these, filed under other floors.")
+        .def_readonly("symbols", &Floor::symbols, "Drawn by their own outlines or curves.")
+        .def_readonly("below", &Floor::below, "The same, their bodies below the plane.")
+        .def_readonly("left_below", &Floor::leftBelow, "Below the plane, without curves.")
+        .def_readonly("left_above", &Floor::leftAbove, "Above the plane, without curves.")
+        .def_readonly("left_gaps", &Floor::leftGaps,
+                      "Above and below, with nothing in the plane; of any floor.")
+        .def_readonly("left_empty", &Floor::leftEmpty, "Without anything that can be drawn.")
+        .def_readonly("left_far", &Floor::leftFar, "Strays, of any floor.")
+        .def_property_readonly(
+            "strays",
+            [](const Floor& floor) {
+                py::list strays;
+                for (const std::string& stray : floor.strays) strays.append(StrOf(stray));
+                return strays;
+            },
+            "The first ten strays: their GUIDs and names.")
+        .def("__repr__", [](const Floor& floor) {
+            return py::str("<zvg.PlanFloor {!r}: {} cut, {} symbols, {} below>")
+                .format(Text{floor.name}, floor.cut, floor.symbols, floor.below);
+        });
+}
+
 }  // namespace
 
 void AddDocumentClasses(py::module_& module) {
+    AddPlanFloor(module);
     py::class_<DrawnPlan>(module, "Plan", "A floor plan as SVG; str(plan) is the document.")
         .def_property_readonly(
             "svg", [](const DrawnPlan& plan) { return Text{plan.svg}; }, "The document.")
@@ -76,6 +114,9 @@ void AddDocumentClasses(py::module_& module) {
         .def_property_readonly(
             "lost", [](const DrawnPlan& plan) { return Text{plan.summary.lost}; },
             "What could not be read; empty where all was.")
+        .def_property_readonly(
+            "per_floor", [](const DrawnPlan& plan) { return plan.summary.perFloor; },
+            "A list of PlanFloor: all floors that were looked at.")
         .def("__str__", [](const DrawnPlan& plan) { return Text{plan.svg}; })
         .def("_repr_svg_", [](const DrawnPlan& plan) { return Text{plan.svg}; })
         .def("__repr__", [](const DrawnPlan& plan) {
@@ -101,10 +142,14 @@ void AddDocumentClasses(py::module_& module) {
         model.attr(name) = py::cpp_function(call, py::name(name), py::is_method(model), rest...);
     };
     addMethod("plan", DrawPlan, py::arg("floor") = py::none(), py::arg("title") = Text{""},
-              py::arg("progress") = py::none(), R"(plan(floor=None, title="", progress=None) -> Plan
+              py::arg("progress") = py::none(), py::kw_only(),
+              py::arg("cut_height") = PlanOptions().cutHeight, py::arg("all") = false,
+              R"(plan(floor=None, title="", progress=None, *, cut_height=1.2, all=False) -> Plan
 
 Draws a floor, by its name or number, or all floors: the outlines of the elements or, where
-they have none, sections of what reaches the plane 1.2 m above the floor. Raises KeyError for a floor that is not there.)");
+they have none, sections of what reaches the plane cut_height metres above the floor. Strays,
+which are far from all others, are left out unless all is set. Raises KeyError for a floor that
+is not there.)");
     addMethod("export", Export, py::arg("path"), py::kw_only(), py::arg("cls") = py::none(),
               py::arg("floor") = py::none(), py::arg("where") = py::none(),
               py::arg("rooms") = false, py::arg("salvage") = false,

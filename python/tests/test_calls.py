@@ -53,6 +53,9 @@ def test_differences(model, path, tmp_path):
     (wall,) = zvg.diff(path, other)
     assert (wall.kind, wall.subject, wall.guid, wall.in_a) == ("changed", "element", "wall", (0, 0))
     assert wall.properties == {"Element.Name": ("Wall", "Mauer")} and not wall.geometry
+    assert (wall.name, wall.cls, wall.distance, wall.field_values) == ("Wall", "IfcWall", None, {})
+    slab, = zvg.diff(path, write(tmp_path / "moved.zvg", lifted=2))
+    assert slab.guid == "slab" and slab.geometry and slab.distance == pytest.approx(2)
     assert not model.closed
 
 

@@ -37,7 +37,8 @@ def test_the_types_name_what_there_is():
     tree = ast.parse(pathlib.Path(zvg.__file__).with_name("_zvg.pyi").read_text())
     for node in tree.body:
         if isinstance(node, ast.ClassDef):
-            told = {item.name for item in node.body if isinstance(item, ast.FunctionDef)}
+            told = {item.target.id if isinstance(item, ast.AnnAssign) else item.name
+                    for item in node.body if isinstance(item, (ast.FunctionDef, ast.AnnAssign))}
             there = {name for name in vars(getattr(_zvg, node.name)) if not name.startswith("_")}
             assert {name for name in told if not name.startswith("_")} == there, node.name
         elif isinstance(node, ast.FunctionDef):

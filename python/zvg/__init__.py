@@ -8,7 +8,8 @@
 
 open() gives a Model: floors, elements, bodies as numpy arrays, plans, pictures and exports.
 pack() makes a block file of an IFC, glTF or other model, Writer one of your own, diff() compares
-two. query() asks many files in SQL, catalogue() has their contents as tables. Texts are str, lengths metres, Z is up.
+two. query() asks many files in SQL, catalogue() has their contents as tables. Texts are str,
+lengths metres, Z is up.
 
 What fails raises Error, with status, path and position: DamagedError where the file is damaged,
 an Error that is a KeyError or an IndexError where something is not there.
@@ -18,15 +19,16 @@ from ._errors import DamagedError, Error, NoSuchPlaceError, NotFoundError, Statu
 from ._catalogue import Catalogue, catalogue, query
 from . import _zvg
 from ._zvg import (
-    Curve, Damage, Difference, Element, ExportSummary, FileFault, Floor, Look, Material, Mesh, Model,
-    PackReport, PackWarning, Plan, Property, Shape, Shapes, Surface, Table, Writer, __version__,
-    import_formats, png)
+    Curve, Damage, Difference, Element, ExportSummary, FileFault, Floor, Look, Material, Mesh,
+    Model, PackReport, PackWarning, Plan, PlanFloor, Property, Shape, Shapes, Surface, Table,
+    Writer, __version__, import_formats, png)
 
 __all__ = [
-    "Catalogue", "Curve", "Damage", "DamagedError", "Difference", "Element", "Error", "ExportSummary", "FileFault", "Floor",
-    "Look", "Material", "Mesh", "Model", "NoSuchPlaceError", "NotFoundError", "PackReport",
-    "PackWarning", "Plan", "Property", "Shape", "Shapes", "Status", "Surface", "Table", "Writer", "catalogue", "diff",
-    "import_formats", "open", "pack", "png", "query"]
+    "Catalogue", "Curve", "Damage", "DamagedError", "Difference", "Element", "Error",
+    "ExportSummary", "FileFault", "Floor", "Look", "Material", "Mesh", "Model", "NoSuchPlaceError",
+    "NotFoundError", "PackReport", "PackWarning", "Plan", "PlanFloor", "Property", "Shape",
+    "Shapes", "Status", "Surface", "Table", "Writer", "catalogue", "diff", "import_formats",
+    "open", "pack", "png", "query"]
 
 for _name in __all__:
     # As their names are to be read and pickled, wherever they are made.

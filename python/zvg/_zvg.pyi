@@ -2,7 +2,7 @@
 
 import os
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
-from typing import Any, Literal, Union, overload
+from typing import Any, Final, Literal, Union, overload
 
 import numpy as np
 import numpy.typing as npt
@@ -26,184 +26,132 @@ _Pixels = npt.NDArray[np.uint8]
 class Property:
     def __init__(self, set: str, name: str, value: str, kind: str = "text",
                  unit: str = "") -> None: ...
-    @property
-    def set(self) -> str: ...
-    @property
-    def name(self) -> str: ...
-    @property
-    def value(self) -> str: ...
-    @property
-    def kind(self) -> str: ...
-    @property
-    def unit(self) -> str: ...
-    @property
-    def number(self) -> float | None: ...
+    set: Final[str]
+    name: Final[str]
+    value: Final[str]
+    kind: Final[str]
+    unit: Final[str]
+    number: Final[float | None]
 
 
 class Material:
-    @property
-    def name(self) -> str: ...
-    @property
-    def category(self) -> str: ...
-    @property
-    def thickness(self) -> float | None: ...
-    @property
-    def properties(self) -> dict[str, Property]: ...
+    name: Final[str]
+    category: Final[str]
+    thickness: Final[float | None]
+    properties: Final[dict[str, Property]]
 
 
 class Element:
-    @property
-    def guid(self) -> str: ...
-    @property
-    def name(self) -> str: ...
-    @property
-    def cls(self) -> str: ...
-    @property
-    def predefined_type(self) -> str: ...
-    @property
-    def type(self) -> str: ...
-    @property
-    def floor(self) -> str: ...
-    @property
-    def material(self) -> str: ...
-    @property
-    def building(self) -> str: ...
-    @property
-    def site(self) -> str: ...
-    @property
-    def group(self) -> str: ...
-    @property
-    def index(self) -> _Place: ...
-    @property
-    def properties(self) -> dict[str, Property]: ...
-    @property
-    def materials(self) -> list[Material]: ...
-    @property
-    def colour(self) -> _Colour | None: ...
-    @property
-    def parent(self) -> Element | None: ...
-    @property
-    def children(self) -> list[Element]: ...
-    @property
-    def box(self) -> _Doubles | None: ...
-    @property
-    def area(self) -> float: ...
-    @property
-    def volume(self) -> float: ...
-    @property
-    def closed(self) -> bool: ...
+    guid: Final[str]
+    name: Final[str]
+    cls: Final[str]
+    predefined_type: Final[str]
+    type: Final[str]
+    floor: Final[str]
+    material: Final[str]
+    building: Final[str]
+    site: Final[str]
+    group: Final[str]
+    index: Final[_Place]
+    properties: Final[dict[str, Property]]
+    materials: Final[list[Material]]
+    colour: Final[_Colour | None]
+    parent: Final[Element | None]
+    children: Final[list[Element]]
+    box: Final[_Doubles | None]
+    area: Final[float]
+    volume: Final[float]
+    closed: Final[bool]
     def mesh(self, *, normals: _Normals = None, crease_angle: float = ..., curves: bool = False,
              chord_error: float = 0.001) -> Mesh: ...
 
 
 class Look:
     def __init__(self, name: str, colour: Sequence[int]) -> None: ...
-    @property
-    def name(self) -> str: ...
-    @property
-    def colour(self) -> _Colour: ...
+    name: Final[str]
+    colour: Final[_Colour]
 
 
 class Curve:
-    @property
-    def role(self) -> str: ...
-    @property
-    def points(self) -> _Doubles: ...
-    @property
-    def closed(self) -> bool: ...
+    role: Final[str]
+    points: Final[_Doubles]
+    closed: Final[bool]
 
 
 class Mesh:
-    @property
-    def points(self) -> _Doubles: ...
-    @property
-    def triangles(self) -> _Numbers: ...
-    @property
-    def normals(self) -> _Floats | None: ...
-    @property
-    def looks(self) -> list[Look]: ...
-    @property
-    def look_of(self) -> _Numbers: ...
-    @property
-    def curves(self) -> list[Curve]: ...
+    points: Final[_Doubles]
+    triangles: Final[_Numbers]
+    normals: Final[_Floats | None]
+    looks: Final[list[Look]]
+    look_of: Final[_Numbers]
+    curves: Final[list[Curve]]
     def __bool__(self) -> bool: ...
 
 
 class Surface:
-    @property
-    def look(self) -> Look | None: ...
-    @property
-    def points(self) -> _Doubles: ...
-    @property
-    def triangles(self) -> _Numbers: ...
-    @property
-    def normals(self) -> _Floats | None: ...
+    look: Final[Look | None]
+    points: Final[_Doubles]
+    triangles: Final[_Numbers]
+    normals: Final[_Floats | None]
 
 
 class Shape:
-    @property
-    def key(self) -> str: ...
-    @property
-    def surfaces(self) -> list[Surface]: ...
-    @property
-    def curves(self) -> list[Curve]: ...
+    key: Final[str]
+    surfaces: Final[list[Surface]]
+    curves: Final[list[Curve]]
 
 
 class Shapes:
-    @property
-    def shapes(self) -> list[Shape]: ...
-    @property
-    def placements(self) -> _Doubles: ...
-    @property
-    def shape_of(self) -> _Numbers: ...
-    @property
-    def element_of(self) -> _Numbers: ...
-    @property
-    def looks(self) -> list[Look]: ...
-    @property
-    def missing(self) -> int: ...
+    shapes: Final[list[Shape]]
+    placements: Final[_Doubles]
+    shape_of: Final[_Numbers]
+    element_of: Final[_Numbers]
+    looks: Final[list[Look]]
+    missing: Final[int]
 
 
 class Floor:
-    @property
-    def name(self) -> str: ...
-    @property
-    def order(self) -> int: ...
-    @property
-    def elevation(self) -> float: ...
-    @property
-    def height(self) -> float: ...
-    @property
-    def elements(self) -> int: ...
+    name: Final[str]
+    order: Final[int]
+    elevation: Final[float]
+    height: Final[float]
+    elements: Final[int]
 
 
 class Damage:
-    @property
-    def position(self) -> int: ...
-    @property
-    def reason(self) -> str: ...
+    position: Final[int]
+    reason: Final[str]
 
 
 class Plan:
-    @property
-    def svg(self) -> str: ...
-    @property
-    def floors(self) -> int: ...
-    @property
-    def elements(self) -> int: ...
-    @property
-    def lost(self) -> str: ...
+    svg: Final[str]
+    floors: Final[int]
+    elements: Final[int]
+    lost: Final[str]
+    per_floor: Final[list[PlanFloor]]
+
+
+class PlanFloor:
+    name: Final[str]
+    elevation: Final[float]
+    plane: Final[float]
+    cut: Final[int]
+    visiting: Final[int]
+    symbols: Final[int]
+    below: Final[int]
+    left_below: Final[int]
+    left_above: Final[int]
+    left_gaps: Final[int]
+    left_empty: Final[int]
+    left_far: Final[int]
+    strays: Final[list[str]]
 
 
 class ExportSummary:
-    @property
-    def elements(self) -> int: ...
-    @property
-    def meshes(self) -> int: ...
-    @property
-    def missing(self) -> int: ...
-    @property
-    def lost(self) -> str: ...
+    elements: Final[int]
+    meshes: Final[int]
+    missing: Final[int]
+    lost: Final[str]
 
 
 class Model:
@@ -215,24 +163,15 @@ class Model:
     def __iter__(self) -> Iterator[Element]: ...
     def __getitem__(self, guid_or_place: str | _Place) -> Element: ...
     def __contains__(self, guid: str) -> bool: ...
-    @property
-    def closed(self) -> bool: ...
-    @property
-    def path(self) -> str: ...
-    @property
-    def title(self) -> str: ...
-    @property
-    def remark(self) -> str: ...
-    @property
-    def version(self) -> int: ...
-    @property
-    def bytes(self) -> int: ...
-    @property
-    def floors(self) -> list[Floor]: ...
-    @property
-    def classes(self) -> dict[str, int]: ...
-    @property
-    def damage(self) -> list[Damage]: ...
+    closed: Final[bool]
+    path: Final[str]
+    title: Final[str]
+    remark: Final[str]
+    version: Final[int]
+    bytes: Final[int]
+    floors: Final[list[Floor]]
+    classes: Final[dict[str, int]]
+    damage: Final[list[Damage]]
     def verify(self, progress: _Progress = None) -> list[Damage]: ...
     @overload
     def find(self, *, guid: str) -> Element: ...
@@ -243,7 +182,8 @@ class Model:
                rooms: bool = True, normals: _Normals = None, crease_angle: float = ...,
                curves: bool = False, chord_error: float = 0.001,
                progress: _Progress = None) -> Shapes: ...
-    def plan(self, floor: _Floor = None, title: str = "", progress: _Progress = None) -> Plan: ...
+    def plan(self, floor: _Floor = None, title: str = "", progress: _Progress = None, *,
+             cut_height: float = 1.2, all: bool = False) -> Plan: ...
     def preview(self) -> _Pixels | None: ...
     def render(self, *, width: int = 640, height: int = 480, rooms: bool = False,
                unlimited: bool = False, progress: _Progress = None) -> _Pixels: ...
@@ -253,59 +193,39 @@ class Model:
 
 
 class Difference:
-    @property
-    def kind(self) -> Literal["added", "removed", "changed", "moved", "renamed"]: ...
-    @property
-    def subject(self) -> Literal["floor", "element"]: ...
-    @property
-    def in_a(self) -> int | _Place | None: ...
-    @property
-    def in_b(self) -> int | _Place | None: ...
-    @property
-    def name(self) -> str: ...
-    @property
-    def guid(self) -> str: ...
-    @property
-    def cls(self) -> str: ...
-    @property
-    def changes(self) -> dict[str, tuple[Any, Any]]: ...
-    @property
-    def properties(self) -> dict[str, tuple[str | None, str | None]]: ...
-    @property
-    def classes(self) -> dict[str, tuple[str | None, str | None]]: ...
-    @property
-    def fields(self) -> list[str]: ...
-    @property
-    def geometry(self) -> bool: ...
+    kind: Final[Literal["added", "removed", "changed", "moved", "renamed"]]
+    subject: Final[Literal["floor", "element"]]
+    in_a: Final[int | _Place | None]
+    in_b: Final[int | _Place | None]
+    name: Final[str]
+    guid: Final[str]
+    cls: Final[str]
+    changes: Final[dict[str, tuple[Any, Any]]]
+    properties: Final[dict[str, tuple[str | None, str | None]]]
+    classes: Final[dict[str, tuple[str | None, str | None]]]
+    fields: Final[list[str]]
+    field_values: Final[dict[str, tuple[str | None, str | None]]]
+    geometry: Final[bool]
+    distance: Final[float | None]
 
 
 class PackWarning:
-    @property
-    def kind(self) -> str: ...
-    @property
-    def text(self) -> str: ...
-    @property
-    def lost(self) -> bool: ...
-    @property
-    def count(self) -> int: ...
-    @property
-    def where(self) -> list[str]: ...
+    kind: Final[str]
+    text: Final[str]
+    lost: Final[bool]
+    count: Final[int]
+    where: Final[list[str]]
 
 
 class FileFault:
-    @property
-    def path(self) -> str: ...
-    @property
-    def is_damaged(self) -> bool: ...
-    @property
-    def reason(self) -> str: ...
+    path: Final[str]
+    is_damaged: Final[bool]
+    reason: Final[str]
 
 
 class Table:
-    @property
-    def columns(self) -> list[str]: ...
-    @property
-    def faults(self) -> list[FileFault]: ...
+    columns: Final[list[str]]
+    faults: Final[list[FileFault]]
     def __len__(self) -> int: ...
     @overload
     def __getitem__(self, row: int) -> tuple[None | int | float | str, ...]: ...
@@ -317,24 +237,15 @@ class Table:
 
 class PackReport:
     def __init__(self) -> None: ...
-    @property
-    def schema(self) -> str: ...
-    @property
-    def warnings(self) -> list[PackWarning]: ...
-    @property
-    def types(self) -> dict[str, tuple[int, int, int]]: ...
-    @property
-    def lost(self) -> str: ...
-    @property
-    def floors(self) -> int: ...
-    @property
-    def elements(self) -> int: ...
-    @property
-    def shapes(self) -> int: ...
-    @property
-    def placements(self) -> int: ...
-    @property
-    def notes(self) -> list[str]: ...
+    schema: Final[str]
+    warnings: Final[list[PackWarning]]
+    types: Final[dict[str, tuple[int, int, int]]]
+    lost: Final[str]
+    floors: Final[int]
+    elements: Final[int]
+    shapes: Final[int]
+    placements: Final[int]
+    notes: Final[list[str]]
 
 
 class Writer:
