@@ -32,12 +32,16 @@ def test_packs_once_verifies_and_catalogues(tmp_path, capsys):
     assert states(blocks / "report.csv") == {"a.ifc": "done", "b.ifc": "done", "cut.ifc": "failed"}
     block = blocks / "below" / "b.ifc.zvg"
     first = block.stat().st_mtime_ns
+    killed = blocks / "a.ifc.zvg.unfinished.Ab12Cd"
+    killed.touch()
+    kept = blocks / "a.ifc.zvg.backup"
+    kept.touch()
 
     (models / "a.ifc").write_bytes(HOUSE.read_bytes().replace(b"Front wall", b"Other wall"))
     (models / "cut.ifc").unlink()
     assert farm.main(pack) == 0
     assert states(blocks / "report.csv") == {"a.ifc": "done", "b.ifc": "left"}
-    assert block.stat().st_mtime_ns == first
+    assert block.stat().st_mtime_ns == first and kept.exists() and not killed.exists()
 
     content = bytearray(block.read_bytes())
     content[content.find(b"\xfd7zXZ") + 40] ^= 0x55
@@ -49,3 +53,14 @@ def test_packs_once_verifies_and_catalogues(tmp_path, capsys):
     database = sqlite3.connect(tmp_path / "c.sqlite")
     assert database.execute("SELECT count(*) FROM elements WHERE name = 'Other wall'").fetchone() == (1,)
     assert database.execute("SELECT count(*) FROM elements").fetchone() == (49,)
+
+
+def test_a_catalogue_is_parquet_where_that_can_be_written(path, tmp_path):
+    parquet = pytest.importorskip("pyarrow.parquet")
+    assert farm.main(["catalogue", str(path), "-o", str(tmp_path / "c")]) == 0
+    elements = parquet.read_table(tmp_path / "c" / "elements.parquet")
+    assert elements["guid"].to_pylist() == ["wall", "door", "slab"]
+    assert str(elements.schema.field("idx").type) == "int64"
+    properties = parquet.read_table(tmp_path / "c" / "properties.parquet")
+    assert 0.25 in properties["number"].to_pylist()
+    assert sorted(tmp_path.iterdir()) == [tmp_path / "c"]

@@ -2,12 +2,15 @@
 
     python -m zvg.farm pack MODELS... -o FOLDER
     python -m zvg.farm verify FILES... -o REPORT.csv
-    python -m zvg.farm catalogue FILES... -o CATALOGUE.sqlite
+    python -m zvg.farm catalogue FILES... -o CATALOGUE
     python -m zvg.farm ... --scheduler tcp://host:8786
 
 Each file is a task of Dask (python3-distributed), on a cluster of as many processes as this machine
 has cores unless a scheduler is named, whose workers have to see the same files. A folder stands for
 the files of the kind in and below it.
+
+`catalogue` writes a folder with a Parquet file for each table where pyarrow is installed, else, and
+where the name ends in .sqlite, a database for SQLite.
 
 What the machine failed at is tried again, a damaged file is not. `pack` writes FOLDER/report.csv, a
 row for each model, and leaves what an earlier run has packed from the same bytes. The exit status is
@@ -15,6 +18,7 @@ row for each model, and leaves what an earlier run has packed from the same byte
 
 import argparse
 import csv
+import glob
 import hashlib
 import os
 import pathlib
@@ -139,7 +143,12 @@ def _pack(source, target, digest_before, options):
         newer = os.path.exists(target) and os.path.getmtime(target) >= os.path.getmtime(source)
         if newer and digest == digest_before:
             return {"state": "left"}
-        report = zvg.pack(source, target, **options)
+        unfinished = target + ".unfinished"
+        # What a process left that was killed; the library's own name for it ends in six letters.
+        for left in glob.glob(glob.escape(unfinished) + "*"):
+            os.unlink(left)
+        report = zvg.pack(source, unfinished, **options)
+        os.replace(unfinished, target)
         return {"target": target, "bytes": os.path.getsize(target), "elements": report.elements,
                 "warnings": len(report.warnings), "digest": digest}
 
@@ -163,7 +172,12 @@ def _verify(source):
 
 
 def _catalogue_all(client, sources, options):
-    unfinished = options.output.with_name(options.output.name + ".unfinished")
+    output = options.output
+    parquet = output.suffix != ".sqlite" and _pyarrow()
+    if output.suffix != ".sqlite" and not parquet:
+        output = output.with_name(output.name + ".sqlite")
+        print(f"zvg.farm: pyarrow is missing: {output}", file=sys.stderr)
+    unfinished = output.with_name(output.name + ".unfinished")
     unfinished.unlink(missing_ok=True)
     rows = []
     database = sqlite3.connect(unfinished)
@@ -175,9 +189,45 @@ def _catalogue_all(client, sources, options):
                 f"INSERT INTO {name} VALUES ({', '.join('?' * len(columns))})", values)
         rows.append(row)
     database.commit()
+    if parquet:
+        _write_parquet(database, output)
     database.close()
-    os.replace(unfinished, options.output)
+    if parquet:
+        unfinished.unlink()
+    else:
+        os.replace(unfinished, output)
     return rows
+
+
+def _pyarrow():
+    try:
+        import pyarrow.parquet
+    except ImportError:
+        return None
+    return pyarrow
+
+
+def _write_parquet(database, folder):
+    """A file for each table; a column is of numbers where all its values are."""
+    pyarrow = _pyarrow()
+    kinds = {frozenset(): pyarrow.string(), frozenset({"integer"}): pyarrow.int64(),
+             frozenset({"real"}): pyarrow.float64(), frozenset({"integer", "real"}): pyarrow.float64()}
+    folder.mkdir(parents=True, exist_ok=True)
+    there = {name for name, in database.execute("SELECT name FROM sqlite_schema")}
+    for table in there.intersection(TABLES):
+        cursor = database.execute(f"SELECT * FROM {table}")
+        fields = []
+        for name, *_ in cursor.description:
+            found = database.execute(f'SELECT DISTINCT typeof("{name}") FROM {table}')
+            kind = frozenset(kind for kind, in found) - {"null"}
+            fields.append((name, kinds.get(kind, pyarrow.string())))
+        schema = pyarrow.schema(fields)
+        unfinished = folder / f"{table}.parquet.unfinished"
+        with pyarrow.parquet.ParquetWriter(unfinished, schema) as writer:
+            while some := cursor.fetchmany(100_000):
+                arrays = [pyarrow.array(column, field.type) for column, field in zip(zip(*some), schema)]
+                writer.write_table(pyarrow.Table.from_arrays(arrays, schema=schema))
+        os.replace(unfinished, folder / f"{table}.parquet")
 
 
 def _tables(source):
