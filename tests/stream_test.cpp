@@ -101,9 +101,23 @@ TEST(CachedInStream, AsksSeldomAndForgetsWhatIsOld) {
     const int before = requests;
     fails = true;
     EXPECT_FALSE(read(0, 1));
+    in.Expect(300'000, 400'000);
     fails = false;
     EXPECT_TRUE(read(0, 1));
-    EXPECT_EQ(requests, before + 2);
+    EXPECT_EQ(requests, before + 3) << "what cannot be had is left to reading";
+
+    for (const u64 size : {u64{400'000}, u64{3} << 20}) {  // the second is more than is kept
+        requests = 0;
+        in.Expect(u64{4} << 20, size);
+        EXPECT_TRUE(read(u64{4} << 20, 5) && read((u64{4} << 20) + size / 2, size / 2));
+        EXPECT_EQ(requests, 1);
+        in.Expect((u64{4} << 20) + 70'000, size - 70'000);
+        in.Expect(bytes.size(), 1);
+        in.Expect(huge, huge);
+        in.Expect(0, 0);
+        EXPECT_EQ(requests, 1) << "nothing is missing";
+        EXPECT_TRUE(read(1, 1 << 20));
+    }
 }
 
 TEST(LzmaInStream, CopiesSmallBuffersAndShortensReads) {

@@ -1,5 +1,6 @@
 #include "container/BlockReaderImp.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "component/ClassRows.h"
@@ -56,6 +57,27 @@ LastMiss::Subject GeoBlockSubject(u32 block) {
 }
 
 }  // namespace
+
+/// Tells a distant stream that the offset table of a section is about to be read, and what is
+/// between it and `end`; and the last record's first bytes, which stand ahead of it, not far most
+/// times.
+void CZVLGBlockReader::Imp::ExpectTable(const Section& section, u64 end) {
+    constexpr u64 ahead = 128 << 10;
+    constexpr u64 least = 256 << 10;
+    const u64 table = section.EntryPosition(0);
+    if (distant == nullptr || end <= table) return;
+    const u64 begin = table - std::min(table, ahead);
+    distant->Expect(begin, std::max(end - begin, least));
+}
+
+/// The same of record `i`, which is at `position` and ends where the next one begins.
+void CZVLGBlockReader::Imp::ExpectRecord(CheckedInStream& in, const Section& section, u32 i,
+                                         u64 position) {
+    if (distant == nullptr) return;
+    u64 end = section.EntryPosition(0);
+    if (i + 1 < section.Count()) FindRecord(in, section, i + 1, end);
+    if (end > position) distant->Expect(position, end - position);
+}
 
 /// Decodes the block at `in`'s position, and notes it where it does not decode.
 bool CZVLGBlockReader::Imp::ReadBlock(CheckedInStream& in, const LastMiss::Subject& subject,
@@ -192,6 +214,7 @@ const PlacedFloor* CZVLGBlockReader::Imp::FetchFloor(u32 floor, MemoryBudget& me
         last.NoteDamaged("is not where its section says");
         return nullptr;
     }
+    ExpectRecord(in, floorSection, floor, position);
     in.Seek(position);
     FloorFields fields = ReadFloorFields(in, memory);
     position = in.GetPos() - basePos;
@@ -259,6 +282,7 @@ const GeoBlock* CZVLGBlockReader::Imp::FetchGeoBlock(u32 block) {
         last.NoteDamaged("is not where its section says");
         return nullptr;
     }
+    ExpectRecord(in, geoSection, block, position);
     in.Seek(position);
     GeoBlock fetched;
     fetched.position = position - basePos;

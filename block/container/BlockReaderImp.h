@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "ZVSmartFormat/CachedStream.h"
 #include "ZVSmartZvg/BlockReader.h"
 #include "component/FloorBlock.h"
 #include "container/DecodedCache.h"
@@ -76,6 +77,9 @@ class CZVLGBlockReader::Imp {
     bool ReadSections(ZVSmartFormat::CheckedInStream& in);
     bool ReadIndexBlock(ZVSmartFormat::CheckedInStream& in);
     void CheckStructure(ZVSmartFormat::CheckedInStream& in);
+    void ExpectTable(const Section& section, u64 end);
+    void ExpectRecord(ZVSmartFormat::CheckedInStream& in, const Section& section, u32 i,
+                      u64 position);
     u32 SumDecodedSizes();
     bool ReadBlock(ZVSmartFormat::CheckedInStream& in, const LastMiss::Subject& subject,
                    ZVSmartFormat::DecodedBlock& block);
@@ -86,6 +90,7 @@ class CZVLGBlockReader::Imp {
     bool FetchGeo(const std::wstring& identification, SZVLGZvgGeo& geo);
 
     ZVSmartFormat::WatchedInStream stream;
+    ZVSmartFormat::CZVFTCachedInStream* distant = nullptr;  // the same, where requests are dear
     u64 basePos = 0;
     bool isOpen = false;
     Section geoSection;

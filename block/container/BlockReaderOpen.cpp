@@ -23,6 +23,7 @@ using ZVSmartFormat::RecordInStream;
 void CZVLGBlockReader::Imp::Close() {
     isOpen = false;
     stream.Watch(nullptr);
+    distant = nullptr;
     head = FileHead();
     geoSection = floorSection = level2 = Section();
     identifications = GeoIdentTable();
@@ -35,10 +36,13 @@ bool CZVLGBlockReader::Imp::Init(CZVFTInStream& in, u32 geoBlockCacheLimit, u32 
     geoBlocks = DecodedCache<GeoBlock>(geoBlockCacheLimit == 0 ? 3 : geoBlockCacheLimit);
     floors = DecodedCache<PlacedFloor>(floorCacheLimit == 0 ? 5 : floorCacheLimit);
     stream.Watch(&in);
+    distant = dynamic_cast<ZVSmartFormat::CZVFTCachedInStream*>(&in);
     const auto finish = [this] {
         openMiss = last;
-        if (!isOpen) stream.Watch(nullptr);  // it may be gone before the next query
-        return isOpen;
+        if (isOpen) return true;
+        stream.Watch(nullptr);  // it may be gone before the next query
+        distant = nullptr;
+        return false;
     };
     try {
         isOpen = Ask([&] { return Open(); });
@@ -75,12 +79,14 @@ bool CZVLGBlockReader::Imp::ReadSections(CheckedInStream& in) {
     geoSection = ReadSection(in, in.GetPos());
     CheckCount(geoSection);
     last.LookAt(floorSectionPos - basePos, theFloorSection);
+    ExpectTable(geoSection, floorSectionPos + SZVLGSectionHead::byteSize);
     if (floorSectionPos >= geoSection.position + SZVLGSectionHead::byteSize) {
         floorSection = ReadSection(in, floorSectionPos);
         if (floorSection.head.IsPossible(in.GetSize() - floorSection.position)) {
             CheckCount(floorSection);
             if (floorSectionPos != geoSection.End())
                 last.NoteDamaged("does not begin where the geometry blocks end");
+            ExpectTable(floorSection, in.GetSize());
             in.Seek(floorSection.End());
             return true;
         }

@@ -9,7 +9,8 @@ namespace ZVSmartFormat {
 namespace {
 
 constexpr u64 blockBytes = 64 << 10;
-constexpr u64 leastRequest = 4;  ///< blocks
+constexpr u64 leastRequest = 4;    ///< blocks
+constexpr u64 mostExpected = 256;  ///< blocks
 
 u64 BlocksOf(u64 bytes) {
     return bytes / blockBytes + (bytes % blockBytes != 0 ? 1 : 0);
@@ -33,7 +34,8 @@ bool CZVFTCachedInStream::Read(void* buffer, u64* byteCount) {
         const u64 left = wanted - *byteCount;
         Block* block = Find(pos / blockBytes);
         if (block == nullptr) {
-            if (!Fetch(pos / blockBytes, BlocksOf(begin + left))) return false;
+            const u64 first = pos / blockBytes;
+            if (!Fetch(first, RequestLength(first, BlocksOf(begin + left)))) return false;
             block = Find(pos / blockBytes);
         }
         const u64 count = std::min(left, block->bytes.size() - begin);
@@ -74,12 +76,23 @@ u64 CZVFTCachedInStream::RequestLength(u64 first, u64 wanted) const {
     return length;
 }
 
-bool CZVFTCachedInStream::Fetch(u64 first, u64 wanted) {
-    const u64 length = RequestLength(first, wanted);
+void CZVFTCachedInStream::Expect(u64 position, u64 byteCount) {
+    if (position >= size || byteCount == 0) return;
+    u64 first = position / blockBytes;
+    u64 end = BlocksOf(position + std::min(byteCount, size - position));
+    while (first < end && blocks.contains(first)) ++first;
+    while (first < end && blocks.contains(end - 1)) --end;
+    const u64 wanted = end - first;
+    if (wanted == 0 || wanted > std::max(mostBlocks, mostExpected)) return;
+    Fetch(first, first == requestEnd ? RequestLength(first, wanted) : wanted);
+}
+
+/// Asks for `length` blocks from `first` on in one request.
+bool CZVFTCachedInStream::Fetch(u64 first, u64 length) {
     const u64 position = first * blockBytes;
     std::vector<u8> bytes(std::min(length * blockBytes, size - position));
     if (source(position, bytes.data(), bytes.size()) != bytes.size()) return false;
-    while (blocks.size() + length > mostBlocks) DropOldest();
+    while (length <= mostBlocks && blocks.size() + length > mostBlocks) DropOldest();
     for (u64 i = 0; i < length; ++i) {
         const u64 begin = i * blockBytes;
         const u64 end = std::min<u64>(begin + blockBytes, bytes.size());

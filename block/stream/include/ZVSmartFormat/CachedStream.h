@@ -10,7 +10,8 @@ namespace ZVSmartFormat {
 
 /// Reads a source of which each request is dear, such as a file on a server, in few and large
 /// requests, and keeps what was read lately. A request begins at a multiple of 64 KiB and is at
-/// least 256 KiB long where so much is there and not kept; requests that follow each other grow.
+/// least 256 KiB long where so much is there and not kept, unless `Expect` says how much is wanted;
+/// requests that follow each other grow.
 /// It has no thread and no lock, so that a fork leaves both processes a whole stream each, as far
 /// as the source stands it.
 class ZVFT_API CZVFTCachedInStream : public CZVFTInStream {
@@ -33,6 +34,12 @@ class ZVFT_API CZVFTCachedInStream : public CZVFTInStream {
     int Seek(u64 pos) override;
     u64 GetSize() override;
 
+    /// Says that the `byteCount` bytes at `position` are about to be read: what is not kept of them
+    /// is asked for at once, in one request, and no more unless it follows the last one. It is kept
+    /// until the next request even where it is more than the cache holds, up to 16 MiB. Where it is
+    /// more than that, or the source fails, it is left to `Read`.
+    void Expect(u64 position, u64 byteCount);
+
   private:
     struct Block {
         std::vector<u8> bytes;
@@ -41,7 +48,7 @@ class ZVFT_API CZVFTCachedInStream : public CZVFTInStream {
 
     Block* Find(u64 number);
     u64 RequestLength(u64 first, u64 wanted) const;
-    bool Fetch(u64 first, u64 wanted);
+    bool Fetch(u64 first, u64 length);
     void DropOldest();
 
     Source source;
