@@ -3,8 +3,10 @@
 
     take_off.py house.zvg
 
-The area of a wall is that of its two larger faces, halved: the outer one without the openings that
-are cut into it. The area of a window is the larger upright side of its box.
+The area of a wall is half of that of its faces that look along its normal: a side without the
+openings that are cut through it. The back of a niche counts as wall; programs that measure the
+outermost face alone tell less of such a wall. The area of a window is the larger upright side of
+its box.
 """
 
 import sys
@@ -17,7 +19,7 @@ WALLS = ("IfcWall", "IfcWallStandardCase")
 
 
 def face_area(mesh):
-    """One side of an upright, flat body: half the area of its faces that look along its normal."""
+    """One side of an upright, flat body, with the backs of its niches."""
     corners = mesh.points[mesh.triangles]
     normals = np.cross(corners[:, 1] - corners[:, 0], corners[:, 2] - corners[:, 0]) / 2
     areas = np.linalg.norm(normals, axis=1)
