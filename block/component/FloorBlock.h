@@ -37,8 +37,9 @@ class FloorBlock {
 
     /// Reads component `i`, below the count: the floor's fields, the entry's own fields and the
     /// identification rows of its references, into a record that is new but for `compProperties`,
-    /// whose memory is used again; of the properties those that `parts` says. `rows` tells where the classes are. False where a reference
-    /// names an identification row that is not there; it is left out.
+    /// whose memory is used again; of the properties those that `parts` says. `rows` tells where
+    /// the classes are. False where a reference names an identification row that is not there; it
+    /// is left out.
     /// Throws OverLimit where `budget` does not hold what the record takes.
     bool ReadComponent(u32 i, unsigned int version, const SZVLGCompParts& parts, SZVLGZvgComp& comp,
                        EntryRows& rows, ZVSmartFormat::MemoryBudget& budget) const;
