@@ -288,7 +288,8 @@ Bytes PutTogether(const Parts& parts, std::vector<FieldSpan>* spans) {
         position += framed.size();
         record = std::move(record) + framed;
     }
-    file = std::move(file) + Section(floors, "floor section", spans, file.size());
+    const Bytes floorSection = Section(floors, "floor section", spans, file.size());
+    file = std::move(file) + floorSection;
     mark("blockSize", file.size(), 4);
     return std::move(file) + Framed(parts.index);
 }
