@@ -1,7 +1,8 @@
 #include "component/DisplacementSettings.h"
 
-#include <cwchar>
+#include <algorithm>
 #include <limits>
+#include <string_view>
 
 namespace ZVSmartZvg {
 
@@ -10,17 +11,21 @@ namespace {
 /// What `wcstoul` makes of `text` where `unsigned long` has 32 bits, whatever it has here: a
 /// magnitude above 32 bits is the largest value, a minus sign wraps. False unless all of `text`
 /// is read.
-bool ParseUnsigned32(const std::wstring& text, u32& value) {
-    constexpr u32 largest = std::numeric_limits<u32>::max();
-    wchar_t* end = nullptr;
-    const u64 parsed = std::wcstoul(text.c_str(), &end, 10);
-    if (end == text.c_str() || end != text.c_str() + text.size()) return false;
-    const bool negative = text.find(L'-') != std::wstring::npos;
-    const u64 magnitude = negative ? 0 - parsed : parsed;
+bool ParseUnsigned32(std::wstring_view text, u32& value) {
+    constexpr u64 largest = std::numeric_limits<u32>::max();
+    text.remove_prefix(std::min(text.find_first_not_of(L" \t\n\v\f\r"), text.size()));
+    const bool isNegative = text.starts_with(L'-');
+    if (isNegative || text.starts_with(L'+')) text.remove_prefix(1);
+    if (text.empty()) return false;
+    u64 magnitude = 0;
+    for (const wchar_t digit : text) {
+        if (digit < L'0' || digit > L'9') return false;
+        magnitude = std::min(magnitude * 10 + static_cast<u64>(digit - L'0'), largest + 1);
+    }
     if (magnitude > largest) {
-        value = largest;
+        value = static_cast<u32>(largest);
     } else {
-        value = static_cast<u32>(parsed);
+        value = static_cast<u32>(isNegative ? 0 - magnitude : magnitude);
     }
     return true;
 }
