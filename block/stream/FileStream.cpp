@@ -2,11 +2,35 @@
 
 #include <limits>
 
+#ifndef _WIN32
+#include <sys/types.h>
+#endif
+
 namespace ZVSmartFormat {
 
 namespace {
 
 constexpr u64 lost = std::numeric_limits<u64>::max();
+
+// `long`, which fseek and ftell take, ends at 2 GiB on Windows and where pointers have 32 bits.
+#ifdef _WIN32
+using FileOffset = __int64;
+int SeekTo(std::FILE* file, FileOffset offset, int from) {
+    return _fseeki64(file, offset, from);
+}
+FileOffset OffsetOf(std::FILE* file) {
+    return _ftelli64(file);
+}
+#else
+using FileOffset = off_t;
+int SeekTo(std::FILE* file, FileOffset offset, int from) {
+    return fseeko(file, offset, from);
+}
+FileOffset OffsetOf(std::FILE* file) {
+    return ftello(file);
+}
+#endif
+static_assert(sizeof(FileOffset) == 8, "set _FILE_OFFSET_BITS to 64");
 
 std::FILE* OpenFile(const std::string& path, bool forWrite) {
     if (path.empty()) return nullptr;
@@ -24,12 +48,13 @@ void CloseFile(std::FILE*& file) {
 }
 
 int SeekFile(std::FILE* file, u64 pos) {
-    if (file == nullptr || pos > static_cast<u64>(std::numeric_limits<long>::max())) return -1;
-    return std::fseek(file, static_cast<long>(pos), SEEK_SET);
+    constexpr auto furthest = static_cast<u64>(std::numeric_limits<FileOffset>::max());
+    if (file == nullptr || pos > furthest) return -1;
+    return SeekTo(file, static_cast<FileOffset>(pos), SEEK_SET);
 }
 
 u64 FilePosition(std::FILE* file) {
-    return file == nullptr ? lost : static_cast<u64>(std::ftell(file));
+    return file == nullptr ? lost : static_cast<u64>(OffsetOf(file));
 }
 
 }  // namespace
@@ -69,10 +94,10 @@ int CZVFTFileInStream::Seek(u64 pos) {
 
 u64 CZVFTFileInStream::GetSize() {
     if (file == nullptr) return 0;
-    const long here = std::ftell(file);
-    if (here < 0 || std::fseek(file, 0, SEEK_END) != 0) return 0;
-    const long size = std::ftell(file);
-    std::fseek(file, here, SEEK_SET);
+    const FileOffset here = OffsetOf(file);
+    if (here < 0 || SeekTo(file, 0, SEEK_END) != 0) return 0;
+    const FileOffset size = OffsetOf(file);
+    SeekTo(file, here, SEEK_SET);
     return size < 0 ? 0 : static_cast<u64>(size);
 }
 
