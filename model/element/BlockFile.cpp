@@ -16,6 +16,21 @@ using namespace ZVSmartZvg;
 
 namespace {
 
+FileInfo HeadOf(OpenedBlock& block) {
+    CZVLGBlockReader& reader = block.Reader();
+    SZVLGZvgBlockHeadInfo head;
+    reader.GetHeadInfo(head);
+    FileInfo info;
+    info.firstText = ToUtf8(head.firstText);
+    info.secondText = ToUtf8(head.secondText);
+    info.version = reader.GetVersion();
+    info.bytes = block.FileBytes();
+    info.floors = reader.GetFloorNum();
+    info.geometryBlocks = reader.GetGeoBlockNum();
+    info.identifications = reader.GetGeoIdentificationNum();
+    return info;
+}
+
 Floor FloorOf(OpenedBlock& block, unsigned int number) {
     Floor floor;
     floor.name = ToUtf8(block.FloorName(number));
@@ -55,20 +70,14 @@ BlockFile& BlockFile::operator=(BlockFile&&) noexcept = default;
 
 FileInfo BlockFile::Info() const {
     return imp->Ask([](OpenedBlock& block) {
-        CZVLGBlockReader& reader = block.Reader();
-        SZVLGZvgBlockHeadInfo head;
-        reader.GetHeadInfo(head);
-        FileInfo info;
-        info.firstText = ToUtf8(head.firstText);
-        info.secondText = ToUtf8(head.secondText);
-        info.version = reader.GetVersion();
-        info.bytes = block.FileBytes();
+        FileInfo info = HeadOf(block);
         info.decodedBytes = block.DecodedBytes();
-        info.floors = reader.GetFloorNum();
-        info.geometryBlocks = reader.GetGeoBlockNum();
-        info.identifications = reader.GetGeoIdentificationNum();
         return info;
     });
+}
+
+FileInfo BlockFile::Head() const {
+    return imp->Ask([](OpenedBlock& block) { return HeadOf(block); });
 }
 
 std::vector<Floor> BlockFile::Floors() const {

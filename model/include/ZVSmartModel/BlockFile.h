@@ -103,6 +103,9 @@ class ZVSM_API BlockFile {
 
     /// What the file says of itself.
     FileInfo Info() const;
+    /// The same with `decodedBytes` 0, for a file that is far away: asks it for nothing that
+    /// opening did not read.
+    FileInfo Head() const;
     /// All floors, in the file's order. Decodes each floor once.
     std::vector<Floor> Floors() const;
     /// The number of elements on all floors, as the file's index has it.
