@@ -63,7 +63,7 @@ int main(int argc, char** argv) {
     }
     Tell(session, zvg_preview(session));
     TellScene(session, {});
-    TellScene(session, {"doubles", "true", "curves", "true", "normals", "smooth"});
+    TellScene(session, {"normals", "flat", "doubles", "true"});
     Tell(session, zvg_verify(session));
     Tell(session, zvg_damage(session));
     zvg_end(session);
