@@ -1,5 +1,6 @@
 #include <optional>
 #include <set>
+#include <sstream>
 #include <vector>
 
 #include "tool_support.h"
@@ -82,6 +83,53 @@ bool Holds(const std::string& text, const std::string& part) {
 constexpr const char* roundedSquarePath = "\"M12 224L212 224A100 100 0 0 0 212 24L12 24Z\"";
 constexpr const char* boxPaths[] = {"\"M12 124L212 124L212 24L12 24Z\"",
                                     "\"M12 124L12 24L212 24L212 124Z\""};
+
+/// Whether a path of the document is this rectangle, from its lower left corner either way round.
+bool HasBox(const std::string& svg, double left, double top, double width, double height) {
+    const auto at = [](double x, double y) {
+        std::ostringstream text;
+        text << x << ' ' << y;
+        return text.str();
+    };
+    const std::string a = at(left, top + height), b = at(left + width, top + height);
+    const std::string c = at(left + width, top), d = at(left, top);
+    return Holds(svg, "\"M" + a + 'L' + b + 'L' + c + 'L' + d + "Z\"") ||
+           Holds(svg, "\"M" + a + 'L' + d + 'L' + c + 'L' + b + "Z\"");
+}
+
+TEST_F(PlanTest, FloorsLieOnEachOtherInOneScale) {
+    saver.AddIdentificationGeo(L"box", Box(3));
+    for (const double level : {0.0, 4.0}) {
+        SZVLGZvgComp comp = MakeComp(level > 0 ? L"upper" : L"lower", level);
+        comp.classLevel1Name = level > 0 ? L"Upper" : L"Ground";
+        comp.classLevel2Name = L"IfcBuildingElementProxy";
+        comp.geoRefs[0].geo.namedTransfs = {{L"box", Moved(2.5 * level, level, level)}};
+        comp.compProperties = {{L"Project.TrueNorth", L"1, 0"}};
+        saver.AddComp(comp);
+    }
+    Close();
+    ASSERT_EQ(Run("$Z plan model.zvg --paper A4 --scale 1:50"), 0) << err;
+    // 12 m by 5 m at 20 mm the metre, in the middle of 297 mm by 210 mm.
+    EXPECT_TRUE(HasBox(out, 28.5, 130, 40, 20)) << out;
+    EXPECT_TRUE(HasBox(out, 228.5, 50, 40, 20)) << out;
+    EXPECT_TRUE(Holds(out, R"(width="297mm" height="430mm")"));
+    EXPECT_TRUE(Holds(out, "translate(0 220)"));  // the second sheet, 10 mm below the first
+    EXPECT_TRUE(Holds(out,
+                      "<g class=\"plan-layer IfcBuildingElementProxy section\" "
+                      "id=\"floor-1-IfcBuildingElementProxy-section\""));
+    // The needle points along the X axis from its middle at (262.5, 43).
+    EXPECT_TRUE(Holds(out, "M267 43L258.644 40.68L260.7 43L258.644 45.32Z")) << out;
+    ASSERT_EQ(Run("$Z plan model.zvg --paper a4 -o a4.svg"), 0);
+    EXPECT_TRUE(Holds(err, "a4.svg: 2 components on 2 floors, 1:50\n")) << err;
+    ASSERT_EQ(Run("$Z plan model.zvg --scale 100"), 0);  // one sheet, both in one row
+    EXPECT_TRUE(HasBox(out, 12, 64, 20, 10)) << out;
+    EXPECT_TRUE(HasBox(out, 12 + 120 + 12 + 100, 24, 20, 10)) << out;
+    EXPECT_EQ(Run("$Z plan model.zvg --paper A4 --scale 1:20"), 2);
+    EXPECT_TRUE(Holds(err, "the floors do not fit A4 at 1:20; 1:50 does")) << err;
+    for (const char* wrong : {"--paper B5", "--paper A5", "--scale 1:0", "--scale half"}) {
+        EXPECT_EQ(Run(std::string("$Z plan model.zvg ") + wrong), 2) << wrong;
+    }
+}
 
 TEST_F(PlanTest, BulgesBecomeArcsAndMirrorsTurnThem) {
     const struct {
@@ -188,7 +236,7 @@ TEST_F(PlanTest, WhatReachesThePlaneIsCutWhereverItIsFiled) {
               "zvg: Upper: 4 cut (3 from other floors); left out: 1 below without outlines\n"
               "zvg: unassigned: 1 cut\n");
     ASSERT_EQ(Run("$Z plan model.zvg --floor Upper --cut 1.05 -o upper.svg"), 0);
-    EXPECT_TRUE(Holds(err, "upper.svg: 5 components on 1 floor\n")) << err;
+    EXPECT_TRUE(Holds(err, "upper.svg: 5 components on 1 floor, 1:10\n")) << err;
     EXPECT_EQ(Sections(ReadAll(folder + "upper.svg"), "short"), 1);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,7 +31,7 @@ struct PlanPath {
 using PlanArea = std::vector<PlanPath>;
 
 /// What a component is drawn as.
-enum class DrawnAs { Section, Symbol, Projection };
+enum class DrawnAs { Section, Symbol, Projection, Overhead };
 
 /// What is drawn of a component.
 struct PlanShapes {
@@ -52,6 +53,12 @@ struct PlanComponent : PlanShapes {
 struct PlanFloor {
     PlanFloorSummary summary;
     std::vector<PlanComponent> components;
+};
+
+/// All that is drawn.
+struct PlanDrawing {
+    std::vector<PlanFloor> floors;
+    std::optional<double> north;  ///< radians from the X axis, counter-clockwise; none if not known
 };
 
 }  // namespace ZVSmartModel

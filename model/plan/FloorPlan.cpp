@@ -1,6 +1,7 @@
 #include "model/plan/FloorPlan.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <map>
@@ -31,6 +32,24 @@ std::optional<double> ElevationOf(unsigned long long data) {
     if (elevation == 0) return 0;
     const bool plausible = std::fabs(elevation) < farthest && std::fabs(elevation) > nearest;
     return plausible ? std::optional(elevation) : std::nullopt;
+}
+
+/// Where true north is: the property is the two numbers of a direction.
+std::optional<double> NorthOf(const SZVLGZvgComp& comp) {
+    for (const auto& [name, value] : comp.compProperties) {
+        if (name != L"Project.TrueNorth") continue;
+        const std::string text = ToUtf8(value);
+        double x = 0, y = 0;
+        const char* const end = text.data() + text.size();
+        const auto first = std::from_chars(text.data(), end, x);
+        const char* next = first.ptr;
+        while (next != end && (*next == ',' || *next == ' ')) ++next;
+        const auto second = std::from_chars(next, end, y);
+        if (first.ec != std::errc() || second.ec != std::errc()) return std::nullopt;
+        const double length = std::hypot(x, y);
+        return length > 0 && std::isfinite(length) ? std::optional(std::atan2(y, x)) : std::nullopt;
+    }
+    return std::nullopt;
 }
 
 std::string NameOf(const SZVLGZvgComp& comp) {
@@ -73,7 +92,7 @@ class FloorsDrawing {
         }
     }
 
-    std::vector<PlanFloor> Take() { return std::move(plans); }
+    PlanDrawing Take() { return {std::move(plans), north}; }
 
   private:
     static constexpr std::size_t notWanted = static_cast<std::size_t>(-1);
@@ -102,6 +121,7 @@ class FloorsDrawing {
                        std::back_inserter(allHeights));
         block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
             atEachStep();
+            if (!north) north = NorthOf(comp);
             const bool isRoom = IsRoomClass(comp.classLevel2Name);
             if (isRoom && !isWanted) return;
             Draw(index, comp, own, isRoom ? ownHeight : allHeights, atEachStep);
@@ -199,6 +219,7 @@ class FloorsDrawing {
     PlacedRecords& records;
     std::pair<unsigned int, unsigned int> wanted;
     std::vector<PlanFloor> plans;
+    std::optional<double> north;
     std::vector<std::size_t> corners;         ///< by plan
     std::multimap<double, std::size_t> open;  ///< plans that cut whatever reaches their planes
     std::vector<double> openHeights;          ///< of these, ascending, none twice
@@ -206,9 +227,9 @@ class FloorsDrawing {
 
 }  // namespace
 
-std::vector<PlanFloor> DrawFloors(OpenedBlock& block, PlacedRecords& records,
-                                  std::pair<unsigned int, unsigned int> wanted, double cutHeight,
-                                  const PlanStep& step) {
+PlanDrawing DrawFloors(OpenedBlock& block, PlacedRecords& records,
+                       std::pair<unsigned int, unsigned int> wanted, double cutHeight,
+                       const PlanStep& step) {
     FloorsDrawing drawing(block, records, wanted, cutHeight);
     drawing.DrawAll(step);
     return drawing.Take();

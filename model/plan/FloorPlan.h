@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <utility>
-#include <vector>
 
 #include "model/element/OpenedBlock.h"
 #include "model/plan/Drawing.h"
@@ -19,8 +18,8 @@ using PlanStep = std::function<void(unsigned int done, unsigned int total)>;
 /// takes one pass over the components of all floors, for a body may reach through the planes of
 /// several. Components that cannot be read are remembered by `block`, geometries by `records`.
 /// Throws Error Damaged where one floor has more corners than any drawing.
-std::vector<PlanFloor> DrawFloors(OpenedBlock& block, PlacedRecords& records,
-                                  std::pair<unsigned int, unsigned int> wanted, double cutHeight,
-                                  const PlanStep& step);
+PlanDrawing DrawFloors(OpenedBlock& block, PlacedRecords& records,
+                       std::pair<unsigned int, unsigned int> wanted, double cutHeight,
+                       const PlanStep& step);
 
 }  // namespace ZVSmartModel

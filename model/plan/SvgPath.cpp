@@ -11,7 +11,7 @@ namespace {
 
 class Writer {
   public:
-    explicit Writer(const SvgFrame& frame) : frame(frame) {}
+    explicit Writer(const SheetFrame& frame) : frame(frame) {}
 
     void Write(const PlanPath& path) {
         const std::size_t count = path.vertices.size();
@@ -46,17 +46,17 @@ class Writer {
     }
 
     std::string PointText(const PlanPoint& point) const {
-        return SvgNumber(frame.left + (point.x - frame.west) * frame.unitsPerMetre) + ' ' +
-               SvgNumber(frame.top + (frame.north - point.y) * frame.unitsPerMetre);
+        const PlanPoint at = frame.OnPaper(point);
+        return SvgNumber(at.x) + ' ' + SvgNumber(at.y);
     }
 
-    const SvgFrame& frame;
+    const SheetFrame& frame;
     std::string out;
 };
 
 }  // namespace
 
-std::string SvgPathData(const std::vector<PlanPath>& paths, const SvgFrame& frame) {
+std::string SvgPathData(const std::vector<PlanPath>& paths, const SheetFrame& frame) {
     Writer writer(frame);
     for (const PlanPath& path : paths) writer.Write(path);
     return writer.Take();

@@ -9,12 +9,23 @@
 #include "model/element/FileSink.h"
 #include "model/element/ProgressPace.h"
 #include "model/plan/FloorPlan.h"
+#include "model/plan/PlanSheet.h"
 #include "model/plan/Strays.h"
-#include "model/plan/SvgSheet.h"
+#include "model/plan/SvgCanvas.h"
 
 namespace ZVSmartModel {
 
 namespace {
+
+/// The document; `layout` must have a cell for each floor.
+std::string DocumentOf(const PlanDrawing& drawing, const std::string& title,
+                       const SheetLayout& layout) {
+    std::vector<PageSize> pages;
+    for (const SheetPage& page : layout.pages) pages.push_back(page.size);
+    SvgCanvas canvas(title, pages);
+    DrawSheet(drawing, title, layout, canvas);
+    return canvas.Take();
+}
 
 PlanSummary SummaryOf(const std::vector<PlanFloor>& floors) {
     PlanSummary summary;
@@ -43,7 +54,8 @@ PlanSummary WritePlan(const BlockFile& file, ZVSmartFormat::CZVFTOutStream& out,
         const auto tell = [&pace](unsigned int done, unsigned int total) {
             pace.Tell("drawing the plan", done, total);
         };
-        std::vector<PlanFloor> floors = DrawFloors(block, records, wanted, options.cutHeight, tell);
+        PlanDrawing drawing = DrawFloors(block, records, wanted, options.cutHeight, tell);
+        std::vector<PlanFloor>& floors = drawing.floors;
         if (!options.all) TakeOutStrays(floors);
         PlanSummary summary = SummaryOf(floors);
         // Many a model has a floor that only says something about it.
@@ -52,7 +64,11 @@ PlanSummary WritePlan(const BlockFile& file, ZVSmartFormat::CZVFTOutStream& out,
         }
         summary.floors = floors.size();
         const std::string fileName = std::filesystem::path(block.Path()).filename().string();
-        WriteWhole(out, SvgSheet(options.title.empty() ? fileName : options.title, floors));
+        const SheetLayout layout = LayOutSheet(floors.size(), ExtentOf(drawing), ApronOf(drawing),
+                                               options.paper, options.scale);
+        WriteWhole(out,
+                   DocumentOf(drawing, options.title.empty() ? fileName : options.title, layout));
+        summary.scale = layout.denominator;
         std::optional<Error> damage = block.Verdict();
         if (!damage) damage = records.FirstDamage();
         if (damage) summary.lost = damage->what();

@@ -17,6 +17,11 @@ struct PlanOptions {
     std::string title;                 ///< of the document; empty takes the file's name
     double cutHeight = 1.2;            ///< metres from a floor's elevation up to its plane
     bool all = false;                  ///< draw strays as well
+    /// "A0" to "A4": each floor has a sheet of this paper, lying or upright; empty for one sheet,
+    /// as large as it takes.
+    std::string paper;
+    /// 100 for 1:100; 0 takes the largest usual scale that fits the paper.
+    double scale = 0;
 };
 
 /// What became of the elements of one floor. Those that are drawn are in `cut`, `symbols` and
@@ -46,6 +51,7 @@ struct PlanSummary {
     /// @{
     std::size_t floors = 0, elements = 0;
     /// @}
+    double scale = 0;  ///< 100 for 1:100
     std::string lost;  ///< on one line, what could not be read; empty where all was
     /// All floors that were looked at, those of which nothing is seen as well.
     std::vector<PlanFloorSummary> perFloor;
@@ -63,14 +69,16 @@ struct PlanSummary {
 /// at least three; where more are that far, they belong to the building.
 ///
 /// Lengths are those of the file, which are metres where this library packed it; nothing is
-/// guessed from sizes. All is drawn on one sheet in one round scale, in millimetres of paper, north
-/// up. Each element is a group with its GUID, its class and its name; docs/GUIDE.md describes them.
+/// guessed from sizes. All floors are drawn in one round scale and show one extent, so that they
+/// lie on each other; in millimetres of paper, the model's Y axis up, with an arrow to true north
+/// where the file knows it. Each element is a group with its GUID, its class and its name;
+/// docs/GUIDE.md describes them.
 ///
 /// Writes the document to `out` in one piece at the end. What cannot be read is left out and told
 /// in the summary. Throws Error: Usage for a cut height that is not
-/// finite, NotFound for a floor that is not there, InputOutput where `out`
-/// does not take the document, Damaged where nothing can be told from what is left, Internal,
-/// Cancelled.
+/// finite, an unknown paper, and a scale that is none or too large for it, NotFound for a floor
+/// that is not there, InputOutput where `out` does not take the document, Damaged where nothing can
+/// be told from what is left, Internal, Cancelled.
 ZVSM_API PlanSummary WritePlan(const BlockFile& file, ZVSmartFormat::CZVFTOutStream& out,
                                const PlanOptions& options = {}, const Progress& progress = {});
 

@@ -1,3 +1,5 @@
+#include <charconv>
+#include <cmath>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -20,12 +22,14 @@ struct Arguments {
     std::optional<std::string> floor;
     double cutHeight = PlanOptions().cutHeight;
     bool all = false;
+    std::string paper, scale;
 };
 
 std::string Told(const PlanSummary& summary) {
     return std::to_string(summary.elements) +
            (summary.elements == 1 ? " component on " : " components on ") +
-           std::to_string(summary.floors) + (summary.floors == 1 ? " floor" : " floors");
+           std::to_string(summary.floors) + (summary.floors == 1 ? " floor" : " floors") +
+           ", 1:" + std::to_string(std::llround(summary.scale));
 }
 
 /// The counts that are not 0, with what they count behind them.
@@ -60,6 +64,17 @@ std::string Told(const PlanFloorSummary& floor) {
     return text;
 }
 
+/// "1:100" or "100".
+double ScaleOf(const std::string& text) {
+    if (text.empty()) return 0;
+    const std::string number = text.starts_with("1:") ? text.substr(2) : text;
+    double scale = 0;
+    const char* const end = number.data() + number.size();
+    const auto [last, error] = std::from_chars(number.data(), end, scale);
+    if (error == std::errc() && last == end && scale > 0) return scale;
+    throw Error(Status::Usage, text + ": a scale looks like 1:100");
+}
+
 void CheckName(const std::string& path) {
     const std::string extension = std::filesystem::path(path).extension().string();
     if (path.empty() || path == "-" || extension == ".svg" || extension == ".SVG") return;
@@ -89,6 +104,8 @@ void Plan(const Arguments& arguments, const CommonOptions& common) {
     options.floor = arguments.floor;
     options.cutHeight = arguments.cutHeight;
     options.all = arguments.all;
+    options.paper = arguments.paper;
+    options.scale = ScaleOf(arguments.scale);
     options.title = std::filesystem::path(arguments.file).filename().string();
     PlanSummary summary;
     if (isPrinted) {
@@ -127,6 +144,15 @@ void RegisterPlan(CLI::App& app, CommonOptions& common) {
     command->add_flag("--all", arguments->all,
                       "Draw strays as well: what lies further from the rest than ten times its "
                       "diagonal, and than 100 m");
+    command
+        ->add_option("--paper", arguments->paper,
+                     "A0 to A4: a sheet of this paper for each floor; else one sheet as large as "
+                     "it takes")
+        ->type_name("NAME");
+    command
+        ->add_option("--scale", arguments->scale,
+                     "Such as 1:100; the default is the largest usual scale that fits")
+        ->type_name("SCALE");
     AddLimitOption(*command, common);
     command->callback([arguments, &common] { Plan(*arguments, common); });
 }

@@ -1,0 +1,209 @@
+#include "model/plan/PlanSheet.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <tuple>
+#include <utility>
+
+#include "model/plan/ClassStyles.h"
+#include "model/plan/SvgPath.h"
+#include "model/plan/XmlText.h"
+
+namespace ZVSmartModel {
+
+namespace {
+
+constexpr double wantedScaleBar = 50;  // millimetres
+constexpr double longestScaleBar = 70;
+const char* const noteColour = "#5b6066";
+const char* const inkColour = "#26292d";
+
+std::string MetresText(double metres) {
+    return metres < 1 ? SvgNumber(metres * 1000) + " mm" : SvgNumber(metres) + " m";
+}
+
+const char* WordOf(DrawnAs drawnAs) {
+    switch (drawnAs) {
+        case DrawnAs::Section:
+            return "section";
+        case DrawnAs::Symbol:
+            return "symbol";
+        case DrawnAs::Projection:
+            return "projection";
+        case DrawnAs::Overhead:
+            break;
+    }
+    return "overhead";
+}
+
+/// A point of the paper, millimetres right of and below its upper left corner.
+PlanPoint OnPaper(double x, double y) {
+    return {x, -y};
+}
+
+PlanPath Rectangle(double left, double top, double width, double height) {
+    return {{{OnPaper(left, top)},
+             {OnPaper(left + width, top)},
+             {OnPaper(left + width, top + height)},
+             {OnPaper(left, top + height)}},
+            true};
+}
+
+class Sheet {
+  public:
+    Sheet(const PlanDrawing& drawing, const SheetLayout& layout, Canvas& canvas)
+        : drawing(drawing), layout(layout), canvas(canvas) {}
+
+    void Draw(const std::string& title) {
+        for (const SheetPage& page : layout.pages) {
+            canvas.BeginPage(page.size);
+            for (const SheetCell& cell : page.cells) DrawFloor(drawing.floors[cell.floor], cell);
+            canvas.SetFrame(paper);
+            Write(title, sheetMargin, page.size.height - sheetMargin + 3, 4, "plan-title");
+            canvas.EndPage();
+        }
+    }
+
+  private:
+    void DrawFloor(const PlanFloor& floor, const SheetCell& cell) {
+        const std::string number = "floor-" + std::to_string(cell.floor);
+        canvas.BeginFloor({identifiers.Take(number), {"plan-floor"}, "", floor.summary.name, ""});
+        canvas.SetFrame(paper);
+        Write(floor.summary.name, cell.left, cell.top + 5, 5, "plan-heading", true);
+        WriteNote(NoteOf(floor), cell.left, cell.top + 9.5);
+        if (!floor.components.empty()) {
+            canvas.SetFrame(layout.FrameAt(cell.left, cell.top));
+            DrawComponents(floor, number);
+            canvas.SetFrame(paper);
+            DrawNorthArrow(cell.left + layout.cellWidth - 6, cell.top + 5);
+            DrawScaleBar(cell.left, cell.top + layout.cellHeight - footHeight + 6);
+        }
+        canvas.EndFloor();
+    }
+
+    static std::string NoteOf(const PlanFloor& floor) {
+        const double elevation = floor.summary.elevation;
+        std::string note = elevation < 0 ? "elevation " : "elevation +";
+        note += SvgNumber(elevation) + " m";
+        if (floor.components.empty()) return note + ", nothing to draw";
+        const double cut = floor.summary.plane - elevation;
+        return note + ", cut at " + (cut < 0 ? "" : "+") + SvgNumber(cut) + " m";
+    }
+
+    /// What is drawn first comes first: it is covered by what follows.
+    static auto Order(const PlanComponent& component) {
+        return std::tuple(StyleOfClass(component.className).layer);
+    }
+
+    void DrawComponents(const PlanFloor& floor, const std::string& number) {
+        std::vector<const PlanComponent*> ordered;
+        for (const PlanComponent& component : floor.components) ordered.push_back(&component);
+        std::stable_sort(ordered.begin(), ordered.end(),
+                         [](const auto* a, const auto* b) { return Order(*a) < Order(*b); });
+        const PlanComponent* last = nullptr;
+        for (const PlanComponent* component : ordered) {
+            const bool isOther = last == nullptr || last->className != component->className ||
+                                 last->drawnAs != component->drawnAs;
+            if (isOther && last != nullptr) canvas.EndLayer();
+            if (isOther) BeginLayer(*component, number);
+            DrawComponent(*component);
+            last = component;
+        }
+        if (last != nullptr) canvas.EndLayer();
+    }
+
+    static Ink InkOf(const PlanComponent& component) {
+        const ClassStyle& style = StyleOfClass(component.className);
+        return {style.fill, style.stroke, style.strokeWidth};
+    }
+
+    void BeginLayer(const PlanComponent& first, const std::string& number) {
+        const char* const word = WordOf(first.drawnAs);
+        const std::string id = number + '-' + first.className + '-' + word;
+        canvas.BeginLayer({identifiers.Take(id), {"plan-layer", first.className, word}, "", "", ""},
+                          InkOf(first));
+    }
+
+    void DrawComponent(const PlanComponent& component) {
+        canvas.BeginElement({identifiers.Take(component.identity),
+                             {component.className},
+                             component.identity,
+                             component.name,
+                             WordOf(component.drawnAs)});
+        for (const PlanArea& area : component.areas) canvas.Draw(area);
+        const Ink thin = {"none", StyleOfClass(component.className).stroke, 0.13};
+        if (!component.lines.empty()) canvas.Draw(component.lines, thin);
+        canvas.EndElement();
+    }
+
+    /// A needle in a circle, which points where the model's true north is.
+    void DrawNorthArrow(double x, double y) {
+        if (!drawing.north) return;
+        const double radius = 4.5;
+        const auto at = [&](double fraction, double turned) {
+            const double angle = *drawing.north + turned;
+            return OnPaper(x + fraction * radius * std::cos(angle),
+                           y - fraction * radius * std::sin(angle));
+        };
+        constexpr double half = std::numbers::pi;
+        const PlanPath circle = {{{OnPaper(x - radius, y), 1}, {OnPaper(x + radius, y), 1}}, true};
+        const PlanPath needle = {{{at(1, 0)}, {at(1, 2.6)}, {at(0.4, half)}, {at(1, -2.6)}}, true};
+        canvas.BeginLayer({"", {"plan-north"}, "", "", ""}, {"none", inkColour, 0.18});
+        canvas.Draw({circle});
+        canvas.Draw({needle}, {inkColour, inkColour, 0.18});
+        const PlanPoint end = at(1.45, 0);
+        canvas.Write(
+            {"N", {end.x, end.y - 1}, 3, TextAnchor::Middle, 0, true, inkColour, "plan-note"});
+        canvas.EndLayer();
+    }
+
+    /// Two halves, one black, as on paper plans.
+    void DrawScaleBar(double left, double top) {
+        double length = RoundNumber(wantedScaleBar * layout.denominator / 1000);
+        if (layout.OnPaper(length) > longestScaleBar) length = RoundNumber(length / 2.5);
+        const double half = layout.OnPaper(length) / 2;
+        canvas.BeginLayer({"", {"plan-scale"}, "", "", ""}, {"none", inkColour, 0.25});
+        canvas.Draw({Rectangle(left, top, half, 1.5)}, {inkColour, "none"});
+        canvas.Draw({Rectangle(left, top, 2 * half, 1.5)});
+        WriteNote("0", left, top + 5);
+        WriteNote(MetresText(length), left + 2 * half - 2, top + 5);
+        WriteNote("1:" + SvgNumber(layout.denominator), left + 2 * half + 6, top + 1.6);
+        canvas.EndLayer();
+    }
+
+    void Write(const std::string& text, double x, double y, double size, const char* kind,
+               bool isBold = false) {
+        canvas.Write({text, OnPaper(x, y), size, TextAnchor::Start, 0, isBold, inkColour, kind});
+    }
+    void WriteNote(const std::string& text, double x, double y) {
+        canvas.Write(
+            {text, OnPaper(x, y), 3, TextAnchor::Start, 0, false, noteColour, "plan-note"});
+    }
+
+    static constexpr SheetFrame paper = {0, 0, 0, 0, 1, false};
+
+    const PlanDrawing& drawing;
+    const SheetLayout& layout;
+    Canvas& canvas;
+    UniqueIdentifiers identifiers;
+};
+
+}  // namespace
+
+SheetApron ApronOf(const PlanDrawing&) {
+    return {};
+}
+
+PlanExtent ExtentOf(const PlanDrawing& drawing) {
+    PlanExtent extent;
+    for (const PlanFloor& floor : drawing.floors) extent.Add(ExtentOf(floor));
+    return extent;
+}
+
+void DrawSheet(const PlanDrawing& drawing, const std::string& title, const SheetLayout& layout,
+               Canvas& canvas) {
+    Sheet(drawing, layout, canvas).Draw(title);
+}
+
+}  // namespace ZVSmartModel

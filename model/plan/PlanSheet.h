@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "model/plan/Canvas.h"
+#include "model/plan/Drawing.h"
+#include "model/plan/SheetLayout.h"
+
+namespace ZVSmartModel {
+
+/// How much room the drawing needs around its floors, and what they show together.
+/// @{
+SheetApron ApronOf(const PlanDrawing& drawing);
+PlanExtent ExtentOf(const PlanDrawing& drawing);
+/// @}
+
+/// Draws the floors where the layout has them, each under its name and with a scale bar, and the
+/// title below: what lies below the cut from low to high, each covering what lies under it, then
+/// what hangs above, dashed, then what is cut.
+void DrawSheet(const PlanDrawing& drawing, const std::string& title, const SheetLayout& layout,
+               Canvas& canvas);
+
+}  // namespace ZVSmartModel
