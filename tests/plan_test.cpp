@@ -1,8 +1,14 @@
+#include <algorithm>
+#include <cstdio>
+#include <cwchar>
 #include <optional>
 #include <set>
 #include <sstream>
+#include <utility>
 #include <vector>
 
+#include "ZVSmartModel/BlockFile.h"
+#include "ZVSmartModel/Body.h"
 #include "tool_support.h"
 
 using namespace ZVSmartZvg;
@@ -159,7 +165,7 @@ TEST_F(PlanTest, BulgesBecomeArcsAndMirrorsTurnThem) {
 
 TEST_F(PlanTest, BodiesAreCutAboveTheirFloor) {
     SZVLGZvgComp low = MakeComp(L"low", 10);
-    low.geoRefs[0].geo = Box(11);  // ends 0.2 m below the cut
+    low.geoRefs[0].geo = Box(9.4);  // ends 0.6 m below the floor
     SZVLGZvgComp high = MakeComp(L"high", 10);
     SZVLGZvgGeo box = Box(3);  // in two open surfaces
     CZVIMShell half;
@@ -231,13 +237,310 @@ TEST_F(PlanTest, WhatReachesThePlaneIsCutWhereverItIsFiled) {
                  {"lamp", 0},    {"column", 1}, {"upper", 1},    {"loose", 3}};
     for (const auto& [name, floors] : cases) EXPECT_EQ(Sections(svg, name), floors) << name;
     EXPECT_EQ(err,
-              "zvg: Ground: 6 cut (2 from other floors); left out: 1 below without outlines, "
-              "1 above, 1 without a shape\n"
-              "zvg: Upper: 4 cut (3 from other floors); left out: 1 below without outlines\n"
+              "zvg: Ground: 6 cut (2 from other floors), 1 seen below, 1 overhead; left out: 1 "
+              "without a shape\n"
+              "zvg: Upper: 4 cut (3 from other floors), 2 seen below\n"
               "zvg: unassigned: 1 cut\n");
     ASSERT_EQ(Run("$Z plan model.zvg --floor Upper --cut 1.05 -o upper.svg"), 0);
-    EXPECT_TRUE(Holds(err, "upper.svg: 5 components on 1 floor, 1:10\n")) << err;
+    EXPECT_TRUE(Holds(err, "upper.svg: 6 components on 1 floor, 1:10\n")) << err;
     EXPECT_EQ(Sections(ReadAll(folder + "upper.svg"), "short"), 1);
+}
+
+/// A component whose body is a box of 2 m by 1 m, moved.
+SZVLGZvgComp BoxComp(CZVLGBlockSaver& saver, const std::wstring& name, const wchar_t* className,
+                     double height, const CZVIMTransf& place) {
+    SZVLGZvgComp comp = MakeComp(name);
+    comp.classLevel2Name = className;
+    saver.AddIdentificationGeo(L"box of " + name, Box(height));
+    comp.geoRefs[0].geo.namedTransfs = {{L"box of " + name, place}};
+    return comp;
+}
+
+/// The group of a component, from its title on; "drawn" is how it must be drawn.
+std::string GroupOf(const std::string& svg, const std::string& name, const std::string& drawn) {
+    const std::size_t at = svg.find("data-guid=\"" + name + "\" data-drawn=\"" + drawn + '"');
+    return at == std::string::npos ? "" : svg.substr(at, svg.find("</g>", at) - at);
+}
+
+TEST_F(PlanTest, HigherThingsCoverLowerOnesAndHangingOnesAreDashed) {
+    saver.AddComp(BoxComp(saver, L"cupboard", L"IfcFurniture", 1, Moved(0.5, 0, 0)));
+    saver.AddComp(BoxComp(saver, L"carpet", L"IfcFurniture", 0.1, Moved(0, 0, 0)));
+    saver.AddComp(BoxComp(saver, L"slab", L"IfcSlab", 0.2, Moved(0, 0, -0.2)));
+    saver.AddComp(BoxComp(saver, L"beam", L"IfcBeam", 0.3, Moved(0, 0.5, 2.5)));
+    saver.AddComp(BoxComp(saver, L"deep", L"IfcSlab", 0.2, Moved(0, 0, -3)));
+    const std::string svg = Plan();  // at 1:10: 2.5 m by 1.5 m from (12, 24)
+    const std::size_t slab = svg.find("data-guid=\"slab\" data-drawn=\"projection\"");
+    const std::size_t carpet = svg.find("data-guid=\"carpet\" data-drawn=\"projection\"");
+    const std::size_t cupboard = svg.find("data-guid=\"cupboard\" data-drawn=\"projection\"");
+    EXPECT_LT(slab, carpet);
+    EXPECT_LT(carpet, cupboard);
+    ASSERT_NE(cupboard, std::string::npos);
+    EXPECT_TRUE(HasBox(GroupOf(svg, "cupboard", "projection"), 62, 74, 200, 100)) << svg;
+    EXPECT_TRUE(HasBox(GroupOf(svg, "beam", "overhead"), 12, 24, 200, 100)) << svg;
+    EXPECT_TRUE(Holds(svg,
+                      "IfcBeam-overhead\" fill=\"none\" stroke=\"#7a6845\" "
+                      "stroke-width=\"0.13\" stroke-dasharray"));
+    EXPECT_FALSE(Holds(svg, "\"deep\""));
+    EXPECT_EQ(err, "zvg: Ground: 3 seen below, 1 overhead; left out: 1 too far below\n");
+    ASSERT_EQ(Run("$Z plan model.zvg --depth 4 --roof"), 0);
+    EXPECT_TRUE(Holds(err, "Ground: 4 seen below, 1 overhead\nzvg: Roof plan: 5 seen below\n"));
+    EXPECT_FALSE(GroupOf(out, "deep", "projection").empty());
+    EXPECT_FALSE(GroupOf(out, "beam", "projection").empty());
+}
+
+TEST_F(PlanTest, WallsThatTouchAreOutlinedAsOne) {
+    saver.AddComp(BoxComp(saver, L"a", L"IfcWall", 3, Moved(0, 0, 0)));
+    saver.AddComp(BoxComp(saver, L"b", L"IfcWall", 3, Moved(2, 0, 0)));
+    saver.AddComp(BoxComp(saver, L"c", L"IfcWallStandardCase", 3, Moved(1, 0.5, 0)));
+    SZVLGZvgComp other = BoxComp(saver, L"d", L"IfcWall", 3, Moved(4, 0, 0));
+    other.classLevel4Name = L"brick";
+    saver.AddComp(other);
+    Close();
+    ASSERT_EQ(Run("$Z plan model.zvg --scale 10 --json -o joined.svg"), 0) << err;
+    const nlohmann::json told = nlohmann::json::parse(out);
+    EXPECT_EQ(told["perFloor"][0]["cut"], 4);
+    EXPECT_EQ(told["scale"], 10);
+    EXPECT_EQ(err, "");
+    const std::string svg = ReadAll(folder + "joined.svg");
+    std::vector<std::string> outlines;
+    for (std::size_t at = 0; (at = svg.find("<g class=\"plan-joined\"", at)) != std::string::npos;
+         ++at) {
+        const std::size_t from = svg.find(" d=\"", at) + 4;
+        outlines.push_back(svg.substr(from, svg.find('"', from) - from));
+    }
+    ASSERT_EQ(outlines.size(), 2U);  // one of each material
+    std::sort(outlines.begin(), outlines.end(),
+              [](const auto& a, const auto& b) { return a.size() > b.size(); });
+    EXPECT_EQ(std::count(outlines[0].begin(), outlines[0].end(), 'M'), 1) << outlines[0];
+    EXPECT_EQ(std::count(outlines[0].begin(), outlines[0].end(), 'L'), 7) << outlines[0];
+    EXPECT_TRUE(HasBox('"' + outlines[1] + '"', 412, 74, 200, 100)) << outlines[1];
+    ASSERT_EQ(Run("$Z plan model.zvg -q -o joined.DXF && $Z plan model.zvg -o ./plan.pdf -q"), 0);
+    const std::string dxf = ReadAll(folder + "joined.DXF");
+    EXPECT_TRUE(Holds(dxf, "0\nLAYER\n2\nPLAN-JOINED\n70\n0\n62\n7\n6\nCONTINUOUS\n"));
+    EXPECT_TRUE(Holds(dxf, "0\nVERTEX\n8\nPLAN-JOINED\n10\n3.000000\n20\n1.500000\n"));
+    EXPECT_TRUE(Holds(dxf, "1\nGround\n"));
+    EXPECT_EQ(dxf.substr(dxf.size() - 6), "0\nEOF\n");
+    EXPECT_EQ(ReadAll(folder + "plan.pdf").rfind("%PDF-1.", 0), 0U);
+    EXPECT_EQ(Run("$Z plan model.zvg --json"), 2);
+}
+
+TEST_F(PlanTest, RoomsSayTheirAreasWithinTheirOutlines) {
+    SZVLGZvgComp room = MakeComp(L"room");
+    room.classLevel2Name = L"IfcSpace";
+    CZVIMShell shell;  // an L of 4 m by 4 m whose legs are 1 m wide: its middle is outside
+    const double corners[6][2] = {{0, 0}, {4, 0}, {4, 1}, {1, 1}, {1, 4}, {0, 4}};
+    for (const double z : {0.0, 3.0}) {
+        for (const auto& [x, y] : corners) shell.AddPts({{x, y, z}});
+    }
+    for (int i = 0; i < 6; ++i) shell.AddFaceIndex({i, (i + 1) % 6, (i + 1) % 6 + 6, i + 6});
+    room.geoRefs[0].geo.shells.push_back(shell);
+    room.compProperties = {{L"Element.Name", L"12"},
+                           {L"Element.LongName", L"K\u00fcche"},
+                           {L"Other.Area", L"99"},
+                           {L"Other.Area@", L"area m2"},
+                           {L"BaseQuantities.NetFloorArea", L"7.2"},
+                           {L"BaseQuantities.NetFloorArea@", L"area m2"}};
+    saver.AddComp(room);
+    saver.AddComp(BoxComp(saver, L"table", L"IfcTable", 0.7, Moved(0, 0, 0)));
+    const std::string svg = Plan();
+    EXPECT_EQ(err,
+              "zvg: Ground: 1 cut, 1 seen below; areas that differ: K\xC3\xBC"
+              "che 7.20 m\xC2\xB2 "
+              "by the file, 7.00 m\xC2\xB2 as drawn\n");
+    EXPECT_TRUE(Holds(svg, ">12</text>"));
+    EXPECT_TRUE(Holds(svg, ">7.20 m\xC2\xB2</text>"));
+    const std::size_t text = svg.find("class=\"plan-room\" x=\"");
+    ASSERT_NE(text, std::string::npos) << svg;
+    double x = 0, y = 0;
+    ASSERT_EQ(std::sscanf(svg.c_str() + text, "class=\"plan-room\" x=\"%lf\" y=\"%lf\"", &x, &y),
+              2);
+    const double metresX = (x - 12) / 50, metresY = 4 - (y - 24) / 50;  // at 1:20
+    EXPECT_TRUE(metresX < 4 && metresY < 4 && (metresX < 1 || metresY < 1)) << x << ' ' << y;
+}
+
+TEST_F(PlanTest, SymbolsAreUsedWhereTheyLieOnTheirBodies) {
+    const auto door = [&](const std::wstring& name, const wchar_t* operation, double x) {
+        SZVLGZvgComp comp = BoxComp(saver, name, L"IfcDoor", 3, Moved(x, 0, 0));
+        comp.compProperties = {{L"Element.OperationType", operation}};
+        return comp;
+    };
+    const auto withCurve = [&](SZVLGZvgComp comp, double x) {
+        CZVIMPolyline3D curve;
+        for (const auto& [u, v] : {std::pair(0.0, 0.0), {2.0, 0.0}, {2.0, 1.0}, {0.5, 1.0}}) {
+            curve.AddPoint({x + u, v, 0});
+        }
+        curve.SetClosedFlag();
+        comp.geoRefs[0].geo.polylines = {curve};
+        CZVIMPolyline3D flat;  // around nothing
+        for (const double u : {0.0, 1.0, 2.0}) flat.AddPoint({x + u, 0.5, 0});
+        flat.SetClosedFlag();
+        comp.geoRefs[0].geo.polylines.push_back(flat);
+        return comp;
+    };
+    saver.AddComp(door(L"left", L"SINGLE_SWING_LEFT", 0));
+    saver.AddComp(door(L"right", L"SINGLE_SWING_RIGHT", 10));
+    saver.AddComp(door(L"double", L"DOUBLE_DOOR_SINGLE_SWING", 20));
+    saver.AddComp(door(L"sliding", L"SLIDING_TO_LEFT", 30));
+    saver.AddComp(door(L"unknown", L"NOTDEFINED", 40));
+    saver.AddComp(withCurve(door(L"own", L"SINGLE_SWING_LEFT", 50), 50));
+    saver.AddComp(withCurve(BoxComp(saver, L"astray", L"IfcDoor", 3, Moved(60, 0, 0)), 50));
+    saver.AddComp(withCurve(BoxComp(saver, L"wall", L"IfcWall", 3, Moved(70, 0, 0)), 70));
+    Close();
+    ASSERT_EQ(Run("$Z plan model.zvg --scale 100"), 0);  // 10 mm a metre; 3 m high
+    EXPECT_TRUE(Holds(GroupOf(out, "left", "symbol"), "M32 44A20 20 0 0 0 12 24M")) << out;
+    EXPECT_TRUE(Holds(GroupOf(out, "right", "symbol"), "M112 44A20 20 0 0 1 132 24M")) << out;
+    EXPECT_TRUE(Holds(GroupOf(out, "double", "symbol"),
+                      "M222 44A10 10 0 0 0 212 34M222 44A10 10 0 "
+                      "0 1 232 34"))
+        << out;
+    EXPECT_FALSE(Holds(GroupOf(out, "sliding", "symbol"), "A")) << out;
+    EXPECT_TRUE(HasBox(GroupOf(out, "unknown", "section"), 412, 44, 20, 10)) << out;
+    EXPECT_TRUE(Holds(GroupOf(out, "own", "symbol"), "\"M512 54L532 54L532 44L517 44Z\""));
+    EXPECT_TRUE(HasBox(GroupOf(out, "astray", "section"), 612, 44, 20, 10)) << out;
+    EXPECT_FALSE(Holds(GroupOf(out, "astray", "section"), "M512"));
+    EXPECT_TRUE(HasBox(GroupOf(out, "wall", "section"), 712, 44, 20, 10)) << out;
+    EXPECT_TRUE(Holds(err, "8 cut; symbols beside their bodies, not used: 1\n")) << err;
+}
+
+TEST_F(PlanTest, StairsHaveTreadsAnArrowAndABreakLine) {
+    SZVLGZvgComp stair = MakeComp(L"stair");
+    stair.classLevel2Name = L"IfcStairFlight";
+    for (int i = 0; i < 10; ++i) {  // 0.2 m up each 0.25 m, 1 m wide
+        CZVIMShell step = Box(0.2).shells[0];
+        CZVIMTransf place = Moved(0.25 * i, 0, 0.2 * i);
+        place.SetAt(0, 0, 0.125);
+        step.TransformBy(place);
+        stair.geoRefs[0].geo.shells.push_back(step);
+    }
+    saver.AddComp(stair);
+    const std::string svg = Plan();  // at 1:10; the break line is 5 mm longer on both sides
+    const std::string below = GroupOf(svg, "stair", "projection");
+    for (int i = 0; i < 5; ++i) EXPECT_TRUE(HasBox(below, 12 + 25 * i, 29, 25, 100)) << i << below;
+    EXPECT_FALSE(HasBox(below, 12 + 25 * 7, 29, 25, 100));
+    EXPECT_TRUE(Holds(below, "M24.5 79L")) << below;  // the way up begins in the first tread
+    EXPECT_TRUE(Holds(GroupOf(svg, "stair", "overhead"), "ZM187 129L212 129L212 29L187 29Z"))
+        << svg;
+}
+
+/// The width and height of all paths of a component, in millimetres.
+std::pair<double, double> SizeOf(const std::string& group) {
+    double low[2] = {1e9, 1e9}, high[2] = {-1e9, -1e9};
+    for (std::size_t at = 0; (at = group.find_first_of("ML", at)) != std::string::npos; ++at) {
+        double point[2];
+        if (std::sscanf(group.c_str() + at + 1, "%lf %lf", &point[0], &point[1]) != 2) continue;
+        for (int i = 0; i < 2; ++i) {
+            low[i] = std::min(low[i], point[i]);
+            high[i] = std::max(high[i], point[i]);
+        }
+    }
+    return {high[0] - low[0], high[1] - low[1]};
+}
+
+TEST_F(PlanTest, TiltedAndStretchedCurvesAreDrawnAsTheyLookFromAbove) {
+    CZVIMTransf stretched, upright, tilted, mirrored;
+    stretched.SetAt(0, 0, 2);
+    mirrored.SetAt(0, 0, -1);
+    upright.SetAt(1, 1, 0), upright.SetAt(1, 2, -1), upright.SetAt(2, 1, 1), upright.SetAt(2, 2, 0);
+    tilted.SetAt(1, 1, 0.5), tilted.SetAt(1, 2, -0.75), tilted.SetAt(2, 1, 0.75);
+    SZVLGZvgGeo circle, arc, ring;
+    circle.circles.emplace_back(CZVIMPosition(0, 0, 0), CZVIMVector(0, 0, 1), 1);
+    arc.boundArcs.emplace_back(CZVIMPosition(0, 0, 0), CZVIMVector(0, 0, 1), CZVIMPosition(1, 0, 0),
+                               3.14159265358979);
+    CZVIMPolyline3D square;
+    for (const auto& [x, y] : {std::pair(0.0, 0.0), {1.0, 0.0}, {1.0, 1.0}, {0.0, 1.0}}) {
+        square.AddPoint({x, y, 0});
+    }
+    square.SetClosedFlag();
+    ring.polylines = {square};
+    ring.lineSegments.emplace_back(CZVIMPosition(0, 0, 0), CZVIMPosition(0, 2, 0));
+    const struct {
+        const wchar_t* name;
+        const SZVLGZvgGeo& geo;
+        const CZVIMTransf& place;
+        double width, height;  // metres
+    } cases[] = {{L"stretched", circle, stretched, 4, 2}, {L"upright", circle, upright, 2, 0},
+                 {L"tilted", circle, tilted, 2, 1},       {L"arc", arc, tilted, 2, 0.5},
+                 {L"wide", arc, stretched, 4, 1},         {L"ring", ring, tilted, 1, 1},
+                 {L"mirrored", ring, mirrored, 1, 2}};
+    for (const auto& each : cases) {
+        SZVLGZvgComp comp = MakeComp(each.name);
+        comp.classLevel2Name = L"IfcAnnotation";
+        saver.AddIdentificationGeo(std::wstring(L"curves of ") + each.name, each.geo);
+        comp.geoRefs[0].geo.namedTransfs = {{std::wstring(L"curves of ") + each.name, each.place}};
+        saver.AddComp(comp);
+    }
+    Close();
+    ASSERT_EQ(Run("$Z plan model.zvg --scale 10"), 0);
+    for (const auto& each : cases) {
+        const std::string name(each.name, each.name + std::wcslen(each.name));
+        const auto [width, height] = SizeOf(GroupOf(out, name, "symbol"));
+        EXPECT_NEAR(width, each.width * 100, 0.5) << name;
+        EXPECT_NEAR(height, each.height * 100, 0.5) << name;
+    }
+}
+
+/// The GUIDs that are drawn as cut on the document's floor.
+std::set<std::string> DrawnAsCut(const std::string& svg) {
+    std::set<std::string> guids;
+    const std::string key = "data-guid=\"";
+    for (std::size_t at = 0; (at = svg.find(key, at)) != std::string::npos;) {
+        at += key.size();
+        const std::size_t end = svg.find('"', at);
+        const std::string drawn = svg.substr(end, svg.find('>', end) - end);
+        if (Holds(drawn, "section") || Holds(drawn, "symbol")) {
+            guids.insert(svg.substr(at, end - at));
+        }
+    }
+    return guids;
+}
+
+TEST_F(PlanTest, WhatIsCutIsWhatCrossesThePlane) {
+    ASSERT_EQ(Run("$Z --version"), 0);
+    if (!Holds(out, "IFC")) GTEST_SKIP() << "built without an importer for IFC";
+    using namespace ZVSmartModel;
+    const std::string larger = ZVG_MODELS_DIR;
+    for (const std::string& path :
+         {std::string(ZVG_EXAMPLES_DIR "/house.ifc"), larger + "/06_Duplex_ifc2x3.ifc",
+          larger + "/10_Schependomlaan_structure_ifc2x3.ifc"}) {
+        if (!std::filesystem::exists(path)) continue;
+        ASSERT_EQ(Run("$Z pack " + path + " -o real.zvg --force -q"), 0) << err;
+        const BlockFile file(folder + "real.zvg");
+        const std::vector<Floor> floors = file.Floors();
+        std::vector<std::set<std::string>> crossing(floors.size());
+        std::set<std::string> bodiless;
+        std::size_t count = 0;
+        file.ForEach({}, [&](const Element& element) {
+            const Body body = ReadBody(file, element.index);
+            const bool isRoom = element.className == "IfcSpace";
+            if (body.surfaces.empty()) bodiless.insert(element.guid);
+            for (std::size_t floor = 0; floor < floors.size(); ++floor) {
+                const double plane = floors[floor].elevation + 1.2;
+                bool crosses = false;
+                for (const Triangles& surface : body.surfaces) {
+                    for (const auto& triangle : surface.triangles) {
+                        double low = 1e300, high = -1e300;
+                        for (const std::uint32_t corner : triangle) {
+                            low = std::min(low, surface.points[corner][2]);
+                            high = std::max(high, surface.points[corner][2]);
+                        }
+                        crosses |= low < plane && plane <= high;
+                    }
+                }
+                if (!crosses || (isRoom && element.index.floor != floor)) continue;
+                crossing[floor].insert(element.guid);
+                ++count;
+            }
+            return true;
+        });
+        EXPECT_GT(count, 4U);
+        for (std::size_t floor = 0; floor < floors.size(); ++floor) {
+            if (floors[floor].name == "unassigned") continue;
+            ASSERT_EQ(Run("$Z plan real.zvg -q --all --floor " + std::to_string(floor)), 0) << err;
+            std::set<std::string> drawn = DrawnAsCut(out);
+            for (const std::string& guid : bodiless) drawn.erase(guid);
+            EXPECT_EQ(drawn, crossing[floor]) << path << ", floor " << floor;
+        }
+    }
 }
 
 TEST_F(PlanTest, StraysAndFarOriginsLeaveTheSheetAlone) {

@@ -27,4 +27,21 @@ bool IsArc(const PlanPoint& from, const PlanPoint& to, double bulge) {
     return ArcRadius(from, to, bulge) < largestRadius;
 }
 
+double AreaOf(const PlanPath& path) {
+    if (path.vertices.empty()) return 0;
+    const PlanPoint& origin = path.vertices.front().point;
+    double twice = 0;
+    for (std::size_t i = 0; i < path.vertices.size(); ++i) {
+        const PlanPoint& a = path.vertices[i].point;
+        const PlanPoint& b = path.vertices[(i + 1) % path.vertices.size()].point;
+        const double bulge = path.vertices[i].bulge;
+        twice += (a.x - origin.x) * (b.y - origin.y) - (b.x - origin.x) * (a.y - origin.y);
+        if (!IsArc(a, b, bulge)) continue;
+        const double radius = ArcRadius(a, b, bulge);
+        const double angle = 4 * std::atan(bulge);
+        twice += radius * radius * (angle - std::sin(angle));
+    }
+    return twice / 2;
+}
+
 }  // namespace ZVSmartModel

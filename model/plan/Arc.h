@@ -19,4 +19,7 @@ PlanPoint ArcPoint(const PlanPoint& from, const PlanPoint& to, double bulge, dou
 /// hold.
 bool IsArc(const PlanPoint& from, const PlanPoint& to, double bulge);
 
+/// The area that a closed path winds around, counter-clockwise above 0; arcs count as they are.
+double AreaOf(const PlanPath& path);
+
 }  // namespace ZVSmartModel

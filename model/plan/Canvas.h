@@ -47,7 +47,7 @@ struct CanvasText {
     double angle = 0;  ///< radians, counter-clockwise
     bool isBold = false;
     std::string colour = "#26292d";
-    std::string kind;  ///< its class
+    std::string kind = {};  ///< its class
 };
 
 struct PageSize {

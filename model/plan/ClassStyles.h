@@ -4,6 +4,20 @@
 
 namespace ZVSmartModel {
 
+/// What a class is to a plan.
+enum class ClassKind {
+    Other,
+    Room,
+    Lines,  ///< nothing but its curves is drawn
+    Door,
+    Window,
+    Furnishing,  ///< furniture, sanitary objects and the like: symbols stand for them
+    Stair,
+    Roof,
+    Ceiling,  ///< hides what is below: not drawn from there
+    Wall
+};
+
 /// How a class of components is drawn. Colours as "#rrggbb", widths in millimetres on paper.
 struct ClassStyle {
     const char* words;  ///< separated by blanks; a class whose name holds one of them is meant
@@ -11,6 +25,7 @@ struct ClassStyle {
     const char* fill;
     const char* stroke;
     double strokeWidth;
+    ClassKind kind = ClassKind::Other;
 };
 
 /// The style of a class, found by its name without regard to the case of its letters.

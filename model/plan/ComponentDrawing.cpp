@@ -1,21 +1,44 @@
 #include "model/plan/ComponentDrawing.h"
 
+#include <algorithm>
+#include <cmath>
 #include <iterator>
-#include <optional>
 #include <utility>
 
 #include "model/plan/Outlines.h"
 
 namespace ZVSmartModel {
 
+namespace {
+
+std::size_t CornersOf(const std::vector<PlanPath>& paths) {
+    std::size_t corners = 0;
+    for (const PlanPath& path : paths) corners += path.vertices.size();
+    return corners;
+}
+
+void Append(std::vector<PlanPath>& to, std::vector<PlanPath> from) {
+    std::move(from.begin(), from.end(), std::back_inserter(to));
+}
+
+}  // namespace
+
+ComponentDrawing::ComponentDrawing(const std::vector<PlanHeights>& floors, bool isStair,
+                                   Budget& limits)
+    : floors(floors), isStair(isStair), limits(limits), views(floors.size()) {
+    for (const PlanHeights& heights : floors) planes.push_back(heights.plane);
+    std::sort(planes.begin(), planes.end());
+    planes.erase(std::unique(planes.begin(), planes.end()), planes.end());
+}
+
 void ComponentDrawing::Add(const PlacedRecord& placed) {
     if (placed.styleName == L"Axis") return;  // a construction line that nobody sees
     const ZVSmartZvg::SZVLGZvgGeo& record = *placed.record;
     std::vector<PlanPath> curves = PlacedCurves(record, placed.toModel);
-    for (const PlanPath& curve : curves) corners += curve.vertices.size();
-    std::move(curves.begin(), curves.end(), std::back_inserter(symbol.lines));
-    if (std::optional<PlanPath> outline = PlacedOutline(record, placed.toModel)) {
-        symbol.areas.push_back({std::move(*outline)});
+    corners += CornersOf(curves);
+    Append(symbol.lines, std::move(curves));
+    for (PlanPath& outline : PlacedOutlines(record, placed.toModel)) {
+        symbol.areas.push_back({std::move(outline)});
     }
     const auto keep = [this](double height, const SurfaceSection& section) {
         corners += section.size();
@@ -23,18 +46,90 @@ void ComponentDrawing::Add(const PlacedRecord& placed) {
         const SurfaceSection rest = AddRings(section, there.closed);
         there.open.insert(there.open.end(), rest.begin(), rest.end());
     };
-    CutSurfaces(record, placed.toModel, heights, limits, reach, keep);
+    ForEachSurface(record, placed.toModel, [&](const PlacedSurface& surface) {
+        if (surface.FaceCount() == 0) return;
+        if (!placement) placement = placed.toModel;
+        reach.Add(surface.Range());
+        for (std::size_t i = 0; i < surface.FaceCount(); ++i) {
+            for (const std::size_t corner : surface.Face(i)) {
+                const auto& point = surface.Points()[corner];
+                bodyExtent.Add(PlanPoint{point.GetX(), point.GetY()});
+            }
+        }
+        CutSurface(surface, planes, limits, keep);
+        AddViews(surface);
+    });
 }
 
-std::map<double, PlanShapes> ComponentDrawing::TakeSections() {
-    std::map<double, PlanShapes> taken;
+void ComponentDrawing::AddViews(const PlacedSurface& surface) {
+    limits.Work(floors.size());
+    const HeightRange& range = surface.Range();
+    for (std::size_t i = 0; i < floors.size(); ++i) {
+        const PlanHeights& heights = floors[i];
+        if (!heights.hasViews) continue;
+        ComponentViews& seen = views[i];
+        if (range.high > heights.bottom && range.low < heights.plane) {
+            SurfaceView view = ViewOf(surface, {heights.bottom, heights.plane}, heights.plane,
+                                      SeenFrom::Above, limits);
+            corners += CornersOf(view.cover) + CornersOf(view.edges);
+            if (isStair) {
+                std::move(view.levels.begin(), view.levels.end(), std::back_inserter(seen.levels));
+            }
+            seen.belowReach.Add(view.reach);
+            if (!view.IsEmpty()) {
+                seen.below.parts.push_back(
+                    {std::move(view.cover), std::move(view.edges), view.reach.high});
+            }
+        }
+        if (range.high > heights.plane && range.low < heights.next) {
+            const SeenFrom side = isStair ? SeenFrom::Above : SeenFrom::Below;
+            SurfaceView view =
+                ViewOf(surface, {heights.plane, heights.next}, heights.plane, side, limits);
+            corners += CornersOf(view.cover) + CornersOf(view.edges);
+            Append(seen.above.lines, isStair ? std::move(view.edges) : std::move(view.cover));
+        }
+    }
+}
+
+void ComponentDrawing::Finish() {
     for (auto& [height, section] : sections) {
         // Some bodies are sewn of open surfaces, whose sections close together only.
         AddLines(AddRings(section.open, section.closed), section.closed);
-        if (!section.closed.IsEmpty()) taken.emplace(height, std::move(section.closed));
+        section.open.clear();
     }
-    sections.clear();
-    return taken;
+    for (ComponentViews& seen : views) {
+        std::stable_sort(seen.below.parts.begin(), seen.below.parts.end(),
+                         [](const PlanPart& a, const PlanPart& b) { return a.top < b.top; });
+    }
+}
+
+const PlanShapes* ComponentDrawing::SectionAt(double plane) const {
+    const auto found = sections.find(plane);
+    const bool isThere = found != sections.end() && !found->second.closed.IsEmpty();
+    return isThere ? &found->second.closed : nullptr;
+}
+
+bool ComponentDrawing::SymbolLiesOnBody() const {
+    if (bodyExtent.IsEmpty()) return true;
+    constexpr double slack = 0.05;  // metres
+    const PlanExtent box = ExtentOf(symbol);
+    const double size = std::hypot(bodyExtent.Width(), bodyExtent.Height()) + slack;
+    const auto shared = [](double lowA, double highA, double lowB, double highB) {
+        return std::min(highA, highB) + slack - std::max(lowA, lowB);
+    };
+    const double wide = shared(box.low.x, box.high.x, bodyExtent.low.x, bodyExtent.high.x);
+    const double high = shared(box.low.y, box.high.y, bodyExtent.low.y, bodyExtent.high.y);
+    if (!(wide >= bodyExtent.Width() / 2 && high >= bodyExtent.Height() / 2)) return false;
+    return box.low.x > bodyExtent.low.x - size && box.high.x < bodyExtent.high.x + size &&
+           box.low.y > bodyExtent.low.y - size && box.high.y < bodyExtent.high.y + size;
+}
+
+std::size_t CornersOf(const PlanShapes& shapes) {
+    std::size_t corners = CornersOf(shapes.lines);
+    for (const PlanArea& area : shapes.areas) corners += CornersOf(area);
+    for (const PlanPart& part : shapes.parts)
+        corners += CornersOf(part.cover) + CornersOf(part.edges);
+    return corners;
 }
 
 }  // namespace ZVSmartModel

@@ -4,13 +4,19 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <map>
+#include <limits>
 #include <optional>
 #include <string>
+#include <string_view>
 
+#include "model/element/ElementRecord.h"
 #include "model/element/RecordNames.h"
 #include "model/element/Utf8.h"
+#include "model/plan/ClassStyles.h"
 #include "model/plan/ComponentDrawing.h"
+#include "model/plan/Outlines.h"
+#include "model/plan/PlanRooms.h"
+#include "model/plan/PlanSymbols.h"
 
 namespace ZVSmartModel {
 
@@ -52,35 +58,58 @@ std::optional<double> NorthOf(const SZVLGZvgComp& comp) {
     return std::nullopt;
 }
 
-std::string NameOf(const SZVLGZvgComp& comp) {
+std::string DrawnNameOf(const SZVLGZvgComp& comp) {
     for (const auto& [name, value] : comp.compProperties) {
         if (name == L"Element.Name" && !value.empty()) return ToUtf8(value);
     }
     return comp.classLevel3Name.empty() ? KeyText(comp.compGuidName) : ToUtf8(comp.classLevel3Name);
 }
 
-std::size_t CornersOf(const PlanShapes& shapes) {
-    std::size_t corners = 0;
-    for (const PlanArea& area : shapes.areas) {
-        for (const PlanPath& path : area) corners += path.vertices.size();
+std::string OperationOf(const Element& element) {
+    for (const char* name : {"OperationType", "PanelOperation"}) {
+        for (const Property& property : element.properties) {
+            if (property.name == name) return property.value;
+        }
     }
-    for (const PlanPath& path : shapes.lines) corners += path.vertices.size();
-    return corners;
+    return "";
 }
+
+std::string MaterialTextOf(const Element& element) {
+    std::string text;
+    for (const Material& material : element.materials) text += material.name + '\n';
+    return text.empty() ? element.materialName : text;
+}
+
+bool HasSymbolOfItsOwn(ClassKind kind) {
+    return kind == ClassKind::Door || kind == ClassKind::Window || kind == ClassKind::Furnishing;
+}
+
+/// A component that is being drawn.
+struct Drawn {
+    PlanComponent named;  ///< what is the same on all floors
+    Element element;
+    ClassKind kind;
+    const ComponentDrawing& drawing;
+};
 
 /// Draws all wanted floors of a block.
 class FloorsDrawing {
   public:
-    FloorsDrawing(OpenedBlock& block, PlacedRecords& records,
-                  std::pair<unsigned int, unsigned int> wanted, double cutHeight)
+    FloorsDrawing(OpenedBlock& block, PlacedRecords& records, const WantedPlans& wanted)
         : block(block), records(records), wanted(wanted) {
-        for (unsigned int floor = wanted.first; floor < wanted.second; ++floor) {
-            const auto add = [&] { AddFloor(floor, cutHeight); };
+        // Floors that are not wanted end those below them.
+        const unsigned int count = block.Reader().GetFloorNum();
+        std::vector<double> elevations;
+        for (unsigned int floor = 0; floor < count; ++floor) {
+            const auto add = [&] { AddFloor(floor, count == 1, elevations); };
             if (!block.Within("floor " + std::to_string(floor), add)) break;
         }
-        for (const auto& [height, plan] : open) {
-            if (openHeights.empty() || openHeights.back() < height) openHeights.push_back(height);
+        std::sort(elevations.begin(), elevations.end());
+        for (PlanHeights& floor : heights) {
+            const auto next = std::upper_bound(elevations.begin(), elevations.end(), floor.plane);
+            if (next != elevations.end()) floor.next = *next;
         }
+        if (wanted.roof) AddRoof(elevations);
         corners.resize(plans.size());
     }
 
@@ -92,120 +121,266 @@ class FloorsDrawing {
         }
     }
 
-    PlanDrawing Take() { return {std::move(plans), north}; }
+    PlanDrawing Take() { return {std::move(plans), std::move(axes), north}; }
 
   private:
+    static constexpr double infinity = std::numeric_limits<double>::infinity();
     static constexpr std::size_t notWanted = static_cast<std::size_t>(-1);
 
-    void AddFloor(unsigned int floor, double cutHeight) {
-        PlanFloor plan;
+    void AddFloor(unsigned int floor, bool isOnly, std::vector<double>& elevations) {
         const std::wstring name = block.FloorName(floor);
         const std::optional<double> elevation = ElevationOf(block.FloorData(floor).first);
+        const bool isOpen = elevation && (name != unassignedFloorName || isOnly);
+        if (isOpen) elevations.push_back(*elevation);
+        if (floor < wanted.floors.first || floor >= wanted.floors.second) return;
+        PlanFloor plan;
         plan.summary.name = ToUtf8(name);
         plan.summary.elevation = elevation.value_or(0);
-        plan.summary.plane = plan.summary.elevation + cutHeight;
+        plan.summary.plane = plan.summary.elevation + wanted.cutHeight;
         block.Limits().Memory(bytesOfFloor + 2 * plan.summary.name.size());
-        if (elevation && name != unassignedFloorName) {
-            open.emplace(plan.summary.plane, plans.size());
-        }
+        heights.push_back(
+            {plan.summary.elevation - wanted.depth, plan.summary.plane, infinity, isOpen});
+        plans.push_back(std::move(plan));
+    }
+
+    /// Seen from above everything, with nothing in its plane.
+    void AddRoof(const std::vector<double>& elevations) {
+        PlanFloor plan;
+        plan.isRoof = true;
+        plan.summary.name = "Roof plan";
+        plan.summary.elevation = elevations.empty() ? 0 : elevations.back();
+        plan.summary.plane = infinity;
+        block.Limits().Memory(bytesOfFloor);
+        heights.push_back({-infinity, infinity, infinity, true});
         plans.push_back(std::move(plan));
     }
 
     void DrawFiledUnder(unsigned int floor, const std::function<void()>& atEachStep) {
-        const bool isWanted = floor >= wanted.first && floor - wanted.first < plans.size();
-        const std::size_t own = isWanted ? floor - wanted.first : notWanted;
-        std::vector<double> ownHeight;
-        if (isWanted) ownHeight.push_back(plans[own].summary.plane);
-        std::vector<double> allHeights;
-        std::set_union(openHeights.begin(), openHeights.end(), ownHeight.begin(), ownHeight.end(),
-                       std::back_inserter(allHeights));
+        const std::size_t floors = plans.size() - (wanted.roof ? 1 : 0);
+        const bool isWanted = floor >= wanted.floors.first && floor - wanted.floors.first < floors;
+        const std::size_t own = isWanted ? floor - wanted.floors.first : notWanted;
         block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
             atEachStep();
             if (!north) north = NorthOf(comp);
-            const bool isRoom = IsRoomClass(comp.classLevel2Name);
-            if (isRoom && !isWanted) return;
-            Draw(index, comp, own, isRoom ? ownHeight : allHeights, atEachStep);
+            Draw(index, comp, own, atEachStep);
         });
     }
 
+    /// The floors on which a component may be seen.
+    std::vector<std::size_t> FloorsFor(ClassKind kind, std::size_t own) const {
+        std::vector<std::size_t> floors;
+        const bool staysHome = kind == ClassKind::Room || kind == ClassKind::Lines;
+        for (std::size_t i = 0; i < plans.size(); ++i) {
+            if (i == own || (heights[i].hasViews && !staysHome)) floors.push_back(i);
+        }
+        return floors;
+    }
+
     void Draw(const SZVLGCompIndex& index, const SZVLGZvgComp& comp, std::size_t own,
-              const std::vector<double>& heights, const std::function<void()>& atEachStep) {
-        ComponentDrawing drawing(heights, block.Limits());
+              const std::function<void()>& atEachStep) {
+        const std::string className = ToUtf8(comp.classLevel2Name);
+        const ClassKind kind = StyleOfClass(className).kind;
+        const bool isGrid = className == "IfcGrid";
+        const std::vector<std::size_t> floors = FloorsFor(kind, own);
+        if (floors.empty() && !isGrid) return;
+        std::vector<PlanHeights> seen;
+        for (const std::size_t floor : floors) seen.push_back(heights[floor]);
+        ComponentDrawing drawing(seen, kind == ClassKind::Stair, block.Limits());
         std::size_t charged = 0;  // corners
         records.Visit(comp, [&](const PlacedRecord& placed) {
             atEachStep();
+            if (isGrid) return AddAxes(placed);
             drawing.Add(placed);
             if (drawing.Corners() > mostCorners) ThrowTooLarge();
             block.Limits().Memory((drawing.Corners() - charged) * bytesOfCorner);
             charged = drawing.Corners();
         });
-        PlanComponent named;
-        named.index = index;
-        named.identity = KeyText(comp.compGuidName);
-        named.name = NameOf(comp);
-        named.className = ToUtf8(comp.classLevel2Name);
-        const std::map<double, PlanShapes> sections = drawing.TakeSections();
-        if (own != notWanted) PutOnOwn(own, named, drawing, sections);
-        named.visits = true;
-        for (const double height : heights) {
-            if (!drawing.Reach().IsCutAt(height) || IsRoomClass(comp.classLevel2Name)) continue;
-            const auto section = sections.find(height);
-            const auto [first, end] = open.equal_range(height);
-            for (auto at = first; at != end; ++at) {
-                const std::size_t plan = at->second;
-                if (plan == own) continue;
-                PlanFloorSummary& summary = plans[plan].summary;
-                if (section == sections.end()) {
-                    ++summary.leftGaps;
-                } else {
-                    ++summary.cut;
-                    ++summary.visiting;
-                    Put(plan, named, DrawnAs::Section, section->second);
-                }
+        if (isGrid) return;
+        drawing.Finish();
+        Drawn drawn = {{}, ElementOf(comp, {index.floorIndex, index.compIndex}, ""), kind, drawing};
+        drawn.named.index = index;
+        drawn.named.identity = KeyText(comp.compGuidName);
+        drawn.named.name = DrawnNameOf(comp);
+        drawn.named.className = className;
+        drawn.named.material = MaterialTextOf(drawn.element);
+        for (std::size_t i = 0; i < floors.size(); ++i) {
+            drawn.named.visits = floors[i] != own;
+            std::vector<PlanComponent>& components = plans[floors[i]].components;
+            const std::size_t before = components.size();
+            drawn.named.countedIn = nullptr;
+            const auto countedIn = PutOn(floors[i], drawn, drawing.Views(i));
+            if (components.size() > before) components.back().countedIn = countedIn;
+        }
+    }
+
+    void AddAxes(const PlacedRecord& placed) {
+        constexpr std::wstring_view role = L"GridAxis";
+        if (!placed.styleName.starts_with(role)) return;
+        std::wstring_view tag = placed.styleName.substr(role.size());
+        while (tag.starts_with(L' ')) tag.remove_prefix(1);
+        for (PlanPath& path : PlacedCurves(*placed.record, placed.toModel)) {
+            block.Limits().Memory(bytesOfComponent + path.vertices.size() * bytesOfCorner);
+            axes.push_back({ToUtf8(std::wstring(tag)), std::move(path)});
+        }
+    }
+
+    using Counter = std::size_t PlanFloorSummary::*;
+
+    /// Returns where it was counted as drawn; null where it is not.
+    Counter PutOn(std::size_t plan, const Drawn& drawn, const ComponentViews& views) {
+        PlanFloorSummary& summary = plans[plan].summary;
+        const Counter counter = Drawable(plan, drawn, views);
+        if (counter == nullptr) {
+            CountLeft(summary, drawn, heights[plan]);
+            return nullptr;
+        }
+        ++(summary.*counter);
+        if (drawn.kind == ClassKind::Room) {
+            PutRoom(plan, drawn, views);
+            return counter;
+        }
+        const ComponentDrawing& drawing = drawn.drawing;
+        const bool hasSymbol = !drawing.Symbol().IsEmpty();
+        const bool liesThere = hasSymbol && drawing.SymbolLiesOnBody();
+        const bool isSymbol = liesThere && HasSymbolOfItsOwn(drawn.kind);
+        summary.refused += hasSymbol && !liesThere && HasSymbolOfItsOwn(drawn.kind);
+        if (counter == &PlanFloorSummary::cut) {
+            summary.visiting += drawn.named.visits;
+            if (isSymbol) {
+                PutTag(plan, drawn);
+                Put(plan, drawn, DrawnAs::Symbol, drawing.Symbol());
+                return counter;
+            }
+            PutBelow(plan, drawn, views);
+            if (drawn.kind == ClassKind::Stair || drawn.kind == ClassKind::Roof) {
+                Put(plan, drawn, DrawnAs::Overhead, views.above);
+            }
+            PutSection(plan, drawn, *drawing.SectionAt(heights[plan].plane), liesThere);
+        } else if (counter == &PlanFloorSummary::below && isSymbol) {
+            Put(plan, drawn, DrawnAs::Projection, drawing.Symbol(), views.belowReach.high);
+        } else if (counter == &PlanFloorSummary::below) {
+            PutBelow(plan, drawn, views);
+        } else if (counter == &PlanFloorSummary::overhead) {
+            Put(plan, drawn, DrawnAs::Overhead, views.above);
+        } else {
+            Put(plan, drawn, DrawnAs::Symbol, drawing.Symbol());
+        }
+        return counter;
+    }
+
+    /// As what a component is drawn on a floor.
+    Counter Drawable(std::size_t plan, const Drawn& drawn, const ComponentViews& views) const {
+        const ComponentDrawing& drawing = drawn.drawing;
+        if (drawing.SectionAt(heights[plan].plane) != nullptr) return &PlanFloorSummary::cut;
+        if (!views.below.IsEmpty()) return &PlanFloorSummary::below;
+        const bool isRoom = drawn.kind == ClassKind::Room;
+        if (!isRoom && !views.above.IsEmpty() && HangsThere(drawn, heights[plan])) {
+            return &PlanFloorSummary::overhead;
+        }
+        const bool isCurves = drawing.Reach().IsEmpty() && !drawing.Symbol().IsEmpty();
+        return isCurves && !drawn.named.visits ? &PlanFloorSummary::symbols : nullptr;
+    }
+
+    static void CountLeft(PlanFloorSummary& summary, const Drawn& drawn, const PlanHeights& floor) {
+        const HeightRange& reach = drawn.drawing.Reach();
+        if (reach.IsCutAt(floor.plane)) {
+            ++summary.leftGaps;
+        } else if (drawn.named.visits) {
+            return;  // told by its own floor
+        } else if (reach.IsEmpty()) {
+            ++summary.leftEmpty;
+        } else {
+            ++(reach.high < floor.plane ? summary.leftBelow : summary.leftAbove);
+        }
+    }
+
+    /// What stands on the floor above does not hang here, nor does what would hide the floor.
+    static bool HangsThere(const Drawn& drawn, const PlanHeights& floor) {
+        constexpr double ofNextFloor = 0.5;  // metres that a slab and what is on it may take
+        if (drawn.kind == ClassKind::Ceiling || drawn.kind == ClassKind::Furnishing) return false;
+        const bool isRoof = drawn.kind == ClassKind::Roof;
+        return isRoof || drawn.drawing.Reach().high <= floor.next + ofNextFloor;
+    }
+
+    void PutSection(std::size_t plan, const Drawn& drawn, const PlanShapes& section,
+                    bool hasCurvesThere) {
+        PutTag(plan, drawn);
+        if (drawn.kind == ClassKind::Door && drawn.drawing.Placement()) {
+            const std::optional<PlanShapes> door =
+                DoorSymbol(section, *drawn.drawing.Placement(), OperationOf(drawn.element));
+            if (door) return Put(plan, drawn, DrawnAs::Symbol, *door);
+        }
+        PlanShapes shapes = section;
+        if (hasCurvesThere && !drawn.named.visits) {
+            // Closed ones say again where the body is, and may not know of its openings.
+            for (const PlanPath& line : drawn.drawing.Symbol().lines) {
+                if (!line.closed) shapes.lines.push_back(line);
             }
         }
+        if (drawn.kind == ClassKind::Stair) {  // its treads stay to be seen
+            for (const PlanArea& area : shapes.areas) {
+                shapes.lines.insert(shapes.lines.end(), area.begin(), area.end());
+            }
+            shapes.areas.clear();
+        }
+        Put(plan, drawn, DrawnAs::Section, shapes);
     }
 
-    /// On the floor that the component is filed under its own outlines and curves count as well.
-    void PutOnOwn(std::size_t own, const PlanComponent& named, const ComponentDrawing& drawing,
-                  const std::map<double, PlanShapes>& sections) {
-        PlanFloorSummary& summary = plans[own].summary;
-        const HeightRange& reach = drawing.Reach();
-        const PlanShapes& symbol = drawing.Symbol();
-        const auto section = sections.find(summary.plane);
-        if (symbol.areas.empty() && section != sections.end()) {
-            PlanShapes shapes = section->second;
-            shapes.lines.insert(shapes.lines.end(), symbol.lines.begin(), symbol.lines.end());
-            ++summary.cut;
-            return Put(own, named, DrawnAs::Section, shapes);
+    void PutBelow(std::size_t plan, const Drawn& drawn, const ComponentViews& views) {
+        PlanShapes shapes = views.below;
+        const PlanHeights& floor = heights[plan];
+        const HeightRange& reach = drawn.drawing.Reach();
+        constexpr double ofThisFloor = 0.5;  // metres: it begins here, not on the floor below
+        const bool beginsHere = reach.low > plans[plan].summary.elevation - ofThisFloor;
+        if (drawn.kind == ClassKind::Stair && beginsHere && !plans[plan].isRoof) {
+            shapes.lines = StairMarks(views.levels, reach.high > floor.plane);
         }
-        const bool isBelow = !reach.IsEmpty() && reach.high < summary.plane;
-        if (!symbol.IsEmpty()) {
-            ++(isBelow ? summary.below : summary.symbols);
-            return Put(own, named, isBelow ? DrawnAs::Projection : DrawnAs::Symbol, symbol);
-        }
-        if (reach.IsEmpty()) {
-            ++summary.leftEmpty;
-        } else if (isBelow) {
-            ++summary.leftBelow;
-        } else if (reach.IsCutAt(summary.plane)) {
-            ++summary.leftGaps;
+        Put(plan, drawn, DrawnAs::Projection, shapes, views.belowReach.high);
+    }
+
+    void PutRoom(std::size_t plan, const Drawn& drawn, const ComponentViews& views) {
+        PlanFloorSummary& summary = plans[plan].summary;
+        PlanShapes shapes;
+        if (const PlanShapes* const section = drawn.drawing.SectionAt(heights[plan].plane)) {
+            shapes = *section;
+        } else if (!views.below.IsEmpty()) {
+            for (const PlanPart& part : views.below.parts) shapes.areas.push_back(part.cover);
         } else {
-            ++summary.leftAbove;
+            shapes = drawn.drawing.Symbol();
         }
+        PlanArea outline;
+        for (const PlanArea& area : shapes.areas) {
+            outline.insert(outline.end(), area.begin(), area.end());
+        }
+        summary.rooms.push_back(RoomOf(drawn.element, outline));
+        PlanLabel label = {LinesOf(summary.rooms.back()), std::move(outline), {}};
+        block.Limits().Memory(bytesOfComponent + CornersOf(shapes) * sizeof(PlanVertex));
+        if (!label.room.empty()) plans[plan].labels.push_back(std::move(label));
+        Put(plan, drawn, DrawnAs::Section, shapes);
     }
 
-    void Put(std::size_t plan, const PlanComponent& named, DrawnAs drawnAs,
-             const PlanShapes& shapes) {
+    void PutTag(std::size_t plan, const Drawn& drawn) {
+        if (drawn.kind != ClassKind::Door && drawn.kind != ClassKind::Window) return;
+        const std::string tag = TagOf(drawn.element);
+        if (tag.empty()) return;
+        block.Limits().Memory(bytesOfComponent + tag.size());
+        const PlanExtent& body = drawn.drawing.BodyExtent();
+        const PlanPoint at = {(body.low.x + body.high.x) / 2, (body.low.y + body.high.y) / 2};
+        plans[plan].labels.push_back({{tag}, {}, at});
+    }
+
+    void Put(std::size_t plan, const Drawn& drawn, DrawnAs drawnAs, const PlanShapes& shapes,
+             double top = 0) {
+        if (shapes.IsEmpty()) return;
+        const PlanComponent& named = drawn.named;
         const std::size_t added = CornersOf(shapes);
         corners[plan] += added;
         if (corners[plan] > mostCorners) ThrowTooLarge();
         const auto textBytes = named.identity.size() + named.name.size() + named.className.size();
-        block.Limits().Memory(bytesOfComponent + 4 * textBytes);
-        // Its drawing was charged once, and may stand on several floors.
-        if (drawnAs == DrawnAs::Section) block.Limits().Memory(added * sizeof(PlanVertex));
+        block.Limits().Memory(bytesOfComponent + 4 * textBytes + added * sizeof(PlanVertex));
         PlanComponent component = named;
         component.drawnAs = drawnAs;
+        component.top = top;
         static_cast<PlanShapes&>(component) = shapes;
         plans[plan].components.push_back(std::move(component));
     }
@@ -217,20 +392,19 @@ class FloorsDrawing {
 
     OpenedBlock& block;
     PlacedRecords& records;
-    std::pair<unsigned int, unsigned int> wanted;
+    WantedPlans wanted;
     std::vector<PlanFloor> plans;
+    std::vector<PlanAxis> axes;
     std::optional<double> north;
-    std::vector<std::size_t> corners;         ///< by plan
-    std::multimap<double, std::size_t> open;  ///< plans that cut whatever reaches their planes
-    std::vector<double> openHeights;          ///< of these, ascending, none twice
+    std::vector<PlanHeights> heights;  ///< by plan
+    std::vector<std::size_t> corners;  ///< by plan
 };
 
 }  // namespace
 
-PlanDrawing DrawFloors(OpenedBlock& block, PlacedRecords& records,
-                       std::pair<unsigned int, unsigned int> wanted, double cutHeight,
+PlanDrawing DrawFloors(OpenedBlock& block, PlacedRecords& records, const WantedPlans& wanted,
                        const PlanStep& step) {
-    FloorsDrawing drawing(block, records, wanted, cutHeight);
+    FloorsDrawing drawing(block, records, wanted);
     drawing.DrawAll(step);
     return drawing.Take();
 }

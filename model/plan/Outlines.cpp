@@ -2,10 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <map>
 #include <numbers>
+#include <optional>
+#include <utility>
 
 #include "ZVSmartZvg/BlockInfoDeal.h"
 #include "model/plan/Arc.h"
+#include "model/plan/Chains.h"
 #include "model/plan/PlanPlacement.h"
 #include "model/plan/Rings.h"
 #include "model/plan/TiltedCurves.h"
@@ -16,14 +21,80 @@ using namespace ZVSmartZvg;
 
 namespace {
 
-/// Where the operation looks, without what is nested: that has a placement of its own.
-SZVLGZvgGeo CurvesOf(const SZVLGZvgGeo& record) {
-    SZVLGZvgGeo curves;
-    curves.polylines = record.polylines;
-    curves.lineSegments = record.lineSegments;
-    curves.boundArcs = record.boundArcs;
-    return curves;
-}
+constexpr double smallestArea = 1e-6;  // square metres
+
+/// Sorts open curves into groups that are joined end to end.
+class JoinedCurves {
+  public:
+    explicit JoinedCurves(const SZVLGZvgGeo& record) {
+        for (const CZVIMPolyline3D& polyline : record.polylines) {
+            const unsigned int count = polyline.CountOfPoint();
+            if (count < 2) continue;
+            if (polyline.GetClosedFlag()) {
+                groups.emplace_back().polylines.push_back(polyline);
+            } else {
+                const std::size_t end =
+                    Join(polyline.GetPointAt(0), polyline.GetPointAt(count - 1));
+                open.push_back(
+                    {end, [&polyline](SZVLGZvgGeo& geo) { geo.polylines.push_back(polyline); }});
+            }
+        }
+        for (const CZVIMLineSegment& segment : record.lineSegments) {
+            open.push_back({Join(segment.getStartpt(), segment.getEndpt()),
+                            [&segment](SZVLGZvgGeo& geo) { geo.lineSegments.push_back(segment); }});
+        }
+        for (const CZVIMBoundArc& arc : record.boundArcs) {
+            open.push_back({Join(arc.getStartpt(), arc.getEndpt()),
+                            [&arc](SZVLGZvgGeo& geo) { geo.boundArcs.push_back(arc); }});
+        }
+        std::map<std::size_t, SZVLGZvgGeo> joined;
+        for (const auto& [end, add] : open) add(joined[RootOf(end)]);
+        for (auto& [root, geo] : joined) groups.push_back(std::move(geo));
+    }
+
+    /// Each holds what may be one outline.
+    const std::vector<SZVLGZvgGeo>& Groups() const { return groups; }
+
+  private:
+    /// The number of the first end.
+    std::size_t Join(const CZVIMPosition& from, const CZVIMPosition& to) {
+        const std::size_t first = NumberOf(from);
+        const std::size_t root = RootOf(first);
+        parents[RootOf(NumberOf(to))] = root;
+        return first;
+    }
+
+    /// Ends within a tenth of a millimetre, about, are one.
+    std::size_t NumberOf(const CZVIMPosition& point) {
+        const auto onGrid = [](double metres) {
+            return std::fabs(metres) < 1e12 ? std::llround(metres / sectionStep) : 0;
+        };
+        for (const int x : {0, -1, 1}) {
+            for (const int y : {0, -1, 1}) {
+                const auto known =
+                    numbers.find({onGrid(point.GetX()) + x, onGrid(point.GetY()) + y});
+                if (known != numbers.end()) return known->second;
+            }
+        }
+        const std::size_t number = parents.size();
+        parents.push_back(number);
+        numbers[{onGrid(point.GetX()), onGrid(point.GetY())}] = number;
+        return number;
+    }
+
+    std::size_t RootOf(std::size_t number) {
+        while (parents[number] != number) {
+            parents[number] = parents[parents[number]];
+            number = parents[number];
+        }
+        return number;
+    }
+
+    std::map<std::pair<long long, long long>, std::size_t> numbers;
+    std::vector<std::size_t> parents;
+    std::vector<std::pair<std::size_t, std::function<void(SZVLGZvgGeo&)>>> open;
+    std::vector<SZVLGZvgGeo> groups;
+};
 
 PlanPath PathOf(const CZVIMPolyline& outline) {
     PlanPath path;
@@ -42,13 +113,8 @@ std::optional<PlanPath> OutlineOf(const SZVLGZvgGeo& curves) {
 }
 
 CZVIMPosition Position(const SectionPoint& point) {
-    return {static_cast<double>(point.x) * sectionStep, static_cast<double>(point.y) * sectionStep,
-            0};
-}
-
-PlanPoint Flat(const SectionPoint& point) {
-    const CZVIMPosition position = Position(point);
-    return {position.GetX(), position.GetY()};
+    const PlanPoint flat = InMetres(point);
+    return {flat.x, flat.y, 0};
 }
 
 std::optional<PlanPath> RingOutline(const SurfaceSection& ring) {
@@ -57,24 +123,6 @@ std::optional<PlanPath> RingOutline(const SurfaceSection& ring) {
         geo.lineSegments.emplace_back(Position(piece.from), Position(piece.to));
     }
     return OutlineOf(geo);
-}
-
-double DistanceToLine(const PlanPoint& point, const PlanPoint& a, const PlanPoint& b) {
-    const double length = std::hypot(b.x - a.x, b.y - a.y);
-    if (length == 0) return std::hypot(point.x - a.x, point.y - a.y);
-    return std::fabs((b.x - a.x) * (point.y - a.y) - (b.y - a.y) * (point.x - a.x)) / length;
-}
-
-/// Takes out corners where the path runs straight on: triangles leave one on each diagonal.
-void DropStraightCorners(PlanPath& path) {
-    std::vector<PlanVertex> kept;
-    const std::vector<PlanVertex>& all = path.vertices;
-    for (std::size_t i = 0; i < all.size(); ++i) {
-        const PlanPoint& before = kept.empty() ? all.back().point : kept.back().point;
-        const PlanPoint& after = all[(i + 1) % all.size()].point;
-        if (DistanceToLine(all[i].point, before, after) > sectionStep) kept.push_back(all[i]);
-    }
-    if (kept.size() >= 3) path.vertices = std::move(kept);
 }
 
 PlanPath Line(const PlanPoint& from, const PlanPoint& to, double bulge = 0) {
@@ -116,10 +164,30 @@ PlanPath PathOf(const CZVIMCircle& circle) {
 }  // namespace
 
 // Once: curves in the model are upright. NOLINTNEXTLINE(misc-no-recursion)
-std::optional<PlanPath> PlacedOutline(const SZVLGZvgGeo& record, const CZVIMTransf& toModel) {
-    if (!KeepsUpright(toModel)) return PlacedOutline(CurvesInModel(record, toModel), CZVIMTransf());
-    const std::optional<PlanPath> outline = OutlineOf(CurvesOf(record));
-    return outline ? PlanPlacement(toModel).Placed(*outline) : std::nullopt;
+std::vector<PlanPath> PlacedOutlines(const SZVLGZvgGeo& record, const CZVIMTransf& toModel) {
+    if (!KeepsUpright(toModel)) {
+        return PlacedOutlines(CurvesInModel(record, toModel), CZVIMTransf());
+    }
+    const PlanPlacement placement(toModel);
+    std::vector<std::pair<double, PlanPath>> bySize;
+    const auto add = [&](const std::optional<PlanPath>& outline) {
+        if (!outline) return;
+        std::optional<PlanPath> placed = placement.Placed(*outline);
+        if (!placed) return;
+        const double area = std::fabs(AreaOf(*placed));
+        if (area > smallestArea) bySize.emplace_back(area, std::move(*placed));
+    };
+    const JoinedCurves joined(record);
+    for (const SZVLGZvgGeo& curves : joined.Groups()) add(OutlineOf(curves));
+    for (const CZVIMCircle& circle : record.circles) {
+        const PlanPath path = PathOf(circle);
+        if (path.closed) add(path);
+    }
+    std::stable_sort(bySize.begin(), bySize.end(),
+                     [](const auto& a, const auto& b) { return a.first > b.first; });
+    std::vector<PlanPath> outlines;
+    for (auto& [area, outline] : bySize) outlines.push_back(std::move(outline));
+    return outlines;
 }
 
 // NOLINTNEXTLINE(misc-no-recursion)
@@ -160,7 +228,7 @@ SurfaceSection AddRings(const SurfaceSection& section, PlanShapes& shapes) {
 
 void AddLines(const SurfaceSection& section, PlanShapes& shapes) {
     for (const SectionPiece& piece : section) {
-        shapes.lines.push_back(Line(Flat(piece.from), Flat(piece.to)));
+        shapes.lines.push_back(Line(InMetres(piece.from), InMetres(piece.to)));
     }
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <vector>
 
 #include "ZVSmartZvg/Geo.h"
@@ -9,12 +8,14 @@
 
 namespace ZVSmartModel {
 
-/// The closed outline that CZVLGBlockInfoDeal finds in the curves of the record itself, placed;
-/// nothing where it finds none or a number of it is no place on a plan. Arcs stay arcs where the
-/// placement keeps circles round as seen from above, else they become short straight pieces. What
-/// a placement tilts is looked at in the model's XOY plane, everything else in its own.
-std::optional<PlanPath> PlacedOutline(const ZVSmartZvg::SZVLGZvgGeo& record,
-                                      const ZVSmartZvg::CZVIMTransf& toModel);
+/// The closed outlines in the curves of the record itself, placed, the largest first: closed
+/// polylines, circles, and what CZVLGBlockInfoDeal closes of curves that are joined to each other.
+/// Curves around no area are none, nor is what has a number that is no place on a plan. Arcs stay
+/// arcs where the placement keeps circles round as seen from above, else they become short
+/// straight pieces. What a placement tilts is looked at in the model's XOY plane, everything else
+/// in its own.
+std::vector<PlanPath> PlacedOutlines(const ZVSmartZvg::SZVLGZvgGeo& record,
+                                     const ZVSmartZvg::CZVIMTransf& toModel);
 
 /// All curves of the record itself as seen from above, placed: polylines, line segments, arcs and
 /// circles. Curves that are no place on a plan are left out.

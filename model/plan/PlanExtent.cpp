@@ -35,12 +35,16 @@ void PlanExtent::Add(const PlanExtent& other) {
     high = {std::max(high.x, other.high.x), std::max(high.y, other.high.y)};
 }
 
-PlanExtent ExtentOf(const PlanComponent& component) {
+PlanExtent ExtentOf(const PlanShapes& shapes) {
     PlanExtent extent;
-    for (const PlanArea& area : component.areas) {
+    for (const PlanArea& area : shapes.areas) {
         for (const PlanPath& path : area) AddPath(extent, path);
     }
-    for (const PlanPath& path : component.lines) AddPath(extent, path);
+    for (const PlanPath& path : shapes.lines) AddPath(extent, path);
+    for (const PlanPart& part : shapes.parts) {
+        for (const PlanPath& path : part.cover) AddPath(extent, path);
+        for (const PlanPath& path : part.edges) AddPath(extent, path);
+    }
     return extent;
 }
 

@@ -15,11 +15,12 @@ struct PlanExtent {
 
     void Add(const PlanPoint& point);
     void Add(const PlanExtent& other);
+    bool IsEmpty() const { return !(low.x <= high.x); }
     double Width() const { return low.x <= high.x ? high.x - low.x : 0; }
     double Height() const { return low.y <= high.y ? high.y - low.y : 0; }
 };
 
-PlanExtent ExtentOf(const PlanComponent& component);
+PlanExtent ExtentOf(const PlanShapes& shapes);
 PlanExtent ExtentOf(const PlanFloor& floor);
 
 }  // namespace ZVSmartModel

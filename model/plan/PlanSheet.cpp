@@ -2,12 +2,17 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <map>
 #include <numbers>
+#include <string_view>
 #include <tuple>
 #include <utility>
 
 #include "model/plan/ClassStyles.h"
+#include "model/plan/SheetAnnotations.h"
 #include "model/plan/SvgPath.h"
+#include "model/plan/WallJoins.h"
 #include "model/plan/XmlText.h"
 
 namespace ZVSmartModel {
@@ -55,7 +60,7 @@ class Sheet {
     Sheet(const PlanDrawing& drawing, const SheetLayout& layout, Canvas& canvas)
         : drawing(drawing), layout(layout), canvas(canvas) {}
 
-    void Draw(const std::string& title) {
+    std::size_t Draw(const std::string& title) {
         for (const SheetPage& page : layout.pages) {
             canvas.BeginPage(page.size);
             for (const SheetCell& cell : page.cells) DrawFloor(drawing.floors[cell.floor], cell);
@@ -63,6 +68,7 @@ class Sheet {
             Write(title, sheetMargin, page.size.height - sheetMargin + 3, 4, "plan-title");
             canvas.EndPage();
         }
+        return homeless;
     }
 
   private:
@@ -73,8 +79,12 @@ class Sheet {
         Write(floor.summary.name, cell.left, cell.top + 5, 5, "plan-heading", true);
         WriteNote(NoteOf(floor), cell.left, cell.top + 9.5);
         if (!floor.components.empty()) {
-            canvas.SetFrame(layout.FrameAt(cell.left, cell.top));
+            const SheetFrame frame = layout.FrameAt(cell.left, cell.top);
+            canvas.SetFrame(frame);
             DrawComponents(floor, number);
+            DrawAxes(drawing.axes, layout, frame, canvas);
+            DrawDimensions(floor, drawing.axes, layout, frame, canvas);
+            homeless += WriteLabels(floor, layout, frame, canvas);
             canvas.SetFrame(paper);
             DrawNorthArrow(cell.left + layout.cellWidth - 6, cell.top + 5);
             DrawScaleBar(cell.left, cell.top + layout.cellHeight - footHeight + 6);
@@ -87,34 +97,97 @@ class Sheet {
         std::string note = elevation < 0 ? "elevation " : "elevation +";
         note += SvgNumber(elevation) + " m";
         if (floor.components.empty()) return note + ", nothing to draw";
+        if (floor.isRoof) return "seen from above";
         const double cut = floor.summary.plane - elevation;
         return note + ", cut at " + (cut < 0 ? "" : "+") + SvgNumber(cut) + " m";
     }
 
     /// What is drawn first comes first: it is covered by what follows.
-    static auto Order(const PlanComponent& component) {
-        return std::tuple(StyleOfClass(component.className).layer);
+    static auto Order(const PlanFloor& floor, const PlanComponent& component) {
+        const ClassStyle& style = StyleOfClass(component.className);
+        const bool isRoom = style.kind == ClassKind::Room;
+        constexpr double overFloor = 0.1;  // metres: a room hides the slab and no furniture
+        const double top = isRoom ? floor.summary.elevation + overFloor : component.top;
+        int phase = 4;
+        if (component.drawnAs == DrawnAs::Projection || isRoom) phase = 0;
+        if (component.drawnAs == DrawnAs::Overhead) phase = 1;
+        if (component.drawnAs == DrawnAs::Section && !isRoom) phase = 2;
+        if (component.drawnAs == DrawnAs::Symbol && style.kind != ClassKind::Lines) phase = 3;
+        const long long level = phase == 0 ? std::llround(top * 100) : 0;
+        return std::tuple(phase, level, style.layer, std::string_view(component.className));
+    }
+
+    static bool IsJoined(const PlanComponent& component) {
+        return component.drawnAs == DrawnAs::Section && component.lines.empty() &&
+               StyleOfClass(component.className).kind == ClassKind::Wall;
     }
 
     void DrawComponents(const PlanFloor& floor, const std::string& number) {
         std::vector<const PlanComponent*> ordered;
         for (const PlanComponent& component : floor.components) ordered.push_back(&component);
-        std::stable_sort(ordered.begin(), ordered.end(),
-                         [](const auto* a, const auto* b) { return Order(*a) < Order(*b); });
+        std::stable_sort(ordered.begin(), ordered.end(), [&](const auto* a, const auto* b) {
+            return Order(floor, *a) < Order(floor, *b);
+        });
         const PlanComponent* last = nullptr;
+        bool isJoined = false;
         for (const PlanComponent* component : ordered) {
             const bool isOther = last == nullptr || last->className != component->className ||
                                  last->drawnAs != component->drawnAs;
             if (isOther && last != nullptr) canvas.EndLayer();
+            const bool isBehindCuts = component->drawnAs == DrawnAs::Symbol &&
+                                      StyleOfClass(component->className).layer > 7;
+            if (isBehindCuts && !isJoined) {
+                DrawJoins(ordered);
+                isJoined = true;
+            }
             if (isOther) BeginLayer(*component, number);
             DrawComponent(*component);
             last = component;
         }
         if (last != nullptr) canvas.EndLayer();
+        if (!isJoined) DrawJoins(ordered);
+    }
+
+    /// The outlines of walls of one class and material as one.
+    void DrawJoins(const std::vector<const PlanComponent*>& components) {
+        std::map<std::pair<std::string, std::string>, std::vector<const PlanArea*>> materials;
+        for (const PlanComponent* component : components) {
+            if (!IsJoined(*component)) continue;
+            const char* const fill = StyleOfClass(component->className).fill;
+            auto& areas = materials[{fill, component->material}];
+            for (const PlanArea& area : component->areas) areas.push_back(&area);
+        }
+        for (const auto& [material, areas] : materials) {
+            canvas.BeginLayer({"", {"plan-joined"}, "", "", ""}, {"none", inkColour, 0.25});
+            canvas.Draw(JoinedOutline(areas));
+            canvas.EndLayer();
+        }
+    }
+
+    /// Three quarters of the way to white.
+    static std::string Pale(const std::string& colour) {
+        constexpr char digits[] = "0123456789abcdef";
+        if (colour.size() != 7) return colour;
+        std::string pale = "#";
+        for (std::size_t i = 1; i < 7; i += 2) {
+            const int value = 255 - (255 - std::stoi(colour.substr(i, 2), nullptr, 16)) / 4;
+            pale += digits[value / 16];
+            pale += digits[value % 16];
+        }
+        return pale;
     }
 
     static Ink InkOf(const PlanComponent& component) {
         const ClassStyle& style = StyleOfClass(component.className);
+        constexpr double thin = 0.13;
+        if (IsJoined(component)) return {style.fill, style.fill, 0.05};
+        if (component.drawnAs == DrawnAs::Overhead) return {"none", style.stroke, thin, true};
+        if (component.drawnAs == DrawnAs::Projection) {
+            const bool isDark = style.kind == ClassKind::Wall;  // dark is what is cut
+            return {isDark ? "#f3f3f2" : Pale(style.fill), style.stroke, thin, false, true};
+        }
+        if (component.drawnAs == DrawnAs::Symbol)
+            return {"#ffffff", style.stroke, style.strokeWidth};
         return {style.fill, style.stroke, style.strokeWidth};
     }
 
@@ -131,8 +204,15 @@ class Sheet {
                              component.identity,
                              component.name,
                              WordOf(component.drawnAs)});
+        Ink ink = InkOf(component);
         for (const PlanArea& area : component.areas) canvas.Draw(area);
-        const Ink thin = {"none", StyleOfClass(component.className).stroke, 0.13};
+        const std::string stroke = ink.stroke;
+        for (const PlanPart& part : component.parts) {
+            ink.stroke = "none";
+            canvas.Draw(part.cover, ink);
+            if (!part.edges.empty()) canvas.Draw(part.edges, {"none", stroke, ink.width});
+        }
+        const Ink thin = {"none", stroke, 0.13, ink.isDashed};
         if (!component.lines.empty()) canvas.Draw(component.lines, thin);
         canvas.EndElement();
     }
@@ -187,12 +267,16 @@ class Sheet {
     const SheetLayout& layout;
     Canvas& canvas;
     UniqueIdentifiers identifiers;
+    std::size_t homeless = 0;  ///< labels
 };
 
 }  // namespace
 
-SheetApron ApronOf(const PlanDrawing&) {
-    return {};
+SheetApron ApronOf(const PlanDrawing& drawing) {
+    const bool hasWalls =
+        std::any_of(drawing.floors.begin(), drawing.floors.end(),
+                    [](const PlanFloor& floor) { return WallExtent(floor).has_value(); });
+    return ApronFor(!drawing.axes.empty(), hasWalls);
 }
 
 PlanExtent ExtentOf(const PlanDrawing& drawing) {
@@ -201,9 +285,9 @@ PlanExtent ExtentOf(const PlanDrawing& drawing) {
     return extent;
 }
 
-void DrawSheet(const PlanDrawing& drawing, const std::string& title, const SheetLayout& layout,
-               Canvas& canvas) {
-    Sheet(drawing, layout, canvas).Draw(title);
+std::size_t DrawSheet(const PlanDrawing& drawing, const std::string& title,
+                      const SheetLayout& layout, Canvas& canvas) {
+    return Sheet(drawing, layout, canvas).Draw(title);
 }
 
 }  // namespace ZVSmartModel

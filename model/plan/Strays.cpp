@@ -71,13 +71,6 @@ std::set<const PlanComponent*> StraysAmong(std::vector<Drawn>& all) {
     return strays;
 }
 
-void Uncount(PlanFloorSummary& summary, const PlanComponent& component) {
-    if (component.drawnAs == DrawnAs::Section) --summary.cut;
-    if (component.drawnAs == DrawnAs::Section && component.visits) --summary.visiting;
-    if (component.drawnAs == DrawnAs::Symbol) --summary.symbols;
-    if (component.drawnAs == DrawnAs::Projection) --summary.below;
-}
-
 }  // namespace
 
 void TakeOutStrays(std::vector<PlanFloor>& floors) {
@@ -96,7 +89,10 @@ void TakeOutStrays(std::vector<PlanFloor>& floors) {
                 kept.push_back(std::move(component));
                 continue;
             }
-            Uncount(floor.summary, component);
+            if (component.countedIn == nullptr) continue;
+            --(floor.summary.*component.countedIn);
+            const bool isCut = component.countedIn == &PlanFloorSummary::cut;
+            if (isCut && component.visits) --floor.summary.visiting;
             if (++floor.summary.leftFar > mostNamed) continue;
             floor.summary.strays.push_back(component.identity + ' ' + component.name);
         }

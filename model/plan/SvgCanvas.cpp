@@ -99,7 +99,8 @@ void SvgCanvas::Write(const CanvasText& text) {
     const PlanPoint at = frame.OnPaper(text.at);
     const std::string x = SvgNumber(at.x), y = SvgNumber(at.y);
     out += "<text" + Attribute("class", text.kind) + Attribute("x", x) + Attribute("y", y) +
-           Attribute("font-size", SvgNumber(text.size)) + Attribute("fill", text.colour);
+           Attribute("font-size", SvgNumber(text.size)) + Attribute("fill", text.colour) +
+           Attribute("stroke", "none");
     if (text.anchor == TextAnchor::Middle) out += Attribute("text-anchor", "middle");
     if (text.anchor == TextAnchor::End) out += Attribute("text-anchor", "end");
     if (text.isBold) out += Attribute("font-weight", "bold");

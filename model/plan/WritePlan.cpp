@@ -1,5 +1,6 @@
 #include <cmath>
 #include <filesystem>
+#include <memory>
 #include <set>
 #include <utility>
 #include <vector>
@@ -8,7 +9,9 @@
 #include "model/element/BlockFileImp.h"
 #include "model/element/FileSink.h"
 #include "model/element/ProgressPace.h"
+#include "model/plan/DxfCanvas.h"
 #include "model/plan/FloorPlan.h"
+#include "model/plan/PdfCanvas.h"
 #include "model/plan/PlanSheet.h"
 #include "model/plan/Strays.h"
 #include "model/plan/SvgCanvas.h"
@@ -18,13 +21,19 @@ namespace ZVSmartModel {
 namespace {
 
 /// The document; `layout` must have a cell for each floor.
-std::string DocumentOf(const PlanDrawing& drawing, const std::string& title,
-                       const SheetLayout& layout) {
+std::string DocumentOf(const PlanDrawing& drawing, const std::string& title, PlanFormat format,
+                       const SheetLayout& layout, PlanSummary& summary) {
     std::vector<PageSize> pages;
     for (const SheetPage& page : layout.pages) pages.push_back(page.size);
-    SvgCanvas canvas(title, pages);
-    DrawSheet(drawing, title, layout, canvas);
-    return canvas.Take();
+    std::unique_ptr<Canvas> canvas;
+    if (format == PlanFormat::Svg) canvas = std::make_unique<SvgCanvas>(title, pages);
+    if (format == PlanFormat::Pdf) canvas = MakePdfCanvas(title);
+    if (format == PlanFormat::Dxf) {
+        constexpr double apart = 1.5;  // widths from floor to floor
+        canvas = std::make_unique<DxfCanvas>(apart * layout.extent.Width() + 1);
+    }
+    summary.labelsLeft = DrawSheet(drawing, title, layout, *canvas);
+    return canvas->Take();
 }
 
 PlanSummary SummaryOf(const std::vector<PlanFloor>& floors) {
@@ -44,8 +53,8 @@ PlanSummary SummaryOf(const std::vector<PlanFloor>& floors) {
 
 PlanSummary WritePlan(const BlockFile& file, ZVSmartFormat::CZVFTOutStream& out,
                       const PlanOptions& options, const Progress& progress) {
-    if (!std::isfinite(options.cutHeight)) {
-        throw Error(Status::Usage, "the height of the cut is no number of metres");
+    if (!std::isfinite(options.cutHeight) || !std::isfinite(options.depth)) {
+        throw Error(Status::Usage, "the height of the cut or the depth is no number of metres");
     }
     return file.Internals().Ask([&](OpenedBlock& block) {
         ProgressPace pace(progress);
@@ -54,7 +63,8 @@ PlanSummary WritePlan(const BlockFile& file, ZVSmartFormat::CZVFTOutStream& out,
         const auto tell = [&pace](unsigned int done, unsigned int total) {
             pace.Tell("drawing the plan", done, total);
         };
-        PlanDrawing drawing = DrawFloors(block, records, wanted, options.cutHeight, tell);
+        PlanDrawing drawing = DrawFloors(
+            block, records, {wanted, options.cutHeight, options.depth, options.roof}, tell);
         std::vector<PlanFloor>& floors = drawing.floors;
         if (!options.all) TakeOutStrays(floors);
         PlanSummary summary = SummaryOf(floors);
@@ -66,9 +76,10 @@ PlanSummary WritePlan(const BlockFile& file, ZVSmartFormat::CZVFTOutStream& out,
         const std::string fileName = std::filesystem::path(block.Path()).filename().string();
         const SheetLayout layout = LayOutSheet(floors.size(), ExtentOf(drawing), ApronOf(drawing),
                                                options.paper, options.scale);
-        WriteWhole(out,
-                   DocumentOf(drawing, options.title.empty() ? fileName : options.title, layout));
+        const std::string title = options.title.empty() ? fileName : options.title;
+        WriteWhole(out, DocumentOf(drawing, title, options.format, layout, summary));
         summary.scale = layout.denominator;
+        summary.axes = drawing.axes.size();
         std::optional<Error> damage = block.Verdict();
         if (!damage) damage = records.FirstDamage();
         if (damage) summary.lost = damage->what();

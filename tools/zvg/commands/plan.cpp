@@ -1,5 +1,6 @@
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -10,6 +11,7 @@
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/output/OutputFile.h"
 #include "tools/zvg/reading/StandardInput.h"
+#include "tools/zvg/text/Document.h"
 #include "tools/zvg/text/StandardOutput.h"
 
 namespace ZVSmartModel::Tool {
@@ -21,7 +23,8 @@ struct Arguments {
     Target target;
     std::optional<std::string> floor;
     double cutHeight = PlanOptions().cutHeight;
-    bool all = false;
+    double depth = PlanOptions().depth;
+    bool all = false, roof = false;
     std::string paper, scale;
 };
 
@@ -45,21 +48,42 @@ class Counts {
     std::string text;
 };
 
+std::string Told(const PlanRoom& room) {
+    const auto area = [](double squareMetres) {
+        char text[32];
+        std::snprintf(text, sizeof text, "%.2f", squareMetres);
+        return std::string(text);
+    };
+    const std::string name = room.name.empty() ? room.number : room.name;
+    return name + ' ' + area(*room.stated) + " m² by the file, " + area(*room.measured) +
+           " m² as drawn";
+}
+
 std::string Told(const PlanFloorSummary& floor) {
     Counts drawn, left;
     const std::string visiting = std::to_string(floor.visiting) + " from other floors";
     drawn.Add(floor.cut, floor.visiting == 0 ? "cut" : "cut (" + visiting + ")");
     drawn.Add(floor.symbols, "by their own outlines");
-    drawn.Add(floor.below, "below by their outlines");
-    left.Add(floor.leftBelow, "below without outlines");
+    drawn.Add(floor.below, "seen below");
+    drawn.Add(floor.overhead, "overhead");
+    left.Add(floor.leftBelow, "too far below");
     left.Add(floor.leftAbove, "above");
     left.Add(floor.leftGaps, "with a gap at the cut");
     left.Add(floor.leftEmpty, "without a shape");
     left.Add(floor.leftFar, "far away, which --all draws");
     std::string text = floor.name + ": " + (drawn.Text().empty() ? "nothing" : drawn.Text());
+    if (floor.refused != 0) {
+        text += "; symbols beside their bodies, not used: " + std::to_string(floor.refused);
+    }
     if (!left.Text().empty()) text += "; left out: " + left.Text();
     for (const std::string& stray : floor.strays) {
         text += (&stray == &floor.strays.front() ? ": " : ", ") + stray;
+    }
+    bool isFirst = true;
+    for (const PlanRoom& room : floor.rooms) {
+        if (!room.Differs()) continue;
+        text += (isFirst ? "; areas that differ: " : ", ") + Told(room);
+        isFirst = false;
     }
     return text;
 }
@@ -75,10 +99,57 @@ double ScaleOf(const std::string& text) {
     throw Error(Status::Usage, text + ": a scale looks like 1:100");
 }
 
-void CheckName(const std::string& path) {
-    const std::string extension = std::filesystem::path(path).extension().string();
-    if (path.empty() || path == "-" || extension == ".svg" || extension == ".SVG") return;
-    throw Error(Status::Usage, path + ": the name must end in .svg, as a plan is SVG");
+PlanFormat FormatOf(const std::string& path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    for (char& letter : extension) {
+        if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
+    }
+    if (path.empty() || path == "-" || extension == ".svg") return PlanFormat::Svg;
+    if (extension == ".pdf") return PlanFormat::Pdf;
+    if (extension == ".dxf") return PlanFormat::Dxf;
+    throw Error(Status::Usage, path + ": the name must end in .svg, .pdf or .dxf");
+}
+
+Document DocumentOf(const PlanFloorSummary& floor) {
+    Document rooms = Document::array();
+    for (const PlanRoom& room : floor.rooms) {
+        Document entry = {{"guid", room.guid}, {"number", room.number}, {"name", room.name}};
+        entry["stated"] = room.stated ? Document(*room.stated) : Document();
+        entry["measured"] = room.measured ? Document(*room.measured) : Document();
+        entry["differs"] = room.Differs();
+        rooms.push_back(std::move(entry));
+    }
+    return {{"name", floor.name},
+            {"elevation", RealNumber(floor.elevation)},
+            {"plane", RealNumber(floor.plane)},
+            {"cut", floor.cut},
+            {"visiting", floor.visiting},
+            {"symbols", floor.symbols},
+            {"below", floor.below},
+            {"overhead", floor.overhead},
+            {"refused", floor.refused},
+            {"leftOut",
+             {{"below", floor.leftBelow},
+              {"above", floor.leftAbove},
+              {"gaps", floor.leftGaps},
+              {"empty", floor.leftEmpty},
+              {"far", floor.leftFar}}},
+            {"strays", floor.strays},
+            {"rooms", std::move(rooms)}};
+}
+
+Document DocumentOf(const std::string& path, const PlanSummary& summary) {
+    Document document = NewDocument(path);
+    document["floors"] = summary.floors;
+    document["elements"] = summary.elements;
+    document["scale"] = RealNumber(summary.scale);
+    document["axes"] = summary.axes;
+    document["labelsLeft"] = summary.labelsLeft;
+    document["perFloor"] = Document::array();
+    for (const PlanFloorSummary& floor : summary.perFloor) {
+        document["perFloor"].push_back(DocumentOf(floor));
+    }
+    return document;
 }
 
 void ThrowIfPartial(const PlanSummary& summary) {
@@ -97,15 +168,22 @@ PlanSummary PlanToFile(const BlockFile& file, const PlanOptions& options,
 }
 
 void Plan(const Arguments& arguments, const CommonOptions& common) {
-    CheckName(arguments.target.path);
+    const PlanFormat format = FormatOf(arguments.target.path);
+    const bool asDocument = common.json;
+    if (asDocument && (arguments.target.path.empty() || arguments.target.path == "-")) {
+        throw Error(Status::Usage, "--json tells what was drawn: the plan needs -o FILE");
+    }
     const BlockFile file = OpenBlockFile(arguments.file, common);
     const bool isPrinted = arguments.target.path.empty();
     PlanOptions options;
     options.floor = arguments.floor;
     options.cutHeight = arguments.cutHeight;
+    options.depth = arguments.depth;
     options.all = arguments.all;
+    options.roof = arguments.roof;
     options.paper = arguments.paper;
     options.scale = ScaleOf(arguments.scale);
+    options.format = format;
     options.title = std::filesystem::path(arguments.file).filename().string();
     PlanSummary summary;
     if (isPrinted) {
@@ -115,11 +193,15 @@ void Plan(const Arguments& arguments, const CommonOptions& common) {
     } else {
         summary = PlanToFile(file, options, arguments);
     }
-    if (!isPrinted && !common.quiet) {
+    if (asDocument) PrintDocument(DocumentOf(arguments.file, summary), true);
+    if (!isPrinted && !common.quiet && !asDocument) {
         WriteMessage(TargetName(arguments.target.path) + ": " + Told(summary));
     }
-    if (!common.quiet) {
+    if (!common.quiet && !asDocument) {
         for (const PlanFloorSummary& floor : summary.perFloor) WriteMessage(Told(floor));
+        if (summary.labelsLeft != 0) {
+            WriteMessage("texts left out for want of room: " + std::to_string(summary.labelsLeft));
+        }
     }
     ThrowIfPartial(summary);
 }
@@ -130,10 +212,14 @@ void RegisterPlan(CLI::App& app, CommonOptions& common) {
     const auto arguments = std::make_shared<Arguments>();
     CLI::App* const command = AddReadingCommand(
         app, "plan",
-        "Draw floors as an SVG plan: outlines, and sections of all that reaches through a plane "
-        "1.2 m above the floor; lengths are metres, as pack writes them",
+        "Draw floors as a plan: what a plane 1.2 m above the floor cuts, what is seen below it, "
+        "and "
+        "dashed what hangs above; rooms, axes and dimensions. Lengths are metres, as pack writes "
+        "them",
         "zvg plan house.zvg --floor 0 -o ground.svg", arguments->file);
-    AddTargetOptions(*command, "The SVG file to write; - and the default are standard output",
+    AddTargetOptions(*command,
+                     "The file to write, .svg, .pdf or .dxf; - and the default are SVG on standard "
+                     "output",
                      arguments->target);
     AddFloorOption(*command, arguments->floor);
     command
@@ -141,6 +227,12 @@ void RegisterPlan(CLI::App& app, CommonOptions& common) {
                      "How far above each floor's elevation bodies are cut, in metres")
         ->type_name("HEIGHT")
         ->capture_default_str();
+    command
+        ->add_option("--depth", arguments->depth,
+                     "How far below each floor's elevation things are still seen, in metres")
+        ->type_name("DEPTH")
+        ->capture_default_str();
+    command->add_flag("--roof", arguments->roof, "Add a sheet of all as seen from above");
     command->add_flag("--all", arguments->all,
                       "Draw strays as well: what lies further from the rest than ten times its "
                       "diagonal, and than 100 m");
