@@ -68,18 +68,21 @@ void AddPlanFloor(py::module_& module) {
     py::class_<Floor>(module, "PlanFloor",
                       R"(What became of the elements of one floor in a plan.
 
-Those that are drawn count in cut, symbols and below; the others that are filed under the floor
+Those that are drawn count in cut, symbols, below or overhead; the others that are filed under the floor
 in left_..., by why they are not.)")
         .def_property_readonly(
             "name", [](const Floor& floor) { return Text{floor.name}; }, "May be empty.")
         .def_readonly("elevation", &Floor::elevation, "Metres.")
-        .def_readonly("plane", &Floor::plane, "Metres: where bodies are cut.")
+        .def_readonly("plane", &Floor::plane,
+                      "Metres: where bodies are cut; infinite for the roof.")
         .def_readonly("cut", &Floor::cut, "Drawn as the section of their bodies.")
         .def_readonly("visiting", &Floor::visiting, "Of these, filed under other floors.")
         .def_readonly("symbols", &Floor::symbols, "Drawn by their own outlines or curves.")
-        .def_readonly("below", &Floor::below, "The same, their bodies below the plane.")
-        .def_readonly("left_below", &Floor::leftBelow, "Below the plane, without curves.")
-        .def_readonly("left_above", &Floor::leftAbove, "Above the plane, without curves.")
+        .def_readonly("below", &Floor::below, "Seen below the plane.")
+        .def_readonly("overhead", &Floor::overhead, "Dashed, above the plane.")
+        .def_readonly("left_below", &Floor::leftBelow, "Too far below the floor.")
+        .def_readonly("left_above", &Floor::leftAbove,
+                      "Above the plane, and hidden or on the floor above.")
         .def_readonly("left_gaps", &Floor::leftGaps,
                       "Above and below, with nothing in the plane; of any floor.")
         .def_readonly("left_empty", &Floor::leftEmpty, "Without anything that can be drawn.")
@@ -93,8 +96,8 @@ in left_..., by why they are not.)")
             },
             "The first ten strays: their GUIDs and names.")
         .def("__repr__", [](const Floor& floor) {
-            return py::str("<zvg.PlanFloor {!r}: {} cut, {} symbols, {} below>")
-                .format(Text{floor.name}, floor.cut, floor.symbols, floor.below);
+            return py::str("<zvg.PlanFloor {!r}: {} cut, {} symbols, {} below, {} overhead>")
+                .format(Text{floor.name}, floor.cut, floor.symbols, floor.below, floor.overhead);
         });
 }
 

@@ -110,8 +110,9 @@ def test_pages_show_models(model, tmp_path):
     html = zvg.open(write(tmp_path / "a.zvg", "<b>"))._repr_html_()
     assert "data:image/png;base64,iVBOR" in html and "&lt;b&gt;" in html and "3 elements" in html
     plan = model.plan("Upper")
-    assert (plan.floors, plan.elements) == (1, 1) and plan._repr_svg_() == str(plan)
+    assert (plan.floors, plan.elements) == (1, 2) and plan._repr_svg_() == str(plan)
     (upper,) = plan.per_floor
-    assert (upper.name, upper.cut, upper.plane, upper.strays) == ("Upper", 1, 3 + 1.2, [])
+    assert (upper.name, upper.cut, upper.below, upper.overhead) == ("Upper", 1, 1, 0)
+    assert (upper.plane, upper.strays) == (3 + 1.2, [])
     (upper,) = model.plan("Upper", cut_height=3.5, all=True).per_floor
-    assert (upper.cut, upper.left_below, upper.plane) == (0, 1, 6.5)
+    assert (upper.cut, upper.below, upper.plane) == (0, 2, 6.5)

@@ -139,6 +139,7 @@ class PlanFloor:
     visiting: Final[int]
     symbols: Final[int]
     below: Final[int]
+    overhead: Final[int]
     left_below: Final[int]
     left_above: Final[int]
     left_gaps: Final[int]
