@@ -13,7 +13,7 @@ std::string OneText(std::string text) {
     return text;
 }
 
-std::string Joined(const std::vector<std::string>& texts) {
+std::string TabSeparated(const std::vector<std::string>& texts) {
     std::string joined;
     for (const std::string& text : texts) {
         if (&text != &texts.front()) joined += '\t';
@@ -49,8 +49,8 @@ std::string MessageLine(ChildMessage kind, std::string_view text) {
 }
 
 std::string TextOf(const PackTypeCount& count) {
-    return Joined({count.type, std::to_string(count.inModel), std::to_string(count.arrived),
-                   std::to_string(count.withBody)});
+    return TabSeparated({count.type, std::to_string(count.inModel), std::to_string(count.arrived),
+                         std::to_string(count.withBody)});
 }
 
 std::optional<PackTypeCount> TypeCountOf(const std::string& text) {
@@ -68,7 +68,7 @@ std::string TextOf(const PackWarning& finding) {
     std::vector<std::string> texts = {finding.kind, finding.text, finding.lost ? "lost" : "",
                                       std::to_string(finding.count)};
     texts.insert(texts.end(), finding.where.begin(), finding.where.end());
-    return Joined(texts);
+    return TabSeparated(texts);
 }
 
 std::optional<PackWarning> FindingOf(const std::string& text) {

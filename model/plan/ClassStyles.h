@@ -21,10 +21,10 @@ enum class ClassKind {
 /// How a class of components is drawn. Colours as "#rrggbb", widths in millimetres on paper.
 struct ClassStyle {
     const char* words;  ///< separated by blanks; a class whose name holds one of them is meant
-    int layer;          ///< higher ones are drawn over lower ones
     const char* fill;
     const char* stroke;
     double strokeWidth;
+    int layer;  ///< higher ones are drawn over lower ones
     ClassKind kind = ClassKind::Other;
 };
 

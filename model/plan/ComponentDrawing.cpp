@@ -69,17 +69,7 @@ void ComponentDrawing::AddViews(const PlacedSurface& surface) {
         if (!heights.hasViews) continue;
         ComponentViews& seen = views[i];
         if (range.high > heights.bottom && range.low < heights.plane) {
-            SurfaceView view = ViewOf(surface, {heights.bottom, heights.plane}, heights.plane,
-                                      SeenFrom::Above, limits);
-            corners += CornersOf(view.cover) + CornersOf(view.edges);
-            if (isStair) {
-                std::move(view.levels.begin(), view.levels.end(), std::back_inserter(seen.levels));
-            }
-            seen.belowReach.Add(view.reach);
-            if (!view.IsEmpty()) {
-                seen.below.parts.push_back(
-                    {std::move(view.cover), std::move(view.edges), view.reach.high});
-            }
+            AddViewBelow(surface, heights, seen);
         }
         if (range.high > heights.plane && range.low < heights.next) {
             const SeenFrom side = isStair ? SeenFrom::Above : SeenFrom::Below;
@@ -89,6 +79,19 @@ void ComponentDrawing::AddViews(const PlacedSurface& surface) {
             Append(seen.above.lines, isStair ? std::move(view.edges) : std::move(view.cover));
         }
     }
+}
+
+void ComponentDrawing::AddViewBelow(const PlacedSurface& surface, const PlanHeights& heights,
+                                    ComponentViews& seen) {
+    SurfaceView view =
+        ViewOf(surface, {heights.bottom, heights.plane}, heights.plane, SeenFrom::Above, limits);
+    corners += CornersOf(view.cover) + CornersOf(view.edges);
+    if (isStair) {
+        std::move(view.levels.begin(), view.levels.end(), std::back_inserter(seen.levels));
+    }
+    seen.belowReach.Add(view.reach);
+    if (view.IsEmpty()) return;
+    seen.below.parts.push_back({std::move(view.cover), std::move(view.edges), view.reach.high});
 }
 
 void ComponentDrawing::Finish() {

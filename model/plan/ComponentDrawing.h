@@ -65,6 +65,8 @@ class ComponentDrawing {
     };
 
     void AddViews(const PlacedSurface& surface);
+    void AddViewBelow(const PlacedSurface& surface, const PlanHeights& heights,
+                      ComponentViews& seen);
 
     const std::vector<PlanHeights>& floors;
     bool isStair;

@@ -184,6 +184,7 @@ class FloorsDrawing {
         const std::vector<std::size_t> floors = FloorsFor(kind, own);
         if (floors.empty() && !isGrid) return;
         std::vector<PlanHeights> seen;
+        seen.reserve(floors.size());
         for (const std::size_t floor : floors) seen.push_back(heights[floor]);
         ComponentDrawing drawing(seen, kind == ClassKind::Stair, block.Limits());
         std::size_t charged = 0;  // corners

@@ -35,17 +35,18 @@ class JoinedCurves {
             } else {
                 const std::size_t end =
                     Join(polyline.GetPointAt(0), polyline.GetPointAt(count - 1));
-                open.push_back(
-                    {end, [&polyline](SZVLGZvgGeo& geo) { geo.polylines.push_back(polyline); }});
+                open.emplace_back(
+                    end, [&polyline](SZVLGZvgGeo& geo) { geo.polylines.push_back(polyline); });
             }
         }
         for (const CZVIMLineSegment& segment : record.lineSegments) {
-            open.push_back({Join(segment.getStartpt(), segment.getEndpt()),
-                            [&segment](SZVLGZvgGeo& geo) { geo.lineSegments.push_back(segment); }});
+            open.emplace_back(
+                Join(segment.getStartpt(), segment.getEndpt()),
+                [&segment](SZVLGZvgGeo& geo) { geo.lineSegments.push_back(segment); });
         }
         for (const CZVIMBoundArc& arc : record.boundArcs) {
-            open.push_back({Join(arc.getStartpt(), arc.getEndpt()),
-                            [&arc](SZVLGZvgGeo& geo) { geo.boundArcs.push_back(arc); }});
+            open.emplace_back(Join(arc.getStartpt(), arc.getEndpt()),
+                              [&arc](SZVLGZvgGeo& geo) { geo.boundArcs.push_back(arc); });
         }
         std::map<std::size_t, SZVLGZvgGeo> joined;
         for (const auto& [end, add] : open) add(joined[RootOf(end)]);
@@ -186,6 +187,7 @@ std::vector<PlanPath> PlacedOutlines(const SZVLGZvgGeo& record, const CZVIMTrans
     std::stable_sort(bySize.begin(), bySize.end(),
                      [](const auto& a, const auto& b) { return a.first > b.first; });
     std::vector<PlanPath> outlines;
+    outlines.reserve(bySize.size());
     for (auto& [area, outline] : bySize) outlines.push_back(std::move(outline));
     return outlines;
 }
