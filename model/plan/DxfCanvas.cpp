@@ -1,9 +1,13 @@
 #include "model/plan/DxfCanvas.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <iterator>
 #include <numbers>
 #include <utility>
+
+#include "model/element/Utf8.h"
 
 namespace ZVSmartModel {
 
@@ -11,19 +15,20 @@ namespace {
 
 constexpr std::size_t longestName = 31;
 
+char LayerByte(char byte) {
+    if (byte >= 'a' && byte <= 'z') return static_cast<char>(byte - 'a' + 'A');
+    const bool isValid = (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') ||
+                         byte == '-' || byte == '_' || byte == '$';
+    return isValid ? byte : '_';
+}
+
 /// Capitals, digits, "$", "-" and "_", as release 12 has them.
 std::string LayerName(const std::vector<std::string>& kinds) {
     std::string name;
     for (const std::string& kind : kinds) {
         if (kind == "plan-layer") continue;
         if (!name.empty()) name += '-';
-        for (const char byte : kind) {
-            const bool isLower = byte >= 'a' && byte <= 'z';
-            const bool isValid = (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') ||
-                                 byte == '-' || byte == '_' || byte == '$';
-            if (isLower) name += static_cast<char>(byte - 'a' + 'A');
-            if (!isLower) name += isValid ? byte : '_';
-        }
+        std::transform(kind.begin(), kind.end(), std::back_inserter(name), LayerByte);
     }
     if (name.empty()) return "0";
     // The end says how it is drawn.
@@ -35,21 +40,17 @@ std::string LayerName(const std::vector<std::string>& kinds) {
 /// One line of ASCII; other characters as "\U+XXXX", those above U+FFFF as "?".
 std::string PlainText(const std::string& text) {
     std::string plain;
-    for (std::size_t i = 0; i < text.size();) {
-        const auto first = static_cast<unsigned char>(text[i]);
-        const std::size_t length = first < 0x80 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-        if (first < 0x80) plain += first < 0x20 ? ' ' : text[i];
-        if (length == 4) plain += '?';
-        if (length == 2 || length == 3) {
-            unsigned int code = first & (length == 2 ? 0x1FU : 0x0FU);
-            for (std::size_t k = 1; k < length && i + k < text.size(); ++k) {
-                code = code << 6 | (static_cast<unsigned char>(text[i + k]) & 0x3FU);
-            }
+    for (const wchar_t character : FromUtf8(text)) {
+        const auto code = static_cast<unsigned int>(character);
+        if (code < 0x80) {
+            plain += code < 0x20 ? ' ' : static_cast<char>(code);
+        } else if (code > 0xFFFF) {
+            plain += '?';
+        } else {
             char escape[16];
             std::snprintf(escape, sizeof escape, "\\U+%04X", code);
             plain += escape;
         }
-        i += length;
     }
     return plain;
 }

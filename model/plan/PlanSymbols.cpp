@@ -117,6 +117,29 @@ PlanPath BreakLine(const PlanPoint& end, const PlanPoint& along, double half) {
             false};
 }
 
+/// False where the operation says nothing that is drawn.
+bool AddLeaves(PlanShapes& shapes, const Opening& opening, const std::string& operation) {
+    const auto has = [&](const char* word) { return operation.find(word) != std::string::npos; };
+    const double width = opening.width;
+    if (has("SLIDING") && !has("FOLDING")) {
+        const bool isDouble = has("DOUBLE");
+        AddSliding(shapes, opening, has("RIGHT") && !isDouble ? width / 2 : 0, width / 2);
+        if (isDouble) AddSliding(shapes, opening, width / 2, width / 2);
+        return true;
+    }
+    if (has("DOUBLE_DOOR") && has("SWING")) {
+        AddSwing(shapes, opening, 0, width / 2, 1, 1);
+        AddSwing(shapes, opening, width, width / 2, -1, has("OPPOSITE") ? -1 : 1);
+        return true;
+    }
+    const bool isLeft = has("LEFT");
+    if (!has("SWING") || !(isLeft || has("RIGHT"))) return false;
+    const double hinge = isLeft ? 0 : width;
+    AddSwing(shapes, opening, hinge, width, isLeft ? 1 : -1, 1);
+    if (has("DOUBLE_SWING")) AddSwing(shapes, opening, hinge, width, isLeft ? 1 : -1, -1);
+    return true;
+}
+
 }  // namespace
 
 std::optional<PlanShapes> DoorSymbol(const PlanShapes& section, const CZVIMTransf& placement,
@@ -124,25 +147,8 @@ std::optional<PlanShapes> DoorSymbol(const PlanShapes& section, const CZVIMTrans
     const std::optional<Opening> opening = OpeningOf(section, placement);
     if (!opening) return std::nullopt;
     PlanShapes shapes;
+    if (!AddLeaves(shapes, *opening, operation)) return std::nullopt;
     const double width = opening->width;
-    const auto has = [&](const char* word) { return operation.find(word) != std::string::npos; };
-    if (has("SLIDING") && !has("FOLDING")) {
-        const bool isDouble = has("DOUBLE");
-        AddSliding(shapes, *opening, has("RIGHT") && !isDouble ? width / 2 : 0, width / 2);
-        if (isDouble) AddSliding(shapes, *opening, width / 2, width / 2);
-    } else if (has("DOUBLE_DOOR") && has("SWING")) {
-        AddSwing(shapes, *opening, 0, width / 2, 1, 1);
-        const bool isOpposite = has("OPPOSITE");
-        AddSwing(shapes, *opening, width, width / 2, -1, isOpposite ? -1 : 1);
-    } else if (has("SWING") && (has("LEFT") || has("RIGHT"))) {
-        const bool isLeft = has("LEFT");
-        AddSwing(shapes, *opening, isLeft ? 0 : width, width, isLeft ? 1 : -1, 1);
-        if (has("DOUBLE_SWING")) {
-            AddSwing(shapes, *opening, isLeft ? 0 : width, width, isLeft ? 1 : -1, -1);
-        }
-    } else {
-        return std::nullopt;
-    }
     shapes.lines.push_back({{{opening->At(0, 0)},
                              {opening->At(width, 0)},
                              {opening->At(width, opening->depth)},

@@ -47,12 +47,14 @@ std::optional<PageSize> Laid(SheetLayout& layout, const PageSize& upright) {
 
 /// 1, 2, 2.5 and 5 times the powers of ten, without 2.5 itself.
 std::optional<PageSize> FitScale(SheetLayout& layout, const PageSize& upright) {
-    for (double power = 1; power <= largestScale; power *= 10) {
+    double power = 1;
+    while (power <= largestScale) {
         for (const double step : {1.0, 2.0, 2.5, 5.0}) {
             layout.denominator = step * power;
             if (layout.denominator == 2.5) continue;
             if (const std::optional<PageSize> paper = Laid(layout, upright)) return paper;
         }
+        power *= 10;
     }
     return std::nullopt;
 }
@@ -87,7 +89,8 @@ void LayOutRows(SheetLayout& layout, std::size_t floors) {
     SheetPage page;
     for (std::size_t i = 0; i < floors; ++i) {
         const auto column = static_cast<double>(i % columns);
-        const auto row = static_cast<double>(i / columns);
+        const std::size_t above = i / columns;
+        const auto row = static_cast<double>(above);
         page.cells.push_back({i, sheetMargin + column * (layout.cellWidth + sheetMargin),
                               sheetMargin + row * (layout.cellHeight + sheetMargin)});
     }
