@@ -34,7 +34,10 @@ struct PlanOptions {
 
 /// A room on a floor.
 struct PlanRoom {
-    std::string guid, number, name;  ///< UTF-8; each may be empty
+    /// UTF-8; each may be empty.
+    /// @{
+    std::string guid, number, name;
+    /// @}
     std::optional<double> stated;    ///< square metres, by a quantity or property of the file
     std::optional<double> measured;  ///< of what is drawn of it
 
