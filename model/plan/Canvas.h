@@ -29,6 +29,9 @@ struct Ink {
     bool isNonzero = false;  ///< filled where paths wind around, else by the even-odd rule
 };
 
+/// The white rim that keeps texts legible over lines, in millimetres of paper.
+constexpr double textRim = 0.4;
+
 /// What is said of a group. Texts are UTF-8 and may be anything.
 struct CanvasGroup {
     std::string id;                  ///< unique, made by Identifier

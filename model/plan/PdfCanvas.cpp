@@ -77,7 +77,6 @@ class PdfCanvas : public Canvas {
 
     void Write(const CanvasText& text) override {
         const PlanPoint at = frame.OnPaper(text.at);
-        Dip(text.colour);
         cairo_select_font_face(cairo, "DejaVu Sans", CAIRO_FONT_SLANT_NORMAL,
                                text.isBold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
         cairo_set_font_size(cairo, text.size);
@@ -89,6 +88,13 @@ class PdfCanvas : public Canvas {
         cairo_save(cairo);
         cairo_translate(cairo, at.x, at.y);
         cairo_rotate(cairo, -text.angle);
+        cairo_move_to(cairo, -back, 0);
+        cairo_text_path(cairo, text.text.c_str());
+        Dip("#ffffff");
+        cairo_set_line_width(cairo, 2 * textRim);
+        cairo_set_dash(cairo, nullptr, 0, 0);
+        cairo_stroke(cairo);
+        Dip(text.colour);
         cairo_move_to(cairo, -back, 0);
         cairo_show_text(cairo, text.text.c_str());
         cairo_restore(cairo);

@@ -51,7 +51,9 @@ SvgCanvas::SvgCanvas(const std::string& title, const std::vector<PageSize>& page
         ".plan-floor path { stroke-linejoin: round; stroke-linecap: round; }\n"
         ".plan-joined { pointer-events: none; }\n"
         "text { font-family: \"DejaVu Sans\", Helvetica, Arial, sans-serif; "
-        "pointer-events: none; }\n"
+        "pointer-events: none; stroke: #ffffff; stroke-width: " +
+        SvgNumber(2 * textRim) +
+        "; stroke-linejoin: round; paint-order: stroke; }\n"
         "</style>\n";
 }
 
@@ -99,8 +101,7 @@ void SvgCanvas::Write(const CanvasText& text) {
     const PlanPoint at = frame.OnPaper(text.at);
     const std::string x = SvgNumber(at.x), y = SvgNumber(at.y);
     out += "<text" + Attribute("class", text.kind) + Attribute("x", x) + Attribute("y", y) +
-           Attribute("font-size", SvgNumber(text.size)) + Attribute("fill", text.colour) +
-           Attribute("stroke", "none");
+           Attribute("font-size", SvgNumber(text.size)) + Attribute("fill", text.colour);
     if (text.anchor == TextAnchor::Middle) out += Attribute("text-anchor", "middle");
     if (text.anchor == TextAnchor::End) out += Attribute("text-anchor", "end");
     if (text.isBold) out += Attribute("font-weight", "bold");
