@@ -245,6 +245,7 @@ TEST_F(IfcContentTest, RoomsSpatialStructureAndRelationsArrive) {
           {L"Element.OperationType", L"SINGLE_SWING_LEFT"},
           {L"Type.GlobalId", L"1doortype0000000000000"},
           {L"Type.Class", L"IfcDoorType"},
+          {L"Type.OperationType", L"SINGLE_SWING_LEFT"},
           {L"IfcDoorLiningProperties.LiningDepth", L"0.5"},
           {L"IfcDoorLiningProperties.LiningDepth@", L"length ft"},
           {L"IfcDoorPanelProperties.PanelOperation", L"SWINGING"},

@@ -378,7 +378,10 @@ TEST_F(PlanTest, SymbolsAreUsedWhereTheyLieOnTheirBodies) {
         return comp;
     };
     saver.AddComp(door(L"left", L"SINGLE_SWING_LEFT", 0));
-    saver.AddComp(door(L"right", L"SINGLE_SWING_RIGHT", 10));
+    SZVLGZvgComp right = door(L"right", L"NOTDEFINED", 10);
+    right.compProperties.push_back({L"Maker's.OperationType", L"SINGLE_SWING_LEFT"});
+    right.compProperties.push_back({L"Type.OperationType", L"SINGLE_SWING_RIGHT"});
+    saver.AddComp(right);
     saver.AddComp(door(L"double", L"DOUBLE_DOOR_SINGLE_SWING", 20));
     saver.AddComp(door(L"sliding", L"SLIDING_TO_LEFT", 30));
     saver.AddComp(door(L"unknown", L"NOTDEFINED", 40));

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "model/element/ElementRecord.h"
 #include "model/element/RecordNames.h"
@@ -65,10 +66,17 @@ std::string DrawnNameOf(const SZVLGZvgComp& comp) {
     return comp.classLevel3Name.empty() ? KeyText(comp.compGuidName) : ToUtf8(comp.classLevel3Name);
 }
 
+/// How a door or a window opens: by itself, by its type, by its panel.
 std::string OperationOf(const Element& element) {
-    for (const char* name : {"OperationType", "PanelOperation"}) {
+    constexpr std::pair<const char*, const char*> places[] = {
+        {"Element", "OperationType"},
+        {"Type", "OperationType"},
+        {"IfcDoorPanelProperties", "PanelOperation"}};
+    for (const auto& [set, name] : places) {
         for (const Property& property : element.properties) {
-            if (property.name == name) return property.value;
+            if (property.set == set && property.name == name && property.value != "NOTDEFINED") {
+                return property.value;
+            }
         }
     }
     return "";

@@ -88,12 +88,13 @@ std::wstring WordOf(const std::shared_ptr<Enum>& value) {
     return word == L"Notdefined" ? L"" : word;
 }
 
-void AddType(const IfcObjectDefinition& object, PropertyGatherer& gatherer) {
+void AddType(const IfcObjectDefinition& object, const IfcUnitSymbols& units,
+             PropertyGatherer& gatherer) {
     const auto type = TypeOf(object);
     if (!type) return;
     gatherer.AddText(L"Type.GlobalId", TextOf(type->m_GlobalId));
     gatherer.AddText(L"Type.Class", ClassNameOf(*type));
-    gatherer.AddText(L"Type.Description", TextOf(type->m_Description));
+    AddAttributes(L"Type", *type, units, gatherer);
 }
 
 /// References stand in references; the system that they are of is the outermost.
@@ -309,7 +310,7 @@ std::shared_ptr<IfcTypeObject> TypeOf(const IfcObjectDefinition& object) {
 void AddRelations(const IfcObjectDefinition& object, const IfcUnitSymbols& units,
                   PropertyGatherer& gatherer) {
     AddSituation(object, units, gatherer);
-    AddType(object, gatherer);
+    AddType(object, units, gatherer);
     AddClassifications(object, gatherer);
     if (const auto type = TypeOf(object)) AddClassifications(*type, gatherer);
     AddGroups(object, gatherer);
