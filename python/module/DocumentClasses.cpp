@@ -21,7 +21,8 @@ using ModelPointer = std::shared_ptr<OpenModel>;
 
 /// A plan and what was drawn.
 struct DrawnPlan {
-    std::string svg;
+    std::string document;
+    PlanFormat format;
     PlanSummary summary;
 };
 
@@ -33,22 +34,41 @@ struct GrowingBytes : ZVSmartFormat::AllocBuffer {
     GrowingBytes& operator=(const GrowingBytes&) = delete;
 };
 
+PlanFormat FormatNamed(const std::string& name) {
+    if (name == "svg") return PlanFormat::Svg;
+    if (name == "pdf") return PlanFormat::Pdf;
+    if (name == "dxf") return PlanFormat::Dxf;
+    throw py::value_error("format is \"svg\", \"pdf\" or \"dxf\"");
+}
+
 DrawnPlan DrawPlan(const ModelPointer& model, const py::object& floor, const Text& title,
-                   const py::object& progress, double cutHeight, bool all) {
+                   const py::object& progress, double cutHeight, double depth, bool all, bool roof,
+                   const Text& paper, double scale, const std::string& format) {
     PlanOptions options;
     if (!floor.is_none()) options.floor = Utf8Of(py::str(floor));
     options.title = title.utf8;
     options.cutHeight = cutHeight;
+    options.depth = depth;
     options.all = all;
+    options.roof = roof;
+    options.paper = paper.utf8;
+    options.scale = scale;
+    options.format = FormatNamed(format);
     const auto file = model->Use();
     return Freely([&] {
         GrowingBytes bytes;
         ZVSmartFormat::CZVFTAllocBufferOutStream out(&bytes);
         DrawnPlan plan;
+        plan.format = options.format;
         plan.summary = WritePlan(*file, out, options, ProgressFor(progress));
-        plan.svg.assign(reinterpret_cast<const char*>(bytes.data), out.GetPos());
+        plan.document.assign(reinterpret_cast<const char*>(bytes.data), out.GetPos());
         return plan;
     });
+}
+
+Text SvgOf(const DrawnPlan& plan) {
+    if (plan.format != PlanFormat::Svg) throw py::value_error("this plan is not SVG");
+    return Text{plan.document};
 }
 
 ExportSummary Export(const ModelPointer& model, const FilePath& path, const py::object& cls,
@@ -80,6 +100,8 @@ in left_..., by why they are not.)")
         .def_readonly("symbols", &Floor::symbols, "Drawn by their own outlines or curves.")
         .def_readonly("below", &Floor::below, "Seen below the plane.")
         .def_readonly("overhead", &Floor::overhead, "Dashed, above the plane.")
+        .def_readonly("refused", &Floor::refused,
+                      "Of all these, whose own outlines lie elsewhere than their bodies.")
         .def_readonly("left_below", &Floor::leftBelow, "Too far below the floor.")
         .def_readonly("left_above", &Floor::leftAbove,
                       "Above the plane, and hidden or on the floor above.")
@@ -95,19 +117,44 @@ in left_..., by why they are not.)")
                 return strays;
             },
             "The first ten strays: their GUIDs and names.")
+        .def_readonly("rooms", &Floor::rooms, "A list of PlanRoom: those filed under the floor.")
         .def("__repr__", [](const Floor& floor) {
             return py::str("<zvg.PlanFloor {!r}: {} cut, {} symbols, {} below, {} overhead>")
                 .format(Text{floor.name}, floor.cut, floor.symbols, floor.below, floor.overhead);
         });
 }
 
+void AddPlanRoom(py::module_& module) {
+    py::class_<PlanRoom>(module, "PlanRoom", "A room in a plan.")
+        .def_property_readonly(
+            "guid", [](const PlanRoom& room) { return Text{room.guid}; }, "May be empty.")
+        .def_property_readonly(
+            "number", [](const PlanRoom& room) { return Text{room.number}; }, "May be empty.")
+        .def_property_readonly(
+            "name", [](const PlanRoom& room) { return Text{room.name}; }, "May be empty.")
+        .def_readonly("stated", &PlanRoom::stated,
+                      "Square metres by the file's quantities, or None.")
+        .def_readonly("measured", &PlanRoom::measured,
+                      "Square metres of what is drawn of it, or None.")
+        .def("__repr__", [](const PlanRoom& room) {
+            return py::str("<zvg.PlanRoom {!r} {!r}>").format(Text{room.number}, Text{room.name});
+        });
+}
+
 }  // namespace
 
 void AddDocumentClasses(py::module_& module) {
+    AddPlanRoom(module);
     AddPlanFloor(module);
-    py::class_<DrawnPlan>(module, "Plan", "A floor plan as SVG; str(plan) is the document.")
+    py::class_<DrawnPlan>(module, "Plan",
+                          "A floor plan; str(plan) is the document where it is SVG.")
         .def_property_readonly(
-            "svg", [](const DrawnPlan& plan) { return Text{plan.svg}; }, "The document.")
+            "document", [](const DrawnPlan& plan) { return py::bytes(plan.document); },
+            "The document as bytes, whatever its format.")
+        .def_property_readonly("svg", SvgOf,
+                               "The document as text; ValueError where it is none of SVG.")
+        .def_property_readonly(
+            "scale", [](const DrawnPlan& plan) { return plan.summary.scale; }, "100 for 1:100.")
         .def_property_readonly(
             "floors", [](const DrawnPlan& plan) { return plan.summary.floors; },
             "How many floors were drawn.")
@@ -120,8 +167,12 @@ void AddDocumentClasses(py::module_& module) {
         .def_property_readonly(
             "per_floor", [](const DrawnPlan& plan) { return plan.summary.perFloor; },
             "A list of PlanFloor: all floors that were looked at.")
-        .def("__str__", [](const DrawnPlan& plan) { return Text{plan.svg}; })
-        .def("_repr_svg_", [](const DrawnPlan& plan) { return Text{plan.svg}; })
+        .def("__str__", SvgOf)
+        .def("_repr_svg_",
+             [](const DrawnPlan& plan) -> py::object {
+                 if (plan.format != PlanFormat::Svg) return py::none();
+                 return py::cast(SvgOf(plan));
+             })
         .def("__repr__", [](const DrawnPlan& plan) {
             return py::str("<zvg.Plan: {} floors, {} elements>")
                 .format(plan.summary.floors, plan.summary.elements);
@@ -146,13 +197,20 @@ void AddDocumentClasses(py::module_& module) {
     };
     addMethod("plan", DrawPlan, py::arg("floor") = py::none(), py::arg("title") = Text{""},
               py::arg("progress") = py::none(), py::kw_only(),
-              py::arg("cut_height") = PlanOptions().cutHeight, py::arg("all") = false,
-              R"(plan(floor=None, title="", progress=None, *, cut_height=1.2, all=False) -> Plan
+              py::arg("cut_height") = PlanOptions().cutHeight,
+              py::arg("depth") = PlanOptions().depth, py::arg("all") = false,
+              py::arg("roof") = false, py::arg("paper") = Text{""}, py::arg("scale") = 0.0,
+              py::arg("format") = "svg",
+              R"(plan(floor=None, title="", progress=None, *, cut_height=1.2, depth=0.5, all=False,
+     roof=False, paper="", scale=0.0, format="svg") -> Plan
 
-Draws a floor, by its name or number, or all floors: the outlines of the elements or, where
-they have none, sections of what reaches the plane cut_height metres above the floor. Strays,
-which are far from all others, are left out unless all is set. Raises KeyError for a floor that
-is not there.)");
+Draws a floor, by its name or number, or all floors: what the plane cut_height metres above the
+floor cuts, what is seen from there down to depth metres below the floor, and dashed what hangs
+above. roof adds all as seen from above. paper is "A0" to "A4", a sheet for each floor; without,
+one sheet as large as it takes. scale is 100 for 1:100, 0 the largest usual one that fits.
+format is "svg", "pdf" or "dxf". Strays, which are far from all others, are left out unless all
+is set. Raises KeyError for a floor that is not there, Error for a paper or a scale that cannot
+be, ValueError for another format.)");
     addMethod("export", Export, py::arg("path"), py::kw_only(), py::arg("cls") = py::none(),
               py::arg("floor") = py::none(), py::arg("where") = py::none(),
               py::arg("rooms") = false, py::arg("salvage") = false,

@@ -116,3 +116,10 @@ def test_pages_show_models(model, tmp_path):
     assert (upper.plane, upper.strays) == (3 + 1.2, [])
     (upper,) = model.plan("Upper", cut_height=3.5, all=True).per_floor
     assert (upper.cut, upper.below, upper.plane) == (0, 2, 6.5)
+    assert model.plan("Upper", format="dxf").document.startswith(b"0\nSECTION")
+    roof = model.plan(roof=True, paper="A4", scale=200)
+    assert (roof.scale, len(roof.per_floor)) == (200, 1 + len(model.floors))
+    for raised, wrong in ((zvg.Error, {"paper": "A9"}), (zvg.Error, {"paper": "A4", "scale": 1}),
+                          (ValueError, {"format": "png"})):
+        with pytest.raises(raised):
+            model.plan(**wrong)

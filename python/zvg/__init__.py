@@ -20,14 +20,14 @@ from ._catalogue import Catalogue, catalogue, query
 from . import _zvg
 from ._zvg import (
     Curve, Damage, Difference, Element, ExportSummary, FileFault, Floor, Look, Material, Mesh,
-    Model, PackReport, PackWarning, Plan, PlanFloor, Property, Shape, Shapes, Surface, Table,
-    Writer, __version__, import_formats, png)
+    Model, PackReport, PackWarning, Plan, PlanFloor, PlanRoom, Property, Shape, Shapes, Surface,
+    Table, Writer, __version__, import_formats, png)
 
 __all__ = [
     "Catalogue", "Curve", "Damage", "DamagedError", "Difference", "Element", "Error",
     "ExportSummary", "FileFault", "Floor", "Look", "Material", "Mesh", "Model", "NoSuchPlaceError",
-    "NotFoundError", "PackReport", "PackWarning", "Plan", "PlanFloor", "Property", "Shape",
-    "Shapes", "Status", "Surface", "Table", "Writer", "catalogue", "diff", "import_formats",
+    "NotFoundError", "PackReport", "PackWarning", "Plan", "PlanFloor", "PlanRoom", "Property",
+    "Shape", "Shapes", "Status", "Surface", "Table", "Writer", "catalogue", "diff", "import_formats",
     "open", "pack", "png", "query"]
 
 for _name in __all__:

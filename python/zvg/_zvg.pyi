@@ -124,11 +124,21 @@ class Damage:
 
 
 class Plan:
+    document: Final[bytes]
     svg: Final[str]
+    scale: Final[float]
     floors: Final[int]
     elements: Final[int]
     lost: Final[str]
     per_floor: Final[list[PlanFloor]]
+
+
+class PlanRoom:
+    guid: Final[str]
+    number: Final[str]
+    name: Final[str]
+    stated: Final[float | None]
+    measured: Final[float | None]
 
 
 class PlanFloor:
@@ -140,12 +150,14 @@ class PlanFloor:
     symbols: Final[int]
     below: Final[int]
     overhead: Final[int]
+    refused: Final[int]
     left_below: Final[int]
     left_above: Final[int]
     left_gaps: Final[int]
     left_empty: Final[int]
     left_far: Final[int]
     strays: Final[list[str]]
+    rooms: Final[list[PlanRoom]]
 
 
 class ExportSummary:
@@ -184,7 +196,9 @@ class Model:
                curves: bool = False, chord_error: float = 0.001,
                progress: _Progress = None) -> Shapes: ...
     def plan(self, floor: _Floor = None, title: str = "", progress: _Progress = None, *,
-             cut_height: float = 1.2, all: bool = False) -> Plan: ...
+             cut_height: float = 1.2, depth: float = 0.5, all: bool = False, roof: bool = False,
+             paper: str = "", scale: float = 0.0,
+             format: Literal["svg", "pdf", "dxf"] = "svg") -> Plan: ...
     def preview(self) -> _Pixels | None: ...
     def render(self, *, width: int = 640, height: int = 480, rooms: bool = False,
                unlimited: bool = False, progress: _Progress = None) -> _Pixels: ...
