@@ -339,7 +339,8 @@ TEST_F(PlanTest, RoomsSayTheirAreasWithinTheirOutlines) {
                            {L"Other.Area", L"99"},
                            {L"Other.Area@", L"area m2"},
                            {L"BaseQuantities.NetFloorArea", L"7.2"},
-                           {L"BaseQuantities.NetFloorArea@", L"area m2"}};
+                           {L"BaseQuantities.NetFloorArea@", L"area m2"},
+                           {L"Zone.Name", L"Flat 1"}};
     saver.AddComp(room);
     saver.AddComp(BoxComp(saver, L"table", L"IfcTable", 0.7, Moved(0, 0, 0)));
     const std::string svg = Plan();
@@ -356,6 +357,10 @@ TEST_F(PlanTest, RoomsSayTheirAreasWithinTheirOutlines) {
               2);
     const double metresX = (x - 12) / 50, metresY = 4 - (y - 24) / 50;  // at 1:20
     EXPECT_TRUE(metresX < 4 && metresY < 4 && (metresX < 1 || metresY < 1)) << x << ' ' << y;
+    EXPECT_FALSE(Holds(svg, "Flat 1"));
+    ASSERT_EQ(Run("$Z plan --zones model.zvg"), 0) << err;
+    EXPECT_TRUE(Holds(out, ">Flat 1</text>"));
+    EXPECT_TRUE(Holds(GroupOf(out, "room", "section"), "fill=\"#d5e6f5\"")) << out;
 }
 
 TEST_F(PlanTest, SymbolsAreUsedWhereTheyLieOnTheirBodies) {

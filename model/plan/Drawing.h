@@ -56,6 +56,7 @@ struct PlanComponent : PlanShapes {
     std::string name;       ///< what a person calls it, UTF-8
     std::string className;  ///< level 2, UTF-8
     std::string material;   ///< what it consists of; walls of one material are joined
+    std::string zone;       ///< whose colour a room has; empty for the class's
     DrawnAs drawnAs = DrawnAs::Section;
     std::size_t PlanFloorSummary::*countedIn = nullptr;  ///< null where another piece is
     bool visits = false;                                 ///< filed under another floor

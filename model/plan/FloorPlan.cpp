@@ -362,10 +362,13 @@ class FloorsDrawing {
             outline.insert(outline.end(), area.begin(), area.end());
         }
         summary.rooms.push_back(RoomOf(drawn.element, outline));
-        PlanLabel label = {LinesOf(summary.rooms.back()), std::move(outline), {}};
+        PlanLabel label = {LinesOf(summary.rooms.back(), wanted.zones), std::move(outline), {}};
         block.Limits().Memory(bytesOfComponent + CornersOf(shapes) * sizeof(PlanVertex));
         if (!label.room.empty()) plans[plan].labels.push_back(std::move(label));
         Put(plan, drawn, DrawnAs::Section, shapes);
+        if (wanted.zones && !shapes.IsEmpty()) {
+            plans[plan].components.back().zone = summary.rooms.back().zone;
+        }
     }
 
     void PutTag(std::size_t plan, const Drawn& drawn) {

@@ -17,7 +17,7 @@ using PlanStep = std::function<void(unsigned int done, unsigned int total)>;
 struct WantedPlans {
     std::pair<unsigned int, unsigned int> floors;  ///< the first, and the one behind the last
     double cutHeight, depth;
-    bool roof;
+    bool roof, zones;
 };
 
 /// Draws floors, each with what became of its components; WritePlan says what is drawn and how. It

@@ -13,8 +13,9 @@ namespace {
 
 constexpr std::size_t longestTag = 12;  // bytes
 
-std::string ValueOf(const Element& element, const std::string& name) {
-    const Property* property = element.Find("Element", name);
+std::string ValueOf(const Element& element, const std::string& name,
+                    const std::string& set = "Element") {
+    const Property* property = element.Find(set, name);
     return property != nullptr ? property->value : "";
 }
 
@@ -55,6 +56,7 @@ PlanRoom RoomOf(const Element& element, const PlanArea& outline) {
     room.number = element.name;
     room.name = ValueOf(element, "LongName");
     if (room.name == room.number) room.number.clear();
+    room.zone = ValueOf(element, "Name", "Zone");
     room.stated = StatedArea(element);
     // By the even-odd rule: what lies in an odd number of others is a hole.
     double area = 0;
@@ -69,7 +71,7 @@ PlanRoom RoomOf(const Element& element, const PlanArea& outline) {
     return room;
 }
 
-std::vector<std::string> LinesOf(const PlanRoom& room) {
+std::vector<std::string> LinesOf(const PlanRoom& room, bool zones) {
     std::vector<std::string> lines;
     if (!room.name.empty()) lines.push_back(room.name);
     if (!room.number.empty()) lines.push_back(room.number);
@@ -79,6 +81,7 @@ std::vector<std::string> LinesOf(const PlanRoom& room) {
         lines.push_back(std::to_string(hundredths / 100) + (rest.size() < 2 ? ".0" : ".") + rest +
                         " m²");
     }
+    if (zones && !room.zone.empty()) lines.push_back(room.zone);
     return lines;
 }
 

@@ -9,8 +9,8 @@ namespace ZVSmartModel {
 /// of a quantity or property such as BaseQuantities.NetFloorArea.
 PlanRoom RoomOf(const Element& element, const PlanArea& outline);
 
-/// Its name, its number and its area, by the file or else as measured.
-std::vector<std::string> LinesOf(const PlanRoom& room);
+/// Its name, its number, its area, by the file or else as measured, and, if wanted, its zone.
+std::vector<std::string> LinesOf(const PlanRoom& room, bool zones);
 
 /// What a door or window is tagged with: its mark, or else its name where that is short; empty
 /// where it has none.

@@ -1,6 +1,7 @@
 #include "model/plan/PlanSheet.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <map>
@@ -55,10 +56,27 @@ PlanPath Rectangle(double left, double top, double width, double height) {
             true};
 }
 
+using ZoneColours = std::map<std::string, const char*>;
+
+/// A pale colour for each zone, by the order of their names; the eighth has the first one's again.
+ZoneColours ZoneColoursOf(const PlanDrawing& drawing) {
+    constexpr std::array colours = {"#d5e6f5", "#fae0c8", "#d9efd3", "#ecdcf1",
+                                    "#fbf0bf", "#cfeeee", "#f8d7dc"};
+    ZoneColours zones;
+    for (const PlanFloor& floor : drawing.floors) {
+        for (const PlanComponent& component : floor.components) {
+            if (!component.zone.empty()) zones.emplace(component.zone, nullptr);
+        }
+    }
+    std::size_t next = 0;
+    for (auto& [name, colour] : zones) colour = colours[next++ % colours.size()];
+    return zones;
+}
+
 class Sheet {
   public:
     Sheet(const PlanDrawing& drawing, const SheetLayout& layout, Canvas& canvas)
-        : drawing(drawing), layout(layout), canvas(canvas) {}
+        : drawing(drawing), layout(layout), canvas(canvas), zoneColours(ZoneColoursOf(drawing)) {}
 
     std::size_t Draw(const std::string& title) {
         for (const SheetPage& page : layout.pages) {
@@ -205,7 +223,16 @@ class Sheet {
                              component.name,
                              WordOf(component.drawnAs)});
         Ink ink = InkOf(component);
-        for (const PlanArea& area : component.areas) canvas.Draw(area);
+        const auto zone = zoneColours.find(component.zone);
+        const bool hasZone = zone != zoneColours.end();
+        if (hasZone) ink.fill = zone->second;
+        for (const PlanArea& area : component.areas) {
+            if (hasZone) {
+                canvas.Draw(area, ink);
+            } else {
+                canvas.Draw(area);
+            }
+        }
         const std::string stroke = ink.stroke;
         for (const PlanPart& part : component.parts) {
             ink.stroke = "none";
@@ -266,6 +293,7 @@ class Sheet {
     const PlanDrawing& drawing;
     const SheetLayout& layout;
     Canvas& canvas;
+    ZoneColours zoneColours;
     UniqueIdentifiers identifiers;
     std::size_t homeless = 0;  ///< labels
 };

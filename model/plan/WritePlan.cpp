@@ -64,7 +64,8 @@ PlanSummary WritePlan(const BlockFile& file, ZVSmartFormat::CZVFTOutStream& out,
             pace.Tell("drawing the plan", done, total);
         };
         PlanDrawing drawing = DrawFloors(
-            block, records, {wanted, options.cutHeight, options.depth, options.roof}, tell);
+            block, records, {wanted, options.cutHeight, options.depth, options.roof, options.zones},
+            tell);
         std::vector<PlanFloor>& floors = drawing.floors;
         if (!options.all) TakeOutStrays(floors);
         PlanSummary summary = SummaryOf(floors);

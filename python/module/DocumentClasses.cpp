@@ -43,7 +43,7 @@ PlanFormat FormatNamed(const std::string& name) {
 
 DrawnPlan DrawPlan(const ModelPointer& model, const py::object& floor, const Text& title,
                    const py::object& progress, double cutHeight, double depth, bool all, bool roof,
-                   const Text& paper, double scale, const std::string& format) {
+                   bool zones, const Text& paper, double scale, const std::string& format) {
     PlanOptions options;
     if (!floor.is_none()) options.floor = Utf8Of(py::str(floor));
     options.title = title.utf8;
@@ -51,6 +51,7 @@ DrawnPlan DrawPlan(const ModelPointer& model, const py::object& floor, const Tex
     options.depth = depth;
     options.all = all;
     options.roof = roof;
+    options.zones = zones;
     options.paper = paper.utf8;
     options.scale = scale;
     options.format = FormatNamed(format);
@@ -132,6 +133,9 @@ void AddPlanRoom(py::module_& module) {
             "number", [](const PlanRoom& room) { return Text{room.number}; }, "May be empty.")
         .def_property_readonly(
             "name", [](const PlanRoom& room) { return Text{room.name}; }, "May be empty.")
+        .def_property_readonly(
+            "zone", [](const PlanRoom& room) { return Text{room.zone}; },
+            "The name of its first zone; may be empty.")
         .def_readonly("stated", &PlanRoom::stated,
                       "Square metres by the file's quantities, or None.")
         .def_readonly("measured", &PlanRoom::measured,
@@ -199,14 +203,14 @@ void AddDocumentClasses(py::module_& module) {
               py::arg("progress") = py::none(), py::kw_only(),
               py::arg("cut_height") = PlanOptions().cutHeight,
               py::arg("depth") = PlanOptions().depth, py::arg("all") = false,
-              py::arg("roof") = false, py::arg("paper") = Text{""}, py::arg("scale") = 0.0,
-              py::arg("format") = "svg",
+              py::arg("roof") = false, py::arg("zones") = false, py::arg("paper") = Text{""},
+              py::arg("scale") = 0.0, py::arg("format") = "svg",
               R"(plan(floor=None, title="", progress=None, *, cut_height=1.2, depth=0.5, all=False,
-     roof=False, paper="", scale=0.0, format="svg") -> Plan
+     roof=False, zones=False, paper="", scale=0.0, format="svg") -> Plan
 
 Draws a floor, by its name or number, or all floors: what the plane cut_height metres above the
 floor cuts, what is seen from there down to depth metres below the floor, and dashed what hangs
-above. roof adds all as seen from above. paper is "A0" to "A4", a sheet for each floor; without,
+above. roof adds all as seen from above, zones gives rooms their zones' colours. paper is "A0" to "A4", a sheet for each floor; without,
 one sheet as large as it takes. scale is 100 for 1:100, 0 the largest usual one that fits.
 format is "svg", "pdf" or "dxf". Strays, which are far from all others, are left out unless all
 is set. Raises KeyError for a floor that is not there, Error for a paper or a scale that cannot

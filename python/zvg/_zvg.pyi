@@ -137,6 +137,7 @@ class PlanRoom:
     guid: Final[str]
     number: Final[str]
     name: Final[str]
+    zone: Final[str]
     stated: Final[float | None]
     measured: Final[float | None]
 
@@ -197,7 +198,7 @@ class Model:
                progress: _Progress = None) -> Shapes: ...
     def plan(self, floor: _Floor = None, title: str = "", progress: _Progress = None, *,
              cut_height: float = 1.2, depth: float = 0.5, all: bool = False, roof: bool = False,
-             paper: str = "", scale: float = 0.0,
+             zones: bool = False, paper: str = "", scale: float = 0.0,
              format: Literal["svg", "pdf", "dxf"] = "svg") -> Plan: ...
     def preview(self) -> _Pixels | None: ...
     def render(self, *, width: int = 640, height: int = 480, rooms: bool = False,

@@ -24,6 +24,7 @@ struct PlanOptions {
     double depth = 0.5;  ///< metres from a floor's elevation down to where things are still seen
     bool all = false;    ///< draw strays as well
     bool roof = false;   ///< draw all as seen from above on one more sheet, the last
+    bool zones = false;  ///< give rooms a colour for each zone, and its name below their areas
     /// "A0" to "A4": each floor has a sheet of this paper, lying or upright; empty for one sheet,
     /// as large as it takes.
     std::string paper = {};
@@ -37,6 +38,7 @@ struct PlanRoom {
     /// UTF-8; each may be empty.
     /// @{
     std::string guid, number, name;
+    std::string zone;  ///< the name of the first zone that it belongs to
     /// @}
     std::optional<double> stated;    ///< square metres, by a quantity or property of the file
     std::optional<double> measured;  ///< of what is drawn of it

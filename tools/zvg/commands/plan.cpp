@@ -24,7 +24,7 @@ struct Arguments {
     std::optional<std::string> floor;
     double cutHeight = PlanOptions().cutHeight;
     double depth = PlanOptions().depth;
-    bool all = false, roof = false;
+    bool all = false, roof = false, zones = false;
     std::string paper, scale;
 };
 
@@ -113,7 +113,8 @@ PlanFormat FormatOf(const std::string& path) {
 Document DocumentOf(const PlanFloorSummary& floor) {
     Document rooms = Document::array();
     for (const PlanRoom& room : floor.rooms) {
-        Document entry = {{"guid", room.guid}, {"number", room.number}, {"name", room.name}};
+        Document entry = {
+            {"guid", room.guid}, {"number", room.number}, {"name", room.name}, {"zone", room.zone}};
         entry["stated"] = room.stated ? Document(*room.stated) : Document();
         entry["measured"] = room.measured ? Document(*room.measured) : Document();
         entry["differs"] = room.Differs();
@@ -181,6 +182,7 @@ void Plan(const Arguments& arguments, const CommonOptions& common) {
     options.depth = arguments.depth;
     options.all = arguments.all;
     options.roof = arguments.roof;
+    options.zones = arguments.zones;
     options.paper = arguments.paper;
     options.scale = ScaleOf(arguments.scale);
     options.format = format;
@@ -233,6 +235,8 @@ void RegisterPlan(CLI::App& app, CommonOptions& common) {
         ->type_name("DEPTH")
         ->capture_default_str();
     command->add_flag("--roof", arguments->roof, "Add a sheet of all as seen from above");
+    command->add_flag("--zones", arguments->zones,
+                      "Give rooms a colour for each zone, and its name");
     command->add_flag("--all", arguments->all,
                       "Draw strays as well: what lies further from the rest than ten times its "
                       "diagonal, and than 100 m");
