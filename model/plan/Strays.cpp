@@ -18,7 +18,7 @@ constexpr std::size_t oneStrayIn = 10;  // components
 constexpr std::size_t fewest = 3;       // of which one may be a stray
 constexpr std::size_t mostNamed = 10;   // per floor
 
-struct Drawn {
+struct Placed {
     PlanExtent extent;
     const PlanComponent* component;
     double fromMiddle = 0;  ///< of its farthest corner
@@ -31,16 +31,16 @@ double MiddleOf(std::vector<double> values) {
 }
 
 /// Sets `fromMiddle`: the middle is the median, which strays do not move.
-void Measure(std::vector<Drawn>& all) {
+void Measure(std::vector<Placed>& all) {
     std::vector<double> x, y;
-    for (const Drawn& drawn : all) {
-        x.push_back((drawn.extent.low.x + drawn.extent.high.x) / 2);
-        y.push_back((drawn.extent.low.y + drawn.extent.high.y) / 2);
+    for (const Placed& placed : all) {
+        x.push_back((placed.extent.low.x + placed.extent.high.x) / 2);
+        y.push_back((placed.extent.low.y + placed.extent.high.y) / 2);
     }
     const PlanPoint middle = {MiddleOf(std::move(x)), MiddleOf(std::move(y))};
-    for (Drawn& drawn : all) {
-        const PlanExtent& box = drawn.extent;
-        drawn.fromMiddle = std::hypot(std::max(box.high.x - middle.x, middle.x - box.low.x),
+    for (Placed& placed : all) {
+        const PlanExtent& box = placed.extent;
+        placed.fromMiddle = std::hypot(std::max(box.high.x - middle.x, middle.x - box.low.x),
                                       std::max(box.high.y - middle.y, middle.y - box.low.y));
     }
 }
@@ -51,12 +51,12 @@ double Distance(const PlanExtent& a, const PlanExtent& b) {
 }
 
 /// Walks from the middle outwards: who is far from all that lies nearer is a stray.
-std::set<const PlanComponent*> StraysAmong(std::vector<Drawn>& all) {
+std::set<const PlanComponent*> StraysAmong(std::vector<Placed>& all) {
     if (all.size() < fewest) return {};
     const std::size_t most = std::max<std::size_t>(all.size() / oneStrayIn, 1);
     Measure(all);
     std::sort(all.begin(), all.end(),
-              [](const Drawn& a, const Drawn& b) { return a.fromMiddle < b.fromMiddle; });
+              [](const Placed& a, const Placed& b) { return a.fromMiddle < b.fromMiddle; });
     PlanExtent rest;
     std::set<const PlanComponent*> strays;
     for (std::size_t i = 0; i < all.size(); ++i) {
@@ -74,7 +74,7 @@ std::set<const PlanComponent*> StraysAmong(std::vector<Drawn>& all) {
 }  // namespace
 
 void TakeOutStrays(std::vector<PlanFloor>& floors) {
-    std::vector<Drawn> all;
+    std::vector<Placed> all;
     for (const PlanFloor& floor : floors) {
         for (const PlanComponent& component : floor.components) {
             all.push_back({ExtentOf(component), &component});

@@ -16,18 +16,18 @@ namespace {
 constexpr double touching = 0.002;  // metres
 constexpr double same = 0.0005;
 
-struct Side {
+struct WallSide {
     PlanPoint from, to;
 };
 
 struct Body {
     const PlanArea* area;
     PlanExtent box;
-    std::vector<Side> sides;
+    std::vector<WallSide> sides;
     std::vector<std::size_t> neighbours;
 };
 
-PlanPoint Along(const Side& side, double part) {
+PlanPoint Along(const WallSide& side, double part) {
     return {side.from.x + part * (side.to.x - side.from.x),
             side.from.y + part * (side.to.y - side.from.y)};
 }
@@ -42,14 +42,14 @@ bool Holds(const PlanExtent& box, const PlanPoint& point) {
            point.y <= box.high.y;
 }
 
-PlanExtent BoxOf(const Side& side) {
+PlanExtent BoxOf(const WallSide& side) {
     PlanExtent box;
     box.Add(side.from);
     box.Add(side.to);
     return box;
 }
 
-double DistanceTo(const Side& side, const PlanPoint& point) {
+double DistanceTo(const WallSide& side, const PlanPoint& point) {
     const double x = side.to.x - side.from.x, y = side.to.y - side.from.y;
     const double length = x * x + y * y;
     const double dot = (point.x - side.from.x) * x + (point.y - side.from.y) * y;
@@ -58,7 +58,7 @@ double DistanceTo(const Side& side, const PlanPoint& point) {
 }
 
 /// Where the other side meets or ends beside this one, as parts of the way along it.
-void AddMeetings(const Side& side, const Side& other, std::vector<double>& parts) {
+void AddMeetings(const WallSide& side, const WallSide& other, std::vector<double>& parts) {
     const double x = side.to.x - side.from.x, y = side.to.y - side.from.y;
     const double length = std::hypot(x, y);
     for (const PlanPoint& end : {other.from, other.to}) {
@@ -94,7 +94,7 @@ class Joiner {
 
     std::vector<PlanPath> Outline() {
         for (std::size_t i = 0; i < bodies.size(); ++i) {
-            for (const Side& side : bodies[i].sides) Split(i, side);
+            for (const WallSide& side : bodies[i].sides) Split(i, side);
         }
         return ChainPieces(kept);
     }
@@ -118,14 +118,14 @@ class Joiner {
         }
     }
 
-    void Split(std::size_t number, const Side& side) {
+    void Split(std::size_t number, const WallSide& side) {
         const double length = std::hypot(side.to.x - side.from.x, side.to.y - side.from.y);
         if (!(length > 0)) return;
         std::vector<double> parts = {0, 1};
         const PlanExtent box = BoxOf(side);
         for (const std::size_t neighbour : bodies[number].neighbours) {
             if (!IsNear(box, bodies[neighbour].box)) continue;
-            for (const Side& other : bodies[neighbour].sides) {
+            for (const WallSide& other : bodies[neighbour].sides) {
                 if (IsNear(box, BoxOf(other))) AddMeetings(side, other, parts);
             }
         }
@@ -139,7 +139,7 @@ class Joiner {
     }
 
     /// Unless another body lies just outside, or has the same side and is named first.
-    void Keep(std::size_t number, const Side& piece) {
+    void Keep(std::size_t number, const WallSide& piece) {
         const PlanPoint middle = Along(piece, 0.5);
         const double length = std::hypot(piece.to.x - piece.from.x, piece.to.y - piece.from.y);
         const PlanPoint aside = {-(piece.to.y - piece.from.y) / length * touching,
@@ -160,7 +160,7 @@ class Joiner {
 
     static bool HasSide(const Body& body, const PlanPoint& point) {
         return std::any_of(body.sides.begin(), body.sides.end(),
-                           [&](const Side& side) { return DistanceTo(side, point) < same; });
+                           [&](const WallSide& side) { return DistanceTo(side, point) < same; });
     }
 
     static SectionPoint OnGrid(const PlanPoint& point) {

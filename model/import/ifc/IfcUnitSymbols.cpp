@@ -26,19 +26,19 @@ namespace ZVSmartModel {
 
 namespace {
 
-struct Named {
+struct UnitSymbol {
     const wchar_t* name;
     const wchar_t* symbol;
 };
 
-constexpr Named prefixes[] = {
+constexpr UnitSymbol prefixes[] = {
     {L"EXA", L"E"},  {L"PETA", L"P"},  {L"TERA", L"T"},  {L"GIGA", L"G"},
     {L"MEGA", L"M"}, {L"KILO", L"k"},  {L"HECTO", L"h"}, {L"DECA", L"da"},
     {L"DECI", L"d"}, {L"CENTI", L"c"}, {L"MILLI", L"m"}, {L"MICRO", L"u"},
     {L"NANO", L"n"}, {L"PICO", L"p"},  {L"FEMTO", L"f"}, {L"ATTO", L"a"},
 };
 
-constexpr Named siUnits[] = {
+constexpr UnitSymbol siUnits[] = {
     {L"METRE", L"m"},      {L"SQUARE_METRE", L"m2"}, {L"CUBIC_METRE", L"m3"},
     {L"GRAM", L"g"},       {L"SECOND", L"s"},        {L"RADIAN", L"rad"},
     {L"STERADIAN", L"sr"}, {L"AMPERE", L"A"},        {L"KELVIN", L"K"},
@@ -52,7 +52,7 @@ constexpr Named siUnits[] = {
 };
 
 /// By names in capitals without anything between their words, feet and inches in the singular.
-constexpr Named convertedUnits[] = {
+constexpr UnitSymbol convertedUnits[] = {
     {L"INCH", L"in"},
     {L"FOOT", L"ft"},
     {L"YARD", L"yd"},
@@ -98,9 +98,9 @@ constexpr Named convertedUnits[] = {
 };
 
 template <std::size_t Size>
-const wchar_t* SymbolIn(const Named (&table)[Size], const std::wstring& name) {
+const wchar_t* SymbolIn(const UnitSymbol (&table)[Size], const std::wstring& name) {
     const auto* found = std::find_if(std::begin(table), std::end(table),
-                                     [&](const Named& named) { return name == named.name; });
+                                     [&](const UnitSymbol& named) { return name == named.name; });
     return found == std::end(table) ? nullptr : found->symbol;
 }
 
