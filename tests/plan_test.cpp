@@ -19,6 +19,10 @@ class PlanTest : public ToolFixture {
   protected:
     void SetUp() override {
         ToolFixture::SetUp();
+        Begin();
+    }
+
+    void Begin() {
         ASSERT_TRUE(stream.emplace(folder + "model.zvg").Open());
         saver.Init(&*stream, {});
     }
@@ -83,6 +87,12 @@ CZVIMTransf Moved(double x, double y, double z) {
 
 bool Holds(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
+}
+
+int Count(const std::string& text, const std::string& part) {
+    int count = 0;
+    for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; ++at) ++count;
+    return count;
 }
 
 /// Drawn at 1:10 from the corner at (12, 24): 100 mm make a metre.
@@ -361,6 +371,45 @@ TEST_F(PlanTest, RoomsSayTheirAreasWithinTheirOutlines) {
     ASSERT_EQ(Run("$Z plan --zones model.zvg"), 0) << err;
     EXPECT_TRUE(Holds(out, ">Flat 1</text>"));
     EXPECT_TRUE(Holds(GroupOf(out, "room", "section"), "fill=\"#d5e6f5\"")) << out;
+}
+
+TEST_F(PlanTest, DimensionsAndAxesRunAlongTheWalls) {
+    for (const double turn : {0.0, 0.5}) {
+        Begin();
+        const double c = std::cos(turn), s = std::sin(turn);
+        const auto turned = [&](double x, double y, double length, double depth) {
+            CZVIMTransf place = Moved(c * x - s * y, s * x + c * y, 0);
+            place.SetAt(0, 0, c * length / 2);  // of a box of 2 m by 1 m
+            place.SetAt(1, 0, s * length / 2);
+            place.SetAt(0, 1, -s * depth);
+            place.SetAt(1, 1, c * depth);
+            return place;
+        };
+        // Four walls around 6.25 m by 4.5 m, and two axes 5.75 m apart.
+        saver.AddComp(BoxComp(saver, L"south", L"IfcWall", 3, turned(0, 0, 6.25, 0.5)));
+        saver.AddComp(BoxComp(saver, L"north", L"IfcWall", 3, turned(0, 4, 6.25, 0.5)));
+        saver.AddComp(BoxComp(saver, L"west", L"IfcWall", 3, turned(0, 0, 0.5, 4.5)));
+        saver.AddComp(BoxComp(saver, L"east", L"IfcWall", 3, turned(5.75, 0, 0.5, 4.5)));
+        SZVLGZvgComp grid = MakeComp(L"grid");
+        grid.classLevel2Name = L"IfcGrid";
+        for (const auto& [tag, x] : {std::pair(L"GridAxis A", 0.25), {L"GridAxis B", 6.0}}) {
+            SZVLGZvgSubGeo& axis = grid.geoRefs[0].geo.subGeos.emplace_back();
+            axis.attr.flags = 0x80;
+            axis.attr.styleName = tag;
+            CZVIMPolyline3D line;
+            line.AddPoint({c * x, s * x, 0});
+            line.AddPoint({c * x - s * 4, s * x + c * 4, 0});
+            axis.geo.polylines = {line};
+        }
+        saver.AddComp(grid);
+        const std::string svg = Plan();
+        for (const auto& [text, times] :
+             {std::pair("6.25", 1), {"4.5", 1}, {"5.75", 1}, {"A", 2}, {"B", 2}}) {
+            EXPECT_EQ(Count(svg, std::string(">") + text + "</text>"), times) << text << turn;
+        }
+        const bool isTilted = Holds(svg, "rotate(-28.648 ");  // half a radian
+        EXPECT_EQ(isTilted, turn > 0) << svg;
+    }
 }
 
 TEST_F(PlanTest, SymbolsAreUsedWhereTheyLieOnTheirBodies) {

@@ -21,6 +21,8 @@ struct SheetFrame {
     }
 };
 
+constexpr const char* inkColour = "#26292d";  ///< of texts and what is not the building's
+
 /// How paths are drawn: colours as "#rrggbb" or "none", the width in millimetres of paper.
 struct Ink {
     std::string fill = "none", stroke = "none";
@@ -49,7 +51,7 @@ struct CanvasText {
     TextAnchor anchor = TextAnchor::Start;
     double angle = 0;  ///< radians, counter-clockwise
     bool isBold = false;
-    std::string colour = "#26292d";
+    std::string colour = inkColour;
     std::string kind = {};  ///< its class
 };
 

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "model/plan/ClassStyles.h"
+#include "model/plan/PlanDimensions.h"
 #include "model/plan/SheetAnnotations.h"
 #include "model/plan/SvgPath.h"
 #include "model/plan/WallJoins.h"
@@ -23,7 +24,6 @@ namespace {
 constexpr double wantedScaleBar = 50;  // millimetres
 constexpr double longestScaleBar = 70;
 const char* const noteColour = "#5b6066";
-const char* const inkColour = "#26292d";
 
 std::string MetresText(double metres) {
     return metres < 1 ? SvgNumber(metres * 1000) + " mm" : SvgNumber(metres) + " m";
@@ -300,16 +300,18 @@ class Sheet {
 
 }  // namespace
 
-SheetApron ApronOf(const PlanDrawing& drawing) {
-    const bool hasWalls =
-        std::any_of(drawing.floors.begin(), drawing.floors.end(),
-                    [](const PlanFloor& floor) { return WallExtent(floor).has_value(); });
-    return ApronFor(!drawing.axes.empty(), hasWalls);
-}
-
 PlanExtent ExtentOf(const PlanDrawing& drawing) {
     PlanExtent extent;
-    for (const PlanFloor& floor : drawing.floors) extent.Add(ExtentOf(floor));
+    for (const PlanFloor& floor : drawing.floors) {
+        extent.Add(ExtentOf(floor));
+        const std::optional<WallBox> walls = WallBoxOf(floor);
+        if (!walls || walls->angle == 0) continue;
+        // Dimensions stand around it.
+        const PlanPoint &low = walls->extent.low, &high = walls->extent.high;
+        for (const double x : {low.x, high.x}) {
+            for (const double y : {low.y, high.y}) extent.Add(walls->InModel({x, y}));
+        }
+    }
     return extent;
 }
 

@@ -9,11 +9,8 @@
 
 namespace ZVSmartModel {
 
-/// How much room the drawing needs around its floors, and what they show together.
-/// @{
-SheetApron ApronOf(const PlanDrawing& drawing);
+/// What all floors show, with the boxes that dimensions stand around.
 PlanExtent ExtentOf(const PlanDrawing& drawing);
-/// @}
 
 /// Draws the floors where the layout has them, each under its name and with a scale bar, and the
 /// title below: what lies below the cut from low to high, each covering what lies under it, then

@@ -17,42 +17,10 @@ namespace {
 // Millimetres of paper.
 constexpr double bubbleRadius = 3.5;
 constexpr double beyondBuilding = 6;  ///< to where an axis ends
-constexpr double axisApron = beyondBuilding + 2 * bubbleRadius + 1;
-constexpr double dimensionRow = 7;  ///< from one line of dimensions to the next
-constexpr double dimensionText = 2.2;
-constexpr double tick = 0.9;
+static_assert(axisApron > beyondBuilding + 2 * bubbleRadius);
 constexpr double lineSpacing = 1.3;  ///< in text sizes
 constexpr double tagText = 1.8;
 const char* const axisColour = "#b0534a";
-const char* const inkColour = "#26292d";
-
-/// About the width of a line in a common sans-serif font.
-double WidthOf(const std::string& text, double size) {
-    double ems = 0;
-    for (const char byte : text) {
-        const auto code = static_cast<unsigned char>(byte);
-        if (code < 0x80) ems += 0.62;
-        if (code >= 0xC0 && code < 0xE3) ems += 0.62;
-        if (code >= 0xE3) ems += 1;
-    }
-    return ems * size;
-}
-
-/// An axis that runs along X or Y; where, and whether along Y.
-struct StraightAxis {
-    double at;
-    bool isAlongY;
-};
-
-std::optional<StraightAxis> StraightAxisOf(const PlanAxis& axis) {
-    if (axis.path.vertices.size() != 2 || axis.path.vertices[0].bulge != 0) return std::nullopt;
-    const PlanPoint& a = axis.path.vertices[0].point;
-    const PlanPoint& b = axis.path.vertices[1].point;
-    const double slack = 1e-3 * std::hypot(b.x - a.x, b.y - a.y);
-    if (std::fabs(b.x - a.x) < slack) return StraightAxis{a.x, true};
-    if (std::fabs(b.y - a.y) < slack) return StraightAxis{a.y, false};
-    return std::nullopt;
-}
 
 /// A straight axis reaches from one side of the box to the other; others stay as they are.
 PlanPath Reaching(const PlanPath& path, const PlanExtent& box) {
@@ -106,39 +74,6 @@ class Annotator {
                       false,
                       axisColour,
                       "plan-axis"});
-    }
-
-    /// Distances between neighbours of `stops` in a row that lies `offset` outside the extent.
-    void DrawChain(std::vector<double> stops, double offset, bool isAlongX) const {
-        std::sort(stops.begin(), stops.end());
-        const double near = 0.005;  // metres: the same
-        stops.erase(std::unique(stops.begin(), stops.end(),
-                                [&](double a, double b) { return b - a < near; }),
-                    stops.end());
-        if (stops.size() < 2) return;
-        const double line =
-            isAlongX ? layout.extent.low.y - Metres(offset) : layout.extent.high.x + Metres(offset);
-        const auto at = [&](double along, double across) {
-            return isAlongX ? PlanPoint{along, line + across} : PlanPoint{line + across, along};
-        };
-        const double t = Metres(tick);
-        std::vector<PlanPath> lines = {{{{at(stops.front(), 0)}, {at(stops.back(), 0)}}, false}};
-        for (const double stop : stops) {
-            lines.push_back({{{at(stop, -2 * t)}, {at(stop, 2 * t)}}, false});
-            lines.push_back({{{{at(stop, 0).x - t, at(stop, 0).y - t}},
-                              {{at(stop, 0).x + t, at(stop, 0).y + t}}},
-                             false});
-        }
-        canvas.Draw(lines);
-        for (std::size_t i = 0; i + 1 < stops.size(); ++i) {
-            const double length = stops[i + 1] - stops[i];
-            const std::string text = SvgNumber(std::round(length * 1000) / 1000);
-            if (WidthOf(text, dimensionText) > length * frame.unitsPerMetre) continue;
-            const double above = Metres(0.7) * (isAlongX ? 1 : -1);
-            canvas.Write({text, at((stops[i] + stops[i + 1]) / 2, above), dimensionText,
-                          TextAnchor::Middle, isAlongX ? 0 : std::numbers::pi / 2, false, inkColour,
-                          "plan-dimension"});
-        }
     }
 
     bool WriteRoom(const PlanLabel& label, TakenBoxes& taken) const {
@@ -208,39 +143,15 @@ class Annotator {
 
 }  // namespace
 
-std::optional<PlanExtent> WallExtent(const PlanFloor& floor) {
-    PlanExtent extent;
-    double straight = 0, all = 0;
-    for (const PlanComponent& component : floor.components) {
-        if (component.drawnAs != DrawnAs::Section ||
-            StyleOfClass(component.className).kind != ClassKind::Wall) {
-            continue;
-        }
-        extent.Add(ExtentOf(component));
-        for (const PlanArea& area : component.areas) {
-            for (const PlanPath& path : area) {
-                for (std::size_t i = 0; i < path.vertices.size(); ++i) {
-                    const PlanPoint& a = path.vertices[i].point;
-                    const PlanPoint& b = path.vertices[(i + 1) % path.vertices.size()].point;
-                    const double length = std::hypot(b.x - a.x, b.y - a.y);
-                    all += length;
-                    const double off = std::min(std::fabs(b.x - a.x), std::fabs(b.y - a.y));
-                    if (off <= 0.01 * length) straight += length;
-                }
-            }
-        }
+double WidthOf(const std::string& text, double size) {
+    double ems = 0;
+    for (const char byte : text) {
+        const auto code = static_cast<unsigned char>(byte);
+        if (code < 0x80) ems += 0.62;
+        if (code >= 0xC0 && code < 0xE3) ems += 0.62;
+        if (code >= 0xE3) ems += 1;
     }
-    if (extent.IsEmpty() || straight < 0.7 * all) return std::nullopt;
-    return extent;
-}
-
-SheetApron ApronFor(bool hasAxes, bool hasDimensions) {
-    SheetApron apron;
-    if (hasAxes) apron = {axisApron, axisApron, axisApron, axisApron};
-    const double rows = (hasDimensions ? dimensionRow : 0) + (hasAxes ? dimensionRow : 0);
-    apron.right += rows;
-    apron.bottom += rows;
-    return apron;
+    return ems * size;
 }
 
 void DrawAxes(const std::vector<PlanAxis>& axes, const SheetLayout& layout, const SheetFrame& frame,
@@ -257,26 +168,6 @@ void DrawAxes(const std::vector<PlanAxis>& axes, const SheetLayout& layout, cons
         const std::size_t last = path.vertices.size() - 1;
         annotator.DrawBubble(axis.tag, path.vertices[0].point, path.vertices[1].point);
         annotator.DrawBubble(axis.tag, path.vertices[last].point, path.vertices[last - 1].point);
-    }
-    canvas.EndLayer();
-}
-
-void DrawDimensions(const PlanFloor& floor, const std::vector<PlanAxis>& axes,
-                    const SheetLayout& layout, const SheetFrame& frame, Canvas& canvas) {
-    const Annotator annotator(layout, frame, canvas);
-    std::vector<double> alongX, alongY;
-    for (const PlanAxis& axis : axes) {
-        const std::optional<StraightAxis> straight = StraightAxisOf(axis);
-        if (straight) (straight->isAlongY ? alongX : alongY).push_back(straight->at);
-    }
-    canvas.BeginLayer({"", {"plan-dimensions"}, "", "", ""}, {"none", inkColour, 0.13});
-    double offset = axes.empty() ? dimensionRow * 0.6 : axisApron + dimensionRow * 0.6;
-    annotator.DrawChain(alongX, offset, true);
-    annotator.DrawChain(alongY, offset, false);
-    if (!axes.empty()) offset += dimensionRow;
-    if (const std::optional<PlanExtent> walls = WallExtent(floor)) {
-        annotator.DrawChain({walls->low.x, walls->high.x}, offset, true);
-        annotator.DrawChain({walls->low.y, walls->high.y}, offset, false);
     }
     canvas.EndLayer();
 }

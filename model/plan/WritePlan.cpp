@@ -12,6 +12,7 @@
 #include "model/plan/DxfCanvas.h"
 #include "model/plan/FloorPlan.h"
 #include "model/plan/PdfCanvas.h"
+#include "model/plan/PlanDimensions.h"
 #include "model/plan/PlanSheet.h"
 #include "model/plan/Strays.h"
 #include "model/plan/SvgCanvas.h"
