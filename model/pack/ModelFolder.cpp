@@ -18,6 +18,8 @@ namespace {
     throw Error(Status::InputOutput, name + ": " + reason);
 }
 
+constexpr const char* withoutProc = "models are opened through /proc, which is not mounted";
+
 std::string LinkTo(int descriptor) {
     return "/proc/self/fd/" + std::to_string(descriptor);
 }
@@ -43,7 +45,8 @@ OwnedDescriptor OpenFound(const OwnedDescriptor& found, const std::string& name,
     if (!S_ISREG(status.st_mode)) RefuseFile(name, "not a regular file");
     if (bytes != nullptr) *bytes = static_cast<unsigned long long>(status.st_size);
     OwnedDescriptor file(open(LinkTo(found.Number()).c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
-    if (!file.IsOpen()) RefuseFile(name, std::strerror(errno));
+    // It is there: what is missing is the way to it.
+    if (!file.IsOpen()) RefuseFile(name, errno == ENOENT ? withoutProc : std::strerror(errno));
     return file;
 }
 
