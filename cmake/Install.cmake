@@ -41,7 +41,7 @@ if(ZVG_BUILD_MODEL)
   # What a static library needs besides; pkg-config has no targets.
   get_property(libraries GLOBAL PROPERTY ZVG_MODEL_LIBRARIES)
   if(NOT BUILD_SHARED_LIBS)
-    foreach(target PNG::PNG=png TinyGLTF::TinyGLTF=tinygltf Threads::Threads=pthread
+    foreach(target PNG::PNG=png meshoptimizer::meshoptimizer=meshoptimizer Threads::Threads=pthread
                    SQLite::SQLite3=sqlite3)
       string(REPLACE "=" ";" target ${target})
       list(GET target 0 name)

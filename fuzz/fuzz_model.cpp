@@ -67,7 +67,15 @@ void AskAll(const BlockFile& file) {
     Try([&] { ReadShapes(file, {}, {Normals::Flat, 0.5, true, 0.01}); });
     Try([&] { WritePlan(file, out); });
     Try([&] { WriteObj(file, out, other, "x.mtl"); });
-    if (CanWriteGlb()) Try([&] { WriteGlb(file, out); });
+    Try([&] { WriteGlb(file, out); });
+    Try([&] {
+        ExportOptions all;
+        all.merge = all.edges = all.instances = all.quantize = true;
+        all.normals = Normals::Smooth;
+        all.compress = CanCompressGlb();
+        WriteGlb(file, out, all);
+    });
+    Try([&] { WriteProperties(file, out); });
     Try([&] { Compare(file, file, [](const Difference&) { return true; }); });
 }
 

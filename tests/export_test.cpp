@@ -4,6 +4,7 @@
 #include <sstream>
 #include <vector>
 
+#include "glb_scene.h"
 #include "tool_support.h"
 
 using namespace ZVSmartZvg;
@@ -12,7 +13,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using Point = std::array<double, 3>;
+using glb::Point, glb::ToWorld, glb::Visit;
 
 /// An L-shaped plate, one face of six corners of which the fourth is reentrant.
 CZVIMShell Plate() {
@@ -74,28 +75,6 @@ void Fill(CZVLGBlockSaver& saver) {
     saver.AddComp(slab);
 }
 
-/// Where a node's ancestors and itself put a point, root first in `path`.
-Point ToWorld(const json& gltf, const std::vector<std::size_t>& path, Point point) {
-    for (auto at = path.rbegin(); at != path.rend(); ++at) {
-        const json& node = gltf["nodes"][*at];
-        const auto scale = node.value("scale", Point{1, 1, 1});
-        const auto q = node.value("rotation", std::array<double, 4>{0, 0, 0, 1});
-        const auto move = node.value("translation", Point{0, 0, 0});
-        for (std::size_t i = 0; i < 3; ++i) point[i] *= scale[i];
-        // p + 2w (q × p) + 2 q × (q × p)
-        const auto cross = [&q](const Point& p) {
-            return Point{q[1] * p[2] - q[2] * p[1], q[2] * p[0] - q[0] * p[2],
-                         q[0] * p[1] - q[1] * p[0]};
-        };
-        const Point once = cross(point);
-        const Point twice = cross(once);
-        for (std::size_t i = 0; i < 3; ++i) {
-            point[i] += 2 * q[3] * once[i] + 2 * twice[i] + move[i];
-        }
-    }
-    return point;
-}
-
 class ExportTest : public ToolFixture {
   protected:
     void SetUp() override {
@@ -109,16 +88,6 @@ class ExportTest : public ToolFixture {
         const json gltf = JsonOfGlb(ReadAll(folder + "model.glb"));
         EXPECT_FALSE(gltf.is_discarded());
         return gltf;
-    }
-    void Visit(const json& gltf, const std::vector<std::size_t>& path,
-               const std::function<void(const json&, const std::vector<std::size_t>&)>& use) {
-        const json& node = gltf["nodes"][path.back()];
-        use(node, path);
-        for (const json& child : node.value("children", json::array())) {
-            auto longer = path;
-            longer.push_back(child);
-            Visit(gltf, longer, use);
-        }
     }
     /// The stored preview's pixels, by way of the PNG and back.
     std::vector<u8> PixelsOf(const std::string& png) {

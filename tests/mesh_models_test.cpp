@@ -165,8 +165,17 @@ TEST_F(MeshModels, ObjTakesTextureAndOpacityFromItsFolder) {
 
 TEST_F(MeshModels, WhatWasExportedComesBack) {
     const auto before = AllOf(Packed(ZVG_EXAMPLES_DIR "/house.ifc"));
-    if (Run("$Z export m.zvg -o m.glb") == 2) GTEST_SKIP() << err;
+    ASSERT_EQ(Run("$Z export m.zvg -o m.glb"), 0) << err;
+    ASSERT_EQ(Run("$Z export m.zvg -o bare.glb --no-properties --normals smooth"), 0) << err;
     const std::vector<Floor> floors = BlockFile(folder + "m.zvg").Floors();
+    const auto bare = AllOf(Packed("bare.glb"));
+    ASSERT_EQ(bare.size(), before.size());
+    for (const auto& [guid, is] : bare) {
+        EXPECT_EQ(is.element.className, before.at(guid).element.className);
+        EXPECT_EQ(is.element.floorName, before.at(guid).element.floorName);
+        EXPECT_EQ(is.looks, before.at(guid).looks);
+        EXPECT_NEAR(is.measures.area, before.at(guid).measures.area, 1e-3);
+    }
     const BlockFile file = Packed("m.glb");
     const auto after = AllOf(file);
     ASSERT_EQ(after.size(), before.size());

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
-#include <unordered_map>
 #include <utility>
 
 #include "model/element/Chosen.h"
@@ -19,6 +18,14 @@
 namespace ZVSmartModel {
 
 using namespace ZVSmartZvg;
+
+std::string UniqueNames::Of(const std::string& wanted) {
+    int& times = timesSeen[wanted];
+    std::string free = wanted;
+    if (++times > 1) free += " (" + std::to_string(times) + ')';
+    while (!taken.insert(free).second) free = wanted + " (" + std::to_string(++times) + ')';
+    return free;
+}
 
 namespace {
 
@@ -47,19 +54,11 @@ Extras ValueOf(const StoredProperty& property) {
     return value;
 }
 
-/// Names may repeat, which an object's members may not.
 Extras PropertiesObject(const PropertyList& properties) {
     Extras object = Extras::object();
-    std::unordered_map<std::string, int> timesSeen;
+    UniqueNames names;
     for (const StoredProperty& property : PropertiesOfPairs(properties)) {
-        const std::string wanted = ToUtf8(property.name);
-        int& times = timesSeen[wanted];
-        std::string free = wanted;
-        while (++times > 1 || object.contains(free)) {
-            free = wanted + " (" + std::to_string(std::max(times, 2)) + ')';
-            if (!object.contains(free)) break;
-        }
-        object[free] = ValueOf(property);
+        object[names.Of(ToUtf8(property.name))] = ValueOf(property);
     }
     return object;
 }
@@ -74,12 +73,15 @@ Extras MaterialNames(const SZVLGZvgComp& comp) {
     return names;
 }
 
-Extras ComponentExtras(const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
+}  // namespace
+
+Extras ComponentExtras(const SZVLGCompIndex& index, const SZVLGZvgComp& comp, bool all) {
     Extras extras;
     extras["component"] = PlaceText(index.floorIndex, index.compIndex);
     extras["globalId"] = KeyText(comp.compGuidName);
     Extras& classes = extras["classification"];
     classes["level2"] = ToUtf8(comp.classLevel2Name);
+    if (!all) return extras;
     AddText(classes, "level2b", comp.classLevel2bName);
     AddText(classes, "level3", comp.classLevel3Name);
     AddText(classes, "level4", comp.classLevel4Name);
@@ -93,7 +95,6 @@ Extras ComponentExtras(const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
     return extras;
 }
 
-/// What a person calls the component.
 std::string ComponentName(const SZVLGZvgComp& comp) {
     for (const auto& [name, value] : comp.compProperties) {
         if (name == L"Element.Name" && !value.empty()) return ToUtf8(value);
@@ -101,6 +102,8 @@ std::string ComponentName(const SZVLGZvgComp& comp) {
     const std::string type = ToUtf8(comp.classLevel3Name);
     return (type.empty() ? ToUtf8(comp.classLevel2Name) : type) + ' ' + KeyText(comp.compGuidName);
 }
+
+namespace {
 
 /// Makes each group when the first component in it comes.
 class Groups {
@@ -170,18 +173,11 @@ void ThrowIfNamed(const Selection& selection, const OpenedBlock& block) {
 
 }  // namespace
 
-ExportModel ReadExport(OpenedBlock& block, const ExportOptions& options, ProgressPace& pace) {
-    ExportModel model;
-    model.name = std::filesystem::path(block.Path()).stem().string();
-    model.name = ToUtf8(FromUtf8(model.name));
-    SZVLGZvgBlockHeadInfo head;
-    block.Reader().GetHeadInfo(head);
-    model.source = ToUtf8(head.firstText);
-
-    SceneReader scene(block, options.salvage);
-    Groups groups(model);
+std::size_t ForEachChosen(OpenedBlock& block, const ExportOptions& options, ProgressPace& pace,
+                          const std::function<void(const ChosenComponent&)>& use) {
     const Chosen chosen(options.selection);
     const auto [first, end] = block.FindFloors(options.selection.floor);
+    std::size_t taken = 0;
     std::size_t done = 0;
     std::size_t total = 0;
     for (unsigned int floor = first; floor < end; ++floor) total += block.FloorCompNum(floor);
@@ -191,16 +187,37 @@ ExportModel ReadExport(OpenedBlock& block, const ExportOptions& options, Progres
         block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
             pace.Tell("exporting", ++done, total);
             if (!chosen.Holds({index.floorIndex, index.compIndex}, comp)) return;
-            const std::uint64_t bytes = BytesOf(comp) - sizeof comp;
-            block.Limits().Memory(bytesOfComponent + 5 * bytes);
-            block.Limits().Work(stepsOfComponent + bytes);
-            scene.Add(comp);
-            model.components.push_back({groups.Of(floor, floorName, comp), ComponentName(comp),
-                                        ComponentExtras(index, comp)});
+            block.Limits().Work(stepsOfComponent + BytesOf(comp) - sizeof comp);
+            use({index, floorName, comp});
+            ++taken;
         });
     }
-    if (!options.salvage || model.components.empty()) block.ThrowIfDamaged();
-    if (model.components.empty()) ThrowIfNamed(options.selection, block);
+    if (!options.salvage || taken == 0) block.ThrowIfDamaged();
+    if (taken == 0) ThrowIfNamed(options.selection, block);
+    return taken;
+}
+
+std::string SourceOf(OpenedBlock& block) {
+    SZVLGZvgBlockHeadInfo head;
+    block.Reader().GetHeadInfo(head);
+    return ToUtf8(head.firstText);
+}
+
+ExportModel ReadExport(OpenedBlock& block, const ExportOptions& options, ProgressPace& pace) {
+    ExportModel model;
+    model.name = std::filesystem::path(block.Path()).stem().string();
+    model.name = ToUtf8(FromUtf8(model.name));
+    model.source = SourceOf(block);
+    SceneReader scene(block, options.salvage);
+    Groups groups(model);
+    ForEachChosen(block, options, pace, [&](const ChosenComponent& chosen) {
+        const auto& [index, floorName, comp] = chosen;
+        block.Limits().Memory(bytesOfComponent + 5 * (BytesOf(comp) - sizeof comp));
+        scene.Add(comp);
+        model.components.push_back({groups.Of(index.floorIndex, floorName, comp),
+                                    ComponentName(comp),
+                                    ComponentExtras(index, comp, options.properties)});
+    });
     model.missingGeometries = scene.MissingGeometries();
     model.scene = scene.Take();
     return model;

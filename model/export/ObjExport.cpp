@@ -7,12 +7,11 @@
 #include "ZVSmartModel/Error.h"
 #include "model/element/FileSink.h"
 #include "model/element/Utf8.h"
+#include "model/export/MergedScene.h"
 
 namespace ZVSmartModel {
 
 namespace {
-
-constexpr std::uint64_t mostPoints = 100'000'000;
 
 /// Names end at blanks, and lines at line ends.
 std::string Word(const std::string& name) {
@@ -39,25 +38,6 @@ void AppendNumber(std::string& text, double value) {
     if (last[-1] == '.') --last;
     text += ' ';
     text.append(static_cast<const char*>(digits), last);
-}
-
-void CheckSize(const Scene& scene, Budget& limits) {
-    constexpr unsigned int stepsOfPoint = 40, stepsOfTriangle = 10;
-    std::uint64_t points = 0;
-    for (const SceneComponent& component : scene.components) {
-        for (const ScenePlacement& placement : component.placements) {
-            for (const ScenePart& part : scene.meshes[placement.mesh].parts) {
-                const SceneSurface& surface = scene.surfaces[part.surface];
-                points += surface.points.size();
-                limits.Work(stepsOfPoint * surface.points.size() +
-                            stepsOfTriangle * surface.triangles.size());
-            }
-        }
-    }
-    if (points <= mostPoints) return;
-    throw Error(Status::InputOutput,
-                "the model is too large for OBJ, which repeats what is placed several times; "
-                "GLB does not");
 }
 
 class ObjWriter {
@@ -115,7 +95,7 @@ std::string ObjectName(const ExportModel& model, const ExportComponent& componen
 
 void EncodeObj(const ExportModel& model, const std::string& materialFile, Budget& limits,
                ZVSmartFormat::CZVFTOutStream& out, ProgressPace& pace) {
-    CheckSize(model.scene, limits);
+    ChargePlacedPoints(model.scene, limits, false);
     ObjWriter writer(model.scene, out);
     writer.Add("# zvg " ZVG_VERSION ", Y is up");
     writer.Add("mtllib " + materialFile);

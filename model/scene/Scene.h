@@ -19,6 +19,9 @@ namespace ZVSmartModel {
 struct SceneSurface {
     std::vector<std::array<float, 3>> points;  ///< in the coordinates of the mesh
     std::vector<std::array<std::uint32_t, 3>> triangles;
+    // What exports add where it is wanted.
+    std::vector<std::array<float, 3>> normals;        ///< of each point, of length 1; or none
+    std::vector<std::array<std::uint32_t, 2>> edges;  ///< lines from point to point
 };
 
 struct ScenePart {

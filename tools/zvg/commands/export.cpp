@@ -1,7 +1,9 @@
+#include <charconv>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "ZVSmartModel/Exports.h"
@@ -26,7 +28,10 @@ struct Arguments {
     Target target;
     std::optional<std::string> floor, className;
     std::vector<std::string> elements, where;
-    bool salvage = false;
+    std::string properties;  ///< the file for them; empty for none
+    std::string normals = "none";
+    ExportOptions options;  ///< but for the selection
+    bool noProperties = false;
     bool rooms = false;
 };
 
@@ -46,13 +51,46 @@ struct Outcome {
     unsigned long long bytes = 0;
 };
 
+/// The properties in a file beside, if they are wanted.
+class Sidecar {
+  public:
+    explicit Sidecar(const Arguments& arguments) {
+        if (arguments.properties.empty()) return;
+        if (arguments.properties == "-") {
+            throw Error(Status::Usage, "--properties: a file, not standard output");
+        }
+        output.emplace(arguments.properties, arguments.target.force,
+                       std::vector{arguments.file, arguments.target.path});
+    }
+
+    void Fill(const BlockFile& file, const ExportOptions& options, const ProgressCall& progress) {
+        if (!output) return;
+        output->Fill([&](CZVFTOutStream& sink) { WriteProperties(file, sink, options, progress); });
+    }
+
+    /// Both or none.
+    void CommitWith(OutputFile& model) {
+        if (output) return OutputFile::CommitBoth(*output, model);
+        model.Commit();
+    }
+
+    void Commit() {
+        if (output) output->Commit();
+    }
+
+  private:
+    std::optional<OutputFile> output;
+};
+
 Outcome ExportGlb(const BlockFile& file, const Arguments& arguments, const ExportOptions& options,
                   const ProgressCall& progress) {
     OutputFile output(arguments.target.path, arguments.target.force, {arguments.file});
+    Sidecar sidecar(arguments);
     Outcome outcome;
     output.Fill(
         [&](CZVFTOutStream& sink) { outcome.summary = WriteGlb(file, sink, options, progress); });
-    output.Commit();
+    sidecar.Fill(file, options, progress);
+    sidecar.CommitWith(output);
     outcome.bytes = output.Bytes();
     return outcome;
 }
@@ -62,6 +100,7 @@ Outcome ExportObj(const BlockFile& file, const Arguments& arguments, const Expor
     const fs::path materials = fs::path(arguments.target.path).replace_extension(".mtl");
     OutputFile objOutput(arguments.target.path, arguments.target.force, {arguments.file});
     OutputFile mtlOutput(materials.string(), arguments.target.force, {arguments.file});
+    Sidecar sidecar(arguments);
     Outcome outcome;
     objOutput.Fill([&](CZVFTOutStream& obj) {
         mtlOutput.Fill([&](CZVFTOutStream& mtl) {
@@ -69,6 +108,8 @@ Outcome ExportObj(const BlockFile& file, const Arguments& arguments, const Expor
                 WriteObj(file, obj, mtl, materials.filename().string(), options, progress);
         });
     });
+    sidecar.Fill(file, options, progress);
+    sidecar.Commit();
     OutputFile::CommitBoth(mtlOutput, objOutput);
     outcome.bytes = objOutput.Bytes();
     return outcome;
@@ -85,8 +126,44 @@ void Tell(const Outcome& outcome, const Arguments& arguments) {
                  std::to_string(outcome.bytes) + " bytes");
 }
 
+/// Throws Error, Usage, for what is no "none", "flat", "smooth" or "smooth=DEGREES".
+void SetNormals(const std::string& text, ExportOptions& options) {
+    constexpr double degree = 3.14159265358979323846 / 180;
+    const std::string smooth = "smooth";
+    if (text == "none") return;
+    if (text == "flat") {
+        options.normals = Normals::Flat;
+        return;
+    }
+    options.normals = Normals::Smooth;
+    if (text == smooth) return;
+    if (text.rfind(smooth + '=', 0) == 0) {
+        const char* const first = text.data() + smooth.size() + 1;
+        const char* const last = text.data() + text.size();
+        double degrees = 0;
+        const auto [end, error] = std::from_chars(first, last, degrees);
+        if (error == std::errc() && end == last && degrees >= 0 && degrees <= 180) {
+            options.creaseAngle = degrees * degree;
+            return;
+        }
+    }
+    throw Error(Status::Usage, "--normals: '" + text +
+                                   "' is none of none, flat, smooth and smooth=DEGREES (0 to 180)");
+}
+
+/// What OBJ cannot say it must not be asked for.
+void CheckForObj(const ExportOptions& options) {
+    const char* const wrong = options.normals != Normals::None ? "--normals"
+                              : options.edges                  ? "--edges"
+                              : options.instances              ? "--instances"
+                              : options.quantize               ? "--quantize"
+                              : options.compress               ? "--compress"
+                                                               : nullptr;
+    if (wrong) throw Error(Status::Usage, std::string(wrong) + " is for .glb alone");
+}
+
 ExportOptions OptionsOf(const BlockFile& file, const Arguments& arguments) {
-    ExportOptions options;
+    ExportOptions options = arguments.options;
     options.selection.floor = arguments.floor;
     if (arguments.className) options.selection.classNames = {*arguments.className};
     for (const std::string& text : arguments.elements) {
@@ -96,17 +173,16 @@ ExportOptions OptionsOf(const BlockFile& file, const Arguments& arguments) {
     }
     options.selection.properties = PropertyTests(arguments.where);
     options.selection.rooms = arguments.rooms;
-    options.salvage = arguments.salvage;
+    options.properties = !arguments.noProperties;
+    SetNormals(arguments.normals, options);
     return options;
 }
 
 void Export(const Arguments& arguments, const CommonOptions& common) {
     const bool isGlb = FormatOf(arguments.target.path) == Format::Glb;
-    if (isGlb && !CanWriteGlb()) {
-        throw Error(Status::Usage, "this build writes no GLB (it needs tinygltf)");
-    }
     const BlockFile file = OpenBlockFile(arguments.file, common);
     const ExportOptions options = OptionsOf(file, arguments);
+    if (!isGlb) CheckForObj(options);
     Progress line(common.quiet);
     const ProgressCall progress = line.Shares();
     const Outcome outcome = isGlb ? ExportGlb(file, arguments, options, progress)
@@ -136,7 +212,27 @@ void RegisterExport(CLI::App& app, CommonOptions& common) {
                      "said more than once")
         ->allow_extra_args(false);
     AddWhereOption(*command, arguments->where);
-    command->add_flag("--salvage", arguments->salvage,
+    command->add_flag("--no-properties", arguments->noProperties,
+                      "Leave out what is known of the components, but for GUIDs, places and classes");
+    command->add_option("--properties", arguments->properties,
+                        "Write what is known of the components to this file as well, as JSON by "
+                        "their GUIDs");
+    ExportOptions& options = arguments->options;
+    command->add_flag("--merge", options.merge,
+                      "One mesh for each floor and look, in place of a node for each component");
+    command
+        ->add_option("--normals", arguments->normals,
+                     "Normals of the surfaces: none (the default; viewers shade flat), flat, or "
+                     "smooth below 30 degrees, below others with smooth=DEGREES")
+        ->type_name("KIND");
+    command->add_flag("--edges", options.edges, "Draw lines along edges and creases");
+    command->add_flag("--instances", options.instances,
+                      "One node for alike components of a class (EXT_mesh_gpu_instancing)");
+    command->add_flag("--quantize", options.quantize,
+                      "Store coordinates in 16 bits (KHR_mesh_quantization)");
+    command->add_flag("--compress", options.compress,
+                      "Compress points and indices (EXT_meshopt_compression)");
+    command->add_flag("--salvage", options.salvage,
                       "Of a damaged file write what is whole; the exit status is 4 all the same");
     AddLimitOption(*command, common);
     AddRoomsOption(*command, arguments->rooms);
