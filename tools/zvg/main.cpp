@@ -58,6 +58,7 @@ void RegisterAll(CLI::App& app, CommonOptions& common) {
     RegisterPlan(app, common);
     RegisterExport(app, common);
     RegisterPreview(app, common);
+    RegisterView(app, common);
     RegisterVerify(app, common);
     RegisterMan(app);
     RegisterCompletion(app);

@@ -22,6 +22,7 @@ void RegisterDiff(CLI::App& app, CommonOptions& common);
 void RegisterPlan(CLI::App& app, CommonOptions& common);
 void RegisterExport(CLI::App& app, CommonOptions& common);
 void RegisterPreview(CLI::App& app, CommonOptions& common);
+void RegisterView(CLI::App& app, CommonOptions& common);
 void RegisterVerify(CLI::App& app, CommonOptions& common);
 
 // These two speak of the command line itself.
