@@ -241,7 +241,15 @@ class ViewServer {
         return request.upload->Take(body.data(), body.size()) ? MHD_YES : MHD_NO;
     }
 
+    /// While a model is packed nothing is heard of the browser, which is no fault of it.
     MHD_Result PackModel(MHD_Connection* connection, ModelUpload& upload) {
+        MHD_set_connection_option(connection, MHD_CONNECTION_OPTION_TIMEOUT, 0U);
+        const MHD_Result result = PackAndAnswer(connection, upload);
+        MHD_set_connection_option(connection, MHD_CONNECTION_OPTION_TIMEOUT, secondsOfSilence);
+        return result;
+    }
+
+    MHD_Result PackAndAnswer(MHD_Connection* connection, ModelUpload& upload) {
         try {
             const std::lock_guard oneAtATime(packing);
             const std::string name = files.AddOpen(upload.BlockName(), upload.Pack(cancelled));
