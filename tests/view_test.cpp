@@ -379,4 +379,26 @@ TEST_F(ViewServer, SlowOnesHangNobodyAndAnEndLeavesNothing) {
     EXPECT_TRUE(NothingIsLeft());
 }
 
+TEST_F(ViewServer, EndsWhileASilentImporterPacks) {
+    std::ofstream(folder + "silent")
+        << "#!/bin/sh\necho $$ >" << folder << "began\nexec sleep 60\n";
+    fs::permissions(folder + "silent", fs::perms::owner_all);
+    setenv("ZVG_IMPORT", (folder + "silent").c_str(), 1);
+    Serve({});
+    unsetenv("ZVG_IMPORT");
+    const Client client(port);
+    client.Send("POST /pack?name=a.ifc HTTP/1.1\r\nHost: " + host + "\r\n" + Origin() +
+                "Content-Length: 1\r\n\r\nx");
+    for (int i = 0; i < 200 && ReadAll(folder + "began").empty(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    const std::string importer = ReadAll(folder + "began");
+    ASSERT_NE(importer, "");
+    const auto begun = std::chrono::steady_clock::now();
+    EXPECT_EQ(Stop(SIGINT), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(20));
+    EXPECT_EQ(kill(std::stoi(importer), 0), -1) << "it ends with the server";
+    EXPECT_TRUE(NothingIsLeft());
+}
+
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <sstream>
@@ -72,6 +73,14 @@ class ImportListener {
         }
     }
 
+    /// Whether the caller wants more, who is asked a few times a second while the child is silent.
+    bool IsWanted() {
+        constexpr std::chrono::milliseconds pause(300);
+        if (!options.progress || Clock::now() - asked < pause) return true;
+        asked = Clock::now();
+        return options.progress(work, share);
+    }
+
     /// The child's last words; empty where it said none.
     const std::string& Failure() const { return failure; }
 
@@ -88,13 +97,20 @@ class ImportListener {
         char slash = 0;
         if (!options.progress || !(std::istringstream(text) >> done >> slash >> total)) return;
         const std::size_t blank = text.find(' ');
-        const std::string work = blank == std::string::npos ? "" : text.substr(blank + 1);
-        if (options.progress(work, total > 0 ? done / total : -1)) return;
+        work = blank == std::string::npos ? "" : text.substr(blank + 1);
+        share = total > 0 ? done / total : -1;
+        asked = Clock::now();
+        if (options.progress(work, share)) return;
         throw Error(Status::Cancelled, "cancelled");
     }
 
+    using Clock = std::chrono::steady_clock;
+
     const PackOptions& options;
     PackReport& report;
+    std::string work = "importing";  ///< as it was told last
+    double share = -1;
+    Clock::time_point asked = Clock::now();
     std::string failure;
     std::size_t kept = 0;
 };
@@ -195,11 +211,12 @@ void PackModelFile(const std::string& modelPath, int descriptor, const std::stri
     job.strict = options.strict;
     job.tolerance = options.tolerance;
     ImportListener listener(options, told);
+    ImportLimits limits = LimitsOf(options, folder.ModelBytes());
+    limits.wanted = [&listener] { return listener.IsWanted(); };
     int status = 0;
     try {
         status = RunImporter(
-            FindImporter(options.importer), WordsOf(job), descriptor, &folder,
-            LimitsOf(options, folder.ModelBytes()),
+            FindImporter(options.importer), WordsOf(job), descriptor, &folder, limits,
             [&](ChildMessage kind, const std::string& text) { listener.Take(kind, text); });
     } catch (const Error& error) {
         told.lost = LostText(told.warnings);

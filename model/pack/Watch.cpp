@@ -82,6 +82,7 @@ void Watch::NoteProgress() {
 }
 
 void Watch::Check() {
+    if (limits.wanted && !limits.wanted()) throw Error(Status::Cancelled, "cancelled");
     if (ResidentBytes(child) > limits.memoryBytes) ThrowTooMuchMemory(limits.memoryBytes);
     const Clock::time_point now = Clock::now();
     if (limits.time.count() != 0 && now - begun > limits.time) {

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 
 namespace ZVSmartModel {
 
@@ -12,6 +13,8 @@ struct ImportLimits {
     std::uint64_t memoryBytes = 0;         ///< of memory in use
     std::chrono::milliseconds time{0};     ///< in all; 0 for no such limit
     std::chrono::milliseconds silence{0};  ///< of work without progress; 0 for no such limit
+    /// Asked all the while, however silent the importer is, whether it is still wanted; or empty.
+    std::function<bool()> wanted;
 
     /// Half of the machine's memory, and a minute without progress: more for a large model, whose
     /// parsing tells nothing, by a second for each megabyte.
@@ -27,7 +30,7 @@ class Watch {
     static constexpr int pauseMilliseconds = 20;
 
     void NoteProgress();
-    /// Throws Error InputOutput where a limit is passed.
+    /// Throws Error: InputOutput where a limit is passed, Cancelled where it is not wanted.
     void Check();
 
   private:
