@@ -48,6 +48,7 @@ const Case blockCases[] = {
     {"placed_often", "export F -o x.obj", 4, memory},
     {"placed_hill", "plan F", 4, memory},
     {"placed_hill", "export F -o x.obj", 4, work},
+    {"placed_hill", "export F -o x.glb --merge", 4, memory},
     {"placed_segments", "plan F", 4, memory},
     {"placed_circles", "plan F", 4, memory},
     {"chain", "plan F", 4, memory},

@@ -79,7 +79,9 @@ ExportSummary Export(const ModelPointer& model, const FilePath& path, const py::
     const std::string modelPath = model->Path();
     const auto file = model->Use();
     return Freely([&] {
-        const ExportOptions options{wanted.SelectionIn(*file, modelPath), salvage};
+        ExportOptions options;
+        options.selection = wanted.SelectionIn(*file, modelPath);
+        options.salvage = salvage;
         return ExportFile(*file, path.name, options, ProgressFor(progress));
     });
 }
