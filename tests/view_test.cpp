@@ -179,13 +179,14 @@ TEST_F(View, RefusesWhatIsNotThere) {
     std::ofstream(folder + "none.html") << head << tail;
     std::ofstream(folder + "two.html") << "<!-- zvg:files --><!-- zvg:files -->";
     std::ofstream(folder + "text.zvg") << "no block file";
+    const bool hasPage = ZVG_HAS_PAGE && fs::exists(ZVG_PAGE);
     const struct {
         const char* words;
         int status;
     } cases[] = {{"$Z view house.zvg", 2},
                  {"$Z view house.zvg -o a.html --serve", 2},
                  {"$Z view -o a.html", 2},
-                 {"ZVG_VIEWER= $Z view house.zvg -o a.html", 2},
+                 {"ZVG_VIEWER= $Z view house.zvg -o c.html", hasPage ? 0 : 2},
                  {"ZVG_VIEWER=none.html $Z view house.zvg -o a.html", 3},
                  {"ZVG_VIEWER=two.html $Z view house.zvg -o a.html", 3},
                  {"ZVG_VIEWER=missing $Z view house.zvg -o a.html", 3},
@@ -199,6 +200,12 @@ TEST_F(View, RefusesWhatIsNotThere) {
     for (const auto& [words, status] : cases) EXPECT_EQ(Run(words), status) << words << '\n' << err;
     EXPECT_FALSE(fs::exists(folder + "a.html"));
     EXPECT_EQ(ReadAll(folder + "house.zvg"), bytes);
+    // The page that is installed with the tool, wherever that is.
+    EXPECT_EQ(Run("mkdir -p p/bin p/share/zvg; cp $Z p/bin; cp page.html p/share/zvg/viewer.html; "
+                  "ZVG_VIEWER= p/bin/zvg view house.zvg -o b.html"),
+              0)
+        << err;
+    EXPECT_EQ(ReadAll(folder + "b.html").rfind(head, 0), 0U);
 }
 
 class ViewServer : public View {
