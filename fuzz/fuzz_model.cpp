@@ -70,7 +70,7 @@ void AskAll(const BlockFile& file) {
     Try([&] { WriteGlb(file, out); });
     Try([&] {
         ExportOptions all;
-        all.merge = all.edges = all.instances = all.quantize = true;
+        all.merge = all.edges = all.quantize = true;
         all.normals = Normals::Smooth;
         all.compress = CanCompressGlb();
         WriteGlb(file, out, all);

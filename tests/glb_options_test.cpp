@@ -282,6 +282,7 @@ TEST_F(GlbOptions, PropertiesStandBesideByGlobalId) {
                    {"-o new.glb --properties model.zvg --force", 3},
                    {"-o new.glb --normals smooth=200", 2},
                    {"-o new.glb --normals round", 2},
+                   {"-o new.glb --edges --instances", 2},
                    {"-o new.obj --edges", 2},
                    {"-o new.obj --compress", 2}};
     for (const auto& [options, status] : refused) {

@@ -46,6 +46,9 @@ ExportSummary WriteGlb(const BlockFile& file, ZVSmartFormat::CZVFTOutStream& out
     if (options.compress && !CanCompressGlb()) {
         throw Error(Status::Usage, "this build compresses no GLB (it needs meshoptimizer)");
     }
+    if (options.edges && options.instances) {
+        throw Error(Status::Usage, "edges have no instances: readers show the lines of one alone");
+    }
     return Export(file, options, progress,
                   [&](ExportModel& model, Budget& limits, ProgressPace& pace) {
                       AddDetails(model.scene, options, limits, pace);

@@ -30,7 +30,8 @@ struct ExportOptions {
     /// Lines where a surface ends or turns by the crease angle or more.
     bool edges = false;
     /// Elements of one class and floor that differ in their places alone are instances of one node
-    /// (EXT_mesh_gpu_instancing), whose extras list them in the order of the instances.
+    /// (EXT_mesh_gpu_instancing), whose extras list them in the order of the instances. Not with
+    /// `edges`: readers make no instances of lines, nor of what they go with.
     bool instances = false;
     /// Coordinates in 16 bits and normals in 8 (KHR_mesh_quantization): points move by up to a
     /// 65,000th of their mesh's size.
@@ -56,9 +57,9 @@ struct ExportSummary {
 ///
 /// Throws Error: Damaged for what cannot be read, before anything is written; NotFound for a floor
 /// that is not there, and where classes, elements or properties are named and no element is found;
-/// Usage for compression in a build without; InputOutput above 4 GiB, for more than 100 million
-/// merged points, and where `out` does not take it all; Internal; Cancelled. After an error what
-/// was written means nothing.
+/// Usage for compression in a build without, and for instances with edges; InputOutput above 4 GiB,
+/// for more than 100 million merged points, and where `out` does not take it all; Internal;
+/// Cancelled. After an error what was written means nothing.
 ZVSM_API ExportSummary WriteGlb(const BlockFile& file, ZVSmartFormat::CZVFTOutStream& out,
                                 const ExportOptions& options = {}, const Progress& progress = {});
 
