@@ -212,8 +212,9 @@ void RegisterExport(CLI::App& app, CommonOptions& common) {
                      "said more than once")
         ->allow_extra_args(false);
     AddWhereOption(*command, arguments->where);
-    command->add_flag("--no-properties", arguments->noProperties,
-                      "Leave out what is known of the components, but for GUIDs, places and classes");
+    command->add_flag(
+        "--no-properties", arguments->noProperties,
+        "Leave out what is known of the components, but for GUIDs, places and classes");
     command->add_option("--properties", arguments->properties,
                         "Write what is known of the components to this file as well, as JSON by "
                         "their GUIDs");

@@ -47,7 +47,8 @@ std::optional<std::uint64_t> NumberOf(std::string_view text) {
 }  // namespace
 
 std::string ServedFiles::AddPath(const std::string& path) {
-    return Add(fs::path(path).filename().string(), {fs::absolute(path).string(), OwnedDescriptor()});
+    return Add(fs::path(path).filename().string(),
+               {fs::absolute(path).string(), OwnedDescriptor()});
 }
 
 std::string ServedFiles::AddOpen(const std::string& name, OwnedDescriptor descriptor) {
