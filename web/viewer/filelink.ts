@@ -1,0 +1,64 @@
+import type { CallName, FileCalls, Question, Reply } from "./messages.js";
+
+/** Why a file's worker could not answer. */
+export class FileError extends Error {
+  override readonly name = "FileError";
+  constructor(
+    readonly status: string,
+    message: string,
+    /** The byte in the file where damage was met. */
+    readonly position: number | null,
+  ) {
+    super(message);
+  }
+}
+
+/** The page's text of an element that carries code or data. */
+function textOf(id: string): string {
+  return document.getElementById(id)?.textContent?.trim() ?? "";
+}
+
+let workerAddress: string | undefined;
+
+/** A worker of its own for a file, so that reading holds up neither the page nor another file. */
+export class FileLink {
+  private readonly worker: Worker;
+  private readonly waiting = new Map<number, { settle(reply: Reply): void }>();
+  private questions = 0;
+
+  constructor() {
+    // A worker out of a text, since a page from a disk has no address to load one from.
+    workerAddress ??= URL.createObjectURL(new Blob([textOf("zvg-worker")]));
+    this.worker = new Worker(workerAddress);
+    this.worker.onmessage = ({ data }: MessageEvent<Reply>) => {
+      this.waiting.get(data.id)?.settle(data);
+      this.waiting.delete(data.id);
+    };
+    this.worker.onerror = (event) => {
+      const error = { status: "internal", message: event.message, position: null };
+      for (const [id, { settle }] of this.waiting) settle({ id, error });
+      this.waiting.clear();
+    };
+    this.worker.postMessage({ wasm: textOf("zvg-wasm") });
+  }
+
+  ask<Name extends CallName>(
+    call: Name,
+    ...args: Parameters<FileCalls[Name]>
+  ): Promise<ReturnType<FileCalls[Name]>> {
+    return new Promise((resolve, reject) => {
+      const question: Question = { id: this.questions++, call, args };
+      this.waiting.set(question.id, {
+        settle({ value, error }) {
+          if (error === undefined) resolve(value as ReturnType<FileCalls[Name]>);
+          else reject(new FileError(error.status, error.message, error.position));
+        },
+      });
+      this.worker.postMessage(question);
+    });
+  }
+
+  close(): void {
+    this.worker.terminate();
+  }
+}

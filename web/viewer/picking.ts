@@ -1,0 +1,116 @@
+import {
+  type Camera, DoubleSide, NearestFilter, NormalBlending, OrthographicCamera, PerspectiveCamera,
+  RGBAIntegerFormat, ShaderMaterial, UnsignedIntType, Vector2, Vector3, WebGLRenderTarget,
+} from "three";
+import type { Drawing } from "./drawing.js";
+import type { Ref } from "./model.js";
+
+/** What stands at a point of the view. */
+export interface Hit extends Ref {
+  /** Relative to the drawing's origin. */
+  point: Vector3;
+}
+
+// Writes where a surface is and which instance it is of, bit by bit: a number as a colour loses none
+// of them in a target of whole numbers, which every WebGL 2 has.
+const vertexShader = `
+  #include <common>
+  #include <batching_pars_vertex>
+  #include <clipping_planes_pars_vertex>
+  varying vec3 vPoint;
+  flat varying uint vInstance;
+  void main() {
+    #include <batching_vertex>
+    vec3 transformed = position;
+    #include <project_vertex>
+    vPoint = (modelMatrix * batchingMatrix * vec4(position, 1.0)).xyz;
+    vInstance = uint(getIndirectIndex(gl_DrawID)) + 1u;
+    #include <clipping_planes_vertex>
+  }`;
+const fragmentShader = `
+  #include <clipping_planes_pars_fragment>
+  varying vec3 vPoint;
+  flat varying uint vInstance;
+  layout(location = 0) out highp uvec4 found;
+  void main() {
+    #include <clipping_planes_fragment>
+    found = uvec4(floatBitsToUint(vPoint), vInstance);
+  }`;
+
+/** Finds what is seen at a point by drawing that one pixel of numbers in place of colours. */
+export class Picking {
+  private readonly target = new WebGLRenderTarget(1, 1, {
+    format: RGBAIntegerFormat, type: UnsignedIntType, internalFormat: "RGBA32UI",
+    minFilter: NearestFilter, magFilter: NearestFilter, generateMipmaps: false,
+  });
+  private readonly material = new ShaderMaterial({
+    vertexShader, fragmentShader, side: DoubleSide, blending: NormalBlending, clipping: true,
+    glslVersion: "300 es",
+  });
+  private readonly numbers = new Uint32Array(4);
+
+  constructor(
+    private readonly drawing: Drawing,
+    private readonly camera: () => PerspectiveCamera | OrthographicCamera,
+  ) {}
+
+  /** What is at a point of the canvas, in its CSS pixels. */
+  at(x: number, y: number): Hit | null {
+    const { drawing } = this;
+    const { renderer, canvas } = drawing;
+    const camera = this.camera();
+    const size = renderer.getSize(new Vector2());
+    camera.setViewOffset(canvas.clientWidth, canvas.clientHeight, Math.floor(x), Math.floor(y), 1, 1);
+    camera.updateProjectionMatrix();
+    let nearest: Hit | null = null;
+    let least = Infinity;
+    const eye = camera.getWorldPosition(new Vector3());
+    const forward = camera.getWorldDirection(new Vector3());
+    try {
+      this.material.clippingPlanes = drawing.planes;
+      renderer.setRenderTarget(this.target);
+      for (const name of ["solid", "glass"] as const) {
+        for (const [model, batch] of drawing.batches(name)) {
+          const instance = this.draw(batch, camera);
+          if (instance === 0) continue;
+          const [px, py, pz] = new Float32Array(this.numbers.buffer);
+          const point = new Vector3(px, py, pz);
+          const depth = point.clone().sub(eye).dot(forward);
+          // Glass yields to what is as near, such as its own frame.
+          if (depth >= least) continue;
+          least = depth;
+          nearest = { model, element: model.instances[name].elementOf[instance - 1]!, point };
+        }
+      }
+    } finally {
+      renderer.setRenderTarget(null);
+      camera.clearViewOffset();
+      camera.updateProjectionMatrix();
+      renderer.setSize(size.x, size.y, false);
+    }
+    return nearest;
+  }
+
+  /** Draws one batch into the pixel; 1 more than the instance there, 0 for none. */
+  private draw(batch: ReturnType<Drawing["batches"]> extends Generator<[unknown, infer B]> ? B : never,
+    camera: Camera): number {
+    if (batch.instanceCount === 0) return 0;
+    const { renderer, scene } = this.drawing;
+    const gl = renderer.getContext() as WebGL2RenderingContext;
+    const { visible, material } = batch;
+    batch.visible = true;
+    batch.material = this.material;
+    batch.cullEach(true);
+    gl.clearBufferuiv(gl.COLOR, 0, [0, 0, 0, 0]);
+    renderer.clearDepth();
+    const others = scene.children.filter((each) => each !== batch && each.visible);
+    for (const each of others) each.visible = false;
+    renderer.render(scene, camera);
+    gl.readPixels(0, 0, 1, 1, gl.RGBA_INTEGER, gl.UNSIGNED_INT, this.numbers);
+    for (const each of others) each.visible = true;
+    batch.cullEach(false);
+    batch.material = material;
+    batch.visible = visible;
+    return this.numbers[3]!;
+  }
+}

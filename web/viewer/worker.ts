@@ -1,0 +1,168 @@
+import { type BlockFile, BlockFileError, type SceneChunk, open } from "../src/index.js";
+import { fingerprintsOf } from "./fingerprints.js";
+import type { FileCalls, FloorDrawing, Question, Reply, Triangles } from "./messages.js";
+import { Preparer } from "./prepare.js";
+import { propertyNamesOf, valueOf } from "./values.js";
+
+/** Classes whose elements are rooms. */
+const roomClasses = new Set(["IfcSpace", "IfcSpatialZone", "IfcZone"]);
+
+type Asynchronous<Calls> = {
+  [Name in keyof Calls]: Calls[Name] extends (...args: infer Args) => infer Result
+    ? (...args: Args) => Promise<Result>
+    : never;
+};
+
+/** Holds one file for the page: what it answers is ready to be drawn or listed. */
+class FileWorker implements Asynchronous<FileCalls> {
+  private file: BlockFile | undefined;
+  private walk: AsyncIterator<SceneChunk> | undefined;
+  private preparer = new Preparer(null);
+
+  constructor(private readonly wasm: () => Promise<WebAssembly.Module>) {}
+
+  async open(source: string | Blob, origin: number[] | null) {
+    this.file = await open(source, { wasm: await this.wasm() });
+    this.preparer = new Preparer(origin);
+    this.walk = this.file.scene({}, { normals: "smooth" });
+    return this.file.info;
+  }
+
+  async next(): Promise<FloorDrawing | null> {
+    const { done, value: chunk } = await this.walk!.next();
+    if (done) return null;
+    const { floor, missing } = chunk;
+    const rows = await this.opened.rows(floor);
+    const numbers = new Map<string, number>();
+    const classOf = new Uint16Array(rows.length);
+    const rooms = new Set<number>();
+    rows.forEach(({ className, position }) => {
+      let number = numbers.get(className);
+      if (number === undefined) numbers.set(className, (number = numbers.size));
+      classOf[position] = number;
+      if (roomClasses.has(className)) rooms.add(position);
+    });
+    const first = rows.length > 0 ? await this.opened.element(floor, 0) : null;
+    return {
+      floor,
+      name: first?.floorName ?? "",
+      guids: rows.map(({ guid }) => guid),
+      names: rows.map(({ name }) => name),
+      classNames: [...numbers.keys()],
+      classOf,
+      batches: this.preparer.floor(chunk, rooms),
+      missing,
+    };
+  }
+
+  async origin() {
+    return this.preparer.origin as number[] | null;
+  }
+  floors() {
+    return this.opened.floors;
+  }
+  element(floor: number, position: number) {
+    return this.opened.element(floor, position);
+  }
+  damage() {
+    return this.opened.damage();
+  }
+
+  async find(text: string) {
+    const found = await this.opened.find({ text });
+    return found.map(({ floor, position }) => [floor, position] as const);
+  }
+
+  async triangles(floor: number, position: number): Promise<Triangles> {
+    const corners: number[] = [];
+    const origin = this.preparer.origin ?? [0, 0, 0];
+    for await (const chunk of this.opened.scene({ elements: [{ floor, position }] })) {
+      const shapes = new Map(chunk.shapes.map((shape) => [shape.number, shape]));
+      const { count, matrices, shapes: numbers } = chunk.placements;
+      for (let i = 0; i < count; ++i) {
+        const m = matrices.subarray(12 * i, 12 * i + 12);
+        for (const { points, indices } of shapes.get(numbers[i]!)?.surfaces ?? []) {
+          for (const index of indices) {
+            for (let row = 0; row < 3; ++row) {
+              corners.push(m[4 * row]! * points[3 * index]! + m[4 * row + 1]! * points[3 * index + 1]!
+                + m[4 * row + 2]! * points[3 * index + 2]! + m[4 * row + 3]! - origin[row]!);
+            }
+          }
+        }
+      }
+    }
+    return new Float32Array(corners);
+  }
+
+  async values(floor: number, property: string) {
+    const rows = await this.opened.rows(floor);
+    const values: string[] = [];
+    for (const { position } of rows) {
+      values[position] = valueOf(await this.opened.element(floor, position), property);
+    }
+    return values;
+  }
+
+  async propertyNames(floor: number) {
+    const rows = await this.opened.rows(floor);
+    const step = Math.max(1, Math.floor(rows.length / 200));
+    const elements = [];
+    for (let position = 0; position < rows.length; position += step) {
+      elements.push(await this.opened.element(floor, position));
+    }
+    return propertyNamesOf(elements);
+  }
+
+  fingerprints() {
+    return fingerprintsOf(this.opened);
+  }
+
+  private get opened(): BlockFile {
+    if (this.file === undefined) throw new BlockFileError("usage", "no file is open");
+    return this.file;
+  }
+}
+
+/** What holds the memory of a floor's drawing, so that it moves to the page and is not copied. */
+function buffersOf(value: unknown): ArrayBuffer[] {
+  const found = new Set<ArrayBuffer>();
+  const look = (each: unknown): void => {
+    if (ArrayBuffer.isView(each)) found.add(each.buffer as ArrayBuffer);
+    else if (each !== null && typeof each === "object" && !Array.isArray(each)) {
+      Object.values(each).forEach(look);
+    }
+  };
+  look(value);
+  return [...found];
+}
+
+/** The module comes as the text that the page holds: gzip in base64. */
+async function unpacked(base64: string): Promise<WebAssembly.Module> {
+  const bytes = Uint8Array.from(atob(base64), (letter) => letter.charCodeAt(0));
+  const whole = new Blob([bytes]).stream().pipeThrough(new DecompressionStream("gzip"));
+  return WebAssembly.compile(await new Response(whole).arrayBuffer());
+}
+
+let compiled: Promise<WebAssembly.Module> | undefined;
+const held = new FileWorker(() => compiled!);
+
+self.onmessage = async ({ data }: MessageEvent<Question | { wasm: string }>) => {
+  if ("wasm" in data) {
+    compiled = unpacked(data.wasm);
+    compiled.catch(() => undefined); // whoever opens is told
+    return;
+  }
+  const reply: Reply = { id: data.id };
+  try {
+    const call = held[data.call] as (...args: unknown[]) => Promise<unknown>;
+    reply.value = await call.apply(held, data.args);
+  } catch (error) {
+    const known = error instanceof BlockFileError;
+    reply.error = {
+      status: known ? error.status : "internal",
+      message: error instanceof Error ? error.message : String(error),
+      position: known ? error.position : null,
+    };
+  }
+  self.postMessage(reply, { transfer: buffersOf(reply.value) });
+};
