@@ -131,6 +131,17 @@ export class Camera {
     this.update();
   }
 
+  /** Takes over another's view; `height` in metres is that of an orthographic one. */
+  lookFrom(eye: Vector3, direction: Vector3, height: number | null): void {
+    const ahead = direction.clone().normalize();
+    this.yaw = Math.hypot(ahead.x, ahead.y) > 1e-6 ? Math.atan2(ahead.x, ahead.y) : this.yaw;
+    this.pitch = Math.min(Math.max(-Math.asin(ahead.z), -steepest), steepest);
+    this.isOrthographic = height !== null;
+    if (height !== null) this.distance = height / (2 * Math.tan(radians(fieldOfView / 2)));
+    this.target.copy(eye).addScaledVector(ahead, this.distance);
+    this.update();
+  }
+
   /** Metres between the upper and the lower rim, where the target is. */
   heightAtTarget(): number {
     return 2 * this.distance * Math.tan(radians(fieldOfView / 2));

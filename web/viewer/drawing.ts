@@ -3,7 +3,7 @@ import {
   type PerspectiveCamera, type Plane, Scene, WebGLRenderer,
 } from "three";
 import { Batch } from "./batch.js";
-import { materials } from "./materials.js";
+import { materials, solidAlpha } from "./materials.js";
 import { type BatchName, type FloorDrawing, batchNames } from "./messages.js";
 import type { Model, ModelFloor, Shade } from "./model.js";
 
@@ -16,19 +16,20 @@ interface Drawn {
   batches: Record<BatchName, Batch>;
 }
 
+const around = new Box3();
+
 /** Draws models, whenever something has changed. Z is up; coordinates are relative to an origin. */
 export class Drawing {
   readonly renderer: WebGLRenderer;
   readonly scene = new Scene();
   /** What lies over the model: measures, section frames. */
   readonly overlay = new Group();
-  /** Half spaces of which all is kept. */
-  planes: Plane[] = [];
   shadeOf: (model: Model, element: number) => Shade =
     () => ({ tint: null, isSelected: false, isGhost: false });
   /** Runs ahead of each frame. */
   readonly beforeFrame = new Set<() => void>();
 
+  private kept: Plane[] = [];
   private readonly drawn = new Map<Model, Drawn>();
   private readonly materials = materials();
   private readonly light = new DirectionalLight(0xffffff, 1.6);
@@ -50,6 +51,15 @@ export class Drawing {
     this.scene.matrixWorldAutoUpdate = true;
     new ResizeObserver(() => this.resize()).observe(canvas.parentElement!);
     this.resize();
+  }
+
+  /** Half spaces, of which what lies in all of them is drawn. */
+  get planes(): Plane[] {
+    return this.kept;
+  }
+  set planes(planes: Plane[]) {
+    this.kept = planes;
+    this.refreshAll();
   }
 
   /** Draws a frame soon. */
@@ -117,7 +127,8 @@ export class Drawing {
       if (name === "edges") {
         batch.paint(id, edge, shade.isGhost ? 0.14 : shade.isSelected ? 1 : 0.62);
       } else if (name === "solid") {
-        batch.paint(id, rgb, shade.isGhost ? 0 : 1);
+        const whole = this.isCut(batch, id) ? solidAlpha.cut : solidAlpha.whole;
+        batch.paint(id, rgb, shade.isGhost ? solidAlpha.ghost : whole);
       } else {
         const alpha = Math.max((own >>> 24) / 255, 0.16);
         batch.paint(id, rgb, shade.isGhost ? 0.05 : shade.isSelected ? Math.max(alpha, 0.6) : alpha);
@@ -133,11 +144,24 @@ export class Drawing {
     this.invalidate();
   }
 
+  /** Whether a plane may open an instance; what none reaches has no inside to fill, even where its
+   * author turned its faces this way and that. */
+  private isCut(batch: Batch, instance: number): boolean {
+    if (this.planes.length === 0) return false;
+    around.makeEmpty();
+    batch.enclose(instance, around);
+    return this.planes.some((plane) => plane.intersectsBox(around));
+  }
+
   setDark(isDark: boolean): void {
     this.isDark = isDark;
-    this.renderer.setClearColor(new Color(isDark ? 0x1b1e22 : 0xeceef0));
+    this.restoreBackground();
     this.sky.intensity = isDark ? 2.1 : 2.5;
     this.refreshAll();
+  }
+  /** The renderer clears with the colour that its last target asked for, unless it is told anew. */
+  restoreBackground(): void {
+    this.renderer.setClearColor(new Color(this.isDark ? 0x1b1e22 : 0xeceef0));
   }
   setEdges(shows: boolean): void {
     this.showsEdges = shows;

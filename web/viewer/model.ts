@@ -3,7 +3,7 @@ import { FileLink } from "./filelink.js";
 import type { BatchName, FloorDrawing } from "./messages.js";
 
 /** Why an element is not shown; more than one may hold. */
-export const Hidden = { byUser: 1, byFloor: 2, byIsolation: 4, byLayer: 8 } as const;
+export const Hidden = { byUser: 1, byFloor: 2, byIsolation: 4, byLayer: 8, byComparison: 16 } as const;
 export type HiddenReason = (typeof Hidden)[keyof typeof Hidden];
 
 /** How an element is shown. */

@@ -1,6 +1,6 @@
 import {
   type Camera, DoubleSide, NearestFilter, NormalBlending, OrthographicCamera, PerspectiveCamera,
-  RGBAIntegerFormat, ShaderMaterial, UnsignedIntType, Vector2, Vector3, WebGLRenderTarget,
+  RGBAIntegerFormat, ShaderMaterial, UnsignedIntType, Vector3, WebGLRenderTarget,
 } from "three";
 import type { Drawing } from "./drawing.js";
 import type { Ref } from "./model.js";
@@ -59,7 +59,6 @@ export class Picking {
     const { drawing } = this;
     const { renderer, canvas } = drawing;
     const camera = this.camera();
-    const size = renderer.getSize(new Vector2());
     camera.setViewOffset(canvas.clientWidth, canvas.clientHeight, Math.floor(x), Math.floor(y), 1, 1);
     camera.updateProjectionMatrix();
     let nearest: Hit | null = null;
@@ -86,7 +85,7 @@ export class Picking {
       renderer.setRenderTarget(null);
       camera.clearViewOffset();
       camera.updateProjectionMatrix();
-      renderer.setSize(size.x, size.y, false);
+      drawing.restoreBackground();
     }
     return nearest;
   }

@@ -122,6 +122,28 @@ function joined(surfaces: Surface[]): Part {
   };
 }
 
+/** Turns triangles that show their insides, as some authors write bodies; sections tell the inside by
+ * the side that a triangle shows. Seen from the middle of an open body, its volume decides as well. */
+function turnedOutwards({ look, points, normals, indices }: Part): Part {
+  const box = boxAround(points);
+  const middle = [0, 1, 2].map((axis) => (box[axis]! + box[axis + 3]!) / 2);
+  let volume = 0;
+  for (let i = 0; i < indices.length; i += 3) {
+    const [a, b, c] = [0, 1, 2].map((corner) => 3 * indices[i + corner]!) as [number, number, number];
+    for (let axis = 0; axis < 3; ++axis) {
+      const next = (axis + 1) % 3, last = (axis + 2) % 3;
+      const cross = (points[b + next]! - points[a + next]!) * (points[c + last]! - points[a + last]!)
+        - (points[b + last]! - points[a + last]!) * (points[c + next]! - points[a + next]!);
+      volume += cross * (points[a + axis]! - middle[axis]!);
+    }
+  }
+  if (volume >= 0) return { look, points, normals, indices };
+  for (let i = 0; i < indices.length; i += 3) {
+    [indices[i + 1], indices[i + 2]] = [indices[i + 2]!, indices[i + 1]!];
+  }
+  return { look, points, normals: normals && normals.map((each) => -each), indices };
+}
+
 /** What of a shape is drawn: its surfaces joined by their looks, and its edges. */
 interface Drawable {
   parts: { part: Part | null; look: number | null; batch: BatchName | null; geometry: number }[];
@@ -168,7 +190,7 @@ export class Preparer {
       else byLook.set(surface.look, [surface]);
     }
     const parts = [...byLook.values()].map((surfaces) => {
-      const part = joined(surfaces);
+      const part = turnedOutwards(joined(surfaces));
       return { part, look: part.look, batch: null, geometry: 0 };
     });
     const creases = creasesOf(parts.map(({ part }) => part));

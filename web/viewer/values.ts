@@ -33,3 +33,10 @@ export function propertyNamesOf(elements: Element[]): string[] {
   }
   return [...counts].sort(([, a], [, b]) => b - a).map(([name]) => name);
 }
+
+const roomClasses = new Set(["IfcSpace", "IfcSpatialZone", "IfcZone"]);
+
+/** Whether elements of a class are rooms, which are a layer of their own. */
+export function isRoom(className: string): boolean {
+  return roomClasses.has(className);
+}

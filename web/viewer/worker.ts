@@ -2,10 +2,7 @@ import { type BlockFile, BlockFileError, type SceneChunk, open } from "../src/in
 import { fingerprintsOf } from "./fingerprints.js";
 import type { FileCalls, FloorDrawing, Question, Reply, Triangles } from "./messages.js";
 import { Preparer } from "./prepare.js";
-import { propertyNamesOf, valueOf } from "./values.js";
-
-/** Classes whose elements are rooms. */
-const roomClasses = new Set(["IfcSpace", "IfcSpatialZone", "IfcZone"]);
+import { isRoom, propertyNamesOf, valueOf } from "./values.js";
 
 type Asynchronous<Calls> = {
   [Name in keyof Calls]: Calls[Name] extends (...args: infer Args) => infer Result
@@ -40,7 +37,7 @@ class FileWorker implements Asynchronous<FileCalls> {
       let number = numbers.get(className);
       if (number === undefined) numbers.set(className, (number = numbers.size));
       classOf[position] = number;
-      if (roomClasses.has(className)) rooms.add(position);
+      if (isRoom(className)) rooms.add(position);
     });
     const first = rows.length > 0 ? await this.opened.element(floor, 0) : null;
     return {
