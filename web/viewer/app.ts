@@ -244,11 +244,15 @@ files.closed.add(() => {
   isFitted = selection.models.length > 0;
 });
 addEventListener("hashchange", () => views.follow());
-if (matchMedia("(max-width: 760px)").matches) setContents(false);
+if (matchMedia("(max-width: 760px)").matches) {
+  setContents(false);
+  toolbar.refresh();
+}
 setDark(isDark);
 void files.start();
 
-/** What a page around this one may ask: where a point of the model is on its canvas, and the view. */
+/** What a page around this one may ask: where a point of the model is on the canvas, a frame at
+ * once, and the view. */
 Object.assign(window, {
   zvgViewer: {
     models: (): Model[] => selection.models,
@@ -256,6 +260,7 @@ Object.assign(window, {
       const [ox, oy, oz] = files.drawingOrigin as [number, number, number];
       return marks.project(new Vector3(x - ox, y - oy, z - oz));
     },
+    draw: () => drawing.frame(),
     view: () => views.take(),
     show: (view: ReturnType<Views["take"]>) => views.bring(view),
   },
