@@ -14,6 +14,7 @@ import { Hidden, type Model, type Ref } from "./model.js";
 import { Options } from "./options.js";
 import { Panel } from "./panel.js";
 import { Picking } from "./picking.js";
+import { PlanView } from "./plan.js";
 import { Search } from "./search.js";
 import { Section } from "./section.js";
 import { Selection } from "./selection.js";
@@ -39,6 +40,7 @@ const marks = new Marks(() => camera.current);
 const measure = new Measure(bodies, marks, camera, drawing, options);
 const section = new Section(bodies, drawing, options);
 const storeys = new StoreySlider(selection);
+const plan = new PlanView({ camera, drawing, files, selection, storeys });
 const colourBy = new ColourBy(selection, options);
 const compare = new Compare(selection, options, () => files.ask());
 const panel = new Panel();
@@ -134,6 +136,7 @@ function openViews(): void {
     toggleOf("Orthographic", camera.viewpoint.isOrthographic, (is) => camera.setOrthographic(is)),
     toggleOf("Edges", showsEdges, (is) => drawing.setEdges((showsEdges = is))),
     toggleOf("Dark", isDark, setDark),
+    make("button", { onclick: () => byId<HTMLDialogElement>("notices").showModal() }, "Notices"),
   ]);
 }
 
@@ -168,6 +171,8 @@ const toolbar = new Toolbar(toolsOf({
   home: () => fit("Home"),
   fit: () => fit(),
   views: openViews,
+  plan: () => plan.toggle(),
+  showsPlan: () => plan.isShown,
   walk() {
     controls.isWalking = !controls.isWalking;
     if (controls.isWalking) camera.stand(camera.eye);

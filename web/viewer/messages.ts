@@ -1,4 +1,5 @@
 import type { Damage, Element, Floor, Info } from "../src/index.js";
+import type { PlanLines } from "./planlines.js";
 
 /** Geometries that stand once in a batch, one behind the other. */
 export interface Geometries {
@@ -72,6 +73,8 @@ export interface FileCalls {
   /** Where elements stand that bear a text anywhere. */
   find(text: string): At[];
   triangles(floor: number, position: number): Triangles;
+  /** Where a level plane at a height in the model's coordinates meets the bodies of a floor. */
+  plan(floor: number, height: number): PlanLines;
   /** One property of all elements on a floor, by "SET.NAME" or a field's name; "" where none. */
   values(floor: number, property: string): string[];
   /** Names of properties that elements of a floor bear, "SET.NAME", the most frequent first. */

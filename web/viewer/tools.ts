@@ -8,6 +8,8 @@ export interface ToolActs {
   home(): void;
   fit(): void;
   views(): void;
+  plan(): void;
+  showsPlan(): boolean;
   walk(): void;
   isWalking(): boolean;
   section(): void;
@@ -42,6 +44,8 @@ export function toolsOf(acts: ToolActs): Tool[][] {
         icon: "M4 9V4h5M15 4h5v5M20 15v5h-5M9 20H4v-5M9 9h6v6H9z", act: acts.fit },
       { id: "views", label: "Views", title: "The six views, projection and looks", key: "v",
         icon: "M12 3l8 4.5v9L12 21l-8-4.5v-9zM12 12l8-4.5M12 12v9M12 12L4 7.5", act: acts.views },
+      { id: "plan", label: "Plan", title: "The floor's plan beside the model", key: "p",
+        icon: "M4 4h16v16H4zM4 10h8M12 4v10M12 20v-2M16 14h4", act: acts.plan, isOn: acts.showsPlan },
       { id: "walk", label: "Walk", title: "Walk with W A S D, up and down with E and Q", key: "g",
         icon: "M13 4a1.5 1.5 0 1 0 .1 0M12 8l-2 6 3 2 1 5M10 14l-2 6M12 8l4 4M11 9l-3 4",
         act: acts.walk, isOn: acts.isWalking },

@@ -1,6 +1,7 @@
 import { type BlockFile, BlockFileError, type SceneChunk, open } from "../src/index.js";
 import { fingerprintsOf } from "./fingerprints.js";
 import type { FileCalls, FloorDrawing, Question, Reply, Triangles } from "./messages.js";
+import { planOf } from "./planlines.js";
 import { Preparer } from "./prepare.js";
 import { isRoom, propertyNamesOf, valueOf } from "./values.js";
 
@@ -89,6 +90,12 @@ class FileWorker implements Asynchronous<FileCalls> {
       }
     }
     return new Float32Array(corners);
+  }
+
+  async plan(floor: number, height: number) {
+    const rows = await this.opened.rows(floor);
+    return planOf(this.opened.scene({ floor }), height, this.preparer.origin ?? [0, 0, 0],
+      (position) => isRoom(rows[position]?.className ?? ""));
   }
 
   async values(floor: number, property: string) {
