@@ -1,4 +1,4 @@
-import { Vector3 } from "three";
+import { Box3, Vector3 } from "three";
 import { Bodies } from "./bodies.js";
 import { Camera, type Direction, directions } from "./camera.js";
 import { Compare } from "./compare.js";
@@ -222,13 +222,25 @@ files.takeOther = (file) => {
   void exchange.openBcf(file);
   return true;
 };
+files.arrived.add((model, floor) => {
+  for (const element of model.elementsOf(floor)) {
+    model.hide(element, Hidden.byLayer, !showsRooms && isRoom(model.className(element)));
+  }
+});
 let isFitted = false;
-files.grew.add((model) => {
-  rooms.set(showsRooms);
+/** The view of all that came first; the viewer may have left it before the rest came. */
+let firstView = "";
+const fitFirst = (): void => {
+  camera.fit(reach, "Home");
+  firstView = JSON.stringify(camera.viewpoint);
+};
+const reach = new Box3();
+files.grew.add((model, floor) => {
   tree.refresh();
-  const box = drawing.boxOf();
-  camera.setReach(box);
-  if (!isFitted && selection.models[0] === model) camera.fit(box, "Home");
+  const refs = model.elementsOf(floor).map((element) => ({ model, element }));
+  reach.union(drawing.boxOf(refs.filter(({ element }) => model.hidden[element] === 0)));
+  camera.setReach(reach);
+  if (firstView === "") fitFirst();
   if (performance.getEntriesByName("zvg:first-floor").length === 0) {
     drawing.frame();
     performance.mark("zvg:first-floor");
@@ -238,15 +250,18 @@ files.opened.add(() => {
   tree.refresh();
   storeys.refresh();
   document.title = selection.models.map(({ name }) => name).join(", ") || "Building model";
+  if (!isFitted && JSON.stringify(camera.viewpoint) === firstView) fitFirst();
   if (!isFitted) views.follow();
   isFitted = true;
   performance.mark("zvg:opened");
 });
 files.closed.add(() => {
   compare.end();
+  reach.copy(drawing.boxOf());
   tree.refresh();
   storeys.refresh();
   isFitted = selection.models.length > 0;
+  if (!isFitted) firstView = "";
 });
 addEventListener("hashchange", () => views.follow());
 if (matchMedia("(max-width: 760px)").matches) {

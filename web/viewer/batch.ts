@@ -17,9 +17,11 @@ const grown = (needed: number, had: number): number =>
 export class Batch extends BatchedMesh {
   private usedPoints = 0;
   private usedIndices = 0;
-  private geometries = 0;
-  /** Of each geometry, as Box3.setFromArray takes it. */
-  private boxes = new Float32Array(192);
+  private geometryTotal = 0;
+  /** Of each instance, as Box3.setFromArray takes it. */
+  private boxes = new Float32Array(384);
+  /** Of each instance: whether it is drawn with others in one go, and hidden by its colour. */
+  private isPart = new Uint8Array(64);
 
   constructor(material: Material, isLines: boolean) {
     super(64, 4096, 8192, material);
@@ -41,28 +43,38 @@ export class Batch extends BatchedMesh {
       point += points;
       index += indices;
     }
+    const first = this.instanceCount;
+    let last = -1;
     for (let i = 0; i < added.instances; ++i) {
+      const isFollower = this.isParted(added, i) && added.geometryOf[i] === last;
+      last = added.geometryOf[i]!;
       const id = this.addInstance(added.geometryOf[i]!);
       const m = added.matrices.subarray(12 * i, 12 * i + 12);
       matrix.set(m[0]!, m[1]!, m[2]!, m[3]!, m[4]!, m[5]!, m[6]!, m[7]!, m[8]!, m[9]!, m[10]!,
         m[11]!, 0, 0, 0, 1);
       this.setMatrixAt(id, matrix);
+      this.isPart[id] = Number(this.isParted(added, i));
+      if (isFollower) this.setVisibleAt(id, false); // its leader draws all of the geometry
     }
+    this.boxes.set(added.boxes, 6 * first);
   }
 
   /** Enlarges `around` by an instance. */
   enclose(instance: number, around: Box3): void {
-    this.getMatrixAt(instance, matrix);
-    const at = 6 * this.getGeometryIdAt(instance);
-    box.setFromArray(this.boxes.subarray(at, at + 6)).applyMatrix4(matrix);
-    around.union(box);
+    around.union(box.setFromArray(this.boxes.subarray(6 * instance, 6 * instance + 6)));
   }
 
-  /** `rgb` is a byte each from the lowest on, as screens show it; `alpha` goes up to 1. */
+  hide(instance: number): void {
+    if (this.isPart[instance]) this.setColorAt(instance, shown.set(0, 0, 0, -1));
+    else this.setVisibleAt(instance, false);
+  }
+
+  /** Shows an instance. `rgb` is a byte each from the lowest on, as screens show it; `alpha` goes up to 1. */
   paint(instance: number, rgb: number, alpha: number): void {
     colour.setRGB((rgb & 255) / 255, ((rgb >>> 8) & 255) / 255, ((rgb >>> 16) & 255) / 255,
       SRGBColorSpace);
     this.setColorAt(instance, shown.set(colour.r, colour.g, colour.b, alpha));
+    if (!this.isPart[instance]) this.setVisibleAt(instance, true);
   }
 
   /** Whether instances that the camera does not see are left out, which costs time for each. */
@@ -94,14 +106,21 @@ export class Batch extends BatchedMesh {
     if (needed > this.maxInstanceCount) this.setInstanceCount(grown(needed, this.maxInstanceCount));
     this.usedPoints = points;
     this.usedIndices = indices;
-    const room = grown(6 * (this.geometries + geometries.count), this.boxes.length);
-    if (room > this.boxes.length) {
-      const boxes = new Float32Array(room);
+    this.geometryTotal += geometries.count;
+    if (6 * needed > this.boxes.length) {
+      const boxes = new Float32Array(grown(6 * needed, this.boxes.length));
       boxes.set(this.boxes);
       this.boxes = boxes;
+      const isPart = new Uint8Array(boxes.length / 6);
+      isPart.set(this.isPart);
+      this.isPart = isPart;
     }
-    this.boxes.set(geometries.boxes, 6 * this.geometries);
-    this.geometries += geometries.count;
+  }
+
+  /** Whether the geometry of an instance consists of parts. */
+  private isParted({ geometryOf, geometries }: BatchAddition, i: number): boolean {
+    const own = geometryOf[i]! - (this.geometryTotal - geometries.count);
+    return own >= 0 && geometries.parted[own] === 1;
   }
 }
 
@@ -115,6 +134,8 @@ function geometryOf(geometries: BatchAddition["geometries"], which: number, poin
     geometry.setAttribute("normal",
       new BufferAttribute(geometries.normals.subarray(4 * point, 4 * (point + points)), 4, true));
   }
+  geometry.setAttribute("part",
+    new BufferAttribute(geometries.parts.subarray(point, point + points), 1));
   geometry.setIndex(new BufferAttribute(geometries.indices.subarray(index, index + indices), 1));
   box.setFromArray(geometries.boxes.subarray(6 * which, 6 * which + 6));
   geometry.boundingSphere = box.getBoundingSphere(new Sphere());

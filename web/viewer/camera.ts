@@ -68,7 +68,7 @@ export class Camera {
   }
   setReach(box: Box3): void {
     if (!box.isEmpty()) this.reach = box.clone();
-    this.update();
+    this.place(); // what is seen stays the same
   }
   setOrthographic(is: boolean): void {
     this.isOrthographic = is;
@@ -154,6 +154,11 @@ export class Camera {
   }
 
   private update(): void {
+    this.place();
+    for (const tell of this.changed) tell();
+  }
+
+  private place(): void {
     const { eye, perspective, orthographic } = this;
     const middle = this.reach.getCenter(new Vector3());
     const radius = this.reach.getSize(new Vector3()).length() / 2 + 1;
@@ -174,7 +179,6 @@ export class Camera {
       camera.updateProjectionMatrix();
       camera.updateMatrixWorld();
     }
-    for (const tell of this.changed) tell();
   }
 }
 

@@ -17,6 +17,8 @@ interface Drawn {
 }
 
 const around = new Box3();
+/** Milliseconds between frames while floors arrive. */
+const loadingPause = 4000;
 
 /** Draws models, whenever something has changed. Z is up; coordinates are relative to an origin. */
 export class Drawing {
@@ -36,6 +38,7 @@ export class Drawing {
   private readonly sky = new HemisphereLight(0xffffff, 0xcfcac2, 2.5);
   private isDark = false;
   private isAsked = false;
+  private later: ReturnType<typeof setTimeout> | undefined;
   private showsEdges = true;
   private hasGhosts = false;
 
@@ -103,7 +106,11 @@ export class Drawing {
       }
     }
     for (let i = 0; i < floor.guids.length; ++i) this.refresh(model, floor.begin + i);
-    this.invalidate();
+    // A frame for each floor would hold up those that follow.
+    this.later ??= setTimeout(() => {
+      this.later = undefined;
+      this.invalidate();
+    }, loadingPause);
   }
 
   /** Nothing more comes; what only growing needs is let go. */
@@ -121,7 +128,10 @@ export class Drawing {
     const edge = shade.isSelected ? accent : this.isDark ? edgeColour.dark : edgeColour.light;
     for (const { batch: name, id } of model.instancesOf(element)) {
       const batch = batches[name];
-      batch.setVisibleAt(id, isSeen);
+      if (!isSeen) {
+        batch.hide(id);
+        continue;
+      }
       const own = model.instances[name].colours[id]!;
       const rgb = shade.isSelected ? mixed(shade.tint ?? own, accent, 0.72) : shade.tint ?? own;
       if (name === "edges") {

@@ -1,7 +1,7 @@
 import { byId, say } from "./dom.js";
 import type { Drawing } from "./drawing.js";
 import { FileError } from "./filelink.js";
-import { Model } from "./model.js";
+import { Model, type ModelFloor } from "./model.js";
 import type { Selection } from "./selection.js";
 
 /** A file to be opened. */
@@ -37,8 +37,10 @@ function wantedAtStart(): Wanted[] {
 
 /** Opens files, and brings their floors to the page one by one. */
 export class Files {
-  /** Behind each floor. */
-  readonly grew = new Set<(model: Model) => void>();
+  /** Ahead of each floor's drawing. */
+  readonly arrived = new Set<(model: Model, floor: ModelFloor) => void>();
+  /** Behind it. */
+  readonly grew = new Set<(model: Model, floor: ModelFloor) => void>();
   /** Behind all of a file. */
   readonly opened = new Set<(model: Model) => void>();
   readonly closed = new Set<(model: Model) => void>();
@@ -122,8 +124,10 @@ export class Files {
         if (drawing === null) break;
         if (!this.selection.models.includes(model)) return;
         this.origin ??= await model.link.ask("origin");
-        this.drawing.addFloor(model, model.addFloor(drawing), drawing);
-        for (const tell of this.grew) tell(model);
+        const floor = model.addFloor(drawing);
+        for (const tell of this.arrived) tell(model, floor);
+        this.drawing.addFloor(model, floor, drawing);
+        for (const tell of this.grew) tell(model, floor);
       }
       model.levels = await model.link.ask("floors");
       this.drawing.finish(model);

@@ -6,7 +6,8 @@ import {
 /** What the alpha of a solid's colour says beside its colour. */
 export const solidAlpha = { ghost: 0, cut: 0.75, whole: 1 } as const;
 
-/** What of a batch a material draws, and how. */
+/** What of a batch a material draws, and how. Each point knows the instance that it is of, behind the
+ * first of what is drawn with it; an alpha below 0 hides one. */
 interface Drawn {
   /** A condition in GLSL on an instance's `vColor`. */
   instances: string;
@@ -27,10 +28,14 @@ function drawn(material: Material, { instances, side, finish = "" }: Drawn): voi
   const normals = ShaderChunk.normal_fragment_begin.replace("gl_FrontFacing", facing);
   material.onBeforeCompile = (shader) => {
     shader.vertexShader = shader.vertexShader
-      .replace("#include <common>", "#include <common>\nflat varying float vTurn;")
+      .replace("#include <common>", `#include <common>
+        flat varying float vTurn;
+        attribute float part;`)
+      .replace("#include <color_vertex>",
+        "vColor = getBatchingColor(getIndirectIndex(gl_DrawID) + part);")
       .replace("#include <project_vertex>", `#include <project_vertex>
         vTurn = sign(determinant(mat3(batchingMatrix)));
-        if (!(${instances})) gl_Position = vec4(2.0, 2.0, 2.0, 1.0);`);
+        if (vColor.a < 0.0 || !(${instances})) gl_Position = vec4(2.0, 2.0, 2.0, 1.0);`);
     shader.fragmentShader = shader.fragmentShader
       .replace("#include <common>", "#include <common>\nflat varying float vTurn;")
       .replace("#include <clipping_planes_fragment>", `${discard}\n#include <clipping_planes_fragment>`)
@@ -69,5 +74,6 @@ export function materials() {
   const edges = new LineBasicMaterial({
     transparent: true, depthWrite: false, stencilFunc: NotEqualStencilFunc, stencilRef: 1,
   });
+  drawn(edges, { instances: "true" });
   return { solid, solidCut, cap, ghost, edges, glass };
 }

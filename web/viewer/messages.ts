@@ -6,10 +6,14 @@ export interface Geometries {
   count: number;
   /** Points and indices of each, in pairs. */
   sizes: Uint32Array;
+  /** 1 for those that consist of parts, each with an instance of its own. */
+  parted: Uint8Array;
   /** Least and greatest coordinates of each, in sixes. */
   boxes: Float32Array;
   /** Three a point, metres. */
   points: Float32Array;
+  /** Of each point, how far behind its geometry's first instance the instance is that it is of. */
+  parts: Uint8Array;
   /** Four bytes a point, of which the last pads; null for edges. */
   normals: Int8Array | null;
   /** From the first point of their geometry on: three a triangle, two an edge. */
@@ -20,7 +24,8 @@ export interface Geometries {
 export interface BatchAddition {
   geometries: Geometries;
   instances: number;
-  /** The number of the geometry in the batch. */
+  /** The number of the geometry in the batch. Instances of a geometry that consists of parts follow
+   * each other, in the order of the parts. */
   geometryOf: Uint32Array;
   /** The position of the element on its floor. */
   elementOf: Uint32Array;
@@ -28,6 +33,8 @@ export interface BatchAddition {
   colours: Uint32Array;
   /** Twelve an instance: rows, relative to the drawing's origin. */
   matrices: Float32Array;
+  /** Least and greatest coordinates of each where it stands, in sixes. */
+  boxes: Float32Array;
 }
 
 /** The batches of a model, in the order in which they are drawn. */

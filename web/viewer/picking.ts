@@ -17,6 +17,7 @@ const vertexShader = `
   #include <common>
   #include <batching_pars_vertex>
   #include <clipping_planes_pars_vertex>
+  attribute float part;
   varying vec3 vPoint;
   flat varying uint vInstance;
   void main() {
@@ -24,7 +25,9 @@ const vertexShader = `
     vec3 transformed = position;
     #include <project_vertex>
     vPoint = (modelMatrix * batchingMatrix * vec4(position, 1.0)).xyz;
-    vInstance = uint(getIndirectIndex(gl_DrawID)) + 1u;
+    float instance = getIndirectIndex(gl_DrawID) + part;
+    vInstance = uint(instance) + 1u;
+    if (getBatchingColor(instance).a < 0.0) gl_Position = vec4(2.0, 2.0, 2.0, 1.0);
     #include <clipping_planes_vertex>
   }`;
 const fragmentShader = `

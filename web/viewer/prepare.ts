@@ -1,97 +1,8 @@
 import type { Look, SceneChunk, Shape, Surface } from "../src/index.js";
+import { Addition, type Part, boxAround } from "./addition.js";
 import { creasesOf } from "./creases.js";
-import type { BatchAddition, BatchName, Geometries } from "./messages.js";
-
-/** Grows as numbers are put behind each other. */
-class Numbers<Kind extends Float32Array | Uint32Array | Int8Array> {
-  private length = 0;
-  constructor(private array: Kind) {}
-
-  put(values: ArrayLike<number>): void {
-    const end = this.length + values.length;
-    if (end > this.array.length) {
-      const Make = this.array.constructor as new (length: number) => Kind;
-      const grown = new Make(Math.max(end, 2 * this.array.length));
-      grown.set(this.array.subarray(0, this.length));
-      this.array = grown;
-    }
-    this.array.set(values, this.length);
-    this.length = end;
-  }
-  /** A copy that is as long as what was put. */
-  taken(): Kind {
-    return this.array.slice(0, this.length) as Kind;
-  }
-}
-
-/** What one floor adds to one batch. */
-class Addition {
-  private count = 0;
-  private instances = 0;
-  private readonly sizes = new Numbers(new Uint32Array(64));
-  private readonly boxes = new Numbers(new Float32Array(192));
-  private readonly points = new Numbers(new Float32Array(1024));
-  private readonly normals = new Numbers(new Int8Array(1024));
-  private readonly indices = new Numbers(new Uint32Array(1024));
-  private readonly geometryOf = new Numbers(new Uint32Array(64));
-  private readonly elementOf = new Numbers(new Uint32Array(64));
-  private readonly colours = new Numbers(new Uint32Array(64));
-  private readonly matrices = new Numbers(new Float32Array(768));
-
-  addGeometry({ points, normals, indices }: Part): void {
-    this.sizes.put([points.length / 3, indices.length]);
-    this.boxes.put(boxAround(points));
-    this.points.put(points);
-    if (normals !== null) this.normals.put(normals);
-    this.indices.put(indices);
-    this.count += 1;
-  }
-
-  addInstance(geometry: number, element: number, colour: number, matrix: Float32Array): void {
-    this.geometryOf.put([geometry]);
-    this.elementOf.put([element]);
-    this.colours.put([colour]);
-    this.matrices.put(matrix);
-    this.instances += 1;
-  }
-
-  taken(hasNormals: boolean): BatchAddition {
-    const geometries: Geometries = {
-      count: this.count,
-      sizes: this.sizes.taken(),
-      boxes: this.boxes.taken(),
-      points: this.points.taken(),
-      normals: hasNormals ? this.normals.taken() : null,
-      indices: this.indices.taken(),
-    };
-    return {
-      geometries,
-      instances: this.instances,
-      geometryOf: this.geometryOf.taken(),
-      elementOf: this.elementOf.taken(),
-      colours: this.colours.taken(),
-      matrices: this.matrices.taken(),
-    };
-  }
-}
-
-/** Triangles or edges that look the same. */
-interface Part {
-  look: number | null;
-  points: Float32Array;
-  normals: Int8Array | null;
-  indices: Uint32Array;
-}
-
-/** The least and the greatest coordinates. */
-function boxAround(points: Float32Array): number[] {
-  const box = [Infinity, Infinity, Infinity, -Infinity, -Infinity, -Infinity];
-  for (let i = 0; i < points.length; ++i) {
-    box[i % 3] = Math.min(box[i % 3]!, points[i]!);
-    box[3 + (i % 3)] = Math.max(box[3 + (i % 3)]!, points[i]!);
-  }
-  return box;
-}
+import type { At, BatchAddition, BatchName } from "./messages.js";
+import { Numbers } from "./numbers.js";
 
 /** Normals as bytes, each with one that pads. */
 function asBytes(normals: Float32Array): Int8Array {
@@ -144,90 +55,139 @@ function turnedOutwards({ look, points, normals, indices }: Part): Part {
   return { look, points, normals: normals && normals.map((each) => -each), indices };
 }
 
-/** What of a shape is drawn: its surfaces joined by their looks, and its edges. */
-interface Drawable {
-  parts: { part: Part | null; look: number | null; batch: BatchName | null; geometry: number }[];
-  edges: number | null;
+/** What of a shape is drawn, and where it is in its batch once it was placed. */
+interface Piece {
+  part: Part | null;
+  box: number[];
+  batch: BatchName;
+  /** -1 until it is placed. */
+  geometry: number;
 }
+
+type Additions = Record<BatchName, Addition>;
+
+/** A shape that was drawn where it stands, and is not there to be placed again. */
+interface Spent {
+  key: string;
+  at: At;
+}
+
+/** Larger ones are not copied to where they stand. */
+const mostPointsOnce = 3000;
 
 /**
  * Makes of what a file answers what a page draws: a shape's surfaces joined by their looks, its
- * edges, and placements relative to an origin, since graphics cards calculate in 32 bits.
+ * edges, and placements relative to an origin, since graphics cards calculate in 32 bits. What a
+ * floor places once is drawn together with others of its kind, since calls cost more than copies.
  */
 export class Preparer {
   private readonly looks: number[] = [];
-  private readonly shapes: Drawable[] = [];
+  /** By number: pieces, the edges last. */
+  private readonly shapes: (Piece[] | Spent)[] = [];
   private readonly counts: Record<BatchName, number> = { solid: 0, edges: 0, glass: 0 };
 
   /** `origin` is that of what is drawn already; else the first placement gives it. */
   constructor(public origin: readonly number[] | null) {}
 
+  /** The shapes that a floor places and that are spent, by their numbers. */
+  spentOf({ placements }: SceneChunk): Map<number, Spent> {
+    const found = new Map<number, Spent>();
+    for (const number of placements.shapes) {
+      const known = this.shapes[number];
+      if (known !== undefined && !Array.isArray(known)) found.set(number, known);
+    }
+    return found;
+  }
+  /** Takes a spent shape anew; `shape` comes from another walk, with that one's numbers of looks. */
+  restore(number: number, shape: Shape, looks: Look[]): void {
+    const same = looks.map((look) => this.looks.indexOf(packed(look)));
+    const surfaces = shape.surfaces.map((surface) =>
+      ({ ...surface, look: surface.look === null ? null : same[surface.look]! }));
+    this.shapes[number] = piecesOf({ ...shape, surfaces });
+  }
+
   /** `rooms` tells which positions of the floor are rooms, which are drawn as glass. */
   floor(chunk: SceneChunk, rooms: Set<number>): Record<BatchName, BatchAddition> {
     for (const look of chunk.looks) this.looks[look.number] = packed(look);
-    const additions = { solid: new Addition(), edges: new Addition(), glass: new Addition() };
-    for (const shape of chunk.shapes) this.shapes[shape.number] = this.drawableOf(shape, additions);
+    const { solid, edges, glass } = this.counts;
+    const additions: Additions = {
+      solid: new Addition(solid, false), edges: new Addition(edges, true),
+      glass: new Addition(glass, false),
+    };
+    const uses = new Map<number, number>(chunk.shapes.map(({ number }) => [number, 0]));
     const { count, matrices, shapes, looks, elements } = chunk.placements;
+    for (const shape of shapes) if (uses.has(shape)) uses.set(shape, uses.get(shape)! + 1);
+    for (const shape of chunk.shapes) this.shapes[shape.number] = piecesOf(shape);
+    const keys = new Map(chunk.shapes.map(({ number, key }) => [number, key]));
     for (let i = 0; i < count; ++i) {
       const placed = matrices.subarray(12 * i, 12 * i + 12);
-      if (!placed.every(Number.isFinite)) continue;
-      this.place(this.shapes[shapes[i]!]!, placed, looks[i]!, elements[i]!,
-        rooms.has(elements[i]!), additions);
+      const pieces = this.shapes[shapes[i]!];
+      if (!placed.every(Number.isFinite) || !Array.isArray(pieces)) continue;
+      const element = elements[i]!, number = shapes[i]!;
+      const isOnce = uses.get(number) === 1
+        && pieces.every(({ part }) => part!.points.length < 3 * mostPointsOnce);
+      this.place(pieces, placed, looks[i]!, element, rooms.has(element), isOnce, additions);
+      if (isOnce) this.shapes[number] = { key: keys.get(number)!, at: [chunk.floor, element] };
     }
-    return {
-      solid: additions.solid.taken(true),
-      edges: additions.edges.taken(false),
-      glass: additions.glass.taken(true),
+    const result = {
+      solid: additions.solid.taken(), edges: additions.edges.taken(), glass: additions.glass.taken(),
     };
+    for (const name of ["solid", "edges", "glass"] as const) {
+      this.counts[name] = additions[name].nextGeometry;
+    }
+    return result;
   }
 
-  private drawableOf(shape: Shape, additions: Record<BatchName, Addition>): Drawable {
-    const byLook = new Map<number | null, Surface[]>();
-    for (const surface of shape.surfaces) {
-      if (surface.indices.length === 0) continue;
-      const same = byLook.get(surface.look);
-      if (same) same.push(surface);
-      else byLook.set(surface.look, [surface]);
-    }
-    const parts = [...byLook.values()].map((surfaces) => {
-      const part = turnedOutwards(joined(surfaces));
-      return { part, look: part.look, batch: null, geometry: 0 };
-    });
-    const creases = creasesOf(parts.map(({ part }) => part));
-    let edges: number | null = null;
-    if (creases.indices.length > 0) {
-      additions.edges.addGeometry({ look: null, normals: null, ...creases });
-      edges = this.counts.edges++;
-    }
-    return { parts, edges };
-  }
-
-  private place(drawable: Drawable, placed: Float64Array, look: number, element: number,
-    isRoom: boolean, additions: Record<BatchName, Addition>): void {
+  private place(pieces: Piece[], placed: Float64Array, look: number, element: number,
+    isRoom: boolean, isOnce: boolean, additions: Additions): void {
     this.origin ??= [placed[3]!, placed[7]!, placed[11]!].map((at) => Math.round(at / 10) * 10);
     const matrix = new Float32Array(placed);
     for (let row = 0; row < 3; ++row) {
       matrix[4 * row + 3] = placed[4 * row + 3]! - this.origin[row]!;
     }
-    for (const each of drawable.parts) {
-      const colour = this.looks[each.look ?? look] ?? 0xffb0b0b0;
-      // A part stands in the batch that its first placement asks for; that others of the same part
-      // look through it and this one does not is not met in files.
-      if (each.batch === null) {
-        each.batch = isRoom || colour >>> 24 < 255 ? "glass" : "solid";
-        each.geometry = this.counts[each.batch]++;
-        additions[each.batch].addGeometry(each.part!);
-        each.part = null;
+    for (const piece of pieces) {
+      const isEdges = piece.batch === "edges";
+      const own = isEdges ? 0xff000000 : this.looks[piece.part?.look ?? look] ?? 0xffb0b0b0;
+      const colour = isRoom && !isEdges ? ((own & 0xffffff) | 0x50000000) >>> 0 : own;
+      // A piece stands in the batch that its first placement asks for; that others of the same shape
+      // are looked through and this one is not is not met in files.
+      if (piece.geometry < 0 && colour >>> 24 < 255) piece.batch = "glass";
+      const addition = additions[piece.batch];
+      if (isOnce) addition.addOnce(piece.part!, element, colour, matrix);
+      else {
+        if (piece.geometry < 0) {
+          piece.geometry = addition.addGeometry(piece.part!);
+          // Its look is still asked for.
+          piece.part = { look: piece.part!.look, points: none, normals: null, indices: noIndices };
+        }
+        addition.addInstance(piece.geometry, element, colour, matrix, piece.box);
       }
-      const shown = isRoom ? ((colour & 0xffffff) | 0x50000000) >>> 0 : colour;
-      additions[each.batch].addInstance(each.geometry, element, shown, matrix);
-    }
-    if (drawable.edges !== null) {
-      additions.edges.addInstance(drawable.edges, element, 0xff000000, matrix);
     }
   }
 }
 
-function packed({ colour: [red, green, blue, alpha] }: Look): number {
+const none = new Float32Array(0);
+const noIndices = new Uint32Array(0);
+
+function piecesOf(shape: Shape): Piece[] {
+  const byLook = new Map<number | null, Surface[]>();
+  for (const surface of shape.surfaces) {
+    if (surface.indices.length === 0) continue;
+    const same = byLook.get(surface.look);
+    if (same) same.push(surface);
+    else byLook.set(surface.look, [surface]);
+  }
+  const parts = [...byLook.values()].map((surfaces) => turnedOutwards(joined(surfaces)));
+  const pieces: Piece[] = parts.map((part) =>
+    ({ part, box: boxAround(part.points), batch: "solid", geometry: -1 }));
+  const creases = creasesOf(parts);
+  if (creases.indices.length > 0) {
+    const part = { look: null, normals: null, ...creases };
+    pieces.push({ part, box: boxAround(part.points), batch: "edges", geometry: -1 });
+  }
+  return pieces;
+}
+
+function packed({ colour: [red, green, blue, alpha] }: Pick<Look, "colour">): number {
   return (red | (green << 8) | (blue << 16) | (alpha << 24)) >>> 0;
 }

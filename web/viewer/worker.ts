@@ -40,6 +40,7 @@ class FileWorker implements Asynchronous<FileCalls> {
       classOf[position] = number;
       if (isRoom(className)) rooms.add(position);
     });
+    await this.restoreSpent(chunk);
     const first = rows.length > 0 ? await this.opened.element(floor, 0) : null;
     return {
       floor,
@@ -51,6 +52,17 @@ class FileWorker implements Asynchronous<FileCalls> {
       batches: this.preparer.floor(chunk, rooms),
       missing,
     };
+  }
+
+  /** Asks again for shapes that a floor places and that were let go with a floor before. */
+  private async restoreSpent(chunk: SceneChunk): Promise<void> {
+    for (const [number, { key, at: [floor, position] }] of this.preparer.spentOf(chunk)) {
+      const again = this.opened.scene({ elements: [{ floor, position }] }, { normals: "smooth" });
+      for await (const { shapes, looks } of again) {
+        const shape = shapes.find((each) => each.key === key);
+        if (shape) this.preparer.restore(number, shape, looks);
+      }
+    }
   }
 
   async origin() {
