@@ -198,14 +198,15 @@ test("search finds by name, GUID and property", { skip }, () =>
 
 test("a wall's known length is measured from corner to corner, and a face", { skip }, () =>
   visitHolding([["house.zvg", read("house.zvg")]], async (page) => {
+    await page.setViewportSize({ width: 1500, height: 1000 }); // the corners lie clear of the card
     await page.click("#tool-views");
     await page.locator("#options").getByText("Front").click();
     await page.click("#tool-measure");
     // The front wall goes from the origin 9 m along X and 2.6 m up; clicks beside its corners snap.
     for (const at of [[0.06, 0, 2.54], [8.94, 0, 2.54]]) {
       await page.mouse.click(...await pointAt(page, ...at));
-      await page.waitForTimeout(500);
     }
+    await page.locator("#measured", { hasText: "Distance" }).waitFor();
     assert.match(await page.locator("#measured").innerText(), /9\.000 m; level 9\.000 m, height 0\.000 m/);
     await page.locator("#options").getByText("Face", { exact: true }).click();
     // The chimney's side: 0.6 m by 8.9 m, of which the roof leaves the top to be seen.

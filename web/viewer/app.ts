@@ -75,8 +75,9 @@ function fit(direction?: Direction): void {
 function click(x: number, y: number, adds: boolean): void {
   const hit = picking.at(x, y);
   if (section.wantsFace && hit) void section.takeFace(hit);
-  else if (measure.isActive) void measure.click(hit);
-  else {
+  else if (measure.isActive) {
+    measure.click(hit).catch((error: unknown) => say(String(error)));
+  } else {
     choose(hit ? [hit] : [], adds);
     if (hit) tree.reveal(hit);
   }

@@ -24,6 +24,7 @@ export class Measure {
   private points: Vector3[] = [];
   private open: Mark | null = null;
   private result = "";
+  private last: Promise<void> = Promise.resolve();
 
   constructor(
     private readonly bodies: Bodies,
@@ -49,8 +50,13 @@ export class Measure {
     this.drawing.invalidate();
   }
 
-  async click(hit: Hit | null): Promise<void> {
-    if (hit === null) return;
+  /** Takes clicks in their order, though the bodies that they need may come in another. */
+  click(hit: Hit | null): Promise<void> {
+    if (hit !== null) this.last = this.last.catch(() => undefined).then(() => this.take(hit));
+    return this.last;
+  }
+
+  private async take(hit: Hit): Promise<void> {
     if (this.mode === "face") return this.measureFace(hit);
     const { point } = await this.snap(hit);
     const first = this.points[0];
