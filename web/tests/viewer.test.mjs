@@ -33,6 +33,7 @@ const opened = (page) =>
 /** Lets `act` use a page at an address, and holds it to no error and no request elsewhere. */
 async function visit(address, act) {
   const page = await browser.newPage({ viewport: { width: 1000, height: 640 } });
+  page.setDefaultTimeout(120_000); // software draws slowly where others work as well
   const faults = [];
   const { origin } = new URL(address);
   page.on("pageerror", (error) => faults.push(String(error)));
