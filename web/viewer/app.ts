@@ -29,6 +29,11 @@ import { isRoom } from "./values.js";
 const eyeHeight = 1.6;
 
 const canvas = byId<HTMLCanvasElement>("canvas");
+// Without WebGL 2 nothing below can be: the page says why instead of staying empty.
+addEventListener("error", ({ message }) => say(message, 600));
+canvas.addEventListener("webglcontextlost", () => {
+  say("The graphics card let the picture go; loading the page anew brings it back.", 600);
+});
 const camera = new Camera();
 const drawing = new Drawing(canvas, () => camera.current);
 const selection = new Selection([], drawing);
