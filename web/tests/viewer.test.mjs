@@ -31,8 +31,8 @@ const opened = (page) =>
     { polling: 100 });
 
 /** Lets `act` use a page at an address, and holds it to no error and no request elsewhere. */
-async function visit(address, act) {
-  const page = await browser.newPage({ viewport: { width: 1000, height: 640 } });
+async function visit(address, act, options = { viewport: { width: 1000, height: 640 } }) {
+  const page = await browser.newPage(options);
   page.setDefaultTimeout(120_000); // software draws slowly where others work as well
   const faults = [];
   const { origin } = new URL(address);
@@ -52,7 +52,7 @@ async function visit(address, act) {
 }
 
 /** The same on a page from disk that holds block files: [name, bytes] each. */
-async function visitHolding(held, act) {
+async function visitHolding(held, act, options) {
   const scripts = held.map(([name, bytes]) =>
     `<script type="application/octet-stream" class="zvg-file" data-name="${name}">`
     + `${bytes.toString("base64")}</script>`);
@@ -61,7 +61,7 @@ async function visitHolding(held, act) {
   await visit(pathToFileURL(path).href, async (page) => {
     if (held.length > 0) await opened(page);
     await act(page);
-  });
+  }, options);
 }
 
 /** Serves the page and what is in `served` by its path, with ranges. */
@@ -297,22 +297,14 @@ test("what is dropped on a served page is packed there, and refusals are told", 
       .end(isGood ? '{"src": "/files/house.zvg"}' : '{"error": "no model"}');
   }));
 
-test("on a narrow touch screen every tool is within reach", { skip }, async () => {
-  const context = await browser.newContext({ viewport: { width: 360, height: 640 }, hasTouch: true });
-  try {
-    const page = await context.newPage();
-    const path = join(scratch, "page.html");
-    await page.goto(pathToFileURL(path).href);
-    await opened(page);
+test("on a narrow touch screen every tool is within reach", { skip }, () =>
+  visitHolding([["house.zvg", read("house.zvg")]], async (page) => {
     assert.equal(await page.evaluate(() => document.documentElement.scrollWidth), 360);
-    await page.locator("#canvas").tap({ position: { x: 180, y: 300 } });
+    await page.locator("#canvas").tap({ position: { x: 180, y: 320 } });
     await page.locator("#panel-title").waitFor();
     for (const button of await page.locator("#tools button").all()) {
       await button.scrollIntoViewIfNeeded();
       const { x, width, height } = await button.boundingBox();
       assert.ok(x >= 0 && x + width <= 361 && height >= 44);
     }
-  } finally {
-    await context.close();
-  }
-});
+  }, { viewport: { width: 360, height: 640 }, hasTouch: true }));

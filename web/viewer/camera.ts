@@ -85,7 +85,7 @@ export class Camera {
     box.getCenter(this.target);
     const radius = Math.max(box.getSize(new Vector3()).length() / 2, 0.05);
     const half = Math.atan(Math.tan(radians(fieldOfView / 2)) * Math.min(1, this.aspect));
-    this.distance = (radius / Math.sin(half)) * 0.92;
+    this.distance = (radius / Math.sin(half)) * 1.04;
     this.update();
   }
 
