@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <map>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -19,8 +19,8 @@ namespace ZVSmartModel {
 
 namespace {
 
-constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr std::uint8_t leastOpaqueAlpha = 230;
+const RTCSceneFlags sceneFlags = RTC_SCENE_FLAG_ROBUST | RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION;
 
 struct ReleaseDevice {
     void operator()(RTCDevice device) const { rtcReleaseDevice(device); }
@@ -139,7 +139,7 @@ class RayScene::Tree {
           device(NewDevice()),
           scene(rtcNewScene(device.get())),
           meshes(source.meshes.size()) {
-        rtcSetSceneFlags(scene.get(), RTC_SCENE_FLAG_ROBUST);
+        rtcSetSceneFlags(scene.get(), sceneFlags);
         for (std::size_t i = 0; i < source.components.size(); ++i) {
             for (const ScenePlacement& placement : source.components[i].placements) {
                 AddInstance(Relative(placement, center, radius), static_cast<std::uint32_t>(i));
@@ -149,45 +149,110 @@ class RayScene::Tree {
         Check(device);
     }
 
-    std::optional<SurfacePoint> First(Vec origin, Vec direction, float from, float to) const {
-        RTCRayHit query = Query(origin, direction, from, to);
+    void First(std::span<const Ray> rays, std::span<std::optional<SurfacePoint>> met) const {
         RTCIntersectContext context;
         rtcInitIntersectContext(&context);
-        rtcIntersect1(scene.get(), &context, &query);
-        if (query.hit.geomID == RTC_INVALID_GEOMETRY_ID) return std::nullopt;
-        return PointOf(query.hit, query.ray.tfar, direction);
+        for (std::size_t at = 0; at < rays.size(); at += Packet::most) {
+            Packet packet(rays, at);
+            rtcIntersect4(packet.valid, scene.get(), &context, &packet.query);
+            for (unsigned int i = 0; i < packet.count; ++i) {
+                met[at + i].reset();
+                const RTCHit hit = packet.HitOf(i);
+                if (hit.geomID == RTC_INVALID_GEOMETRY_ID) continue;
+                met[at + i] = PointOf(hit, packet.query.ray.tfar[i], rays[at + i].direction);
+            }
+        }
     }
 
     /// As First, but the same surface whichever of several coinciding ones is met.
-    std::optional<SurfacePoint> FirstOfAll(Vec origin, Vec direction, float tolerance) const {
-        RTCRayHit query = Query(origin, direction, 0, infinity);
-        Search search;
-        rtcInitIntersectContext(&search.context);
-        rtcIntersect1(scene.get(), &search.context, &query);
-        if (query.hit.geomID == RTC_INVALID_GEOMETRY_ID) return std::nullopt;
-        const float distance = query.ray.tfar;
-        search.tree = this;
-        search.found = query.hit;
-        const float from = std::max(distance - tolerance, 0.0F);
-        RTCRay ray = Query(origin, direction, from, distance + tolerance).ray;
-        rtcOccluded1(scene.get(), &search.context, &ray);
-        return PointOf(search.found, distance, direction);
+    void FirstOfAll(std::span<const Ray> rays, float tolerance,
+                    std::span<std::optional<SurfacePoint>> met) const {
+        RTCIntersectContext context;
+        rtcInitIntersectContext(&context);
+        for (std::size_t at = 0; at < rays.size(); at += Packet::most) {
+            Packet packet(rays, at);
+            rtcIntersect4(packet.valid, scene.get(), &context, &packet.query);
+            Search search(*this);
+            float distances[Packet::most];
+            bool isAnyMet = false;
+            for (unsigned int i = 0; i < packet.count; ++i) {
+                met[at + i].reset();
+                search.found[i] = packet.HitOf(i);
+                distances[i] = packet.query.ray.tfar[i];
+                const bool isMet = search.found[i].geomID != RTC_INVALID_GEOMETRY_ID;
+                isAnyMet = isAnyMet || isMet;
+                packet.valid[i] = isMet ? -1 : 0;
+                packet.query.ray.tnear[i] = std::max(distances[i] - tolerance, 0.0F);
+                packet.query.ray.tfar[i] = distances[i] + tolerance;
+            }
+            if (!isAnyMet) continue;
+            rtcOccluded4(packet.valid, scene.get(), &search.context, &packet.query.ray);
+            for (unsigned int i = 0; i < packet.count; ++i) {
+                if (packet.valid[i] == 0) continue;
+                met[at + i] = PointOf(search.found[i], distances[i], rays[at + i].direction);
+            }
+        }
     }
 
-    bool IsBlocked(Vec origin, Vec direction, float distance) const {
-        RTCRay ray = Query(origin, direction, 0, distance).ray;
-        Search none;
-        rtcInitIntersectContext(&none.context);
-        rtcOccluded1(scene.get(), &none.context, &ray);
-        return ray.tfar < 0;
+    void AreBlocked(std::span<const Ray> rays, std::span<std::uint8_t> blocked) const {
+        RTCIntersectContext context;
+        rtcInitIntersectContext(&context);
+        for (std::size_t at = 0; at < rays.size(); at += Packet::most) {
+            Packet packet(rays, at);
+            rtcOccluded4(packet.valid, scene.get(), &context, &packet.query.ray);
+            for (unsigned int i = 0; i < packet.count; ++i) {
+                blocked[at + i] = packet.query.ray.tfar[i] < 0;
+            }
+        }
     }
+
+    bool IsEmpty() const { return instances.empty(); }
 
   private:
+    /// Rays that the ray tracer follows together.
+    struct Packet {
+        static constexpr unsigned int most = 4;
+
+        Packet(std::span<const Ray> rays, std::size_t first)
+            : count(static_cast<unsigned int>(std::min<std::size_t>(most, rays.size() - first))) {
+            for (unsigned int i = 0; i < most; ++i) {
+                valid[i] = i < count ? -1 : 0;
+                const Ray& ray = rays[first + std::min(i, count - 1)];
+                query.ray.org_x[i] = ray.origin.x;
+                query.ray.org_y[i] = ray.origin.y;
+                query.ray.org_z[i] = ray.origin.z;
+                query.ray.tnear[i] = ray.from;
+                query.ray.dir_x[i] = ray.direction.x;
+                query.ray.dir_y[i] = ray.direction.y;
+                query.ray.dir_z[i] = ray.direction.z;
+                query.ray.time[i] = 0;
+                query.ray.tfar[i] = ray.to;
+                query.ray.mask[i] = 0xFFFFFFFF;
+                query.ray.id[i] = i;
+                query.ray.flags[i] = 0;
+                query.hit.geomID[i] = query.hit.instID[0][i] = RTC_INVALID_GEOMETRY_ID;
+            }
+        }
+
+        RTCHit HitOf(unsigned int i) {
+            return rtcGetHitFromHitN(reinterpret_cast<RTCHitN*>(&query.hit), most, i);
+        }
+
+        unsigned int count;
+        alignas(16) int valid[most];
+        RTCRayHit4 query;
+    };
+
     /// What a search for coinciding surfaces knows; it goes along as the query's context.
     struct Search {
+        explicit Search(const Tree& tree) : tree(tree) {
+            rtcInitIntersectContext(&context);
+            context.filter = Consider;
+        }
+
         RTCIntersectContext context;  ///< first: the filter is handed its address
-        const Tree* tree = nullptr;   ///< null for a ray that any surface ends
-        RTCHit found;                 ///< to begin with, the surface that was met
+        const Tree& tree;
+        RTCHit found[Packet::most];  ///< by ray; to begin with, the surface that was met
     };
 
     struct Mesh {
@@ -201,15 +266,6 @@ class RayScene::Tree {
         std::uint32_t mesh;
         std::array<Vec, 3> normals;  ///< rows of what turns normals
     };
-
-    static RTCRayHit Query(Vec origin, Vec direction, float from, float to) {
-        RTCRayHit query;
-        query.ray = {origin.x,    origin.y, origin.z, from,       direction.x, direction.y,
-                     direction.z, 0,        to,       0xFFFFFFFF, 0,           0};
-        query.hit.geomID = RTC_INVALID_GEOMETRY_ID;
-        query.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
-        return query;
-    }
 
     Vec NormalOf(const RTCHit& hit) const {
         const Instance& instance = instances[hit.instID[0]];
@@ -229,15 +285,18 @@ class RayScene::Tree {
     /// search go on.
     static void Consider(const RTCFilterFunctionNArguments* arguments) {
         auto* const search = reinterpret_cast<Search*>(arguments->context);
-        const Tree* const tree = search->tree;
-        if (tree == nullptr) return;
-        const RTCHit hit = rtcGetHitFromHitN(arguments->hit, arguments->N, 0);
+        const Tree& tree = search->tree;
         constexpr float parallel = 0.999F;
-        if (Precedes(hit, search->found) &&
-            std::fabs(Dot(tree->NormalOf(hit), tree->NormalOf(search->found))) > parallel) {
-            search->found = hit;
+        for (unsigned int i = 0; i < arguments->N; ++i) {
+            if (arguments->valid[i] == 0) continue;
+            const RTCHit hit = rtcGetHitFromHitN(arguments->hit, arguments->N, i);
+            RTCHit& found = search->found[RTCRayN_id(arguments->ray, arguments->N, i)];
+            if (Precedes(hit, found) &&
+                std::fabs(Dot(tree.NormalOf(hit), tree.NormalOf(found))) > parallel) {
+                found = hit;
+            }
+            arguments->valid[i] = 0;
         }
-        arguments->valid[0] = 0;
     }
 
     bool IsMine(const ScenePart& part) const {
@@ -257,7 +316,7 @@ class RayScene::Tree {
             rtcAttachGeometryByID(mesh.scene.get(), GeometryOf(part.surface), id);
         }
         if (!mesh.scene) return nullptr;
-        rtcSetSceneFlags(mesh.scene.get(), RTC_SCENE_FLAG_ROBUST);
+        rtcSetSceneFlags(mesh.scene.get(), sceneFlags);
         rtcCommitScene(mesh.scene.get());
         return mesh.scene.get();
     }
@@ -269,7 +328,6 @@ class RayScene::Tree {
         known.reset(rtcNewGeometry(device.get(), RTC_GEOMETRY_TYPE_TRIANGLE));
         CopyBuffer(known.get(), RTC_BUFFER_TYPE_VERTEX, RTC_FORMAT_FLOAT3, surface.points);
         CopyBuffer(known.get(), RTC_BUFFER_TYPE_INDEX, RTC_FORMAT_UINT3, Different(surface));
-        rtcSetGeometryOccludedFilterFunction(known.get(), Consider);
         rtcCommitGeometry(known.get());
         return known.get();
     }
@@ -328,17 +386,22 @@ RayScene::RayScene(const Scene& scene, const std::array<double, 3>& center, doub
 
 RayScene::~RayScene() = default;
 
-std::optional<SurfacePoint> RayScene::FirstOpaque(Vec origin, Vec direction) const {
-    return opaque->FirstOfAll(origin, direction, skin * 2);
+void RayScene::FirstOpaque(std::span<const Ray> rays,
+                           std::span<std::optional<SurfacePoint>> met) const {
+    opaque->FirstOfAll(rays, skin * 2, met);
 }
 
-std::optional<SurfacePoint> RayScene::FirstTransparent(Vec origin, Vec direction, float from,
-                                                       float to) const {
-    return transparent->First(origin, direction, from, to);
+void RayScene::FirstTransparent(std::span<const Ray> rays,
+                                std::span<std::optional<SurfacePoint>> met) const {
+    transparent->First(rays, met);
 }
 
-bool RayScene::IsBlocked(Vec origin, Vec direction, float distance) const {
-    return opaque->IsBlocked(origin, direction, distance);
+bool RayScene::HasTransparent() const {
+    return !transparent->IsEmpty();
+}
+
+void RayScene::AreBlocked(std::span<const Ray> rays, std::span<std::uint8_t> blocked) const {
+    opaque->AreBlocked(rays, blocked);
 }
 
 }  // namespace ZVSmartModel

@@ -2,13 +2,22 @@
 
 #include <array>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
+#include <span>
 
 #include "model/preview/Vec.h"
 #include "model/scene/Scene.h"
 
 namespace ZVSmartModel {
+
+/// What is looked at: from `origin` along `direction`, between two distances.
+struct Ray {
+    Vec origin, direction;  ///< the direction is of unit length
+    float from = 0;
+    float to = std::numeric_limits<float>::infinity();
+};
 
 struct SurfacePoint {
     float distance = 0;
@@ -28,17 +37,23 @@ class RayScene {
     RayScene(const RayScene&) = delete;
     RayScene& operator=(const RayScene&) = delete;
 
-    /// The first opaque surface on the ray. Of surfaces that coincide it is always the same one:
-    /// that of the component with the lowest number, so that they do not flicker through each
-    /// other.
-    std::optional<SurfacePoint> FirstOpaque(Vec origin, Vec direction) const;
+    /// The first opaque surface on each ray, whose `to` does not count. Of surfaces that coincide
+    /// it is always the same one: that of the component with the lowest number, so that they do not
+    /// flicker through each other.
+    ///
+    /// Here and below there is a result for each ray, and rays that are neighbours in the list are
+    /// followed together: the more alike they are, the faster.
+    void FirstOpaque(std::span<const Ray> rays, std::span<std::optional<SurfacePoint>> met) const;
 
-    /// The first transparent surface between two distances on the ray.
-    std::optional<SurfacePoint> FirstTransparent(Vec origin, Vec direction, float from,
-                                                 float to) const;
+    /// The first transparent surface on each ray.
+    void FirstTransparent(std::span<const Ray> rays,
+                          std::span<std::optional<SurfacePoint>> met) const;
 
-    /// Whether something opaque is on the ray up to `distance`.
-    bool IsBlocked(Vec origin, Vec direction, float distance) const;
+    /// Whether there is anything transparent at all.
+    bool HasTransparent() const;
+
+    /// For each ray whether something opaque is on it: 1 or 0.
+    void AreBlocked(std::span<const Ray> rays, std::span<std::uint8_t> blocked) const;
 
     /// How far from a surface rays should begin that are not to meet it again.
     float Skin() const { return skin; }

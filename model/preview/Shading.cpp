@@ -41,9 +41,8 @@ Vec DiskPoint(unsigned int n, unsigned int count) {
     return {radius * std::cos(angle), radius * std::sin(angle), 0};
 }
 
-Vec OnHemisphere(Vec disk, const Frame& frame, Vec normal) {
-    const float height = std::sqrt(std::max(0.0F, 1 - disk.x * disk.x - disk.y * disk.y));
-    return frame.u * disk.x + frame.v * disk.y + normal * height;
+Vec OnHemisphere(Vec disk) {
+    return {disk.x, disk.y, std::sqrt(std::max(0.0F, 1 - disk.x * disk.x - disk.y * disk.y))};
 }
 
 /// The sky is brighter than what comes back from the ground.
@@ -62,39 +61,47 @@ Shading::Shading(const Scene& scene, const RayScene& rays, const Camera& camera)
     const Vec level = Unit({-camera.Forward().x, -camera.Forward().y, 0});
     const Vec aside = level * std::cos(sunAside) + camera.FrontSide() * std::sin(sunAside);
     toSun = aside * std::cos(sunElevation) + Vec{0, 0, std::sin(sunElevation)};
-    // Each sample takes every ninth point, so that each alone is spread as well.
-    constexpr unsigned int count = skyDirections * samplesPerPixel;
-    for (unsigned int n = 0; n < count; ++n) {
-        skyPattern[n % samplesPerPixel][n / samplesPerPixel] = DiskPoint(n, count);
-    }
-}
-
-Vec Shading::Light(const SurfacePoint& surface, Vec point, unsigned int sample) const {
-    const Vec start = point + surface.normal * rays.Skin();
-    const float light = ambientShare * Sky(start, surface.normal, sample) +
-                        sunShare * Sun(start, surface.normal, sample);
-    return colours[surface.look] * light;
-}
-
-float Shading::Sky(Vec point, Vec normal, unsigned int sample) const {
-    const Frame frame(normal);
-    float light = 0;
-    for (const Vec disk : skyPattern[sample]) {
-        const Vec direction = OnHemisphere(disk, frame, normal);
-        const bool hidden = rays.IsBlocked(point, direction, reach);
-        // What hides the sky sends some light back itself.
-        light += Brightness(direction) * (hidden ? 0.3F : 1.0F);
-    }
-    return light / skyDirections;
-}
-
-float Shading::Sun(Vec point, Vec normal, unsigned int sample) const {
-    const Vec disk = DiskPoint(sample, samplesPerPixel) * sunSize;
     const Frame frame(toSun);
-    const Vec direction = Unit(toSun + frame.u * disk.x + frame.v * disk.y);
-    const float cosine = Dot(direction, normal);
-    if (cosine <= 0 || rays.IsBlocked(point, direction, farAway)) return 0;
-    return cosine;
+    for (unsigned int n = 0; n < samplesPerPixel; ++n) {
+        const Vec disk = DiskPoint(n, samplesPerPixel) * sunSize;
+        sunDirections[n] = Unit(toSun + frame.u * disk.x + frame.v * disk.y);
+    }
+    // A share takes points that lie far from each other, so that each alone is spread as well.
+    constexpr unsigned int count = skyDirections * skyShares;
+    for (unsigned int n = 0; n < count; ++n) {
+        skyPattern[n % skyShares][n / skyShares] = OnHemisphere(DiskPoint(n, count));
+    }
+}
+
+std::array<Ray, Shading::skyDirections> Shading::TowardSky(Vec point, Vec normal,
+                                                           unsigned int share) const {
+    const Frame frame(normal);
+    const Vec start = point + normal * rays.Skin();
+    std::array<Ray, skyDirections> result;
+    for (unsigned int i = 0; i < skyDirections; ++i) {
+        const Vec turned = skyPattern[share][i];
+        result[i] = {start, frame.u * turned.x + frame.v * turned.y + normal * turned.z, 0, reach};
+    }
+    return result;
+}
+
+float Shading::SkyLight(Vec direction, bool isHidden) const {
+    // What hides the sky sends some light back itself.
+    return Brightness(direction) * (isHidden ? 0.3F : 1.0F) / skyDirections;
+}
+
+Ray Shading::TowardSun(Vec point, Vec normal, unsigned int share) const {
+    return {point + normal * rays.Skin(), sunDirections[share], 0, farAway};
+}
+
+float Shading::SunLight(Vec direction, Vec normal) const {
+    return std::max(0.0F, Dot(direction, normal));
+}
+
+Vec Shading::Light(const SurfacePoint& surface, float openSky, float sun) const {
+    constexpr float meanHeight = 2.0F / 3;  // of the sky's directions, along the normal
+    const float sky = openSky * Brightness(surface.normal * meanHeight);
+    return colours[surface.look] * (ambientShare * sky + sunShare * sun);
 }
 
 Vec Shading::GlassLight(const SurfacePoint& surface) const {
