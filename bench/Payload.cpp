@@ -67,8 +67,10 @@ MemorySink::~MemorySink() {
     std::free(buffer.data);
 }
 
-void WritePayload(const Payload& payload, Part part, ZVSmartFormat::CZVFTOutStream& out) {
+void WritePayload(const Payload& payload, Part part, ZVSmartFormat::CZVFTOutStream& out,
+                  unsigned int threads) {
     CZVLGBlockSaver saver;
+    saver.SetThreads(threads);
     saver.Init(&out, {}, "", payload.geosPerBlock);
     if (part != Part::components)
         for (const auto& [identification, geo] : payload.geos)
@@ -78,15 +80,17 @@ void WritePayload(const Payload& payload, Part part, ZVSmartFormat::CZVFTOutStre
     saver.WriteEnd();
 }
 
-Bytes Written(const Payload& payload, Part part) {
+Bytes Written(const Payload& payload, Part part, unsigned int threads) {
     MemorySink sink(1 << 20);
-    WritePayload(payload, part, sink.Stream());
+    WritePayload(payload, part, sink.Stream(), threads);
     const View view = sink.Written();
     return Bytes(view.begin(), view.end());
 }
 
-void WriteBuilding(const Building& building, ZVSmartFormat::CZVFTOutStream& out, u32 geosPerBlock) {
+void WriteBuilding(const Building& building, ZVSmartFormat::CZVFTOutStream& out, u32 geosPerBlock,
+                   unsigned int threads) {
     CZVLGBlockSaver saver;
+    saver.SetThreads(threads);
     saver.Init(&out, {}, "", geosPerBlock);
     u32 shapes = 0;
     for (u32 i = 0; i < building.ComponentCount(); ++i) {

@@ -42,12 +42,14 @@ class MemorySink {
     ZVSmartFormat::CZVFTAllocBufferOutStream stream;
 };
 
-/// Writes a part of `payload`, from `Init` to `WriteEnd`.
-void WritePayload(const Payload& payload, Part part, ZVSmartFormat::CZVFTOutStream& out);
-Bytes Written(const Payload& payload, Part part);
+/// Writes a part of `payload`, from `Init` to `WriteEnd`; the saver has so many threads.
+void WritePayload(const Payload& payload, Part part, ZVSmartFormat::CZVFTOutStream& out,
+                  unsigned int threads = 1);
+Bytes Written(const Payload& payload, Part part, unsigned int threads = 1);
 
 /// Writes a building without holding it: to make a file of any size.
 /// `geosPerBlock` 0 is the library's default.
-void WriteBuilding(const Building& building, ZVSmartFormat::CZVFTOutStream& out, u32 geosPerBlock);
+void WriteBuilding(const Building& building, ZVSmartFormat::CZVFTOutStream& out, u32 geosPerBlock,
+                   unsigned int threads = 1);
 
 }  // namespace bench

@@ -1,5 +1,5 @@
 // Writes a generated building to a block file.
-//   make_building N FILE GEOS_PER_BLOCK [fast]
+//   make_building N FILE GEOS_PER_BLOCK [fast|default] [THREADS]
 
 #include <cstring>
 
@@ -16,6 +16,7 @@ int main(int argc, char** argv) {
     ZVSmartFormat::CZVFTFileOutStream out(argv[2]);
     if (!out.Open()) return 3;
     const u32 count = static_cast<u32>(std::stoul(argv[1]));
-    WriteBuilding(Building(count), out, static_cast<u32>(std::stoul(argv[3])));
+    WriteBuilding(Building(count), out, static_cast<u32>(std::stoul(argv[3])),
+                  argc > 5 ? static_cast<unsigned int>(std::stoul(argv[5])) : 1);
     return 0;
 }

@@ -60,12 +60,11 @@ namespace AllocHooks {
 namespace {
 
 bool MustFail() {
-    const long left = untilFailure.load(std::memory_order_relaxed);
-    if (left < 0) return false;
-    if (left > 0) {
-        --untilFailure;
-        return false;
+    long left = untilFailure.load(std::memory_order_relaxed);
+    while (left > 0) {
+        if (untilFailure.compare_exchange_weak(left, left - 1)) return false;
     }
+    if (left < 0) return false;
     if (!failsForGood) untilFailure = -1;
     hasFailed = true;
     errno = ENOMEM;

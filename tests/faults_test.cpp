@@ -5,10 +5,13 @@
 
 #include <algorithm>
 #include <array>
+#include <barrier>
 #include <cstdlib>
 #include <memory>
 #include <optional>
 #include <random>
+#include <thread>
+#include <vector>
 
 #include "alloc_hooks.h"
 #include "support.h"
@@ -67,10 +70,11 @@ struct FaultyOutStream : CZVFTOutStream {
 using Done = std::array<bool, stepCount>;
 
 /// Takes every step of the sample, whatever became of those before.
-Done WriteSample(FaultyOutStream& out) {
+Done WriteSample(FaultyOutStream& out, unsigned int threads) {
     Done done = {};
     std::optional<CZVLGBlockSaver> saver;
     if (!Survives([&] { saver.emplace(4U); })) return done;
+    saver->SetThreads(threads);
     for (std::size_t i = 0; i < stepCount; ++i)
         done[i] = Survives([&] { SampleSteps()[i](*saver, out); });
     return done;
@@ -113,16 +117,28 @@ void WithEveryAllocationFailing(Run run, long fewest = 20) {
     }
 }
 
+/// What the C library keeps of each thread, for the next one.
+void BeginThreads(std::ptrdiff_t count) {
+    std::barrier together(count);
+    std::vector<std::thread> threads;
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+        threads.emplace_back([&] { together.arrive_and_wait(); });
+    for (std::thread& thread : threads) thread.join();
+}
+
 TEST(Faults, AllocationsInWriting) {
-    WithEveryAllocationFailing([](long n, bool forGood) {
-        FaultyOutStream out;
-        AllocHooks::FailAt(n, forGood);
-        const Done done = WriteSample(out);
-        const bool hasFailed = AllocHooks::Stop();
-        EXPECT_TRUE(hasFailed || done.back());
-        ExpectNoSilentLoss(out.bytes, done);
-        return hasFailed;
-    });
+    BeginThreads(4);
+    for (const unsigned int threads : {1U, 3U}) {
+        WithEveryAllocationFailing([threads](long n, bool forGood) {
+            FaultyOutStream out;
+            AllocHooks::FailAt(n, forGood);
+            const Done done = WriteSample(out, threads);
+            const bool hasFailed = AllocHooks::Stop();
+            EXPECT_TRUE(hasFailed || done.back());
+            ExpectNoSilentLoss(out.bytes, done);
+            return hasFailed;
+        });
+    }
 }
 
 TEST(Faults, AllocationsInReading) {
@@ -196,18 +212,21 @@ TEST(Faults, FailingOutStream) {
                             Stream::throwingSeek, Stream::lostPosition}) {
         long n = 0;
         for (bool hasFailed = true; hasFailed; ++n) {
-            Stream out;
-            out.kind = kind;
-            out.failingCall = n;
-            const Done done = WriteSample(out);
-            hasFailed = out.hasFailed;
-            EXPECT_NE(done.back(), hasFailed) << "kind " << kind << ", call " << n;
-            CZVFTReadBufferInStream in(out.bytes.data(), out.bytes.size());
-            CZVLGBlockReader reader;
-            bool isOpen = false;
-            Survives([&] { isOpen = reader.Init(&in); });
-            // Only the last way back may fail without harm.
-            EXPECT_EQ(isOpen, out.bytes == whole) << "kind " << kind << ", call " << n;
+            hasFailed = false;
+            for (const unsigned int threads : {1U, 3U}) {
+                Stream out;
+                out.kind = kind;
+                out.failingCall = n;
+                const Done done = WriteSample(out, threads);
+                hasFailed |= out.hasFailed;
+                EXPECT_NE(done.back(), out.hasFailed) << "kind " << kind << ", call " << n;
+                CZVFTReadBufferInStream in(out.bytes.data(), out.bytes.size());
+                CZVLGBlockReader reader;
+                bool isOpen = false;
+                Survives([&] { isOpen = reader.Init(&in); });
+                // Only the last way back may fail without harm.
+                EXPECT_EQ(isOpen, out.bytes == whole) << "kind " << kind << ", call " << n;
+            }
         }
         EXPECT_GT(n, 10);
     }

@@ -1,4 +1,5 @@
-// Readers and a saver in threads of their own share nothing but the coder's mode.
+// Readers and a saver in threads of their own share nothing but the coder's mode, and a saver's own
+// threads leave no trace in its file.
 
 #include <gtest/gtest.h>
 
@@ -36,6 +37,49 @@ TEST(Threads, EightReadersAndASaver) {
     for (std::thread& thread : threads) thread.join();
     CZVLGBlockSaver().SetEncodeFastMod(false);
     EXPECT_EQ(mistakes, 0);
+}
+
+/// Six blocks of geometries and nine floors, of many sizes.
+Bytes ManyBlocks(unsigned int threads) {
+    return Streamed([threads](CZVFTOutStream& out) {
+        CZVLGBlockSaver saver;
+        saver.SetThreads(threads);
+        saver.SetSeal(true);
+        saver.Init(&out, {}, "", 5);
+        for (u32 i = 0; i < 27; ++i) {
+            SZVLGZvgGeo geo = SampleGeo(i % 3);
+            geo.renderMeshes.emplace_back().extraIndices.assign(999 * (i % 7), i);
+            saver.AddIdentificationGeo(L"geo " + std::to_wstring(i), geo);
+            SZVLGZvgComp comp;
+            comp.compGuidName = SerialKey(L"comp " + std::to_wstring(i));
+            comp.classLevel1Name = L"floor " + std::to_wstring(i % 9);
+            saver.AddComp(comp);
+        }
+        saver.WriteEnd();
+    });
+}
+
+TEST(Threads, OfASaverGiveTheSameFile) {
+    const Bytes alone = ManyBlocks(1);
+    EXPECT_TRUE(Verified(alone).empty());
+    for (int round = 0; round < 20; ++round)
+        for (const unsigned int threads : {0U, 2U, 5U, 1000U})
+            EXPECT_EQ(ManyBlocks(threads), alone);
+}
+
+/// A file that is given up while its blocks are compressed.
+TEST(Threads, OfASaverEndWithIt) {
+    for (int round = 0; round < 50; ++round) {
+        const Bytes begun = Streamed([](CZVFTOutStream& out) {
+            CZVLGBlockSaver saver;
+            saver.SetThreads(4);
+            saver.Init(&out, {}, "", 1);
+            for (u32 i = 0; i < 5; ++i)
+                saver.AddIdentificationGeo(L"geo " + std::to_wstring(i), SampleGeo(i));
+            saver.Init(&out, {});
+        });
+        EXPECT_FALSE(begun.empty());
+    }
 }
 
 }  // namespace

@@ -1,10 +1,11 @@
 #include "component/FloorTables.h"
 
 #include <algorithm>
+#include <memory>
+#include <optional>
 
 #include "component/IdentityKey.h"
 #include "geometry/MemoryMeter.h"
-#include "stream/CompressedBlock.h"
 #include "stream/FieldReader.h"
 #include "stream/RecordInStream.h"
 
@@ -132,18 +133,22 @@ void FloorTables::AddComponent(u32 floorNumber, const SZVLGZvgComp& comp, const 
     }));
 }
 
-void FloorTables::Write(CZVFTOutStream& out, AllocBuffer& scratch) const {
-    SectionWriter section(out);
+void FloorTables::Write(CZVFTOutStream& out, ZVSmartFormat::BlockQueue& blocks,
+                        AllocBuffer& scratch) const {
+    const auto section = std::make_shared<std::optional<SectionWriter>>();
+    blocks.Do([section, &out] { section->emplace(out); });
     for (u32 i = 0; i < fields.Count(); ++i) {
-        section.BeginRecord();
-        out.Write(fields.Row(i).data(), fields.Row(i).size());
+        blocks.Do([this, section, i, &out] {
+            (*section)->BeginRecord();
+            out.Write(fields.Row(i).data(), fields.Row(i).size());
+        });
         CZVFTAllocBufferOutStream block(&scratch);
         const Floor& floor = TableBelow(floors, i);
         WriteRowSection(block, floor.components);
         WriteRowSection(block, floor.geoIds);
-        ZVSmartFormat::WriteCompressedBlock(out, scratch.data, block.GetPos());
+        blocks.Write(scratch.data, block.GetPos());
     }
-    section.End();
+    blocks.Do([section] { (*section)->End(); });
 }
 
 }  // namespace ZVSmartZvg

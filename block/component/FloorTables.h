@@ -5,6 +5,7 @@
 #include "ZVSmartFormat/MemoryStream.h"
 #include "component/ComponentFields.h"
 #include "component/RowTable.h"
+#include "stream/BlockQueue.h"
 
 // A floor record:
 //   its fields (ComponentFields.h)
@@ -33,9 +34,10 @@ class FloorTables {
     /// its references.
     void AddComponent(u32 floor, const SZVLGZvgComp& comp, const EntryRows& rows);
 
-    /// Writes the floor section to `out`, which throws what it cannot write. Blocks are built in
-    /// `scratch`.
-    void Write(ZVSmartFormat::CZVFTOutStream& out, ZVSmartFormat::AllocBuffer& scratch) const;
+    /// Queues the floor section in `blocks`, which write to `out`; both throw what they cannot
+    /// write. Blocks are built in `scratch`. All but that must live until the queue is finished.
+    void Write(ZVSmartFormat::CZVFTOutStream& out, ZVSmartFormat::BlockQueue& blocks,
+               ZVSmartFormat::AllocBuffer& scratch) const;
 
   private:
     struct Floor {

@@ -1,5 +1,6 @@
 #include "ZVSmartZvg/BlockSaver.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
 #include <memory>
@@ -16,8 +17,8 @@
 #include "geometry/GeoSerial.h"
 #include "layout/FileHead.h"
 #include "processing/IncludeRelations.h"
+#include "stream/BlockQueue.h"
 #include "stream/CheckedOutStream.h"
-#include "stream/CompressedBlock.h"
 #include "stream/OwnedBuffer.h"
 
 // A file, in order:
@@ -30,6 +31,7 @@
 namespace ZVSmartZvg {
 
 using ZVSmartFormat::AllocBuffer;
+using ZVSmartFormat::BlockQueue;
 using ZVSmartFormat::CheckedOutStream;
 using ZVSmartFormat::CZVFTAllocBufferOutStream;
 using ZVSmartFormat::CZVFTIniFile;
@@ -38,16 +40,20 @@ using ZVSmartFormat::OwnedBuffer;
 
 namespace {
 
+constexpr unsigned int mostThreads = 64;
+
 /// A file under way, from `Init` on.
 class BlockFile {
   public:
-    BlockFile(CZVFTOutStream& stream, const FileHead& head, AllocBuffer& scratch, u32 geosPerBlock)
+    BlockFile(CZVFTOutStream& stream, const FileHead& head, AllocBuffer& scratch, u32 geosPerBlock,
+              unsigned int threads)
         : out(stream),
+          blocks(out, threads),
           scratch(scratch),
           version(head.version),
           basePos(out.GetPos()),
           floorOffsetPos(WriteHead(head)),
-          geos(out, scratch, head.version, geosPerBlock),
+          geos(out, blocks, scratch, head.version, geosPerBlock),
           floors(head.version),
           classes(head.version) {}
 
@@ -66,6 +72,7 @@ class BlockFile {
     void WriteIndexBlock();
 
     CheckedOutStream out;
+    BlockQueue blocks;
     AllocBuffer& scratch;
     unsigned int version;
     u64 basePos;
@@ -103,14 +110,15 @@ void BlockFile::WriteIndexBlock() {
     CZVFTAllocBufferOutStream index(&scratch);
     classes.Write(index);
     geos.WriteIdentifications(index);
-    ZVSmartFormat::WriteCompressedBlock(out, scratch.data, index.GetPos());
+    blocks.Write(scratch.data, index.GetPos());
 }
 
 void BlockFile::Finish() {
     geos.Finish();
-    WriteFloorOffset();
-    floors.Write(out, scratch);
+    blocks.Do([this] { WriteFloorOffset(); });
+    floors.Write(out, blocks, scratch);
     WriteIndexBlock();
+    blocks.Finish();
 }
 
 }  // namespace
@@ -146,6 +154,7 @@ class CZVLGBlockSaver::Imp {
 
     unsigned int version;
     bool isToBeSealed = false;
+    unsigned int threads = 1;
     CZVFTIniFile settings;
     OwnedBuffer scratch;                      // serves every serialisation
     std::optional<SealingOutStream> sealing;  // what the file is written to, where it is sealed
@@ -165,11 +174,15 @@ void CZVLGBlockSaver::Init(CZVFTOutStream* out, const SZVLGZvgBlockHeadInfo& hea
     imp->AllocateScratch();
     CZVFTOutStream& target = imp->isToBeSealed ? imp->sealing.emplace(*out) : *out;
     imp->file.emplace(target, FileHead{imp->version, head}, imp->scratch,
-                      geosPerBlock == 0 ? geosPerBlockByDefault : geosPerBlock);
+                      geosPerBlock == 0 ? geosPerBlockByDefault : geosPerBlock, imp->threads);
 }
 
 void CZVLGBlockSaver::SetSeal(bool seal) {
     imp->isToBeSealed = seal;
+}
+
+void CZVLGBlockSaver::SetThreads(unsigned int threads) {
+    imp->threads = std::clamp(threads, 1U, mostThreads);
 }
 
 void CZVLGBlockSaver::SetDisplacementSettings(const CZVFTIniFile& settings) {

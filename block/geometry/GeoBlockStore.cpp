@@ -4,7 +4,6 @@
 
 #include "geometry/GeoSerial.h"
 #include "geometry/LeadingBytes.h"
-#include "stream/CompressedBlock.h"
 #include "stream/Failures.h"
 #include "stream/FieldWriter.h"
 #include "stream/WideText.h"
@@ -26,9 +25,13 @@ std::string KeyOf(const std::wstring& identification) {
 
 }  // namespace
 
-GeoBlockStore::GeoBlockStore(CZVFTOutStream& out, AllocBuffer& scratch, unsigned int version,
-                             u32 geosPerBlock)
-    : out(out), scratch(scratch), version(version), geosPerBlock(geosPerBlock), section(out) {}
+GeoBlockStore::GeoBlockStore(CZVFTOutStream& out, ZVSmartFormat::BlockQueue& blocks,
+                             AllocBuffer& scratch, unsigned int version, u32 geosPerBlock)
+    : blocks(blocks),
+      scratch(scratch),
+      version(version),
+      geosPerBlock(geosPerBlock),
+      section(out) {}
 
 void GeoBlockStore::Add(const std::wstring& identification, const SZVLGZvgGeo& geo) {
     if (identification.empty()) return;
@@ -95,8 +98,8 @@ void GeoBlockStore::WriteBlock() {
     closed = true;
     blockRows.Clear();  // before the coder takes memory of its own
     blockKeys.Clear();
-    section.BeginRecord();
-    ZVSmartFormat::WriteCompressedBlock(out, scratch.data, content.GetPos());
+    blocks.Do([this] { section.BeginRecord(); });
+    blocks.Write(scratch.data, content.GetPos());
     closed = false;
 }
 
@@ -104,7 +107,7 @@ void GeoBlockStore::Finish() {
     CheckOpen();
     if (geoCount != 0) WriteBlock();
     closed = true;
-    section.End();
+    blocks.Do([this] { section.End(); });
 }
 
 std::vector<GeoBlockStore::KeyPlace> GeoBlockStore::PlacesInKeyOrder() const {

@@ -7,6 +7,7 @@
 #include "ZVSmartZvg/Geo.h"
 #include "ZVSmartZvg/GeoIndex.h"
 #include "layout/SectionWriter.h"
+#include "stream/BlockQueue.h"
 #include "stream/Failures.h"
 #include "stream/KeyTable.h"
 #include "stream/RowStore.h"
@@ -25,9 +26,9 @@ namespace ZVSmartZvg {
 class GeoBlockStore {
   public:
     /// Begins the geometry block section at `out`'s position. `out`, which throws what it cannot
-    /// write, and `scratch` are borrowed.
-    GeoBlockStore(ZVSmartFormat::CZVFTOutStream& out, ZVSmartFormat::AllocBuffer& scratch,
-                  unsigned int version, u32 geosPerBlock);
+    /// write, `blocks`, which write there, and `scratch` are borrowed.
+    GeoBlockStore(ZVSmartFormat::CZVFTOutStream& out, ZVSmartFormat::BlockQueue& blocks,
+                  ZVSmartFormat::AllocBuffer& scratch, unsigned int version, u32 geosPerBlock);
 
     /// Throws "encode error" once the section is finished or a block could not be written whole.
     void CheckOpen() const {
@@ -47,7 +48,7 @@ class GeoBlockStore {
     /// Whether an identification leads to a geometry; never for an empty one.
     bool Has(const std::wstring& identification) const;
 
-    /// Writes the last block and the end of the section; nothing can be added afterwards. Throws
+    /// Queues the last block and the end of the section; nothing can be added afterwards. Throws
     /// "encode error" where it was called before or a block could not be written whole.
     void Finish();
 
@@ -65,7 +66,7 @@ class GeoBlockStore {
     void AppendToBlock(const std::string& key, const SZVLGZvgGeo& geo);
     std::vector<KeyPlace> PlacesInKeyOrder() const;
 
-    ZVSmartFormat::CZVFTOutStream& out;
+    ZVSmartFormat::BlockQueue& blocks;
     ZVSmartFormat::AllocBuffer& scratch;
     unsigned int version;
     u32 geosPerBlock;

@@ -28,14 +28,15 @@ u64 ReadBlockSize(CZVFTInStream& in, u64 start) {
 
 }  // namespace
 
-void WriteCompressedBlock(CZVFTOutStream& out, const void* data, u64 byteCount) {
+void WriteCompressedBlock(CZVFTOutStream& out, const void* data, u64 byteCount,
+                          const ZVSmartLzma::CZVFTEncodeOpt* options) {
     // More than that no reader decodes.
     if (byteCount > std::numeric_limits<u32>::max()) ThrowNotWritten();
     ZVSmartSerial::CZVFTSerialWriter writer(&out);
     const u64 start = out.GetPos();
     writer.WriteU32(0);
 
-    if (!ZVSmartLzma::EncodeBytes(data, byteCount, out, nullptr)) ThrowNotWritten();
+    if (!ZVSmartLzma::EncodeBytes(data, byteCount, out, options)) ThrowNotWritten();
 
     const u64 end = out.GetPos();
     if (end - start > std::numeric_limits<u32>::max()) ThrowNotWritten();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZVSmartLzma/LzmaTool.h"
 #include "stream/OwnedBuffer.h"
 
 // A compressed block in a stream:
@@ -22,8 +23,10 @@ class DecodedBlock {
 };
 
 /// Compresses `byteCount` bytes at `data` into a block at `out`'s position. Throws
-/// "encode error" where that fails and where 32 bits cannot count the bytes.
-void WriteCompressedBlock(CZVFTOutStream& out, const void* data, u64 byteCount);
+/// "encode error" where that fails and where 32 bits cannot count the bytes. Without options the
+/// coder chooses.
+void WriteCompressedBlock(CZVFTOutStream& out, const void* data, u64 byteCount,
+                          const ZVSmartLzma::CZVFTEncodeOpt* options = nullptr);
 
 /// Decodes the block at `in`'s position and moves `in` behind it. False, with `block` and the
 /// position unchanged, where it does not decode or announces more than `decodedLimit` bytes.

@@ -52,6 +52,14 @@ class ZVLG_API CZVLGBlockSaver {
     /// unless set; but for these bytes the file is the same.
     void SetSeal(bool seal);
 
+    /// Chooses how many threads compress the blocks of files that later calls of `Init` begin: 1
+    /// unless set, up to 64, and 0 counts as 1. The bytes of a file do not depend on it, and `out`
+    /// is used by the calling thread alone. With 1 no thread is ever begun. With more, each of them
+    /// takes the memory of a block twice, of the compressed one and of the coder (12 times the
+    /// block, at most 48 MiB); what a block fails of comes out of a later call than otherwise,
+    /// `WriteEnd` at the latest, and the destructor waits for blocks that are being compressed.
+    void SetThreads(unsigned int threads);
+
     /// Replaces the component displacement settings that `Init` read, for a program that opens no
     /// files by then. Components that were added already keep theirs. `settings` is copied.
     void SetDisplacementSettings(const ZVSmartFormat::CZVFTIniFile& settings);

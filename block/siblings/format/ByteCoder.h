@@ -13,6 +13,9 @@ namespace ZVSmartLzma {
 bool EncodeBytes(const void* data, u64 byteCount, ZVSmartFormat::CZVFTOutStream& out,
                  const CZVFTEncodeOpt* opt);
 
+/// What EncodeBytes chooses at this moment where it is given no options, for content of that size.
+CZVFTEncodeOpt ChosenOptions(u64 byteCount);
+
 /// Decompresses the stream at `in`'s position, as CZVFTLzmaTool::Decode does, into `decoded`, which
 /// is empty before and has exactly the decoded bytes afterwards. The caller frees them, also where
 /// the result is false.

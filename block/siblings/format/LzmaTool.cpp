@@ -58,17 +58,13 @@ u64 BytesLeft(CZVFTInStream& in) {
     return pos < size ? size - pos : 0;
 }
 
-/// Chooses preset and dictionary. Preset 6 with a dictionary no larger than the input halves the
-/// coder's memory and costs at most 1.5 % of size.
 bool ChooseOptions(u64 inputSize, const CZVFTEncodeOpt* opt, lzma_options_lzma& options) {
-    const Defaults& defaults =
-        fastMode.load(std::memory_order_relaxed) ? fastDefaults : normalDefaults;
-    const u32 level = opt != nullptr && opt->level <= 9 ? opt->level : defaults.preset;
+    const CZVFTEncodeOpt chosen = ChosenOptions(inputSize);
+    const u32 level = opt != nullptr && opt->level <= 9 ? opt->level : chosen.level;
     if (lzma_lzma_preset(&options, level)) return false;
     options.dict_size = opt != nullptr && opt->dictionarySize != 0
                             ? std::clamp(opt->dictionarySize, smallestDictionary, largestDictionary)
-                            : static_cast<u32>(std::clamp<u64>(inputSize, smallestDictionary,
-                                                               defaults.dictionaryCap));
+                            : chosen.dictionarySize;
     return true;
 }
 
@@ -261,6 +257,15 @@ bool DecodeToStream(CZVFTInStream& in, CZVFTOutStream& out, u64 decodedLimit) {
 }
 
 }  // namespace
+
+/// Preset 6 with a dictionary no larger than the input halves the coder's memory and costs at most
+/// 1.5 % of size.
+CZVFTEncodeOpt ChosenOptions(u64 byteCount) {
+    const Defaults& defaults =
+        fastMode.load(std::memory_order_relaxed) ? fastDefaults : normalDefaults;
+    const u64 dictionary = std::clamp<u64>(byteCount, smallestDictionary, defaults.dictionaryCap);
+    return {defaults.preset, static_cast<u32>(dictionary)};
+}
 
 bool EncodeBytes(const void* data, u64 byteCount, CZVFTOutStream& out, const CZVFTEncodeOpt* opt) {
     return WithOwnException(
