@@ -269,6 +269,14 @@ Findings Verified(const Bytes& file, u64 base) {
     const bool isWhole = CZVLGBlockVerifier().Verify(&in, findings);
     if (isWhole != findings.empty() || in.GetPos() != base)
         throw std::logic_error("what the verifier says or leaves contradicts what it found");
+    Findings inThreads(1);
+    CZVLGBlockVerifier().Verify(&in, ~u64{0}, inThreads, 3);
+    const auto isSame = [](const SZVLGBlockFinding& a, const SZVLGBlockFinding& b) {
+        return a.position == b.position && a.reason == b.reason;
+    };
+    if (!std::equal(findings.begin(), findings.end(), inThreads.begin(), inThreads.end(), isSame) ||
+        in.GetPos() != base)
+        throw std::logic_error("the verifier finds something else where threads help it");
     return findings;
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "component/FloorBlock.h"
+#include "container/BlocksAhead.h"
 #include "container/ClassCheck.h"
 #include "container/FloorCheck.h"
 #include "container/GeoCheck.h"
@@ -31,6 +32,7 @@ using ZVSmartFormat::RecordInStream;
 
 namespace {
 
+constexpr unsigned int mostThreads = 64;
 constexpr u64 wholeStream = std::numeric_limits<u64>::max();
 
 /// A geometry block, and what is told of it.
@@ -43,8 +45,12 @@ struct GeoBlockState {
 
 class Verification {
   public:
-    Verification(CZVFTInStream& stream, Findings& findings)
-        : stream(stream), in(stream), basePos(stream.GetPos()), findings(findings) {}
+    Verification(CZVFTInStream& stream, unsigned int threads, Findings& findings)
+        : stream(stream),
+          in(stream),
+          basePos(stream.GetPos()),
+          findings(findings),
+          blocks(threads) {}
 
     /// In the file's order, but for the index block, whose tables the floors refer to.
     void Run();
@@ -73,6 +79,7 @@ class Verification {
     CheckedInStream in;
     u64 basePos;
     Findings& findings;
+    BlocksAhead blocks;
     FileHead head;
     std::optional<std::size_t> geoSectionFinding;
     u64 lostWithSection = 0;  // identifications into blocks that its finding hides
@@ -115,7 +122,7 @@ void Verification::Run() {
 bool Verification::ReadBlock(const std::string& what, DecodedBlock& block) {
     const u64 position = in.GetPos();
     const ZVSmartFormat::BlockFrame frame = ZVSmartFormat::ReadBlockFrame(in);
-    if (!ReadCompressedBlock(in, std::numeric_limits<u32>::max(), block)) {
+    if (!blocks.Read(in, block)) {
         findings.Add(FilePosition(position), what + " does not decode");
         throw Findings::AlreadyFound();
     }
@@ -146,6 +153,7 @@ void Verification::CheckBlock(const std::string& what, DecodedBlock& block,
 void Verification::CheckGeoBlocks() {
     constexpr const char* name = "geometry block section";
     if (!IsSectionAt(in.GetPos())) geoSectionFinding = findings.Count();
+    blocks.Begin([](CheckedInStream&) {});  // one behind the other
     const auto check = [&](u32 i) {
         if (geoBlocks.size() <= i) geoBlocks.resize(std::size_t{i} + 1);
         GeoBlockState& state = geoBlocks[i];
@@ -210,6 +218,7 @@ u64 Verification::IndexBegin(const SZVLGSectionHead& floors, u64 floorsBegin) {
 }
 
 void Verification::CheckIndexBlock() {
+    blocks.Begin([](CheckedInStream&) { ZVSmartFormat::ThrowOutOfData(); });  // it stands alone
     CheckBlock("the index block", indexBlock, [&](RecordInStream& content, const Place& place) {
         classes->Read(content, place);
         identifications.emplace(content);
@@ -263,6 +272,7 @@ void Verification::TellLostIdentifications() {
 void Verification::CheckFloors(u64 floorsBegin) {
     in.Seek(floorsBegin);
     constexpr const char* name = "floor section";
+    blocks.Begin([](CheckedInStream& behindFloor) { ReadFloorFields(behindFloor); });
     Identities names;
     CheckSection(in, FilePlace(), name, findings, [&](u32 i) {
         const FloorFields fields = ReadFloorFields(in);
@@ -301,10 +311,10 @@ void Verification::CheckEnd(u64 end) {
     }
 }
 
-void VerifyStream(CZVFTInStream& stream, Findings& findings) {
+void VerifyStream(CZVFTInStream& stream, unsigned int threads, Findings& findings) {
     const auto theFile = [] { return std::string("the file"); };
     try {
-        findings.Guard(0, theFile, [&] { Verification(stream, findings).Run(); });
+        findings.Guard(0, theFile, [&] { Verification(stream, threads, findings).Run(); });
     } catch (const Findings::Full&) {  // as many as are reported
     }
 }
@@ -324,6 +334,11 @@ bool CZVLGBlockVerifier::Verify(CZVFTInStream* in, std::vector<SZVLGBlockFinding
 
 bool CZVLGBlockVerifier::Verify(CZVFTInStream* in, unsigned long long byteCount,
                                 std::vector<SZVLGBlockFinding>& findings) {
+    return Verify(in, byteCount, findings, 1);
+}
+
+bool CZVLGBlockVerifier::Verify(CZVFTInStream* in, unsigned long long byteCount,
+                                std::vector<SZVLGBlockFinding>& findings, unsigned int threads) {
     Findings gathered(findings);
     const ZVSmartFormat::PositionGuard guard(*in);
     ZVSmartFormat::BoundedInStream bounded(*in, byteCount);
@@ -331,7 +346,7 @@ bool CZVLGBlockVerifier::Verify(CZVFTInStream* in, unsigned long long byteCount,
     ZVSmartFormat::WatchedInStream watched;
     watched.Watch(&bounded);
     try {
-        VerifyStream(watched, gathered);
+        VerifyStream(watched, std::min(threads, mostThreads), gathered);
     } catch (const CZVFTStreamException&) {
         if (!watched.HasFailed()) throw;  // memory ran out
     }

@@ -1,4 +1,8 @@
 #include "ZVSmartModel/Verify.h"
+
+#include <limits>
+#include <thread>
+
 #include "ZVSmartZvg/BlockVerifier.h"
 #include "model/element/InputSource.h"
 #include "model/element/LackOfMemory.h"
@@ -36,12 +40,15 @@ class WatchedStream : public ZVSmartFormat::CZVFTInStream {
     bool hasFailed = false;
 };
 
-std::vector<Damage> Faults(OpenedFile file, const Progress& progress) try {
+std::vector<Damage> Faults(OpenedFile file, const Progress& progress, unsigned int threads) try {
+    constexpr unsigned long long wholeFile = std::numeric_limits<unsigned long long>::max();
+    if (threads == 0) threads = std::thread::hardware_concurrency();
+
     WatchedStream stream(file.Stream(), progress);
     std::vector<SZVLGBlockFinding> findings;
     bool isSound = false;
     try {
-        isSound = CZVLGBlockVerifier().Verify(&stream, findings);
+        isSound = CZVLGBlockVerifier().Verify(&stream, wholeFile, findings, threads);
     } catch (const ZVSmartFormat::CZVFTStreamException& exception) {
         if (IsOutOfMemory(exception)) throw;
         file.ThrowUnread();
@@ -64,11 +71,21 @@ std::vector<Damage> Faults(OpenedFile file, const Progress& progress) try {
 }  // namespace
 
 std::vector<Damage> VerifyFile(const std::string& path, const Progress& progress) {
-    return Faults(OpenedFile(OpenInput(path), path), progress);
+    return VerifyFile(path, progress, 1);
+}
+
+std::vector<Damage> VerifyFile(const std::string& path, const Progress& progress,
+                               unsigned int threads) {
+    return Faults(OpenedFile(OpenInput(path), path), progress, threads);
 }
 
 std::vector<Damage> VerifyFile(ZVSmartFormat::CZVFTInStream& stream, const Progress& progress) {
-    return Faults(OpenedFile(stream, "block file"), progress);
+    return VerifyFile(stream, progress, 1);
+}
+
+std::vector<Damage> VerifyFile(ZVSmartFormat::CZVFTInStream& stream, const Progress& progress,
+                               unsigned int threads) {
+    return Faults(OpenedFile(stream, "block file"), progress, threads);
 }
 
 }  // namespace ZVSmartModel

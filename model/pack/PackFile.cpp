@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 #include <sstream>
+#include <thread>
 #include <utility>
 
 #include "ZVSmartModel/Pack.h"
@@ -210,6 +211,7 @@ void PackModelFile(const std::string& modelPath, int descriptor, const std::stri
     job.seal = options.seal;
     job.strict = options.strict;
     job.tolerance = options.tolerance;
+    job.threads = options.threads != 0 ? options.threads : std::thread::hardware_concurrency();
     ImportListener listener(options, told);
     ImportLimits limits = LimitsOf(options, folder.ModelBytes());
     limits.wanted = [&listener] { return listener.IsWanted(); };

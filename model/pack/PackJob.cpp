@@ -20,6 +20,7 @@ void ForEachPart(Job& job, Part part) {
     part(job.seal);
     part(job.strict);
     part(job.tolerance);
+    part(job.threads);
 }
 
 std::string Word(const std::string& text) {

@@ -22,6 +22,7 @@ struct PackJob {
     bool seal = false;         ///< write a checksum of the whole file behind its end
     bool strict = false;       ///< pack nothing of a model of which something is lost
     double tolerance = 0.001;  ///< metres that lines may be off curves of the model
+    unsigned int threads = 1;  ///< that draw and compress
 };
 
 /// The job as words on a command line.

@@ -78,12 +78,12 @@ SZVLGZvgBlockHeadInfo Head(const Model& model, const PackInput& input) {
 /// A model whose picture cannot be drawn is packed all the same.
 std::optional<SZVLGZvgGeoImage> Drawn(const Model& model,
                                       const std::vector<const ModelElement*>& elements,
-                                      std::string& failure) {
+                                      unsigned int threads, std::string& failure) {
     try {
         std::vector<const ModelElement*> shown;
         std::copy_if(elements.begin(), elements.end(), std::back_inserter(shown),
                      [](const ModelElement* e) { return !IsRoomClass(e->entityType); });
-        return RenderPreview(SceneOf(model, shown), previewWidth, previewHeight);
+        return RenderPreview(SceneOf(model, shown), previewWidth, previewHeight, threads);
     } catch (const std::exception& error) {
         failure = IsOutOfMemory(error) ? "out of memory" : error.what();
         return std::nullopt;
@@ -95,7 +95,7 @@ void AddPreview(const Model& model, const std::vector<const ModelElement*>& elem
     if (input.preview != nullptr) {
         saver.AddPreviewImage(ReadPng(input.preview, input.job.previewPath));
     } else if (input.job.drawPreview && CanRender()) {
-        const auto image = Drawn(model, elements, summary.previewFailure);
+        const auto image = Drawn(model, elements, input.job.threads, summary.previewFailure);
         if (image) saver.AddPreviewImage(*image);
     }
 }
@@ -107,6 +107,7 @@ PackSummary PackModel(const Model& model, const PackInput& input,
     CZVLGBlockSaver saver(input.job.formatVersion);
     saver.SetEncodeFastMod(input.job.fast);
     saver.SetSeal(input.job.seal);
+    saver.SetThreads(input.job.threads);
     const unsigned int geosPerBlock =
         input.job.geosPerBlock != 0 ? input.job.geosPerBlock : ChosenGeosPerBlock(model);
     saver.Init(&out, Head(model, input), "", geosPerBlock);

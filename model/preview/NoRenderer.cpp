@@ -6,7 +6,8 @@ bool CanRender() {
     return false;
 }
 
-Picture Render(const Scene&, unsigned int, unsigned int, bool, const std::function<void(double)>&) {
+Picture Render(const Scene&, unsigned int, unsigned int, bool, const std::function<void(double)>&,
+               unsigned int) {
     throw RenderFailed("this build draws no pictures (it needs embree)");
 }
 

@@ -9,8 +9,9 @@
 namespace ZVSmartModel {
 
 std::optional<ZVSmartZvg::SZVLGZvgGeoImage> RenderPreview(const Scene& scene, unsigned int width,
-                                                          unsigned int height, bool patient) {
-    const Picture picture = Render(scene, width, height, patient);
+                                                          unsigned int height,
+                                                          unsigned int threads) {
+    const Picture picture = Render(scene, width, height, false, {}, threads);
     if (picture.pixels.empty()) return std::nullopt;
     ZVSmartZvg::SZVLGZvgGeoImage image;
     image.width = picture.width;

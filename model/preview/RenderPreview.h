@@ -16,6 +16,6 @@ constexpr unsigned int previewHeight = 480;
 /// throws.
 std::optional<ZVSmartZvg::SZVLGZvgGeoImage> RenderPreview(const Scene& scene, unsigned int width,
                                                           unsigned int height,
-                                                          bool patient = false);
+                                                          unsigned int threads);
 
 }  // namespace ZVSmartModel

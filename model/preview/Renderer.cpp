@@ -90,7 +90,8 @@ void PaintStrips(const View& view, std::atomic<unsigned int>& next,
 
 /// Any number of threads draws one picture. Rethrows what a thread has thrown. `tell` is called by
 /// this thread alone.
-void PaintAll(const View& view, const std::function<void(double drawn)>& tell) {
+void PaintAll(const View& view, const std::function<void(double drawn)>& tell,
+              unsigned int threads) {
     const unsigned int height = view.picture.height;
     std::atomic<unsigned int> next = 0;
     std::mutex mutex;
@@ -107,7 +108,8 @@ void PaintAll(const View& view, const std::function<void(double drawn)>& tell) {
         }
     };
     constexpr unsigned int mostThreads = 16;
-    const unsigned int threads = std::clamp(std::thread::hardware_concurrency(), 1U, mostThreads);
+    if (threads == 0) threads = std::thread::hardware_concurrency();
+    threads = std::clamp(threads, 1U, mostThreads);
     {
         std::vector<std::jthread> workers;
         try {
@@ -134,7 +136,7 @@ bool CanRender() {
 }
 
 Picture Render(const Scene& scene, unsigned int width, unsigned int height, bool patient,
-               const std::function<void(double drawn)>& tell) {
+               const std::function<void(double drawn)>& tell, unsigned int threads) {
     const Framing framing = FramingOf(scene);
     if (framing.box.IsEmpty()) return {};
     Picture picture = {width, height, {}};
@@ -145,7 +147,7 @@ Picture Render(const Scene& scene, unsigned int width, unsigned int height, bool
     const Shading shading(scene, rays, camera);
     patience.Charge(since);
     picture.pixels.resize(std::size_t{width} * height * 4);
-    PaintAll({camera, rays, shading, patience, picture}, tell);
+    PaintAll({camera, rays, shading, patience, picture}, tell, threads);
     return picture;
 }
 

@@ -19,14 +19,15 @@ bool CanRender();
 /// same bytes. Width and height are 1 to 8192. A scene without anything to show gives an empty
 /// picture, 0 × 0. Throws RenderFailed where the ray tracer does.
 ///
-/// `tell`, if given, is called often by the calling thread with how much is drawn, 0 to 1. What it
-/// throws ends the drawing and passes through.
+/// So many threads draw, this one among them; 0 takes all processors. `tell`, if given, is called
+/// often by the calling thread with how much is drawn, 0 to 1. What it throws ends the drawing and
+/// passes through.
 ///
 /// Rays that meet many surfaces at once take long. Unless `patient`, Render throws RenderTooLong
 /// once its threads have taken about ten times the processor time that buildings of this size take:
 /// a second and 30 microseconds for each pixel, and as much again for every 2 MiB of surfaces.
 Picture Render(const Scene& scene, unsigned int width, unsigned int height, bool patient,
-               const std::function<void(double drawn)>& tell = {});
+               const std::function<void(double drawn)>& tell = {}, unsigned int threads = 0);
 
 /// The ray tracer failed, or is not there.
 class RenderFailed : public std::runtime_error {

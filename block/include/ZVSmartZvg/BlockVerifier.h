@@ -28,6 +28,13 @@ class ZVLG_API CZVLGBlockVerifier {
     /// counts among the file's bytes.
     bool Verify(ZVSmartFormat::CZVFTInStream* in, unsigned long long byteCount,
                 std::vector<SZVLGBlockFinding>& findings);
+    /// The same with `threads`, up to 64, that decode the next blocks while the calling thread
+    /// checks one; a `byteCount` of all ones means all to the stream's end. The findings do not
+    /// depend on threads, and `in` is read by the calling thread alone. With 0 or 1 no thread is
+    /// ever begun. With more, each of them takes a block's memory, encoded and decoded, of at most
+    /// 64 MiB each: larger blocks are decoded when it is their turn.
+    bool Verify(ZVSmartFormat::CZVFTInStream* in, unsigned long long byteCount,
+                std::vector<SZVLGBlockFinding>& findings, unsigned int threads);
 };
 
 }  // namespace ZVSmartZvg

@@ -23,6 +23,10 @@ struct PackOptions {
     bool strict = false;             ///< pack nothing of a model of which something is lost
     double tolerance = 0.001;        ///< metres that lines may be off the curves they stand for
 
+    /// That draw and compress at once, up to 64; 0 takes as many as there are processors. The file
+    /// does not depend on it.
+    unsigned int threads = 1;
+
     std::uint64_t maxMemory = 0;  ///< bytes the importer may use; 0 is half of the machine's
     double maxSeconds = 0;        ///< that importing may take in all; 0 only asks for progress
     /// The program `zvg-import`; empty takes the one that the environment's ZVG_IMPORT names, else

@@ -18,9 +18,16 @@ namespace ZVSmartModel {
 /// which tells nothing about the file; Internal where memory runs out; Cancelled.
 ZVSM_API std::vector<Damage> VerifyFile(const std::string& path, const Progress& progress = {});
 
+/// The same with threads that decode ahead of the calling one, up to 64; 0 takes as many as there
+/// are processors. What is returned does not depend on them.
+ZVSM_API std::vector<Damage> VerifyFile(const std::string& path, const Progress& progress,
+                                        unsigned int threads);
+
 /// The same for the file that begins where `stream` stands and ends with it. `stream` is borrowed,
 /// and stands there again afterwards.
 ZVSM_API std::vector<Damage> VerifyFile(ZVSmartFormat::CZVFTInStream& stream,
                                         const Progress& progress = {});
+ZVSM_API std::vector<Damage> VerifyFile(ZVSmartFormat::CZVFTInStream& stream,
+                                        const Progress& progress, unsigned int threads);
 
 }  // namespace ZVSmartModel

@@ -27,6 +27,14 @@ void AddLimitOption(CLI::App& command, CommonOptions& common) {
                      "Take what work and memory the file asks for, however small it is");
 }
 
+void AddThreadsOption(CLI::App& command, unsigned int& threads) {
+    constexpr unsigned int most = 64;
+    command
+        .add_option("--threads", threads,
+                    "How many threads work at once (default: one for each processor)")
+        ->check(CLI::Range(1U, most));
+}
+
 void AddFloorOption(CLI::App& command, std::optional<std::string>& floor) {
     command.add_option("--floor", floor, "Only this floor, by its number or its name");
 }

@@ -26,6 +26,8 @@ void AddFloorOption(CLI::App& command, std::optional<std::string>& floor);
 void AddClassOption(CLI::App& command, std::optional<std::string>& className);
 /// `where` becomes a list of NAME=VALUE; see PropertyTests.
 void AddWhereOption(CLI::App& command, std::vector<std::string>& where);
+/// `threads` is 0 where all processors are to be used.
+void AddThreadsOption(CLI::App& command, unsigned int& threads);
 void AddRoomsOption(CLI::App& command, bool& rooms);
 
 /// What --where says. Throws Error, Usage, for what is no NAME=VALUE.

@@ -25,6 +25,7 @@ struct Arguments {
     unsigned int formatVersion = 4;
     bool fast = false;
     bool noPreview = false;
+    unsigned int threads = 0;
     bool seal = false;
     std::uint64_t maxMemory = 0;  ///< bytes; 0 where not given
     double maxTime = 0;           ///< seconds; 0 where not given
@@ -80,6 +81,7 @@ PackOptions OptionsOf(const Arguments& arguments, Listener& listener) {
     options.geosPerBlock = arguments.geosPerBlock;
     options.formatVersion = arguments.formatVersion;
     options.fast = arguments.fast;
+    options.threads = arguments.threads;
     options.seal = arguments.seal;
     options.strict = arguments.strict;
     constexpr double metresInMillimetre = 0.001;
@@ -196,6 +198,7 @@ void RegisterPack(CLI::App& app, CommonOptions& common) {
             return tolerance >= 0.01 && tolerance <= 1000 ? ""
                                                           : text + " is not within 0.01 and 1000";
         });
+    AddThreadsOption(*command, arguments->threads);
     command->add_option("--report", arguments->report,
                         "Write what arrived and what was lost, and where, to this file as JSON");
     command->add_flag("--strict", arguments->strict,

@@ -20,7 +20,7 @@ namespace ZVSmartModel::Tool {
 namespace {
 
 /// Throws Error InputOutput that names the file where it is not delivered.
-std::vector<Damage> FindFaults(OpenedFile& file, bool quiet) {
+std::vector<Damage> FindFaults(OpenedFile& file, bool quiet, unsigned int threads) {
     Progress line(quiet);
     const auto bytes = static_cast<double>(file.Stream().GetSize());
     const auto show = [&](const std::string& work, double fraction) {
@@ -28,7 +28,7 @@ std::vector<Damage> FindFaults(OpenedFile& file, bool quiet) {
         return true;
     };
     try {
-        return VerifyFile(file.Stream(), show);
+        return VerifyFile(file.Stream(), show, threads);
     } catch (const Error& error) {
         if (error.GetStatus() == Status::InputOutput) file.ThrowUnread();
         throw;
@@ -45,9 +45,9 @@ Document CountsOf(OpenedFile file, bool noLimit) {
 }
 
 /// What is to be said of one file. Throws Error where it cannot be read.
-Document Verified(const std::string& path, const CommonOptions& common) {
+Document Verified(const std::string& path, unsigned int threads, const CommonOptions& common) {
     OpenedFile file = OpenNamed(path);
-    const std::vector<Damage> findings = FindFaults(file, common.quiet);
+    const std::vector<Damage> findings = FindFaults(file, common.quiet, threads);
     Document document = NewDocument(path);
     document["ok"] = findings.empty();
     document["findings"] = Document::array();
@@ -83,8 +83,8 @@ Error Verdict(const Document& document, const std::string& path) {
 }
 
 /// Prints what is to be said of one file. Throws Error where anything is wrong with it.
-void VerifyOne(const std::string& path, const CommonOptions& common) {
-    const Document document = Verified(path, common);
+void VerifyOne(const std::string& path, unsigned int threads, const CommonOptions& common) {
+    const Document document = Verified(path, threads, common);
     if (common.json) {
         PrintDocument(document, common.json);
     } else {
@@ -102,9 +102,11 @@ void RegisterVerify(CLI::App& app, CommonOptions& common) {
         "Check everything in block files; print the position and the reason of each fault",
         "zvg verify house.zvg", *files);
     AddLimitOption(*command, common);
-    command->callback([files, &common] {
+    const auto threads = std::make_shared<unsigned int>(0);
+    AddThreadsOption(*command, *threads);
+    command->callback([files, threads, &common] {
         ForEachFile(*files, common.json ? "" : ": ",
-                    [&common](const FileTurn& turn) { VerifyOne(turn.file, common); });
+                    [&](const FileTurn& turn) { VerifyOne(turn.file, *threads, common); });
     });
 }
 

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <future>
+#include <optional>
+
+#include "stream/CheckedInStream.h"
+#include "stream/CompressedBlock.h"
+
+namespace ZVSmartZvg {
+
+/// Decodes the blocks that come next in a section, in threads, while one is looked at. The stream
+/// is read by the calling thread alone. What a block decodes to does not depend on it, and that one
+/// cannot be decoded ahead is never an error.
+class BlocksAhead {
+  public:
+    /// Moves a stream from the end of a block to where the next one begins. May throw.
+    using Advance = std::function<void(ZVSmartFormat::CheckedInStream& in)>;
+
+    /// With `threads` of 0 or 1 no thread is begun, and blocks are decoded when they are asked for;
+    /// otherwise so many are decoded at once.
+    explicit BlocksAhead(unsigned int threads) : threads(threads) {}
+
+    /// Another section begins. Blocks follow each other in it as `next` says; should one not, no
+    /// more are decoded ahead.
+    void Begin(Advance next);
+
+    /// Reads the block at the stream's position, as ReadCompressedBlock does without a limit.
+    bool Read(ZVSmartFormat::CheckedInStream& in, ZVSmartFormat::DecodedBlock& block);
+
+  private:
+    using Decoded = std::optional<ZVSmartFormat::DecodedBlock>;
+    struct Ahead {
+        ZVSmartFormat::u64 position;
+        ZVSmartFormat::u64 end;
+        std::future<Decoded> block;
+    };
+
+    void LookAhead(ZVSmartFormat::CheckedInStream& in);
+    bool DecodeAhead(ZVSmartFormat::CheckedInStream& in);
+
+    unsigned int threads;
+    Advance advance;
+    std::deque<Ahead> ahead;  ///< in the order in which they lie there
+    bool isGoingOn = false;
+};
+
+}  // namespace ZVSmartZvg
