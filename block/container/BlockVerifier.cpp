@@ -55,6 +55,8 @@ class Verification {
     /// In the file's order, but for the index block, whose tables the floors refer to.
     void Run();
 
+    const SZVLGBlockCounts& Counts() const { return counts; }
+
   private:
     unsigned long long FilePosition(u64 position) const { return position - basePos; }
     Place FilePlace() const { return {0, "", basePos}; }
@@ -80,6 +82,7 @@ class Verification {
     u64 basePos;
     Findings& findings;
     BlocksAhead blocks;
+    SZVLGBlockCounts counts;
     FileHead head;
     std::optional<std::size_t> geoSectionFinding;
     u64 lostWithSection = 0;  // identifications into blocks that its finding hides
@@ -163,6 +166,7 @@ void Verification::CheckGeoBlocks() {
             state.isDecoded = true;
             const auto visit = [&](u32) { CheckGeoRecord(content); };
             state.count = CheckSection(content, place, "records", findings, visit).Count();
+            counts.geometries += state.count;
         };
         DecodedBlock block;
         const bool isRead = findings.Guard(FilePosition(in.GetPos()), blockName,
@@ -172,7 +176,9 @@ void Verification::CheckGeoBlocks() {
     };
     findings.Guard(
         FilePosition(in.GetPos()), [] { return std::string(name); },
-        [&] { CheckSection(in, FilePlace(), name, findings, check); });
+        [&] {
+            counts.geometryBlocks = CheckSection(in, FilePlace(), name, findings, check).Count();
+        });
 }
 
 void Verification::CheckGeoRecord(RecordInStream& content) const {
@@ -223,6 +229,7 @@ void Verification::CheckIndexBlock() {
         classes->Read(content, place);
         identifications.emplace(content);
         CheckIdentifications(place);
+        counts.identifications = identifications->Count();
     });
 }
 
@@ -274,7 +281,7 @@ void Verification::CheckFloors(u64 floorsBegin) {
     constexpr const char* name = "floor section";
     blocks.Begin([](CheckedInStream& behindFloor) { ReadFloorFields(behindFloor); });
     Identities names;
-    CheckSection(in, FilePlace(), name, findings, [&](u32 i) {
+    const auto checkFloor = [&](u32 i) {
         const FloorFields fields = ReadFloorFields(in);
         const std::wstring& floor = fields.classLevel1Name;
         names.Meet(i, floor.empty() ? std::wstring(L"none") : floor);
@@ -282,8 +289,11 @@ void Verification::CheckFloors(u64 floorsBegin) {
         FloorCheck check(head.version, *classes, identifications ? &*identifications : nullptr,
                          findings);
         CheckBlock("floor " + std::to_string(i), block,
-                   [&](RecordInStream& content, const Place& place) { check.Run(content, place); });
-    });
+                   [&](RecordInStream& content, const Place& place) {
+                       counts.components += check.Run(content, place);
+                   });
+    };
+    counts.floors = CheckSection(in, FilePlace(), name, findings, checkFloor).Count();
     names.Tell(
         FilePosition(floorsBegin), [] { return std::string(name); }, findings);
 }
@@ -311,10 +321,15 @@ void Verification::CheckEnd(u64 end) {
     }
 }
 
-void VerifyStream(CZVFTInStream& stream, unsigned int threads, Findings& findings) {
+void VerifyStream(CZVFTInStream& stream, unsigned int threads, Findings& findings,
+                  SZVLGBlockCounts& counts) {
     const auto theFile = [] { return std::string("the file"); };
     try {
-        findings.Guard(0, theFile, [&] { Verification(stream, threads, findings).Run(); });
+        findings.Guard(0, theFile, [&] {
+            Verification verification(stream, threads, findings);
+            verification.Run();
+            counts = verification.Counts();
+        });
     } catch (const Findings::Full&) {  // as many as are reported
     }
 }
@@ -338,7 +353,9 @@ bool CZVLGBlockVerifier::Verify(CZVFTInStream* in, unsigned long long byteCount,
 }
 
 bool CZVLGBlockVerifier::Verify(CZVFTInStream* in, unsigned long long byteCount,
-                                std::vector<SZVLGBlockFinding>& findings, unsigned int threads) {
+                                std::vector<SZVLGBlockFinding>& findings, unsigned int threads,
+                                SZVLGBlockCounts* counts) {
+    SZVLGBlockCounts counted;
     Findings gathered(findings);
     const ZVSmartFormat::PositionGuard guard(*in);
     ZVSmartFormat::BoundedInStream bounded(*in, byteCount);
@@ -346,13 +363,14 @@ bool CZVLGBlockVerifier::Verify(CZVFTInStream* in, unsigned long long byteCount,
     ZVSmartFormat::WatchedInStream watched;
     watched.Watch(&bounded);
     try {
-        VerifyStream(watched, std::min(threads, mostThreads), gathered);
+        VerifyStream(watched, std::min(threads, mostThreads), gathered, counted);
     } catch (const CZVFTStreamException&) {
         if (!watched.HasFailed()) throw;  // memory ran out
     }
     // What the disk kept back looks like damage and is none.
     if (watched.HasFailed()) ZVSmartFormat::ThrowOutOfData();
     TellShortage(bytesThere, byteCount, gathered);
+    if (counts != nullptr) *counts = counted;
     return findings.empty();
 }
 

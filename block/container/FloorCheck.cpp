@@ -18,7 +18,7 @@ std::string ComponentName(const Place& place, u32 i) {
 }  // namespace
 
 /// The rows come behind the components that refer to them, and are read first.
-void FloorCheck::Run(RecordInStream& content, const Place& place) {
+u32 FloorCheck::Run(RecordInStream& content, const Place& place) {
     const Section components = ReadSection(content, 0);
     content.Seek(components.End());
     ReadRows(content, place);
@@ -27,6 +27,7 @@ void FloorCheck::Run(RecordInStream& content, const Place& place) {
     ReadComponents(content, place);
     tally.Tell(place.filePosition, findings);
     content.Seek(end);
+    return components.Count();
 }
 
 void FloorCheck::ReadRows(RecordInStream& content, const Place& place) {

@@ -20,8 +20,9 @@ class FloorCheck {
           identifications(identifications),
           findings(findings) {}
 
-    /// Checks `content`, the block's decoded bytes, and leaves it behind its two tables.
-    void Run(ZVSmartFormat::RecordInStream& content, const Place& place);
+    /// Checks `content`, the block's decoded bytes, and leaves it behind its two tables. Returns
+    /// the number of components.
+    u32 Run(ZVSmartFormat::RecordInStream& content, const Place& place);
 
   private:
     /// An identification row as a component meets it.

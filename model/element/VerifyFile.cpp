@@ -40,20 +40,26 @@ class WatchedStream : public ZVSmartFormat::CZVFTInStream {
     bool hasFailed = false;
 };
 
-std::vector<Damage> Faults(OpenedFile file, const Progress& progress, unsigned int threads) try {
+std::vector<Damage> Faults(OpenedFile file, const Progress& progress, unsigned int threads,
+                           BlockCounts* counts) try {
     constexpr unsigned long long wholeFile = std::numeric_limits<unsigned long long>::max();
     if (threads == 0) threads = std::thread::hardware_concurrency();
 
     WatchedStream stream(file.Stream(), progress);
     std::vector<SZVLGBlockFinding> findings;
     bool isSound = false;
+    SZVLGBlockCounts counted;
     try {
-        isSound = CZVLGBlockVerifier().Verify(&stream, wholeFile, findings, threads);
+        isSound = CZVLGBlockVerifier().Verify(&stream, wholeFile, findings, threads, &counted);
     } catch (const ZVSmartFormat::CZVFTStreamException& exception) {
         if (IsOutOfMemory(exception)) throw;
         file.ThrowUnread();
     }
     if (stream.HasFailed()) file.ThrowUnread();
+    if (counts != nullptr) {
+        *counts = {counted.floors, counted.components, counted.geometryBlocks, counted.geometries,
+                   counted.identifications};
+    }
     std::vector<Damage> faults;
     faults.reserve(findings.size());
     for (const SZVLGBlockFinding& finding : findings) {
@@ -75,8 +81,8 @@ std::vector<Damage> VerifyFile(const std::string& path, const Progress& progress
 }
 
 std::vector<Damage> VerifyFile(const std::string& path, const Progress& progress,
-                               unsigned int threads) {
-    return Faults(OpenedFile(OpenInput(path), path), progress, threads);
+                               unsigned int threads, BlockCounts* counts) {
+    return Faults(OpenedFile(OpenInput(path), path), progress, threads, counts);
 }
 
 std::vector<Damage> VerifyFile(ZVSmartFormat::CZVFTInStream& stream, const Progress& progress) {
@@ -84,8 +90,8 @@ std::vector<Damage> VerifyFile(ZVSmartFormat::CZVFTInStream& stream, const Progr
 }
 
 std::vector<Damage> VerifyFile(ZVSmartFormat::CZVFTInStream& stream, const Progress& progress,
-                               unsigned int threads) {
-    return Faults(OpenedFile(stream, "block file"), progress, threads);
+                               unsigned int threads, BlockCounts* counts) {
+    return Faults(OpenedFile(stream, "block file"), progress, threads, counts);
 }
 
 }  // namespace ZVSmartModel

@@ -8,6 +8,15 @@
 
 namespace ZVSmartZvg {
 
+/// How much a block file holds.
+struct SZVLGBlockCounts {
+    unsigned long long floors = 0;           ///< floors
+    unsigned long long components = 0;       ///< components, of all floors
+    unsigned long long geometryBlocks = 0;   ///< geometry blocks
+    unsigned long long geometries = 0;       ///< records of these
+    unsigned long long identifications = 0;  ///< identifications that lead to them
+};
+
 /// Checks a whole block file: decodes every block and every record and checks what the reader
 /// tolerates as well: totals, order of offsets, gaps between structures, indices and rows that lead
 /// nowhere, faces outside their points, identities that are stored twice, order of identifications,
@@ -33,8 +42,11 @@ class ZVLG_API CZVLGBlockVerifier {
     /// depend on threads, and `in` is read by the calling thread alone. With 0 or 1 no thread is
     /// ever begun. With more, each of them takes a block's memory, encoded and decoded, of at most
     /// 64 MiB each: larger blocks are decoded when it is their turn.
+    ///
+    /// `counts`, if given, is filled; what it says of a file with findings means nothing.
     bool Verify(ZVSmartFormat::CZVFTInStream* in, unsigned long long byteCount,
-                std::vector<SZVLGBlockFinding>& findings, unsigned int threads);
+                std::vector<SZVLGBlockFinding>& findings, unsigned int threads,
+                SZVLGBlockCounts* counts = nullptr);
 };
 
 }  // namespace ZVSmartZvg

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,15 @@
 #include "ZVSmartModel/Values.h"
 
 namespace ZVSmartModel {
+
+/// How much a block file holds.
+struct BlockCounts {
+    /// Of the file; components of all floors.
+    /// @{
+    std::uint64_t floors = 0, components = 0;
+    std::uint64_t geometryBlocks = 0, geometries = 0, identifications = 0;
+    /// @}
+};
 
 /// Checks everything in the block file at `path`: decodes all of it, and checks as well what
 /// reading tolerates, such as indices that lead nowhere and bytes behind the end. Returns what is
@@ -19,15 +29,17 @@ namespace ZVSmartModel {
 ZVSM_API std::vector<Damage> VerifyFile(const std::string& path, const Progress& progress = {});
 
 /// The same with threads that decode ahead of the calling one, up to 64; 0 takes as many as there
-/// are processors. What is returned does not depend on them.
+/// are processors. What is returned does not depend on them. `counts`, if given, is filled for a
+/// sound file.
 ZVSM_API std::vector<Damage> VerifyFile(const std::string& path, const Progress& progress,
-                                        unsigned int threads);
+                                        unsigned int threads, BlockCounts* counts = nullptr);
 
 /// The same for the file that begins where `stream` stands and ends with it. `stream` is borrowed,
 /// and stands there again afterwards.
 ZVSM_API std::vector<Damage> VerifyFile(ZVSmartFormat::CZVFTInStream& stream,
                                         const Progress& progress = {});
 ZVSM_API std::vector<Damage> VerifyFile(ZVSmartFormat::CZVFTInStream& stream,
-                                        const Progress& progress, unsigned int threads);
+                                        const Progress& progress, unsigned int threads,
+                                        BlockCounts* counts = nullptr);
 
 }  // namespace ZVSmartModel

@@ -1,6 +1,5 @@
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "ZVSmartModel/Verify.h"
@@ -8,7 +7,6 @@
 #include "model/element/Utf8.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
-#include "tools/zvg/reading/CountsDocument.h"
 #include "tools/zvg/reading/InputFiles.h"
 #include "tools/zvg/reading/StandardInput.h"
 #include "tools/zvg/text/Document.h"
@@ -20,7 +18,8 @@ namespace ZVSmartModel::Tool {
 namespace {
 
 /// Throws Error InputOutput that names the file where it is not delivered.
-std::vector<Damage> FindFaults(OpenedFile& file, bool quiet, unsigned int threads) {
+std::vector<Damage> FindFaults(OpenedFile& file, bool quiet, unsigned int threads,
+                               BlockCounts& counts) {
     Progress line(quiet);
     const auto bytes = static_cast<double>(file.Stream().GetSize());
     const auto show = [&](const std::string& work, double fraction) {
@@ -28,26 +27,26 @@ std::vector<Damage> FindFaults(OpenedFile& file, bool quiet, unsigned int thread
         return true;
     };
     try {
-        return VerifyFile(file.Stream(), show, threads);
+        return VerifyFile(file.Stream(), show, threads, &counts);
     } catch (const Error& error) {
         if (error.GetStatus() == Status::InputOutput) file.ThrowUnread();
         throw;
     }
 }
 
-Document CountsOf(OpenedFile file, bool noLimit) {
-    file.Stream().Seek(0);
-    Budget limits(noLimit, "--no-limit");
-    OpenedBlock block(std::move(file), limits);
-    Document counts = CountsDocument(block);
-    block.ThrowIfDamaged();
-    return counts;
+Document CountsDocument(const BlockCounts& counts) {
+    return {{"floors", counts.floors},
+            {"components", counts.components},
+            {"geometryBlocks", counts.geometryBlocks},
+            {"geometries", counts.geometries},
+            {"identifications", counts.identifications}};
 }
 
 /// What is to be said of one file. Throws Error where it cannot be read.
 Document Verified(const std::string& path, unsigned int threads, const CommonOptions& common) {
     OpenedFile file = OpenNamed(path);
-    const std::vector<Damage> findings = FindFaults(file, common.quiet, threads);
+    BlockCounts counts;
+    const std::vector<Damage> findings = FindFaults(file, common.quiet, threads, counts);
     Document document = NewDocument(path);
     document["ok"] = findings.empty();
     document["findings"] = Document::array();
@@ -55,7 +54,7 @@ Document Verified(const std::string& path, unsigned int threads, const CommonOpt
         document["findings"].push_back(
             {{"position", finding.position}, {"reason", finding.reason}});
     }
-    if (findings.empty()) document["counts"] = CountsOf(std::move(file), common.noLimit);
+    if (findings.empty()) document["counts"] = CountsDocument(counts);
     return document;
 }
 
