@@ -62,14 +62,14 @@ Bytes ManyBlocks(unsigned int threads) {
 TEST(Threads, OfASaverGiveTheSameFile) {
     const Bytes alone = ManyBlocks(1);
     EXPECT_TRUE(Verified(alone).empty());
-    for (int round = 0; round < 20; ++round)
+    for (int round = 0; round < 5; ++round)
         for (const unsigned int threads : {0U, 2U, 5U, 1000U})
             EXPECT_EQ(ManyBlocks(threads), alone);
 }
 
 /// A file that is given up while its blocks are compressed.
 TEST(Threads, OfASaverEndWithIt) {
-    for (int round = 0; round < 50; ++round) {
+    for (int round = 0; round < 20; ++round) {
         const Bytes begun = Streamed([](CZVFTOutStream& out) {
             CZVLGBlockSaver saver;
             saver.SetThreads(4);
