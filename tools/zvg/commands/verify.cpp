@@ -100,7 +100,6 @@ void RegisterVerify(CLI::App& app, CommonOptions& common) {
         app, "verify",
         "Check everything in block files; print the position and the reason of each fault",
         "zvg verify house.zvg", *files);
-    AddLimitOption(*command, common);
     const auto threads = std::make_shared<unsigned int>(0);
     AddThreadsOption(*command, *threads);
     command->callback([files, threads, &common] {
