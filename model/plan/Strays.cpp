@@ -41,7 +41,7 @@ void Measure(std::vector<Placed>& all) {
     for (Placed& placed : all) {
         const PlanExtent& box = placed.extent;
         placed.fromMiddle = std::hypot(std::max(box.high.x - middle.x, middle.x - box.low.x),
-                                      std::max(box.high.y - middle.y, middle.y - box.low.y));
+                                       std::max(box.high.y - middle.y, middle.y - box.low.y));
     }
 }
 
