@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "Classes.h"
+#include "ElementMesh.h"
 #include "Finding.h"
 #include "OpenModel.h"
 #include "PythonCalls.h"
@@ -74,7 +75,10 @@ Text SvgOf(const DrawnPlan& plan) {
 
 ExportSummary Export(const ModelPointer& model, const FilePath& path, const py::object& cls,
                      const py::object& floor, const py::object& where, bool rooms, bool salvage,
+                     bool merge, bool properties, const py::object& normals, double creaseAngle,
+                     bool edges, bool instances, bool quantize, bool compress,
                      const py::object& progress) {
+    const BodyOptions surfaces = BodyOptionsOf(normals, creaseAngle, false, 0.001);
     const Wanted wanted(cls, floor, where, rooms);
     const std::string modelPath = model->Path();
     const auto file = model->Use();
@@ -82,6 +86,14 @@ ExportSummary Export(const ModelPointer& model, const FilePath& path, const py::
         ExportOptions options;
         options.selection = wanted.SelectionIn(*file, modelPath);
         options.salvage = salvage;
+        options.merge = merge;
+        options.properties = properties;
+        options.normals = surfaces.normals;
+        options.creaseAngle = surfaces.creaseAngle;
+        options.edges = edges;
+        options.instances = instances;
+        options.quantize = quantize;
+        options.compress = compress;
         return ExportFile(*file, path.name, options, ProgressFor(progress));
     });
 }
@@ -219,14 +231,22 @@ is set. Raises KeyError for a floor that is not there, Error for a paper or a sc
 be, ValueError for another format.)");
     addMethod("export", Export, py::arg("path"), py::kw_only(), py::arg("cls") = py::none(),
               py::arg("floor") = py::none(), py::arg("where") = py::none(),
-              py::arg("rooms") = false, py::arg("salvage") = false,
-              py::arg("progress") = py::none(),
+              py::arg("rooms") = false, py::arg("salvage") = false, py::arg("merge") = false,
+              py::arg("properties") = true, py::arg("normals") = py::none(),
+              py::arg("crease_angle") = ExportOptions().creaseAngle, py::arg("edges") = false,
+              py::arg("instances") = false, py::arg("quantize") = false,
+              py::arg("compress") = false, py::arg("progress") = py::none(),
               R"(export(path, *, cls=None, floor=None, where=None, rooms=False, salvage=False,
-       progress=None) -> ExportSummary
+       merge=False, properties=True, normals=None, crease_angle=0.5236, edges=False,
+       instances=False, quantize=False, compress=False, progress=None) -> ExportSummary
 
 Writes a .glb file, or an .obj file with an .mtl file beside it, whole or not at all. The
-first arguments choose as those of find(). What cannot be read raises DamagedError, unless
-salvage leaves it out; KeyError where nothing is chosen.)");
+first arguments choose as those of find(). merge makes one mesh for each floor and look. For
+GLB alone: properties=False leaves them out; normals is "flat" or "smooth"; edges adds lines,
+from crease_angle on, in radians; instances places what is alike (EXT_mesh_gpu_instancing);
+quantize and compress make the file small (KHR_mesh_quantization, EXT_meshopt_compression).
+What cannot be read raises DamagedError, unless salvage leaves it out; KeyError where nothing
+is chosen; Error for instances with edges.)");
 }
 
 }  // namespace ZVSmartModel::Python

@@ -45,6 +45,13 @@ def test_exports(model, tmp_path):
     glass = model.export(tmp_path / "b.obj", where={"Pset_WallCommon.IsExternal": True})
     assert glass.elements == 1 and (tmp_path / "b.mtl").exists()
     assert "Depth" not in (tmp_path / "b.obj").read_text()
+    model.export(tmp_path / "c.glb", properties=False, normals="flat", instances=True, quantize=True)
+    text = (tmp_path / "c.glb").read_bytes()
+    assert b"KHR_mesh_quantization" in text and b'"NORMAL"' in text and b"Pset_" not in text
+    model.export(tmp_path / "d.glb", merge=True)
+    assert b'"wall"' in text and b'"wall"' not in (tmp_path / "d.glb").read_bytes()
+    with pytest.raises(zvg.Error):
+        model.export(tmp_path / "e.glb", edges=True, instances=True)
 
 
 def test_differences(model, path, tmp_path):

@@ -205,6 +205,9 @@ class Model:
                unlimited: bool = False, progress: _Progress = None) -> _Pixels: ...
     def export(self, path: _Path, *, cls: _Names = None, floor: _Floor = None,
                where: _Where = None, rooms: bool = False, salvage: bool = False,
+               merge: bool = False, properties: bool = True, normals: _Normals = None,
+               crease_angle: float = ..., edges: bool = False, instances: bool = False,
+               quantize: bool = False, compress: bool = False,
                progress: _Progress = None) -> ExportSummary: ...
 
 
