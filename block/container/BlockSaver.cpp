@@ -19,6 +19,7 @@
 #include "processing/IncludeRelations.h"
 #include "stream/BlockQueue.h"
 #include "stream/CheckedOutStream.h"
+#include "stream/CompressedBlock.h"
 #include "stream/OwnedBuffer.h"
 
 // A file, in order:
@@ -39,8 +40,6 @@ using ZVSmartFormat::CZVFTOutStream;
 using ZVSmartFormat::OwnedBuffer;
 
 namespace {
-
-constexpr unsigned int mostThreads = 64;
 
 /// A file under way, from `Init` on.
 class BlockFile {
@@ -182,7 +181,7 @@ void CZVLGBlockSaver::SetSeal(bool seal) {
 }
 
 void CZVLGBlockSaver::SetThreads(unsigned int threads) {
-    imp->threads = std::clamp(threads, 1U, mostThreads);
+    imp->threads = std::clamp(threads, 1U, ZVSmartFormat::mostCoders);
 }
 
 void CZVLGBlockSaver::SetDisplacementSettings(const CZVFTIniFile& settings) {

@@ -32,7 +32,6 @@ using ZVSmartFormat::RecordInStream;
 
 namespace {
 
-constexpr unsigned int mostThreads = 64;
 constexpr u64 wholeStream = std::numeric_limits<u64>::max();
 
 /// A geometry block, and what is told of it.
@@ -363,7 +362,7 @@ bool CZVLGBlockVerifier::Verify(CZVFTInStream* in, unsigned long long byteCount,
     ZVSmartFormat::WatchedInStream watched;
     watched.Watch(&bounded);
     try {
-        VerifyStream(watched, std::min(threads, mostThreads), gathered, counted);
+        VerifyStream(watched, std::min(threads, ZVSmartFormat::mostCoders), gathered, counted);
     } catch (const CZVFTStreamException&) {
         if (!watched.HasFailed()) throw;  // memory ran out
     }

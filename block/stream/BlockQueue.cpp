@@ -1,32 +1,26 @@
 #include "stream/BlockQueue.h"
 
-#include <cstring>
 #include <limits>
 #include <system_error>
 #include <utility>
 
 #include "siblings/format/ByteCoder.h"
 #include "stream/CompressedBlock.h"
-#include "stream/Failures.h"
 
 namespace ZVSmartFormat {
 
 namespace {
 
-OwnedBuffer CopyOf(const void* data, u64 byteCount) {
-    OwnedBuffer copy;
-    copy.data = static_cast<u8*>(std::malloc(static_cast<std::size_t>(byteCount)));
-    if (copy.data == nullptr) ThrowNotAllocated();
-    copy.capacity = byteCount;
-    std::memcpy(copy.data, data, static_cast<std::size_t>(byteCount));
-    return copy;
+std::vector<u8> CopyOf(const void* data, u64 byteCount) {
+    const u8* const bytes = static_cast<const u8*>(data);
+    return {bytes, bytes + byteCount};
 }
 
 /// The block that WriteCompressedBlock writes, in a buffer of its size.
-OwnedBuffer BlockOf(const OwnedBuffer& content, const ZVSmartLzma::CZVFTEncodeOpt& options) {
+OwnedBuffer BlockOf(const std::vector<u8>& content, const ZVSmartLzma::CZVFTEncodeOpt& options) {
     OwnedBuffer block;
     CZVFTAllocBufferOutStream out(&block);
-    WriteCompressedBlock(out, content.data, content.capacity, &options);
+    WriteCompressedBlock(out, content.data(), content.size(), &options);
     block.capacity = out.GetPos();
     return block;
 }

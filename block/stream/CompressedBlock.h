@@ -10,6 +10,9 @@
 
 namespace ZVSmartFormat {
 
+/// How many threads may compress or decompress blocks of one file.
+constexpr unsigned int mostCoders = 64;
+
 /// The decoded bytes of one block.
 class DecodedBlock {
   public:

@@ -3,26 +3,16 @@
 #include <cmath>
 #include <cstddef>
 
+#include "model/scene/PointMath.h"
+
 namespace ZVSmartModel {
 
 namespace {
 
-using Vector = std::array<double, 3>;
+using Vector = Point;
 using Columns = std::array<Vector, 3>;
 
 constexpr double sameDirection = 1e-6;  // cosine up to which axes count as perpendicular
-
-double Dot(const Vector& a, const Vector& b) {
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
-
-double Length(const Vector& a) {
-    return std::sqrt(Dot(a, a));
-}
-
-Vector Cross(const Vector& a, const Vector& b) {
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
 
 Vector Scaled(const Vector& a, double factor) {
     return {a[0] * factor, a[1] * factor, a[2] * factor};

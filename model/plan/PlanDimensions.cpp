@@ -148,14 +148,14 @@ std::optional<WallBox> WallBoxOf(const PlanFloor& floor) {
     WallBox box;
     box.angle = *angle;
     for (const PlanComponent* wall : walls) {
-        PlanShapes shapes = *wall;
+        PlanShapes shapes;
+        shapes.areas = wall->areas;
         for (PlanArea& area : shapes.areas) {
             for (PlanPath& path : area) {
                 for (PlanVertex& vertex : path.vertices)
                     vertex.point = Turned(vertex.point, -box.angle);
             }
         }
-        shapes.lines.clear();
         box.extent.Add(ExtentOf(shapes));
     }
     return box;

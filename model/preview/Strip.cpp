@@ -46,7 +46,7 @@ Strip::Strip(const Camera& camera, const Shading& shading, Looker& looker, Pictu
       looker(looker),
       picture(picture),
       columns(static_cast<int>(picture.width)),
-      across(std::size_t{picture.width} + 2 * border) {}
+      across(std::size_t{picture.width} + std::size_t{2} * border) {}
 
 void Strip::Paint(unsigned int first) {
     firstRow = static_cast<int>(first);

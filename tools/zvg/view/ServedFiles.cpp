@@ -59,7 +59,7 @@ std::string ServedFiles::Add(const std::string& wanted, Entry entry) {
     const fs::path name = ToUtf8(FromUtf8(wanted));
     const std::lock_guard lock(mutex);
     std::string free = name.string();
-    for (int number = 2; entries.count(free) != 0; ++number) {
+    for (int number = 2; entries.contains(free); ++number) {
         free = name.stem().string() + '-' + std::to_string(number) + name.extension().string();
     }
     entries.emplace(free, std::move(entry));

@@ -27,7 +27,7 @@ std::string PagePath() {
     const fs::path tool = fs::read_symlink("/proc/self/exe", unknown);
     const fs::path installed = tool.parent_path().parent_path() / "share/zvg/viewer.html";
     if (!tool.empty() && fs::exists(installed, unknown)) return installed.string();
-    const std::string built = ZVG_VIEWER_PAGE;
+    std::string built = ZVG_VIEWER_PAGE;
     if (!built.empty() && fs::exists(built, unknown)) return built;
     throw Error(Status::Usage,
                 "the viewer's page is not installed (ZVG_VIEWER may name one: viewer.html)");
@@ -98,7 +98,7 @@ ViewerPage::ViewerPage() {
 void WriteFileElement(const std::string& name, ZVSmartFormat::CZVFTInStream& file,
                       ZVSmartFormat::CZVFTOutStream& out) {
     constexpr std::size_t pieceBytes = std::size_t{3} << 16;  // no padding but at the end
-    WriteWhole(out, "<script type=\"application/octet-stream\" class=\"zvg-file\" data-name=\"" +
+    WriteWhole(out, R"(<script type="application/octet-stream" class="zvg-file" data-name=")" +
                         AttributeText(ToUtf8(FromUtf8(name))) + "\">");
     std::vector<std::uint8_t> piece(pieceBytes);
     std::string text;
