@@ -39,8 +39,8 @@ bool BlocksAhead::Read(CheckedInStream& in, DecodedBlock& block) {
     Ahead first = std::move(ahead.front());
     ahead.pop_front();
     Decoded decoded = first.block.get();
-    if (!decoded) return false;
-    block = std::move(*decoded);
+    if (!decoded.isWhole) return false;
+    block = std::move(decoded.block);
     in.Seek(first.end);
     return true;
 }
@@ -71,11 +71,11 @@ bool BlocksAhead::DecodeAhead(CheckedInStream& in) {
     std::vector<u8> bytes(static_cast<std::size_t>(size));
     u64 byteCount = size;
     in.Read(bytes.data(), &byteCount);
-    auto decode = [bytes = std::move(bytes)]() -> Decoded {
+    auto decode = [bytes = std::move(bytes)] {
         CZVFTReadBufferInStream encoded(bytes.data(), bytes.size());
-        DecodedBlock block;
-        if (!ReadCompressedBlock(encoded, anySize, block)) return std::nullopt;
-        return block;
+        Decoded decoded;
+        decoded.isWhole = ReadCompressedBlock(encoded, anySize, decoded.block);
+        return decoded;
     };
     ahead.push_back({position, position + size, std::async(std::launch::async, std::move(decode))});
     return true;

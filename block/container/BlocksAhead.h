@@ -3,7 +3,6 @@
 #include <deque>
 #include <functional>
 #include <future>
-#include <optional>
 
 #include "stream/CheckedInStream.h"
 #include "stream/CompressedBlock.h"
@@ -30,7 +29,10 @@ class BlocksAhead {
     bool Read(ZVSmartFormat::CheckedInStream& in, ZVSmartFormat::DecodedBlock& block);
 
   private:
-    using Decoded = std::optional<ZVSmartFormat::DecodedBlock>;
+    struct Decoded {
+        ZVSmartFormat::DecodedBlock block;
+        bool isWhole = false;
+    };
     struct Ahead {
         ZVSmartFormat::u64 position;
         ZVSmartFormat::u64 end;
