@@ -16,7 +16,7 @@ namespace ZVSmartModel::Tool {
 
 namespace {
 
-struct Arguments {
+struct DiffArguments {
     std::string fileA, fileB;
     bool csv = false, stat = false;
 };
@@ -24,7 +24,7 @@ struct Arguments {
 /// Prints differences as they come.
 class DifferencePrinter {
   public:
-    DifferencePrinter(const Arguments& arguments, bool asJson)
+    DifferencePrinter(const DiffArguments& arguments, bool asJson)
         : head({{"schema", 1}, {"fileA", arguments.fileA}, {"fileB", arguments.fileB}}),
           arguments(arguments),
           asJson(asJson) {}
@@ -72,14 +72,14 @@ class DifferencePrinter {
     }
 
     Document head;
-    const Arguments& arguments;
+    const DiffArguments& arguments;
     bool asJson;
     DifferenceCounts counts;
     std::optional<JsonList> json;
     bool hasHeader = false;
 };
 
-void Diff(const Arguments& arguments, CommonOptions& common) {
+void Diff(const DiffArguments& arguments, CommonOptions& common) {
     const BlockFile a = OpenBlockFile(arguments.fileA, common);
     const BlockFile b = OpenBlockFile(arguments.fileB, common);
     DifferencePrinter printer(arguments, common.json);
@@ -93,7 +93,7 @@ void Diff(const Arguments& arguments, CommonOptions& common) {
 }  // namespace
 
 void RegisterDiff(CLI::App& app, CommonOptions& common) {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<DiffArguments>();
     CLI::App* const command = app.add_subcommand(
         "diff",
         "Print how the second block file differs from the first: floors and components, known by "

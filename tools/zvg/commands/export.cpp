@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct Arguments {
+struct ExportArguments {
     std::string file;
     Target target;
     std::optional<std::string> floor, className;
@@ -37,7 +37,7 @@ struct Arguments {
 
 enum class Format { Glb, Obj };
 
-Format FormatOf(const std::string& path) {
+Format ExportFormatOf(const std::string& path) {
     if (path == "-") return Format::Glb;  // OBJ is two files
     const std::string extension = fs::path(path).extension().string();
     if (extension == ".glb" || extension == ".GLB") return Format::Glb;
@@ -54,7 +54,7 @@ struct Outcome {
 /// The properties in a file beside, if they are wanted.
 class Sidecar {
   public:
-    explicit Sidecar(const Arguments& arguments) {
+    explicit Sidecar(const ExportArguments& arguments) {
         if (arguments.properties.empty()) return;
         if (arguments.properties == "-") {
             throw Error(Status::Usage, "--properties: a file, not standard output");
@@ -82,8 +82,8 @@ class Sidecar {
     std::optional<OutputFile> output;
 };
 
-Outcome ExportGlb(const BlockFile& file, const Arguments& arguments, const ExportOptions& options,
-                  const ProgressCall& progress) {
+Outcome ExportGlb(const BlockFile& file, const ExportArguments& arguments,
+                  const ExportOptions& options, const ProgressCall& progress) {
     OutputFile output(arguments.target.path, arguments.target.force, {arguments.file});
     Sidecar sidecar(arguments);
     Outcome outcome;
@@ -95,8 +95,8 @@ Outcome ExportGlb(const BlockFile& file, const Arguments& arguments, const Expor
     return outcome;
 }
 
-Outcome ExportObj(const BlockFile& file, const Arguments& arguments, const ExportOptions& options,
-                  const ProgressCall& progress) {
+Outcome ExportObj(const BlockFile& file, const ExportArguments& arguments,
+                  const ExportOptions& options, const ProgressCall& progress) {
     const fs::path materials = fs::path(arguments.target.path).replace_extension(".mtl");
     OutputFile objOutput(arguments.target.path, arguments.target.force, {arguments.file});
     OutputFile mtlOutput(materials.string(), arguments.target.force, {arguments.file});
@@ -115,7 +115,7 @@ Outcome ExportObj(const BlockFile& file, const Arguments& arguments, const Expor
     return outcome;
 }
 
-void Tell(const Outcome& outcome, const Arguments& arguments) {
+void Tell(const Outcome& outcome, const ExportArguments& arguments) {
     const ExportSummary& summary = outcome.summary;
     if (summary.missing != 0) {
         WriteMessage("warning: " + std::to_string(summary.missing) +
@@ -162,7 +162,7 @@ void CheckForObj(const ExportOptions& options) {
     if (wrong) throw Error(Status::Usage, std::string(wrong) + " is for .glb alone");
 }
 
-ExportOptions OptionsOf(const BlockFile& file, const Arguments& arguments) {
+ExportOptions ExportOptionsOf(const BlockFile& file, const ExportArguments& arguments) {
     ExportOptions options = arguments.options;
     options.selection.floor = arguments.floor;
     if (arguments.className) options.selection.classNames = {*arguments.className};
@@ -178,10 +178,10 @@ ExportOptions OptionsOf(const BlockFile& file, const Arguments& arguments) {
     return options;
 }
 
-void Export(const Arguments& arguments, const CommonOptions& common) {
-    const bool isGlb = FormatOf(arguments.target.path) == Format::Glb;
+void Export(const ExportArguments& arguments, const CommonOptions& common) {
+    const bool isGlb = ExportFormatOf(arguments.target.path) == Format::Glb;
     const BlockFile file = OpenBlockFile(arguments.file, common);
-    const ExportOptions options = OptionsOf(file, arguments);
+    const ExportOptions options = ExportOptionsOf(file, arguments);
     if (!isGlb) CheckForObj(options);
     Progress line(common.quiet);
     const ProgressCall progress = line.Shares();
@@ -195,7 +195,7 @@ void Export(const Arguments& arguments, const CommonOptions& common) {
 }  // namespace
 
 void RegisterExport(CLI::App& app, CommonOptions& common) {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<ExportArguments>();
     CLI::App* const command = AddReadingCommand(
         app, "export",
         "Write the components' surfaces as GLB, with names, classes and properties, or as OBJ with "

@@ -29,7 +29,7 @@ struct ListOptions {
     bool csv = false;
 };
 
-Document EntryDocument(const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
+Document ComponentDocument(const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
     return {{"component", PlaceText(index.floorIndex, index.compIndex)},
             {"classLevel2", ToUtf8(comp.classLevel2Name)},
             {"classLevel3", ToUtf8(comp.classLevel3Name)},
@@ -49,7 +49,7 @@ void List(const FileTurn& turn, const ListOptions& options, bool noLimit, EntryL
         limits.Work(stepsOfEntry);
         limits.Work(2 * (comp.classLevel2Name.size() + comp.classLevel3Name.size() +
                          comp.compGuidName.name.size()));
-        list.Print(EntryDocument(index, comp));
+        list.Print(ComponentDocument(index, comp));
     };
     for (unsigned int floor = first; floor < end; ++floor) block.ForEachComp(floor, printIfWanted);
     list.End();
@@ -74,7 +74,7 @@ void RegisterList(CLI::App& app, CommonOptions& common) {
     AddLimitOption(*command, common);
     command->callback([options, &common] {
         const ListFormat format = ListFormatOf(options->csv, common.json);
-        EntryList list(format, "components", EntryDocument({}, {}));
+        EntryList list(format, "components", ComponentDocument({}, {}));
         ForEachFile(options->files, format == ListFormat::Text ? "\t" : "",
                     [&](const FileTurn& turn) { List(turn, *options, common.noLimit, list); });
     });

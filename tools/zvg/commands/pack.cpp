@@ -18,7 +18,7 @@ namespace ZVSmartModel::Tool {
 
 namespace {
 
-struct Arguments {
+struct PackArguments {
     std::string model, settings, preview, report;
     Target target;
     unsigned int geosPerBlock = 0;
@@ -64,7 +64,7 @@ class Listener {
 
 /// All files that are read, as far as their names are known before; an OBJ has its materials
 /// beside it.
-std::vector<std::string> InputsOf(const Arguments& arguments) {
+std::vector<std::string> InputsOf(const PackArguments& arguments) {
     std::vector<std::string> inputs = {arguments.model, arguments.settings, arguments.preview};
     const std::filesystem::path model(arguments.model);
     if (model.extension() == ".obj" || model.extension() == ".OBJ") {
@@ -73,7 +73,7 @@ std::vector<std::string> InputsOf(const Arguments& arguments) {
     return inputs;
 }
 
-PackOptions OptionsOf(const Arguments& arguments, Listener& listener) {
+PackOptions PackOptionsOf(const PackArguments& arguments, Listener& listener) {
     PackOptions options;
     options.settingsPath = arguments.settings;
     options.previewPath = arguments.preview;
@@ -112,7 +112,7 @@ std::string SettingsText(int descriptor) {
 }
 
 /// What a strict packing refuses is reported as well; a model that was not read is not.
-void WriteReport(const Arguments& arguments, const PackReport& report) {
+void WriteReport(const PackArguments& arguments, const PackReport& report) {
     if (arguments.report.empty() || report.schema.empty()) return;
     OutputFile output(arguments.report, arguments.target.force, InputsOf(arguments));
     const std::string line = ReportLine(report, arguments.model) + '\n';
@@ -121,7 +121,7 @@ void WriteReport(const Arguments& arguments, const PackReport& report) {
     output.Commit();
 }
 
-void Pack(const Arguments& arguments, const CommonOptions& common) {
+void Pack(const PackArguments& arguments, const CommonOptions& common) {
     if (arguments.model == "-") {
         throw Error(Status::Usage, "a model is read from a file, not standard input");
     }
@@ -132,7 +132,7 @@ void Pack(const Arguments& arguments, const CommonOptions& common) {
     PackReport report;
     try {
         PackModelFile(arguments.model, output.Descriptor(), TargetName(arguments.target.path),
-                      OptionsOf(arguments, listener), &report);
+                      PackOptionsOf(arguments, listener), &report);
     } catch (const Error&) {
         listener.Finish();
         WriteReport(arguments, report);
@@ -150,7 +150,7 @@ void Pack(const Arguments& arguments, const CommonOptions& common) {
 }  // namespace
 
 void RegisterPack(CLI::App& app, CommonOptions& common) {
-    auto arguments = std::make_shared<Arguments>();
+    auto arguments = std::make_shared<PackArguments>();
     CLI::App* command = app.add_subcommand("pack", "Pack a building model into a block file");
     command
         ->add_option("model", arguments->model,

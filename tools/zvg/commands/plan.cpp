@@ -18,7 +18,7 @@ namespace ZVSmartModel::Tool {
 
 namespace {
 
-struct Arguments {
+struct PlanArguments {
     std::string file;
     Target target;
     std::optional<std::string> floor;
@@ -99,7 +99,7 @@ double ScaleOf(const std::string& text) {
     throw Error(Status::Usage, text + ": a scale looks like 1:100");
 }
 
-PlanFormat FormatOf(const std::string& path) {
+PlanFormat PlanFormatOf(const std::string& path) {
     std::string extension = std::filesystem::path(path).extension().string();
     for (char& letter : extension) {
         if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
@@ -158,7 +158,7 @@ void ThrowIfPartial(const PlanSummary& summary) {
 }
 
 PlanSummary PlanToFile(const BlockFile& file, const PlanOptions& options,
-                       const Arguments& arguments) {
+                       const PlanArguments& arguments) {
     OutputFile output(arguments.target.path, arguments.target.force, {arguments.file});
     PlanSummary summary;
     output.Fill(
@@ -168,8 +168,8 @@ PlanSummary PlanToFile(const BlockFile& file, const PlanOptions& options,
     return summary;
 }
 
-void Plan(const Arguments& arguments, const CommonOptions& common) {
-    const PlanFormat format = FormatOf(arguments.target.path);
+void Plan(const PlanArguments& arguments, const CommonOptions& common) {
+    const PlanFormat format = PlanFormatOf(arguments.target.path);
     const bool asDocument = common.json;
     if (asDocument && (arguments.target.path.empty() || arguments.target.path == "-")) {
         throw Error(Status::Usage, "--json tells what was drawn: the plan needs -o FILE");
@@ -211,7 +211,7 @@ void Plan(const Arguments& arguments, const CommonOptions& common) {
 }  // namespace
 
 void RegisterPlan(CLI::App& app, CommonOptions& common) {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<PlanArguments>();
     CLI::App* const command = AddReadingCommand(
         app, "plan",
         "Draw floors as a plan: what a plane 1.2 m above the floor cuts, what is seen below it, "

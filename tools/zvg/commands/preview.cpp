@@ -15,7 +15,7 @@ namespace ZVSmartModel::Tool {
 
 namespace {
 
-struct Arguments {
+struct PreviewArguments {
     std::string file, size;
     Target target;
     bool rooms = false;
@@ -36,14 +36,14 @@ RenderOptions ParseSize(const std::string& text) {
     throw Error(Status::Usage, "--render: '" + text + "' is no WIDTHxHEIGHT, each 1 to 8192");
 }
 
-Picture Stored(const BlockFile& file, const Arguments& arguments) {
+Picture Stored(const BlockFile& file, const PreviewArguments& arguments) {
     Picture picture = file.Preview();
     if (!picture.pixels.empty()) return picture;
     throw Error(Status::NotFound,
                 InputName(arguments.file) + ": it holds no preview image (--render draws one)");
 }
 
-void WritePng(const Picture& picture, const Arguments& arguments) {
+void WritePng(const Picture& picture, const PreviewArguments& arguments) {
     const std::string png = PngOf(picture);
     OutputFile output(arguments.target.path, arguments.target.force, {arguments.file});
     output.Fill(
@@ -51,7 +51,7 @@ void WritePng(const Picture& picture, const Arguments& arguments) {
     output.Commit();
 }
 
-void Preview(const Arguments& arguments, const CommonOptions& common) {
+void Preview(const PreviewArguments& arguments, const CommonOptions& common) {
     std::optional<RenderOptions> drawn;
     if (!arguments.size.empty()) drawn = ParseSize(arguments.size);
     if (drawn && !CanRenderPictures()) {
@@ -75,7 +75,7 @@ void Preview(const Arguments& arguments, const CommonOptions& common) {
 }  // namespace
 
 void RegisterPreview(CLI::App& app, CommonOptions& common) {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<PreviewArguments>();
     CLI::App* const command = AddReadingCommand(
         app, "preview", "Write the file's preview image as PNG, or draw its components anew",
         "zvg preview house.zvg -o house.png --render 1920x1080", arguments->file);

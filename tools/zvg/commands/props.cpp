@@ -17,14 +17,14 @@ namespace ZVSmartModel::Tool {
 
 namespace {
 
-struct Arguments {
+struct PropsArguments {
     std::vector<std::string> files;
     std::optional<std::string> floor, className, guid;
     std::vector<std::string> where;
     bool csv = false;
 };
 
-Document EntryDocument(const Element& element, const Property& property) {
+Document PropertyDocument(const Element& element, const Property& property) {
     return {{"component", PlaceText(element.index.floor, element.index.position)},
             {"guid", element.guid},
             {"class", element.className},
@@ -33,7 +33,8 @@ Document EntryDocument(const Element& element, const Property& property) {
             {"unit", property.unit}};
 }
 
-Selection SelectionOf(const BlockFile& file, const std::string& path, const Arguments& arguments) {
+Selection SelectionOf(const BlockFile& file, const std::string& path,
+                      const PropsArguments& arguments) {
     Selection selection;
     selection.floor = arguments.floor;
     if (arguments.className) selection.classNames = {*arguments.className};
@@ -42,7 +43,7 @@ Selection SelectionOf(const BlockFile& file, const std::string& path, const Argu
     return selection;
 }
 
-void Props(const FileTurn& turn, const Arguments& arguments, const CommonOptions& common,
+void Props(const FileTurn& turn, const PropsArguments& arguments, const CommonOptions& common,
            EntryList& list) {
     const BlockFile file = OpenBlockFile(turn.file, common);
     const Selection selection = SelectionOf(file, turn.file, arguments);
@@ -51,7 +52,7 @@ void Props(const FileTurn& turn, const Arguments& arguments, const CommonOptions
     file.ForEach(selection, [&](const Element& element) {
         isAny = true;
         for (const Property& property : element.properties) {
-            list.Print(EntryDocument(element, property));
+            list.Print(PropertyDocument(element, property));
         }
         return true;
     });
@@ -65,7 +66,7 @@ void Props(const FileTurn& turn, const Arguments& arguments, const CommonOptions
 }  // namespace
 
 void RegisterProps(CLI::App& app, CommonOptions& common) {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<PropsArguments>();
     CLI::App* const command = AddReadingCommand(
         app, "props",
         "Print one line per property: FLOOR:POS, GUID name, class, SET.NAME, value, unit",
@@ -81,7 +82,7 @@ void RegisterProps(CLI::App& app, CommonOptions& common) {
     AddLimitOption(*command, common);
     command->callback([arguments, &common] {
         const ListFormat format = ListFormatOf(arguments->csv, common.json);
-        EntryList list(format, "properties", EntryDocument({}, {}));
+        EntryList list(format, "properties", PropertyDocument({}, {}));
         ForEachFile(arguments->files, format == ListFormat::Text ? "\t" : "",
                     [&](const FileTurn& turn) { Props(turn, *arguments, common, list); });
     });

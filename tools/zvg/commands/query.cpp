@@ -19,7 +19,7 @@ namespace ZVSmartModel::Tool {
 
 namespace {
 
-struct Arguments {
+struct QueryArguments {
     std::string sql;
     std::vector<std::string> files;
     bool csv = false, table = false;
@@ -116,7 +116,7 @@ std::vector<std::string> PathsOf(const std::vector<std::string>& arguments) {
     return paths;
 }
 
-void RunQuery(const Arguments& arguments, const CommonOptions& common) {
+void RunQuery(const QueryArguments& arguments, const CommonOptions& common) {
     if (arguments.csv + arguments.table + common.json > 1) {
         throw Error(Status::Usage, "--csv, --json and --table exclude each other");
     }
@@ -140,7 +140,7 @@ void RunQuery(const Arguments& arguments, const CommonOptions& common) {
 }  // namespace
 
 void RegisterQuery(CLI::App& app, CommonOptions& common) {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<QueryArguments>();
     CLI::App* const command = app.add_subcommand(
         "query",
         "Answer SQL over block files, one line a row with tabs between its values. The tables are "

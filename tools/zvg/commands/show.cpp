@@ -19,7 +19,7 @@ using namespace ZVSmartZvg;
 
 namespace {
 
-struct Arguments {
+struct ShowArguments {
     std::string file, place;
     bool onlyProperties = false;
 };
@@ -32,8 +32,8 @@ void PrintProperties(const PropertyList& properties) {
     }
 }
 
-void PrintComp(const SZVLGCompIndex& index, const SZVLGZvgComp& comp, const Arguments& arguments,
-               bool asJson) {
+void PrintComp(const SZVLGCompIndex& index, const SZVLGZvgComp& comp,
+               const ShowArguments& arguments, bool asJson) {
     Document document = NewDocument(arguments.file);
     document["component"] = PlaceText(index.floorIndex, index.compIndex);
     if (!arguments.onlyProperties) {
@@ -47,7 +47,7 @@ void PrintComp(const SZVLGCompIndex& index, const SZVLGZvgComp& comp, const Argu
     PrintDocument(document, asJson);
 }
 
-void Show(const Arguments& arguments, const CommonOptions& common) {
+void Show(const ShowArguments& arguments, const CommonOptions& common) {
     const BlockFile file = OpenBlockFile(arguments.file, common);
     const ElementIndex place = FindElement(file, arguments.file, arguments.place);
     file.Internals().Ask([&](OpenedBlock& block) {
@@ -65,7 +65,7 @@ void Show(const Arguments& arguments, const CommonOptions& common) {
 }  // namespace
 
 void RegisterShow(CLI::App& app, CommonOptions& common) {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<ShowArguments>();
     CLI::App* const command =
         AddReadingCommand(app, "show", "Print everything that is stored of one component",
                           "zvg show house.zvg 0:3", arguments->file);

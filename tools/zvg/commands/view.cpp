@@ -19,7 +19,7 @@ namespace ZVSmartModel::Tool {
 
 namespace {
 
-struct Arguments {
+struct ViewArguments {
     std::vector<std::string> files;
     Target target;
     bool serve = false;
@@ -35,7 +35,7 @@ void CheckBlockFile(OpenedFile& file, const CommonOptions& common) {
     BlockFile::Imp::Open(OpenedFile(file.Stream(), file.Path()), {common.noLimit}, "");
 }
 
-void WritePage(const Arguments& arguments, const std::vector<std::string>& paths,
+void WritePage(const ViewArguments& arguments, const std::vector<std::string>& paths,
                const CommonOptions& common) {
     const ViewerPage page;
     OutputFile output(arguments.target.path, arguments.target.force, paths);
@@ -56,7 +56,7 @@ void WritePage(const Arguments& arguments, const std::vector<std::string>& paths
                  " bytes");
 }
 
-void Serve(const Arguments& arguments, const std::vector<std::string>& paths,
+void Serve(const ViewArguments& arguments, const std::vector<std::string>& paths,
            const CommonOptions& common) {
     if (!CanServe()) {
         throw Error(Status::Usage, "this build serves no pages (it needs libmicrohttpd)");
@@ -79,7 +79,7 @@ void Serve(const Arguments& arguments, const std::vector<std::string>& paths,
     });
 }
 
-void View(const Arguments& arguments, const CommonOptions& common) {
+void View(const ViewArguments& arguments, const CommonOptions& common) {
     if (arguments.serve == !arguments.target.path.empty()) {
         throw Error(Status::Usage, "either --output or --serve is wanted");
     }
@@ -93,7 +93,7 @@ void View(const Arguments& arguments, const CommonOptions& common) {
 }  // namespace
 
 void RegisterView(CLI::App& app, CommonOptions& common) {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<ViewArguments>();
     CLI::App* const command = app.add_subcommand(
         "view",
         "Show block files in a browser: write a page that holds viewer and files and needs no "
