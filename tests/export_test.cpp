@@ -177,19 +177,22 @@ TEST_F(ExportTest, SelectsAndRefuses) {
                    {"preview model.zvg -o x.png --render 64", 2},
                    {"preview model.zvg -o x.png --render 0x48", 2},
                    {"preview model.zvg -o x.png --render 64x9000", 2},
-                   {"preview model.zvg -o taken.mtl --render 64x48", 3}};
+                   {"preview model.zvg -o x.jpg --render 64x48", 2},
+                   {"preview model.zvg -o taken --render 64x48", 3}};
     std::ofstream(folder + "taken.mtl") << "mine";
+    std::ofstream(folder + "taken") << "mine";
     const std::string before = ReadAll(folder + "model.glb");
     for (const auto& [arguments, status] : refused) {
         EXPECT_EQ(Run(std::string("$Z ") + arguments), status) << arguments << '\n' << err;
     }
     EXPECT_EQ(ReadAll(folder + "model.glb"), before);
     EXPECT_EQ(ReadAll(folder + "taken.mtl"), "mine");
+    EXPECT_EQ(ReadAll(folder + "taken"), "mine");
     std::size_t files = 0;
     for (const auto& entry : fs::directory_iterator(folder)) {
         files += entry.path().filename() != "stdout" && entry.path().filename() != "stderr";
     }
-    EXPECT_EQ(files, 3U) << "model.zvg, model.glb and taken.mtl";
+    EXPECT_EQ(files, 4U) << "model.zvg, model.glb, taken.mtl and taken";
 }
 
 TEST_F(ExportTest, ObjCutsFacesCountsOnAndTurnsMirroredOnes) {

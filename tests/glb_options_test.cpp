@@ -298,6 +298,8 @@ TEST_F(GlbOptions, PropertiesStandBesideByGlobalId) {
     EXPECT_EQ(lines['o'], 2) << "a floor each";
     EXPECT_EQ(lines['f'], 42 * 12);
     EXPECT_EQ(json::parse(ReadAll(folder + "new.json")), beside);
+    EXPECT_EQ(Run("$Z export model.zvg -o - --properties new.json --force"), 0) << err;
+    EXPECT_EQ(out.substr(0, 4), "glTF");
 }
 
 }  // namespace

@@ -156,6 +156,7 @@ TEST_F(ToolFaults, WhatCannotBeKeptIsAFailureAndLeavesTheOldFiles) {
                  {"fsync:2" + eio, obj},
                  {"linkat:1" + noSpace, glb},
                  {"linkat:4" + eio, obj},
+                 {"rename:2" + eio, obj + " --properties out/x.json"},
                  {"rename:1" + eio, obj},
                  {"rename:2" + eio, obj},
                  {namedFiles + "rename:2" + eio, obj},

@@ -1,12 +1,11 @@
 #include <unistd.h>
 
-#include <algorithm>
-#include <cctype>
 #include <cstring>
 #include <filesystem>
 #include <initializer_list>
 
 #include "ZVSmartModel/Exports.h"
+#include "model/element/FileName.h"
 #include "model/element/FileSink.h"
 #include "model/element/NewFile.h"
 
@@ -49,14 +48,12 @@ ExportSummary Fill(Write write, std::initializer_list<Target*> targets) {
 ExportSummary ExportFile(const BlockFile& file, const std::string& path,
                          const ExportOptions& options, const Progress& progress) {
     namespace fs = std::filesystem;
-    std::string extension = fs::path(path).extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    if (extension == ".glb") {
+    const std::string extension = ExtensionOf(path);
+    if (extension == "glb") {
         Target glb(path);
         return Fill([&] { return WriteGlb(file, glb.Sink(), options, progress); }, {&glb});
     }
-    if (extension != ".obj") {
+    if (extension != "obj") {
         throw Error(Status::Usage, path + ": the name must end in .glb or .obj", path);
     }
     const fs::path materials = fs::path(path).replace_extension(".mtl");

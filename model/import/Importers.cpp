@@ -1,8 +1,10 @@
 #include "model/import/Importers.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 
+#include "model/element/FileName.h"
 #include "model/import/UnusableGeometry.h"
 #include "model/import/ifc/StepCycles.h"
 
@@ -20,31 +22,22 @@ namespace {
 
 enum class Format { Empty, Unknown, Ifc, IfcZip, IfcXml, Mesh };
 
-bool HasExtension(std::string_view path, std::initializer_list<std::string_view> extensions) {
-    return std::any_of(extensions.begin(), extensions.end(), [&](std::string_view extension) {
-        if (path.size() < extension.size()) return false;
-        const std::string_view end = path.substr(path.size() - extension.size());
-        return std::equal(end.begin(), end.end(), extension.begin(),
-                          [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a + 32 : a) == b; });
-    });
-}
-
 Format FormatOf(const ModelFile& file, std::string_view path) {
+    constexpr std::string_view meshes[] = {"glb", "gltf", "obj", "stl", "ply", "fbx", "dae"};
+    const std::string extension = ExtensionOf(path);
     constexpr std::uint64_t headBytes = 1024;
     const std::string bytes = file.Bytes(0, headBytes);
     if (bytes.empty()) return Format::Empty;
     const bool xml = bytes.find("<?xml") != std::string::npos;
     if (bytes.find("ISO-10303-21") != std::string::npos) return Format::Ifc;
-    if (bytes.starts_with("PK\x03\x04") && HasExtension(path, {".ifczip", ".zip"})) {
+    if (bytes.starts_with("PK\x03\x04") && (extension == "ifczip" || extension == "zip")) {
         return Format::IfcZip;
     }
-    if (HasExtension(path, {".ifcxml"}) || (xml && bytes.find("<ifc") != std::string::npos)) {
+    if (extension == "ifcxml" || (xml && bytes.find("<ifc") != std::string::npos)) {
         return Format::IfcXml;
     }
-    if (HasExtension(path, {".glb", ".gltf", ".obj", ".stl", ".ply", ".fbx", ".dae"})) {
-        return Format::Mesh;
-    }
-    return Format::Unknown;
+    const bool isMesh = std::ranges::find(meshes, extension) != std::end(meshes);
+    return isMesh ? Format::Mesh : Format::Unknown;
 }
 
 #ifdef ZVG_HAVE_IFC

@@ -16,6 +16,7 @@
 #include <utility>
 #include <vector>
 
+#include "model/element/FileName.h"
 #include "model/element/Utf8.h"
 #include "model/import/ShapeStore.h"
 #include "model/import/mesh/GltfDocument.h"
@@ -251,14 +252,6 @@ void CountElements(Model& model) {
         ++count.arrived;
         if (!element.shapes.empty()) ++count.withBody;
     }
-}
-
-std::string ExtensionOf(std::string_view path) {
-    const std::size_t dot = path.rfind('.');
-    std::string extension(dot == std::string_view::npos ? "" : path.substr(dot + 1));
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return extension;
 }
 
 /// Of a file that is damaged near its beginning the library says only that it knows no reader.

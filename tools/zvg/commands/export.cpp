@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ZVSmartModel/Exports.h"
+#include "model/element/FileName.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/output/OutputFile.h"
@@ -39,9 +40,9 @@ enum class Format { Glb, Obj };
 
 Format ExportFormatOf(const std::string& path) {
     if (path == "-") return Format::Glb;  // OBJ is two files
-    const std::string extension = fs::path(path).extension().string();
-    if (extension == ".glb" || extension == ".GLB") return Format::Glb;
-    if (extension == ".obj" || extension == ".OBJ") return Format::Obj;
+    const std::string extension = ExtensionOf(path);
+    if (extension == "glb") return Format::Glb;
+    if (extension == "obj") return Format::Obj;
     throw Error(Status::Usage, path + ": the name must end in .glb or .obj");
 }
 
@@ -68,14 +69,10 @@ class Sidecar {
         output->Fill([&](CZVFTOutStream& sink) { WriteProperties(file, sink, options, progress); });
     }
 
-    /// Both or none.
-    void CommitWith(OutputFile& model) {
-        if (output) return OutputFile::CommitBoth(*output, model);
-        model.Commit();
-    }
-
-    void Commit() {
-        if (output) output->Commit();
+    /// All or none.
+    void CommitWith(std::vector<OutputFile*> files) {
+        if (output) files.insert(files.begin(), &*output);
+        OutputFile::CommitTogether(files);
     }
 
   private:
@@ -90,7 +87,7 @@ Outcome ExportGlb(const BlockFile& file, const ExportArguments& arguments,
     output.Fill(
         [&](CZVFTOutStream& sink) { outcome.summary = WriteGlb(file, sink, options, progress); });
     sidecar.Fill(file, options, progress);
-    sidecar.CommitWith(output);
+    sidecar.CommitWith({&output});
     outcome.bytes = output.Bytes();
     return outcome;
 }
@@ -109,8 +106,7 @@ Outcome ExportObj(const BlockFile& file, const ExportArguments& arguments,
         });
     });
     sidecar.Fill(file, options, progress);
-    sidecar.Commit();
-    OutputFile::CommitBoth(mtlOutput, objOutput);
+    sidecar.CommitWith({&mtlOutput, &objOutput});
     outcome.bytes = objOutput.Bytes();
     return outcome;
 }

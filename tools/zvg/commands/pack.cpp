@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ZVSmartModel/Pack.h"
+#include "model/element/FileName.h"
 #include "model/pack/DisplacedClasses.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
@@ -66,8 +67,8 @@ class Listener {
 /// beside it.
 std::vector<std::string> InputsOf(const PackArguments& arguments) {
     std::vector<std::string> inputs = {arguments.model, arguments.settings, arguments.preview};
-    const std::filesystem::path model(arguments.model);
-    if (model.extension() == ".obj" || model.extension() == ".OBJ") {
+    if (ExtensionOf(arguments.model) == "obj") {
+        const std::filesystem::path model(arguments.model);
         inputs.push_back(std::filesystem::path(model).replace_extension(".mtl").string());
     }
     return inputs;

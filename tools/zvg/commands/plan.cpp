@@ -7,6 +7,7 @@
 #include <string>
 
 #include "ZVSmartModel/Plan.h"
+#include "model/element/FileName.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/output/OutputFile.h"
@@ -100,13 +101,10 @@ double ScaleOf(const std::string& text) {
 }
 
 PlanFormat PlanFormatOf(const std::string& path) {
-    std::string extension = std::filesystem::path(path).extension().string();
-    for (char& letter : extension) {
-        if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
-    }
-    if (path.empty() || path == "-" || extension == ".svg") return PlanFormat::Svg;
-    if (extension == ".pdf") return PlanFormat::Pdf;
-    if (extension == ".dxf") return PlanFormat::Dxf;
+    const std::string extension = ExtensionOf(path);
+    if (path.empty() || path == "-" || extension == "svg") return PlanFormat::Svg;
+    if (extension == "pdf") return PlanFormat::Pdf;
+    if (extension == "dxf") return PlanFormat::Dxf;
     throw Error(Status::Usage, path + ": the name must end in .svg, .pdf or .dxf");
 }
 

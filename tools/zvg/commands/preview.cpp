@@ -5,6 +5,7 @@
 
 #include "ZVSmartModel/Preview.h"
 #include "model/element/BlockFileImp.h"
+#include "model/element/FileName.h"
 #include "tools/zvg/commands/Commands.h"
 #include "tools/zvg/commands/Options.h"
 #include "tools/zvg/output/OutputFile.h"
@@ -51,7 +52,15 @@ void WritePng(const Picture& picture, const PreviewArguments& arguments) {
     output.Commit();
 }
 
+/// A name that promises another kind of picture is refused.
+void CheckName(const std::string& path) {
+    const std::string extension = ExtensionOf(path);
+    if (extension.empty() || extension == "png") return;
+    throw Error(Status::Usage, path + ": the name must end in .png");
+}
+
 void Preview(const PreviewArguments& arguments, const CommonOptions& common) {
+    CheckName(arguments.target.path);
     std::optional<RenderOptions> drawn;
     if (!arguments.size.empty()) drawn = ParseSize(arguments.size);
     if (drawn && !CanRenderPictures()) {

@@ -5,7 +5,9 @@
 
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <filesystem>
+#include <optional>
 
 #include "model/element/AnonymousFile.h"
 #include "model/element/FileSink.h"
@@ -82,20 +84,34 @@ void OutputFile::Commit() {
     SyncFolder();
 }
 
-void OutputFile::CommitBoth(OutputFile& first, OutputFile& second) {
-    first.Finish();
-    second.Finish();
-    const SignalsHeld held;
-    first.Place(true);
-    try {
-        second.Place(false);
-    } catch (const Error&) {
-        first.TakeBack();
-        throw;
+void OutputFile::CommitTogether(const std::vector<OutputFile*>& files) {
+    for (OutputFile* const file : files) file->Finish();
+    std::vector<OutputFile*> named;
+    for (OutputFile* const file : files) {
+        if (file->nameless < 0) {
+            named.push_back(file);
+        } else {
+            file->CopyToStandardOutput();
+        }
     }
-    first.file.ForgetOld();
-    first.SyncFolder();
-    second.SyncFolder();
+    std::optional<SignalsHeld> held;  // by which a part of them could be left
+    if (named.size() > 1) held.emplace();
+    std::size_t placed = 0;
+    try {
+        for (; placed < named.size(); ++placed) named[placed]->Place(placed + 1 < named.size());
+    } catch (const Error&) {
+        std::exception_ptr failure = std::current_exception();
+        while (placed-- > 0) {
+            try {
+                named[placed]->TakeBack();
+            } catch (const Error&) {
+                failure = std::current_exception();
+            }
+        }
+        std::rethrow_exception(failure);
+    }
+    for (OutputFile* const file : named) file->file.ForgetOld();
+    for (OutputFile* const file : named) file->SyncFolder();
 }
 
 void OutputFile::Finish() {

@@ -43,8 +43,9 @@ class OutputFile {
     /// The number of bytes in the file, once committed.
     unsigned long long Bytes() const { return bytes; }
 
-    /// Commits two files that belong together: where the second one cannot be, neither is.
-    static void CommitBoth(OutputFile& first, OutputFile& second);
+    /// Commits files that belong together: where one cannot be, none is. What goes to standard
+    /// output goes first, as it cannot be taken back.
+    static void CommitTogether(const std::vector<OutputFile*>& files);
 
   private:
     void Finish();
