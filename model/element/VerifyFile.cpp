@@ -76,17 +76,9 @@ std::vector<Damage> Faults(OpenedFile file, const Progress& progress, unsigned i
 
 }  // namespace
 
-std::vector<Damage> VerifyFile(const std::string& path, const Progress& progress) {
-    return VerifyFile(path, progress, 1);
-}
-
 std::vector<Damage> VerifyFile(const std::string& path, const Progress& progress,
                                unsigned int threads, BlockCounts* counts) {
     return Faults(OpenedFile(OpenInput(path), path), progress, threads, counts);
-}
-
-std::vector<Damage> VerifyFile(ZVSmartFormat::CZVFTInStream& stream, const Progress& progress) {
-    return VerifyFile(stream, progress, 1);
 }
 
 std::vector<Damage> VerifyFile(ZVSmartFormat::CZVFTInStream& stream, const Progress& progress,

@@ -24,22 +24,19 @@ struct BlockCounts {
 /// wrong, in the order in which it was met, at most a thousand; empty for a sound file. What is no
 /// block file is damaged, too. Untrusted files are safe.
 ///
+/// With more than one of `threads`, up to 64, they decode ahead of the calling one; 0 takes as many
+/// as there are processors. What is returned does not depend on them. `counts`, if given, is filled
+/// for a sound file.
+///
 /// Throws Error: InputOutput where the file cannot be opened or the system does not deliver it,
 /// which tells nothing about the file; Internal where memory runs out; Cancelled.
-ZVSM_API std::vector<Damage> VerifyFile(const std::string& path, const Progress& progress = {});
-
-/// The same with threads that decode ahead of the calling one, up to 64; 0 takes as many as there
-/// are processors. What is returned does not depend on them. `counts`, if given, is filled for a
-/// sound file.
-ZVSM_API std::vector<Damage> VerifyFile(const std::string& path, const Progress& progress,
-                                        unsigned int threads, BlockCounts* counts = nullptr);
+ZVSM_API std::vector<Damage> VerifyFile(const std::string& path, const Progress& progress = {},
+                                        unsigned int threads = 1, BlockCounts* counts = nullptr);
 
 /// The same for the file that begins where `stream` stands and ends with it. `stream` is borrowed,
 /// and stands there again afterwards.
 ZVSM_API std::vector<Damage> VerifyFile(ZVSmartFormat::CZVFTInStream& stream,
-                                        const Progress& progress = {});
-ZVSM_API std::vector<Damage> VerifyFile(ZVSmartFormat::CZVFTInStream& stream,
-                                        const Progress& progress, unsigned int threads,
+                                        const Progress& progress = {}, unsigned int threads = 1,
                                         BlockCounts* counts = nullptr);
 
 }  // namespace ZVSmartModel
