@@ -262,6 +262,22 @@ TEST_F(ToolFaults, LackOfMemoryIsSaidAndLeavesNothingBehind) {
     EXPECT_GT(lacks, 0);
 }
 
+/// Libraries for drawing and printing are loaded by those who draw and print, and by nobody else.
+TEST_F(ToolFaults, WhoNeedsNoBrokenLibraryMeetsNone) {
+    for (const char* name : {"libembree3.so.3", "libcairo.so.2"}) {
+        std::ofstream(folder + "in/" + name) << "broken";
+    }
+    const std::string tool = "LD_LIBRARY_PATH=in $Z ";
+    EXPECT_EQ(Run(tool + "info in/good.zvg"), 0) << err;
+    EXPECT_EQ(Run(tool + "plan -q in/good.zvg -o out/x.svg"), 0) << err;
+    EXPECT_EQ(Run(tool + "pack -q in/big.obj -o out/x.zvg"), 0) << err;
+    EXPECT_EQ(Run(tool + "plan in/good.zvg -o out/x.pdf"), 2);
+    EXPECT_NE(err.find("cairo"), std::string::npos) << err;
+    EXPECT_EQ(Run(tool + "preview in/good.zvg -o out/x.png --render 64x48"), 2);
+    EXPECT_NE(err.find("draws no pictures"), std::string::npos) << err;
+    EXPECT_EQ(Names("out"), (std::set<std::string>{"x.svg", "x.zvg"}));
+}
+
 TEST_F(ToolFaults, BlocksGoThroughPipes) {
     ASSERT_EQ(Run("$Z pack -q in/big.obj -o - | cat >out/piped.zvg"), 0) << err;
     ASSERT_EQ(Run("$Z pack -q in/big.obj -o out/named.zvg"), 0) << err;

@@ -1,12 +1,11 @@
 #include "model/plan/PdfCanvas.h"
 
-#include <cairo-pdf.h>
-
 #include <cmath>
 #include <numbers>
 
 #include "ZVSmartModel/Error.h"
 #include "model/plan/Arc.h"
+#include "model/plan/CairoFunctions.h"
 
 namespace ZVSmartModel {
 

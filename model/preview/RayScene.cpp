@@ -1,7 +1,5 @@
 #include "model/preview/RayScene.h"
 
-#include <embree3/rtcore.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -13,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "model/preview/EmbreeFunctions.h"
 #include "model/preview/Renderer.h"
 
 namespace ZVSmartModel {

@@ -13,6 +13,7 @@
 
 #include "model/element/Budget.h"
 #include "model/preview/Camera.h"
+#include "model/preview/EmbreeFunctions.h"
 #include "model/preview/Looker.h"
 #include "model/preview/RayScene.h"
 #include "model/preview/Shading.h"
@@ -132,7 +133,7 @@ void PaintAll(const View& view, const std::function<void(double drawn)>& tell,
 }  // namespace
 
 bool CanRender() {
-    return true;
+    return embree.IsThere();
 }
 
 Picture Render(const Scene& scene, unsigned int width, unsigned int height, bool patient,

@@ -10,7 +10,7 @@
 
 namespace ZVSmartModel {
 
-/// Whether this build can draw; it needs a ray tracer.
+/// Whether this build can draw, and the ray tracer that it needs for it is there.
 bool CanRender();
 
 /// Draws a three-quarter view of the whole scene on a transparent ground: ambient light that is

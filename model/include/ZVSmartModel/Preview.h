@@ -7,7 +7,7 @@
 
 namespace ZVSmartModel {
 
-/// Whether this build draws pictures; it needs a ray tracer.
+/// Whether this build draws pictures, and the ray tracer that it needs for them can be loaded.
 ZVSM_API bool CanRenderPictures();
 
 /// How to draw a picture.

@@ -1,7 +1,6 @@
 #include "tools/zvg/view/ViewServer.h"
 
 #include <arpa/inet.h>
-#include <microhttpd.h>
 #include <netinet/in.h>
 
 #include <algorithm>
@@ -15,6 +14,7 @@
 #include <utility>
 
 #include "ZVSmartModel/Error.h"
+#include "tools/zvg/view/HttpFunctions.h"
 #include "tools/zvg/view/ModelUpload.h"
 
 namespace ZVSmartModel::Tool {
