@@ -63,7 +63,7 @@ const char* FormatOf(Kind kind) {
     return kind == Kind::Texts ? "U" : kind == Kind::Reals ? "g" : "l";
 }
 
-std::string TextOf(const QueryValue& value) {
+std::string ValueText(const QueryValue& value) {
     if (const auto* text = std::get_if<std::string>(&value)) return *text;
     char digits[32];
     char* end = digits;
@@ -100,7 +100,7 @@ void Fill(Column& column, const QueryTable& table, std::size_t number, Kind kind
             column.reals.push_back(real ? *real : integer ? static_cast<double>(*integer) : 0);
         }
         if (kind == Kind::Texts) {
-            column.texts += TextOf(value);
+            column.texts += ValueText(value);
             column.integers.push_back(static_cast<std::int64_t>(column.texts.size()));
         }
     }

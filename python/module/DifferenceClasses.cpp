@@ -28,7 +28,7 @@ const char* NameOf(Difference::Kind kind) {
     return "changed";
 }
 
-py::object PlaceOf(const std::optional<ElementIndex>& index) {
+py::object PlaceOrNone(const std::optional<ElementIndex>& index) {
     if (!index) return py::none();
     return py::make_tuple(index->floor, index->position);
 }
@@ -81,7 +81,7 @@ template <class Index>
 auto SideOf(std::optional<unsigned int> FloorDifference::*floor, Index element) {
     return [floor, element](const Difference& difference) -> py::object {
         if (difference.floor) return py::cast((*difference.floor).*floor);
-        return PlaceOf((*difference.element).*element);
+        return PlaceOrNone((*difference.element).*element);
     };
 }
 

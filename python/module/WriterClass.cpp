@@ -163,7 +163,7 @@ Property PropertyOf(const std::string& name, py::handle value) {
 }
 
 /// A dict from "SET.NAME" to values or Property, or a list of Property.
-std::vector<Property> PropertiesOf(const py::object& given) {
+std::vector<Property> GivenProperties(const py::object& given) {
     std::vector<Property> properties;
     if (given.is_none()) return properties;
     if (!py::isinstance<py::dict>(given)) return given.cast<std::vector<Property>>();
@@ -186,7 +186,7 @@ void AddElement(Writer& writer, const Text& guid, const Text& cls, const Text& n
     element.name = name.utf8;
     element.floor = floor;
     for (const py::handle shape : shapes) element.shapes.push_back(PlacementOf(shape));
-    element.properties = PropertiesOf(properties);
+    element.properties = GivenProperties(properties);
     element.materials = materials;
     element.typeName = type.utf8;
     element.predefinedType = predefinedType.utf8;
