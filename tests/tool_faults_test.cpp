@@ -267,10 +267,13 @@ TEST_F(ToolFaults, WhoNeedsNoBrokenLibraryMeetsNone) {
     for (const char* name : {"libembree3.so.3", "libcairo.so.2"}) {
         std::ofstream(folder + "in/" + name) << "broken";
     }
-    const std::string tool = "LD_LIBRARY_PATH=in $Z ";
+    const std::string tool = "LD_LIBRARY_PATH=$PWD/in $Z ";
     EXPECT_EQ(Run(tool + "info in/good.zvg"), 0) << err;
     EXPECT_EQ(Run(tool + "plan -q in/good.zvg -o out/x.svg"), 0) << err;
-    EXPECT_EQ(Run(tool + "pack -q in/big.obj -o out/x.zvg"), 0) << err;
+    EXPECT_EQ(Run(tool + "pack -q --no-preview in/big.obj -o out/x.zvg"), 0) << err;
+    EXPECT_EQ(err, "");
+    EXPECT_EQ(Run(tool + "pack --force in/big.obj -o out/x.zvg"), 0) << err;
+    EXPECT_NE(err.find("no preview: there is nothing to draw with"), std::string::npos) << err;
     EXPECT_EQ(Run(tool + "plan in/good.zvg -o out/x.pdf"), 2);
     EXPECT_NE(err.find("cairo"), std::string::npos) << err;
     EXPECT_EQ(Run(tool + "preview in/good.zvg -o out/x.png --render 64x48"), 2);

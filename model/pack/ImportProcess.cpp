@@ -201,7 +201,8 @@ int RunImporter(const std::string& program, const std::vector<std::string>& word
     if (WIFSIGNALED(status)) ThrowDied(WTERMSIG(status));
     if (WEXITSTATUS(status) == cannotStart) {
         throw Error(Status::Internal,
-                    "cannot start the importer " + program + " (perhaps for lack of memory)");
+                    "cannot start the importer " + program +
+                        " (perhaps a library that it needs is missing, or memory)");
     }
     if (noMemory) ThrowNoMemory(limits);
     return WEXITSTATUS(status);

@@ -94,7 +94,9 @@ void AddPreview(const Model& model, const std::vector<const ModelElement*>& elem
                 const PackInput& input, PackSummary& summary, CZVLGBlockSaver& saver) {
     if (input.preview != nullptr) {
         saver.AddPreviewImage(ReadPng(input.preview, input.job.previewPath));
-    } else if (input.job.drawPreview && CanRender()) {
+    } else if (input.job.drawPreview && !CanRender()) {
+        summary.previewFailure = "there is nothing to draw with (it needs embree)";
+    } else if (input.job.drawPreview) {
         const auto image = Drawn(model, elements, input.job.threads, summary.previewFailure);
         if (image) saver.AddPreviewImage(*image);
     }

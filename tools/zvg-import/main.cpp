@@ -17,6 +17,7 @@
 #include "model/import/Importers.h"
 #include "model/pack/ImportProcess.h"
 #include "model/pack/PackModel.h"
+#include "model/preview/Renderer.h"
 #include "tools/zvg-import/Cage.h"
 #include "tools/zvg-import/ParentLink.h"
 #include "tools/zvg/output/OutOfMemory.h"
@@ -160,6 +161,7 @@ int Run(const std::vector<std::string_view>& words) {
     __gcov_dump();
     std::_Exit(end);
 #else
+    if (job->drawPreview && path.empty()) CanRender();  // loads what draws: the cage lets nothing in
     EnterCage({true, true});
     // Without taking down what an importer holds: that would cost time, and may crash as well.
     std::_Exit(Pack(input));
