@@ -2,22 +2,38 @@
 
 #include <dlfcn.h>
 
+#include <new>
 #include <string>
 
 #include "ZVSmartModel/Error.h"
 
 namespace ZVSmartModel {
 
+namespace {
+
+/// Why the last call failed; the loader tells lack of memory in words alone.
+std::string Reason() {
+    const char* const said = dlerror();
+    std::string reason = said ? said : "";
+    for (const char* words : {"failed to map segment", "annot allocate memory"}) {
+        if (reason.find(words) != std::string::npos) throw std::bad_alloc();
+    }
+    return reason;
+}
+
+}  // namespace
+
 bool LazyLibrary::IsThere() const {
-    return dlopen(name, RTLD_NOW) != nullptr;
+    if (dlopen(name, RTLD_NOW)) return true;
+    Reason();
+    return false;
 }
 
 void* LazyLibrary::Find(const char* function) const {
     void* const library = dlopen(name, RTLD_NOW);
     void* const address = library ? dlsym(library, function) : nullptr;
-    if (address) return address;
-    const char* const reason = dlerror();
-    throw Error(Status::Usage, reason ? reason : std::string("cannot load ") + name);
+    if (!address) throw Error(Status::Usage, Reason());
+    return address;
 }
 
 }  // namespace ZVSmartModel

@@ -12,10 +12,11 @@ class LazyLibrary {
     /// `name` is that of the shared object, with the version whose functions are called. Borrowed.
     constexpr explicit LazyLibrary(const char* name) : name(name) {}
 
-    /// Whether it can be loaded.
+    /// Whether it can be loaded. Throws std::bad_alloc where memory is all that is missing.
     bool IsThere() const;
 
-    /// Where a function of it is. Throws Error Usage where it or the library is not there.
+    /// Where a function of it is. Throws Error Usage where it or the library is not there,
+    /// std::bad_alloc where memory is all that is missing.
     void* Find(const char* function) const;
 
   private:

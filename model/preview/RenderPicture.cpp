@@ -1,4 +1,7 @@
 #include "ZVSmartModel/Preview.h"
+
+#include <new>
+
 #include "model/element/BlockFileImp.h"
 #include "model/element/ProgressPace.h"
 #include "model/element/RecordNames.h"
@@ -33,12 +36,18 @@ Scene ReadScene(OpenedBlock& block, bool rooms, ProgressPace& pace) {
 }  // namespace
 
 bool CanRenderPictures() {
-    return CanRender();
+    try {
+        return CanRender();
+    } catch (const std::bad_alloc&) {
+        throw Error(Status::Internal, "out of memory");
+    }
 }
 
 Picture RenderPicture(const BlockFile& file, const RenderOptions& options,
                       const Progress& progress) {
-    if (!CanRender()) throw Error(Status::Usage, "this build draws no pictures (it needs embree)");
+    if (!CanRenderPictures()) {
+        throw Error(Status::Usage, "this build draws no pictures (it needs embree)");
+    }
     if (!IsSide(options.width) || !IsSide(options.height)) {
         throw Error(Status::Usage, "a picture's sides are 1 to 8192 pixels");
     }

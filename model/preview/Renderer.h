@@ -10,7 +10,8 @@
 
 namespace ZVSmartModel {
 
-/// Whether this build can draw, and the ray tracer that it needs for it is there.
+/// Whether this build can draw, and the ray tracer that it needs for it is there. Throws
+/// std::bad_alloc where memory does not suffice to load it.
 bool CanRender();
 
 /// Draws a three-quarter view of the whole scene on a transparent ground: ambient light that is

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -136,6 +137,15 @@ int TellAbout() {
     return done;
 }
 
+/// Where memory does not suffice for it, no preview is drawn.
+void LoadWhatDraws() {
+    try {
+        CanRender();
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+}
+
 int Run(const std::vector<std::string_view>& words) {
     if (words.size() == 1 && words[0] == aboutWord) return TellAbout();
     const std::optional<PackJob> job = JobOf(words);
@@ -161,7 +171,7 @@ int Run(const std::vector<std::string_view>& words) {
     __gcov_dump();
     std::_Exit(end);
 #else
-    if (job->drawPreview && path.empty()) CanRender();  // loads what draws: the cage lets nothing in
+    if (job->drawPreview && path.empty()) LoadWhatDraws();  // for the cage lets nothing in
     EnterCage({true, true});
     // Without taking down what an importer holds: that would cost time, and may crash as well.
     std::_Exit(Pack(input));

@@ -8,6 +8,7 @@
 namespace ZVSmartModel {
 
 /// Whether this build draws pictures, and the ray tracer that it needs for them can be loaded.
+/// Throws Error Internal where memory runs out over that.
 ZVSM_API bool CanRenderPictures();
 
 /// How to draw a picture.
