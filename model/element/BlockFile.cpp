@@ -102,6 +102,15 @@ std::size_t BlockFile::ElementCount() const {
     });
 }
 
+unsigned int BlockFile::ElementCount(unsigned int floor) const {
+    return imp->Ask([floor](OpenedBlock& block) {
+        const unsigned int elements =
+            floor < block.Reader().GetFloorNum() ? block.FloorCompNum(floor) : 0;
+        block.ThrowIfCutShort();
+        return elements;
+    });
+}
+
 std::vector<ClassCount> BlockFile::Classes() const {
     return imp->Ask([](OpenedBlock& block) {
         std::map<std::wstring, std::size_t> counts;

@@ -38,6 +38,15 @@ bool Chosen::MayHold(unsigned int floor) const {
     return first != elements.end() && first->floor == floor;
 }
 
+std::pair<unsigned int, unsigned int> Chosen::Span(unsigned int floor) const {
+    constexpr unsigned int none = ElementIndex::none;
+    if (elements.empty()) return {0, none};
+    const auto end = std::upper_bound(elements.begin(), elements.end(), ElementIndex{floor, none});
+    const auto first = std::lower_bound(elements.begin(), end, ElementIndex{floor, 0});
+    if (first == end || first->floor != floor) return {0, 0};
+    return {first->position, (end - 1)->position + 1};
+}
+
 bool Chosen::Holds(ElementIndex index, const ZVSmartZvg::SZVLGZvgComp& comp) const {
     return IsNamed(index, comp) &&
            std::all_of(properties.begin(), properties.end(), [&comp](const auto& wanted) {

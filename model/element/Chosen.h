@@ -17,6 +17,8 @@ class Chosen {
 
     /// Whether any component of the floor may be meant.
     bool MayHold(unsigned int floor) const;
+    /// Between which positions of the floor they are: the first, and the one behind the last.
+    std::pair<unsigned int, unsigned int> Span(unsigned int floor) const;
     bool Holds(ElementIndex index, const ZVSmartZvg::SZVLGZvgComp& comp) const;
 
   private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -115,9 +116,15 @@ class OpenedBlock {
     /// The same where not all of their properties are wanted.
     template <class Use>
     void ForEachComp(unsigned int floor, const ZVSmartZvg::SZVLGCompParts& parts, Use use) {
+        ForEachComp(floor, {0, ZVSmartZvg::ZVLG_NONE}, parts, use);
+    }
+    /// The same for the positions from a first one up to one behind the last.
+    template <class Use>
+    void ForEachComp(unsigned int floor, std::pair<unsigned int, unsigned int> positions,
+                     const ZVSmartZvg::SZVLGCompParts& parts, Use use) {
         ZVSmartZvg::SZVLGZvgComp comp;
-        const unsigned int count = FloorCompNum(floor);
-        for (unsigned int position = 0; position < count; ++position) {
+        const unsigned int behind = std::min(FloorCompNum(floor), positions.second);
+        for (unsigned int position = positions.first; position < behind; ++position) {
             const ZVSmartZvg::SZVLGCompIndex index{floor, position};
             try {
                 if (ReadComp(index, parts, comp)) use(index, comp);

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -102,16 +103,22 @@ Shapes ReadShapes(const BlockFile& file, const Selection& selection, const BodyO
         const auto [first, end] = block.FindFloors(selection.floor);
         std::size_t total = 0;
         for (unsigned int floor = first; floor < end; ++floor) {
-            if (chosen.MayHold(floor)) total += block.FloorCompNum(floor);
+            if (!chosen.MayHold(floor)) continue;
+            const auto [begin, behind] = chosen.Span(floor);
+            total += std::min(block.FloorCompNum(floor), behind) -
+                     std::min(block.FloorCompNum(floor), begin);
         }
         ShapeProgress told(progress, total);
+        SZVLGCompParts parts;
+        parts.properties = !selection.properties.empty();
         for (unsigned int floor = first; floor < end; ++floor) {
             if (!chosen.MayHold(floor)) continue;
-            block.ForEachComp(floor, [&](const SZVLGCompIndex& place, const SZVLGZvgComp& comp) {
+            const auto add = [&](const SZVLGCompIndex& place, const SZVLGZvgComp& comp) {
                 told.Next();
                 const ElementIndex index = {place.floorIndex, place.compIndex};
                 if (chosen.Holds(index, comp)) maker.Add(index, comp);
-            });
+            };
+            block.ForEachComp(floor, chosen.Span(floor), parts, add);
         }
         block.ThrowIfCutShort();
         return maker.Take();

@@ -44,6 +44,14 @@ double RealOf(const std::string& text) {
     return number;
 }
 
+unsigned int CountOf(const std::string& text) {
+    unsigned int count = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, count);
+    if (error != std::errc() || stop != end) throw Misfit(text);
+    return count;
+}
+
 /// Of "FLOOR:POS".
 ElementIndex PlaceOf(const std::string& text) {
     ElementIndex place;
@@ -88,6 +96,7 @@ constexpr Field fields[] = {
     {"creaseAngle", [](Request& to, Texts& from) { to.body.creaseAngle = RealOf(from.Next()); }},
     {"chordError", [](Request& to, Texts& from) { to.body.chordError = RealOf(from.Next()); }},
     {"curves", [](Request& to, Texts& from) { to.body.curves = from.Next() == "true"; }},
+    {"elementsAtOnce", [](Request& to, Texts& from) { to.elementsAtOnce = CountOf(from.Next()); }},
     {"doubles", [](Request& to, Texts& from) { to.takesDoubles = from.Next() == "true"; }},
 };
 

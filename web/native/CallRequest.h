@@ -16,6 +16,8 @@ struct Request {
     std::string name;           ///< elements of this name
     std::string text;           ///< elements that bear this text, in whatever case of ASCII
     bool takesDoubles = false;  ///< points in 64 bits
+    /// Where all elements of all floors are wanted, at most so many in an answer; 0 for a floor.
+    unsigned int elementsAtOnce = 0;
 
     /// Reads `size` bytes at `bytes`. Throws Error, Usage, for what is none.
     static Request Of(const std::uint8_t* bytes, std::uint32_t size);

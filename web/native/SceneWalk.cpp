@@ -50,10 +50,25 @@ unsigned int SceneWalk::NextFloor(const BlockFile& file) const {
     return next;
 }
 
-Shapes SceneWalk::Read(const BlockFile& file) const {
+/// Behind the last position of the next part; `none` where that goes to the end of its floor.
+unsigned int SceneWalk::PartEnd(const BlockFile& file) const {
+    const Selection& wanted = request.selection;
+    const bool takesAll =
+        !wanted.floor && wanted.rooms && wanted.elements.empty() && wanted.classNames.empty();
+    if (request.elementsAtOnce == 0 || !takesAll) return ElementIndex::none;
+    const unsigned int left = file.ElementCount(floor) - position;
+    return left <= request.elementsAtOnce ? ElementIndex::none : position + request.elementsAtOnce;
+}
+
+Shapes SceneWalk::Read(const BlockFile& file) {
     const unsigned int next = NextFloor(file);
     Selection here = request.selection;
     if (!here.floor) here.floor = std::to_string(next);
+    end = PartEnd(file);
+    if (position != 0 || end != ElementIndex::none) {
+        const unsigned int behind = std::min(end, file.ElementCount(next));
+        for (unsigned int at = position; at < behind; ++at) here.elements.push_back({next, at});
+    }
     return ReadShapes(file, here, request.body);
 }
 
@@ -125,6 +140,7 @@ const SceneWalk::Known& SceneWalk::KnownOf(const Shape& shape, Chunk& chunk) {
 void SceneWalk::Take(const BlockFile& file, const Shapes& read, Answer& answer) {
     const unsigned int next = NextFloor(file);
     const unsigned int here = read.placements.empty() ? next : read.placements[0].element.floor;
+    const bool endsFloor = end == ElementIndex::none;
     Chunk chunk;
     chunk.looks.Open('[');
     chunk.shapes.Open('[');
@@ -138,6 +154,7 @@ void SceneWalk::Take(const BlockFile& file, const Shapes& read, Answer& answer) 
         chunk.lookNumbers.push_back(NumberOf(placement.look, chunk));
     }
     std::string text = "{\"floor\":" + std::to_string(here) +
+                       ",\"endsFloor\":" + (endsFloor ? "true" : "false") +
                        ",\"missing\":" + std::to_string(read.missing) +
                        ",\"placements\":" + std::to_string(read.placements.size()) +
                        ",\"looks\":" + chunk.looks.Close(']').Written() +
@@ -154,7 +171,8 @@ void SceneWalk::Take(const BlockFile& file, const Shapes& read, Answer& answer) 
     answer.PutArray(chunk.shapeNumbers);
     answer.PutArray(chunk.lookNumbers);
     answer.PutArray(chunk.geometry.Bytes());
-    floor = next + 1;
+    floor = endsFloor ? next + 1 : next;
+    position = endsFloor ? 0 : end;
 }
 
 }  // namespace ZVSmartModel::Web

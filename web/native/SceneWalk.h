@@ -12,8 +12,9 @@
 
 namespace ZVSmartModel::Web {
 
-/// What of a file is to be drawn, floor by floor. Each shape and each look is answered once, with
-/// the first floor that it stands on, and known by its number from then on.
+/// What of a file is to be drawn, floor by floor, or in parts of floors where the request asks for
+/// them. Each shape and each look is answered once, with the first part that it stands in, and
+/// known by its number from then on.
 ///
 /// An answer is a u32, the length of a JSON text; the text, filled up with blanks to a multiple of
 /// 8 bytes with that length; and arrays, each filled up to a multiple of 8 bytes:
@@ -29,10 +30,10 @@ class SceneWalk {
 
     /// Whether no floor is left.
     bool IsDone(const BlockFile& file) const { return NextFloor(file) == ElementIndex::none; }
-    /// What stands on the next floor. The walk stays where it is, for it may have to be asked
-    /// again.
-    Shapes Read(const BlockFile& file) const;
-    /// Goes on behind that floor, and answers what of it was not answered before.
+    /// What stands on the next floor or part of it. The walk stays where it is, for it may have to
+    /// be asked again.
+    Shapes Read(const BlockFile& file);
+    /// Goes on behind what was read last, and answers what of it was not answered before.
     void Take(const BlockFile& file, const Shapes& read, Answer& answer);
 
   private:
@@ -44,13 +45,16 @@ class SceneWalk {
     struct Chunk;
 
     unsigned int NextFloor(const BlockFile& file) const;
+    unsigned int PartEnd(const BlockFile& file) const;
     std::uint32_t NumberOf(const Look& look, Chunk& chunk);
     const Known& KnownOf(const Shape& shape, Chunk& chunk);
     void Put(const Shape& shape, const Point& origin, Chunk& chunk);
     void PutPoints(const std::vector<Point>& points, const Point& origin, Chunk& chunk) const;
 
     Request request;
-    unsigned int floor = 0;  ///< the first that was not answered
+    unsigned int floor = 0;     ///< the first that was not answered
+    unsigned int position = 0;  ///< on it, the first that was not answered
+    unsigned int end = 0;       ///< of the part that was read last; see PartEnd
     std::map<Look, std::uint32_t> looks;
     std::unordered_map<std::string, Known> shapes;  ///< by key
 };

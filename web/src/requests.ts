@@ -41,6 +41,9 @@ export interface SceneOptions {
   chordError?: number;
   /** Points in 64 bits, as they are stored; else in 32, from an origin near each shape. */
   doubles?: boolean;
+  /** Where no floor, class or element is named: chunks of at most so many elements, so that the
+   * first comes sooner and each takes less memory; else each chunk is a floor. */
+  elementsAtOnce?: number;
 }
 
 function* textsOf(wanted: Query & SceneOptions): Generator<string> {
@@ -50,7 +53,7 @@ function* textsOf(wanted: Query & SceneOptions): Generator<string> {
   for (const place of elements ?? []) yield* ["element", `${place.floor}:${place.position}`];
   for (const { name, value } of properties ?? []) yield* ["property", name, value];
   const others = ["rooms", "guid", "name", "text", "normals", "creaseAngle", "curves", "chordError",
-    "doubles"] as const;
+    "doubles", "elementsAtOnce"] as const;
   for (const key of others) {
     const value = wanted[key];
     if (value !== undefined) yield* [key, String(value)];

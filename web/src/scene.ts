@@ -54,10 +54,12 @@ export interface Placements {
   looks: Uint32Array;
 }
 
-/** What stands on one floor. Looks and shapes that came with a floor before do not come again. All
- * arrays of a chunk lie in one buffer of its own, which may be transferred. */
+/** What stands on one floor, or on a part of it. Looks and shapes that came with a chunk before do not
+ * come again. All arrays of a chunk lie in one buffer of its own, which may be transferred. */
 export interface SceneChunk {
   floor: number;
+  /** Whether the next chunk is another floor's. */
+  endsFloor: boolean;
   looks: Look[];
   shapes: Shape[];
   placements: Placements;
@@ -74,6 +76,7 @@ interface SurfaceText {
 
 interface ChunkText {
   floor: number;
+  endsFloor: boolean;
   missing: number;
   placements: number;
   looks: Omit<Look, "number">[];
@@ -145,6 +148,7 @@ export class ChunkReader {
       })),
       curves: curves.map((curve) => ({ ...curve, points: arrays.points(curve.points) })),
     }));
-    return { floor: told.floor, looks, shapes, placements, missing: told.missing };
+    const { floor, endsFloor, missing } = told;
+    return { floor, endsFloor, looks, shapes, placements, missing };
   }
 }

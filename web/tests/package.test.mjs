@@ -44,6 +44,7 @@ async function answersOf(bytes) {
   tell(calls.zvg_preview(session));
   tellScene({});
   tellScene({ normals: "flat", doubles: true });
+  tellScene({ elementsAtOnce: 5 });
   tell(calls.zvg_verify(session));
   tell(calls.zvg_damage(session));
   return Buffer.concat(parts);

@@ -64,6 +64,7 @@ int main(int argc, char** argv) {
     Tell(session, zvg_preview(session));
     TellScene(session, {});
     TellScene(session, {"normals", "flat", "doubles", "true"});
+    TellScene(session, {"elementsAtOnce", "5"});
     Tell(session, zvg_verify(session));
     Tell(session, zvg_damage(session));
     zvg_end(session);

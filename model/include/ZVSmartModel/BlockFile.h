@@ -110,6 +110,9 @@ class ZVSM_API BlockFile {
     std::vector<Floor> Floors() const;
     /// The number of elements on all floors, as the file's index has it.
     std::size_t ElementCount() const;
+    /// The number of elements on a floor, by its number; 0 where there is no such floor, or none
+    /// that can be read, which is remembered. Decodes that floor.
+    unsigned int ElementCount(unsigned int floor) const;
     /// All classes with their elements, by name. Decodes the file's elements once.
     std::vector<ClassCount> Classes() const;
     /// The picture that the file shows; 0 × 0 where it holds none. Throws Error, Damaged, where
