@@ -29,7 +29,8 @@ const mostRequest = 4 << 20;
 
 /**
  * Asks the module about one file, call by call. A call that misses bytes tells which; they are
- * fetched, and the call is made again. Requests that follow each other double.
+ * fetched, and the call is made again. Requests that go on where another ended double: a walk reads
+ * elements here and their geometries there.
  */
 export class Session {
   private readonly pointer: number;
@@ -37,8 +38,8 @@ export class Session {
   private isClosed = false;
   /** Blocks that came before; the module may have let some go. */
   private readonly seen = new Set<number>();
-  private requestEnd = 0;
-  private requestLength = 0;
+  /** How long requests were, by their ends. */
+  private readonly lengths = new Map<number, number>();
 
   constructor(
     readonly instance: Instance,
@@ -143,17 +144,17 @@ export class Session {
   private async bring(position: number, size: number): Promise<void> {
     const blocks = Math.floor(position / blockBytes);
     let first = blocks * blockBytes;
-    const follows = first === this.requestEnd;
+    const before = this.lengths.get(first) ?? 0;
     const length = Math.max(size + position - first, leastRequest,
-      follows ? Math.min(2 * this.requestLength, mostRequest) : 0);
+      Math.min(2 * before, mostRequest));
     let end = Math.min(this.reader.size, Math.ceil((first + length) / blockBytes) * blockBytes);
     while (end - blockBytes > position + size && this.seen.has(Math.floor((end - 1) / blockBytes))) {
       end = Math.floor((end - 1) / blockBytes) * blockBytes;
     }
-    if (!follows && first > 0 && !this.seen.has(blocks - 1)) first -= blockBytes;
+    if (before === 0 && first > 0 && !this.seen.has(blocks - 1)) first -= blockBytes;
     await this.fetch(first, end);
-    this.requestEnd = end;
-    this.requestLength = end - first;
+    this.lengths.delete(first);
+    this.lengths.set(end, end - first);
   }
 
   private async fetch(first: number, end: number): Promise<void> {
