@@ -13,9 +13,15 @@ export interface Part {
 /** The least and the greatest coordinates. */
 export function boxAround(points: Float32Array): number[] {
   const box = [Infinity, Infinity, Infinity, -Infinity, -Infinity, -Infinity];
-  for (let i = 0; i < points.length; ++i) {
-    box[i % 3] = Math.min(box[i % 3]!, points[i]!);
-    box[3 + (i % 3)] = Math.max(box[3 + (i % 3)]!, points[i]!);
+  for (let axis = 0; axis < 3; ++axis) {
+    let low = Infinity, high = -Infinity;
+    for (let i = axis; i < points.length; i += 3) {
+      const at = points[i]!;
+      if (at < low) low = at;
+      if (at > high) high = at;
+    }
+    box[axis] = low;
+    box[axis + 3] = high;
   }
   return box;
 }
@@ -40,10 +46,14 @@ function moved(m: Float32Array, points: Float32Array): Float32Array {
 function turned(m: Float32Array, normals: Int8Array): Int8Array {
   const result = new Int8Array(normals.length);
   for (let i = 0; i < normals.length; i += 4) {
-    const n = [0, 4, 8].map((row) => m[row]! * normals[i]! + m[row + 1]! * normals[i + 1]!
-      + m[row + 2]! * normals[i + 2]!);
-    const length = Math.hypot(...n) || 1;
-    for (let axis = 0; axis < 3; ++axis) result[i + axis] = Math.round((n[axis]! / length) * 127);
+    const nx = normals[i]!, ny = normals[i + 1]!, nz = normals[i + 2]!;
+    const x = m[0]! * nx + m[1]! * ny + m[2]! * nz;
+    const y = m[4]! * nx + m[5]! * ny + m[6]! * nz;
+    const z = m[8]! * nx + m[9]! * ny + m[10]! * nz;
+    const scale = 127 / (Math.sqrt(x * x + y * y + z * z) || 1);
+    result[i] = Math.round(x * scale);
+    result[i + 1] = Math.round(y * scale);
+    result[i + 2] = Math.round(z * scale);
   }
   return result;
 }
@@ -152,9 +162,9 @@ export class Addition {
     parts.forEach((part, number) => {
       const count = part.points.length / 3;
       this.points.put(part.points);
-      this.parts.put(new Uint8Array(count).fill(number));
+      this.parts.fill(number, count);
       if (part.normals !== null) this.normals.put(part.normals);
-      this.indices.put(points === 0 ? part.indices : part.indices.map((index) => index + points));
+      this.indices.put(part.indices, points);
       points += count;
       indices += part.indices.length;
       boxAround(part.points).forEach((at, i) => {

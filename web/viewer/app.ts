@@ -232,6 +232,7 @@ files.arrived.add((model, floor) => {
   for (const element of model.elementsOf(floor)) {
     model.hide(element, Hidden.byLayer, !showsRooms && isRoom(model.className(element)));
   }
+  tree.refresh();
 });
 let isFitted = false;
 /** The view of all that came first; the viewer may have left it before the rest came. */
@@ -241,22 +242,28 @@ const fitFirst = (): void => {
   firstView = JSON.stringify(camera.viewpoint);
 };
 const reach = new Box3();
-files.grew.add((model, floor) => {
-  tree.refresh();
-  const refs = model.elementsOf(floor).map((element) => ({ model, element }));
-  reach.union(drawing.boxOf(refs.filter(({ element }) => model.hidden[element] === 0)));
+const fitUnlessMoved = (): void => {
+  if (!isFitted && (firstView === "" || JSON.stringify(camera.viewpoint) === firstView)) fitFirst();
+};
+files.grew.add((model, elements, endsFloor) => {
+  const shown = [...elements].filter((element) => model.hidden[element] === 0);
+  reach.union(drawing.boxOf(shown.map((element) => ({ model, element }))));
   camera.setReach(reach);
-  if (firstView === "") fitFirst();
-  if (performance.getEntriesByName("zvg:first-floor").length === 0) {
-    drawing.frame();
-    performance.mark("zvg:first-floor");
-  }
+  const isFirst = model.floors.length === 1 && selection.models.length === 1;
+  if (isFirst) fitUnlessMoved();
+  if (performance.getEntriesByName("zvg:first-frame").length === 0) mark("zvg:first-frame");
+  if (endsFloor && performance.getEntriesByName("zvg:first-floor").length === 0) mark("zvg:first-floor");
 });
+/** Tells how long it took to here, with what is there in the picture. */
+function mark(name: string): void {
+  drawing.frame();
+  performance.mark(name);
+}
 files.opened.add(() => {
   tree.refresh();
   storeys.refresh();
   document.title = selection.models.map(({ name }) => name).join(", ") || "Building model";
-  if (!isFitted && JSON.stringify(camera.viewpoint) === firstView) fitFirst();
+  fitUnlessMoved();
   if (!isFitted) views.follow();
   isFitted = true;
   performance.mark("zvg:opened");

@@ -1,62 +1,84 @@
 import {
-  BatchedMesh, Box3, BufferAttribute, BufferGeometry, Color, type Material, Matrix4, SRGBColorSpace, Sphere,
+  Box3, BufferAttribute, BufferGeometry, Color, type Material, Matrix4, Object3D, SRGBColorSpace, Sphere,
   Vector4,
 } from "three";
 import type { BatchAddition } from "./messages.js";
+import { Page, type Room } from "./page.js";
 
 const matrix = new Matrix4();
 const colour = new Color();
 const box = new Box3();
 const shown = new Vector4();
 
-/** Room for `needed` at least, growing by halves. */
-const grown = (needed: number, had: number): number =>
-  needed <= had ? had : Math.max(needed, Math.ceil(had * 1.5));
+/** Of a batch's first page; each has twice the room of the one before, up to sixteen times this. */
+const leastRoom = { points: 16 << 10, indices: 32 << 10 };
 
-/** Many bodies drawn by one call: each geometry once, each instance with its matrix and colour. */
-export class Batch extends BatchedMesh {
-  private usedPoints = 0;
-  private usedIndices = 0;
-  private geometryTotal = 0;
+/** Many bodies drawn by a few calls: each geometry once, each instance with its matrix and colour. */
+export class Batch extends Object3D {
+  readonly pages: Page[] = [];
+  /** Filled since the last `sealed`, and still to be sent to the graphics card. */
+  private unsent: Page[] = [];
+  private instances = 0;
+  private geometries = 0;
+  /** Of each instance: its page, and its number there. */
+  private pageOf = new Uint16Array(64);
+  private idOf = new Uint32Array(64);
   /** Of each instance, as Box3.setFromArray takes it. */
   private boxes = new Float32Array(384);
   /** Of each instance: whether it is drawn with others in one go, and hidden by its colour. */
   private isPart = new Uint8Array(64);
 
-  constructor(material: Material, isLines: boolean) {
-    super(64, 4096, 8192, material);
-    this.sortObjects = false;
-    this.perObjectFrustumCulled = false;
-    this.frustumCulled = false;
+  constructor(private shownBy: Material, private readonly isLines: boolean) {
+    super();
     this.matrixAutoUpdate = false;
-    if (isLines) Object.assign(this, { isMesh: false, isLine: true, isLineSegments: true });
   }
 
-  /** Takes what a floor adds; its instances have the numbers that follow those before. */
+  get instanceCount(): number {
+    return this.instances;
+  }
+  get material(): Material {
+    return this.shownBy;
+  }
+  set material(material: Material) {
+    this.shownBy = material;
+    for (const page of this.pages) page.material = material;
+  }
+
+  /** Takes what is added; its instances have the numbers that follow those before. */
   addAll(added: BatchAddition): void {
-    const { geometries } = added;
+    this.addGeometries(added);
     this.reserve(added);
-    let point = 0, index = 0;
-    for (let i = 0; i < geometries.count; ++i) {
-      const points = geometries.sizes[2 * i]!, indices = geometries.sizes[2 * i + 1]!;
-      this.addGeometry(geometryOf(geometries, i, point, index)); // ids count from 0 on
-      point += points;
-      index += indices;
-    }
-    const first = this.instanceCount;
+    const { geometries, geometryOf } = added;
+    const firstAdded = this.geometries - geometries.count;
     let last = -1;
     for (let i = 0; i < added.instances; ++i) {
-      const isFollower = this.isParted(added, i) && added.geometryOf[i] === last;
-      last = added.geometryOf[i]!;
-      const id = this.addInstance(added.geometryOf[i]!);
+      const geometry = geometryOf[i]!;
+      const isPart = geometry >= firstAdded && geometries.parted[geometry - firstAdded] === 1;
       const m = added.matrices.subarray(12 * i, 12 * i + 12);
       matrix.set(m[0]!, m[1]!, m[2]!, m[3]!, m[4]!, m[5]!, m[6]!, m[7]!, m[8]!, m[9]!, m[10]!,
         m[11]!, 0, 0, 0, 1);
-      this.setMatrixAt(id, matrix);
-      this.isPart[id] = Number(this.isParted(added, i));
-      if (isFollower) this.setVisibleAt(id, false); // its leader draws all of the geometry
+      const page = this.pageWith(geometry);
+      const number = this.instances++;
+      const id = page.place(geometry, number, matrix, box.setFromArray(added.boxes.subarray(6 * i, 6 * i + 6)));
+      this.pageOf[number] = page.order;
+      this.idOf[number] = id;
+      this.isPart[number] = Number(isPart);
+      if (isPart && geometry === last) page.setVisibleAt(id, false); // its leader draws it all
+      last = geometry;
     }
-    this.boxes.set(added.boxes, 6 * first);
+    this.boxes.set(added.boxes, 6 * (this.instances - added.instances));
+  }
+
+  /** Hands over the pages that were filled, whose copies go once they were sent. */
+  takeUnsent(): Page[] {
+    const pages = this.unsent;
+    this.unsent = [];
+    return pages;
+  }
+  /** Nothing more comes. */
+  finish(): void {
+    const last = this.pages.at(-1);
+    if (last !== undefined && !this.unsent.includes(last)) this.unsent.push(last);
   }
 
   /** Enlarges `around` by an instance. */
@@ -65,68 +87,84 @@ export class Batch extends BatchedMesh {
   }
 
   hide(instance: number): void {
-    if (this.isPart[instance]) this.setColorAt(instance, shown.set(0, 0, 0, -1));
-    else this.setVisibleAt(instance, false);
+    const page = this.pages[this.pageOf[instance]!]!, id = this.idOf[instance]!;
+    if (this.isPart[instance]) page.setColorAt(id, shown.set(0, 0, 0, -1));
+    else page.setVisibleAt(id, false);
   }
 
   /** Shows an instance. `rgb` is a byte each from the lowest on, as screens show it; `alpha` goes up to 1. */
   paint(instance: number, rgb: number, alpha: number): void {
     colour.setRGB((rgb & 255) / 255, ((rgb >>> 8) & 255) / 255, ((rgb >>> 16) & 255) / 255,
       SRGBColorSpace);
-    this.setColorAt(instance, shown.set(colour.r, colour.g, colour.b, alpha));
-    if (!this.isPart[instance]) this.setVisibleAt(instance, true);
+    const page = this.pages[this.pageOf[instance]!]!, id = this.idOf[instance]!;
+    page.setColorAt(id, shown.set(colour.r, colour.g, colour.b, alpha));
+    if (!this.isPart[instance]) page.setVisibleAt(id, true);
   }
 
-  /** Whether instances that the camera does not see are left out, which costs time for each. */
-  cullEach(culls: boolean): void {
-    if (this.perObjectFrustumCulled === culls) return;
-    this.perObjectFrustumCulled = culls;
-    (this as unknown as { _visibilityChanged: boolean })._visibilityChanged = true;
+  override dispose(): void {
+    for (const page of this.pages) page.dispose();
   }
 
-  /** Lets go of the page's copy of what the graphics card holds, when nothing more is added. */
-  releaseCopies(): void {
-    const { attributes, index } = this.geometry;
-    for (const attribute of [...Object.values(attributes), index]) {
-      if (attribute instanceof BufferAttribute) {
-        const Kind = attribute.array.constructor as new (length: number) => BufferAttribute["array"];
-        attribute.array = new Kind(0);
-      }
+  private addGeometries({ geometries }: BatchAddition): void {
+    let point = 0, index = 0;
+    for (let i = 0; i < geometries.count; ++i) {
+      const room = { points: geometries.sizes[2 * i]!, indices: geometries.sizes[2 * i + 1]! };
+      this.pageFor(room).take(geometryOf(geometries, i, room, point, index));
+      this.geometries += 1;
+      point += room.points;
+      index += room.indices;
     }
   }
 
-  private reserve({ geometries, instances }: BatchAddition): void {
-    const points = this.usedPoints + geometries.points.length / 3;
-    const indices = this.usedIndices + geometries.indices.length;
-    const info = this as unknown as { _maxVertexCount: number; _maxIndexCount: number };
-    if (points > info._maxVertexCount || indices > info._maxIndexCount) {
-      this.setGeometrySize(grown(points, info._maxVertexCount), grown(indices, info._maxIndexCount));
-    }
-    const needed = this.instanceCount + instances;
-    if (needed > this.maxInstanceCount) this.setInstanceCount(grown(needed, this.maxInstanceCount));
-    this.usedPoints = points;
-    this.usedIndices = indices;
-    this.geometryTotal += geometries.count;
-    if (6 * needed > this.boxes.length) {
-      const boxes = new Float32Array(grown(6 * needed, this.boxes.length));
-      boxes.set(this.boxes);
-      this.boxes = boxes;
-      const isPart = new Uint8Array(boxes.length / 6);
-      isPart.set(this.isPart);
-      this.isPart = isPart;
-    }
+  private pageFor(room: Room): Page {
+    const last = this.pages.at(-1);
+    if (last?.hasRoomFor(room)) return last;
+    if (last) this.unsent.push(last);
+    const factor = 2 ** Math.min(this.pages.length, 4);
+    const page = new Page(this.pages.length, this.geometries, {
+      points: Math.max(room.points, factor * leastRoom.points),
+      indices: Math.max(room.indices, factor * leastRoom.indices),
+    }, this.shownBy, this.isLines);
+    this.pages.push(page);
+    this.add(page);
+    return page;
   }
 
-  /** Whether the geometry of an instance consists of parts. */
-  private isParted({ geometryOf, geometries }: BatchAddition, i: number): boolean {
-    const own = geometryOf[i]! - (this.geometryTotal - geometries.count);
-    return own >= 0 && geometries.parted[own] === 1;
+  private pageWith(geometry: number): Page {
+    let low = 0, high = this.pages.length - 1;
+    while (low < high) {
+      const middle = (low + high + 1) >> 1;
+      if (this.pages[middle]!.first <= geometry) low = middle;
+      else high = middle - 1;
+    }
+    return this.pages[low]!;
+  }
+
+  private reserve({ instances, geometryOf }: BatchAddition): void {
+    const added = new Map<Page, number>();
+    for (const geometry of geometryOf) {
+      const page = this.pageWith(geometry);
+      added.set(page, (added.get(page) ?? 0) + 1);
+    }
+    for (const [page, count] of added) page.reserve(count);
+    const needed = this.instances + instances;
+    if (needed <= this.idOf.length) return;
+    const room = Math.max(needed, Math.ceil(this.idOf.length * 1.5));
+    this.pageOf = grown(this.pageOf, new Uint16Array(room));
+    this.idOf = grown(this.idOf, new Uint32Array(room));
+    this.isPart = grown(this.isPart, new Uint8Array(room));
+    this.boxes = grown(this.boxes, new Float32Array(6 * room));
   }
 }
 
-function geometryOf(geometries: BatchAddition["geometries"], which: number, point: number,
-  index: number): BufferGeometry {
-  const points = geometries.sizes[2 * which]!, indices = geometries.sizes[2 * which + 1]!;
+function grown<Kind extends Uint8Array | Uint16Array | Uint32Array | Float32Array>(old: Kind,
+  room: Kind): Kind {
+  room.set(old);
+  return room;
+}
+
+function geometryOf(geometries: BatchAddition["geometries"], which: number,
+  { points, indices }: Room, point: number, index: number): BufferGeometry {
   const geometry = new BufferGeometry();
   geometry.setAttribute("position",
     new BufferAttribute(geometries.points.subarray(3 * point, 3 * (point + points)), 3));

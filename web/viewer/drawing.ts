@@ -1,11 +1,11 @@
 import {
-  Box3, Color, DirectionalLight, Group, HemisphereLight, type Object3D, type OrthographicCamera,
-  type PerspectiveCamera, type Plane, Scene, WebGLRenderer,
+  Box3, Color, DirectionalLight, Group, HemisphereLight,
+  OrthographicCamera, type PerspectiveCamera, type Plane, Scene, WebGLRenderer,
 } from "three";
 import { Batch } from "./batch.js";
 import { materials, solidAlpha } from "./materials.js";
-import { type BatchName, type FloorDrawing, batchNames } from "./messages.js";
-import type { Model, ModelFloor, Shade } from "./model.js";
+import { type BatchName, type FloorPart, batchNames } from "./messages.js";
+import type { Model, Shade } from "./model.js";
 
 /** What the eye is told by colour alone is told by these. */
 export const accent = 0xe86c1a; // a blue, red in the lowest byte
@@ -17,8 +17,15 @@ interface Drawn {
 }
 
 const around = new Box3();
-/** Milliseconds between frames while floors arrive. */
-const loadingPause = 4000;
+/** While parts arrive a frame is drawn when there is three times as much as in the last: all of them
+ * together cost little more than the last one then, however slow the card is. */
+const growth = 3;
+/** Where there are more instances, edges are drawn when nothing has changed for so many milliseconds:
+ * they cost about as much as the rest. */
+const manyEdges = 20_000;
+const restPause = 400;
+/** Sees nothing. */
+const nowhere = new OrthographicCamera(-1, 1, 1, -1, 1, 2);
 
 /** Draws models, whenever something has changed. Z is up; coordinates are relative to an origin. */
 export class Drawing {
@@ -38,7 +45,10 @@ export class Drawing {
   private readonly sky = new HemisphereLight(0xffffff, 0xcfcac2, 2.5);
   private isDark = false;
   private isAsked = false;
-  private later: ReturnType<typeof setTimeout> | undefined;
+  private instances = 0;
+  /** Instances in the last frame. */
+  private drawnInstances = 0;
+  private rest: ReturnType<typeof setTimeout> | undefined;
   private showsEdges = true;
   private hasGhosts = false;
 
@@ -46,7 +56,7 @@ export class Drawing {
     readonly canvas: HTMLCanvasElement,
     private readonly camera: () => PerspectiveCamera | OrthographicCamera,
   ) {
-    this.renderer = new WebGLRenderer({ canvas, antialias: true, stencil: true });
+    this.renderer = new WebGLRenderer({ canvas, antialias: !drawsInSoftware(), stencil: true });
     this.renderer.autoClear = false;
     this.renderer.localClippingEnabled = true;
     this.renderer.setPixelRatio(Math.min(devicePixelRatio, 2));
@@ -71,8 +81,19 @@ export class Drawing {
     this.isAsked = true;
     requestAnimationFrame(() => {
       this.isAsked = false;
-      this.frame();
+      const waits = this.showsEdges && this.instances > manyEdges;
+      this.frame(this.showsEdges && !waits);
+      if (waits) this.awaitRest();
     });
+  }
+
+  /** Draws a frame with its edges when nothing happens for a while. */
+  private awaitRest(): void {
+    clearTimeout(this.rest);
+    this.rest = setTimeout(() => {
+      this.rest = undefined;
+      requestAnimationFrame(() => this.frame());
+    }, restPause);
   }
 
   add(model: Model): void {
@@ -81,8 +102,6 @@ export class Drawing {
       edges: new Batch(this.materials.edges, true),
       glass: new Batch(this.materials.glass, false),
     };
-    batches.edges.renderOrder = 1;
-    batches.glass.renderOrder = 2;
     this.drawn.set(model, { batches });
     this.scene.add(...Object.values(batches));
   }
@@ -90,33 +109,59 @@ export class Drawing {
   remove(model: Model): void {
     for (const batch of Object.values(this.drawn.get(model)?.batches ?? {})) {
       this.scene.remove(batch);
+      this.instances -= batch.instanceCount;
       batch.dispose();
     }
     this.drawn.delete(model);
     this.invalidate();
   }
 
-  addFloor(model: Model, floor: ModelFloor, drawing: FloorDrawing): void {
+  /** Draws a part of the model's last floor, and answers its elements. */
+  addPart(model: Model, part: FloorPart): Set<number> {
     const { batches } = this.drawn.get(model)!;
+    const { begin } = model.floors.at(-1)!;
+    const elements = new Set<number>();
     for (const name of batchNames) {
-      const added = drawing.batches[name];
+      const added = part.batches[name];
       batches[name].addAll(added);
       for (let i = 0; i < added.instances; ++i) {
-        model.instances[name].add(floor.begin + added.elementOf[i]!, added.colours[i]!);
+        const element = begin + added.elementOf[i]!;
+        model.instances[name].add(element, added.colours[i]!);
+        elements.add(element);
       }
+      this.instances += added.instances;
     }
-    for (let i = 0; i < floor.guids.length; ++i) this.refresh(model, floor.begin + i);
-    // A frame for each floor would hold up those that follow.
-    this.later ??= setTimeout(() => {
-      this.later = undefined;
-      this.invalidate();
-    }, loadingPause);
+    for (const element of elements) this.refresh(model, element);
+    this.send(model);
+    if (this.rest !== undefined) this.awaitRest();
+    if (this.instances >= growth * this.drawnInstances) this.invalidate();
+    return elements;
   }
 
-  /** Nothing more comes; what only growing needs is let go. */
+  /** Nothing more comes. */
   finish(model: Model): void {
-    this.frame();
-    for (const batch of Object.values(this.drawn.get(model)!.batches)) batch.releaseCopies();
+    for (const batch of Object.values(this.drawn.get(model)!.batches)) batch.finish();
+    this.send(model);
+    this.invalidate();
+  }
+
+  /** Brings what is full to the graphics card, so that the page need not keep it: a view of nothing
+   * draws nothing, and sends what it would draw. */
+  private send(model: Model): void {
+    const { batches } = this.drawn.get(model)!;
+    const pages = Object.values(batches).flatMap((batch) => batch.takeUnsent());
+    if (pages.length === 0) return;
+    const { solid, edges, glass } = this.materials;
+    for (const page of pages) {
+      page.frustumCulled = false;
+      page.cullEach(true);
+    }
+    this.pass(nowhere, { solid, edges, glass });
+    for (const page of pages) {
+      page.seal();
+      page.frustumCulled = true;
+      page.cullEach(false);
+    }
   }
 
   /** Shows an element as its model and `shadeOf` have it now. */
@@ -198,7 +243,7 @@ export class Drawing {
   }
 
   /** Draws now; `at` another camera's view, for a picture. */
-  frame(): void {
+  frame(withEdges = this.showsEdges): void {
     for (const act of this.beforeFrame) act();
     const camera = this.camera();
     this.light.position.copy(camera.position);
@@ -206,7 +251,7 @@ export class Drawing {
     const { elements: m } = camera.matrixWorld;
     this.light.position.set(-0.5 * m[0]! + 0.6 * m[4]! + m[8]!, -0.5 * m[1]! + 0.6 * m[5]! + m[9]!,
       -0.5 * m[2]! + 0.6 * m[6]! + m[10]!);
-    this.render(camera);
+    this.render(camera, withEdges);
   }
 
   /** Batches and the models that they show, for what draws them in its own way. */
@@ -214,8 +259,9 @@ export class Drawing {
     for (const [model, { batches }] of this.drawn) yield [model, batches[name]];
   }
 
-  private render(camera: PerspectiveCamera | OrthographicCamera): void {
+  private render(camera: PerspectiveCamera | OrthographicCamera, withEdges: boolean): void {
     const { renderer } = this;
+    this.drawnInstances = this.instances;
     const isCut = this.planes.length > 0;
     const { solid, solidCut, cap, edges, ghost, glass } = this.materials;
     for (const each of [solid, solidCut, cap, edges, ghost, glass]) each.clippingPlanes = this.planes;
@@ -225,7 +271,7 @@ export class Drawing {
     // away by the stencil.
     if (isCut) this.pass(camera, { solid: cap });
     this.pass(camera, { solid: isCut ? solidCut : solid });
-    if (this.showsEdges) this.pass(camera, { edges });
+    if (withEdges) this.pass(camera, { edges });
     if (this.hasGhosts) this.pass(camera, { solid: ghost });
     this.pass(camera, { glass }, true);
   }
@@ -235,9 +281,9 @@ export class Drawing {
     shown: Partial<Record<BatchName, Batch["material"]>>, withOverlay = false): void {
     for (const { batches } of this.drawn.values()) {
       for (const name of batchNames) {
-        const batch: Object3D & { material: unknown } = batches[name];
+        const batch = batches[name];
         const material = shown[name];
-        batch.visible = material !== undefined && batches[name].instanceCount > 0;
+        batch.visible = material !== undefined && batch.instanceCount > 0;
         if (material !== undefined) batch.material = material;
       }
     }
@@ -250,6 +296,15 @@ export class Drawing {
     this.renderer.setSize(clientWidth, clientHeight, false);
     this.invalidate();
   }
+}
+
+/** Whether the processor does the graphics card's work, for which four samples a pixel are too many. */
+function drawsInSoftware(): boolean {
+  const gl = new OffscreenCanvas(1, 1).getContext("webgl2");
+  const names = gl?.getExtension("WEBGL_debug_renderer_info");
+  const name = names ? String(gl!.getParameter(names.UNMASKED_RENDERER_WEBGL)) : "";
+  gl?.getExtension("WEBGL_lose_context")?.loseContext();
+  return /swiftshader|llvmpipe|softpipe|basic render/i.test(name);
 }
 
 function mixed(from: number, to: number, share: number): number {

@@ -39,8 +39,8 @@ function wantedAtStart(): Wanted[] {
 export class Files {
   /** Ahead of each floor's drawing. */
   readonly arrived = new Set<(model: Model, floor: ModelFloor) => void>();
-  /** Behind it. */
-  readonly grew = new Set<(model: Model, floor: ModelFloor) => void>();
+  /** Behind each part of it: with the elements that were drawn, and whether the floor is whole. */
+  readonly grew = new Set<(model: Model, elements: Set<number>, endsFloor: boolean) => void>();
   /** Behind all of a file. */
   readonly opened = new Set<(model: Model) => void>();
   readonly closed = new Set<(model: Model) => void>();
@@ -119,16 +119,8 @@ export class Files {
     this.drawing.add(model);
     try {
       await model.link.ask("open", source, this.origin);
-      for (;;) {
-        const drawing = await model.link.ask("next");
-        if (drawing === null) break;
-        if (!this.selection.models.includes(model)) return;
-        this.origin ??= await model.link.ask("origin");
-        const floor = model.addFloor(drawing);
-        for (const tell of this.arrived) tell(model, floor);
-        this.drawing.addFloor(model, floor, drawing);
-        for (const tell of this.grew) tell(model, floor);
-      }
+      await this.draw(model);
+      if (!this.selection.models.includes(model)) return;
       model.levels = await model.link.ask("floors");
       this.drawing.finish(model);
       byId("message").hidden = true;
@@ -143,6 +135,24 @@ export class Files {
         await this.checkDamage(model).catch(() => undefined);
         for (const tell of this.opened) tell(model);
       }
+    }
+  }
+
+  private async draw(model: Model): Promise<void> {
+    let coming = model.link.ask("next");
+    for (;;) {
+      const part = await coming;
+      if (part === null || !this.selection.models.includes(model)) return;
+      this.origin ??= await model.link.ask("origin");
+      coming = model.link.ask("next"); // read while this one is drawn
+      coming.catch(() => undefined); // awaited above
+      if (part.list !== null) {
+        const floor = model.addFloor(part.list);
+        for (const tell of this.arrived) tell(model, floor);
+      }
+      model.missing += part.missing;
+      const elements = this.drawing.addPart(model, part);
+      for (const tell of this.grew) tell(model, elements, part.endsFloor);
     }
   }
 

@@ -41,8 +41,8 @@ export interface BatchAddition {
 export const batchNames = ["solid", "edges", "glass"] as const;
 export type BatchName = (typeof batchNames)[number];
 
-/** A floor as the page draws and lists it. */
-export interface FloorDrawing {
+/** A floor as the page lists it. */
+export interface FloorList {
   floor: number;
   name: string;
   guids: string[];
@@ -50,6 +50,14 @@ export interface FloorDrawing {
   classNames: string[];
   /** The number of each element's class among `classNames`. */
   classOf: Uint16Array;
+}
+
+/** What is drawn of a floor, or of a part of it. */
+export interface FloorPart {
+  floor: number;
+  /** With a floor's first part. */
+  list: FloorList | null;
+  endsFloor: boolean;
   batches: Record<BatchName, BatchAddition>;
   /** Geometries that the file names and does not hold. */
   missing: number;
@@ -72,8 +80,8 @@ export interface Fingerprints {
 /** What a page may ask the worker that holds one file. */
 export interface FileCalls {
   open(source: string | Blob, origin: number[] | null): Info;
-  /** The next floor; null behind the last. */
-  next(): FloorDrawing | null;
+  /** The next part of a floor; null behind the last. */
+  next(): FloorPart | null;
   origin(): number[] | null;
   floors(): Floor[];
   element(floor: number, position: number): Element;

@@ -1,6 +1,6 @@
 import type { Floor } from "../src/index.js";
 import { FileLink } from "./filelink.js";
-import type { BatchName, FloorDrawing } from "./messages.js";
+import type { BatchName, FloorList } from "./messages.js";
 
 /** Why an element is not shown; more than one may hold. */
 export const Hidden = { byUser: 1, byFloor: 2, byIsolation: 4, byLayer: 8, byComparison: 16 } as const;
@@ -94,14 +94,12 @@ export class Model {
   ) {}
 
   /** Takes a floor's elements, and answers their floor. Their instances are added by the drawing. */
-  addFloor(drawing: FloorDrawing): ModelFloor {
-    const { floor, name, guids, names, classNames, classOf, missing } = drawing;
+  addFloor({ floor, name, guids, names, classNames, classOf }: FloorList): ModelFloor {
     const added = {
       number: floor, name, begin: this.elementCount, guids, names, classNames, classOf,
     };
     this.floors.push(added);
     this.elementCount += guids.length;
-    this.missing += missing;
     const hidden = new Uint8Array(this.elementCount);
     hidden.set(this.hidden);
     this.hidden = hidden;

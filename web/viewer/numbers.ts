@@ -5,16 +5,28 @@ export class Numbers<Kind extends NumberArray> {
   length = 0;
   constructor(private array: Kind) {}
 
-  put(values: ArrayLike<number>): void {
-    const end = this.length + values.length;
-    if (end > this.array.length) {
+  /** Puts values, each greater by `more`. */
+  put(values: ArrayLike<number>, more = 0): void {
+    const begin = this.grow(values.length);
+    if (more === 0) this.array.set(values, begin);
+    else for (let i = 0; i < values.length; ++i) this.array[begin + i] = values[i]! + more;
+  }
+  /** Puts one value `count` times. */
+  fill(value: number, count: number): void {
+    const begin = this.grow(count);
+    this.array.fill(value, begin, begin + count);
+  }
+  /** Makes room behind what is there, and answers where it begins. */
+  private grow(count: number): number {
+    const begin = this.length;
+    this.length += count;
+    if (this.length > this.array.length) {
       const Make = this.array.constructor as new (length: number) => Kind;
-      const grown = new Make(Math.max(end, 2 * this.array.length));
-      grown.set(this.array.subarray(0, this.length));
+      const grown = new Make(Math.max(this.length, 2 * this.array.length));
+      grown.set(this.array.subarray(0, begin));
       this.array = grown;
     }
-    this.array.set(values, this.length);
-    this.length = end;
+    return begin;
   }
   /** A copy that is as long as what was put. */
   taken(): Kind {

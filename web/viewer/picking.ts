@@ -2,6 +2,7 @@ import {
   type Camera, DoubleSide, NearestFilter, NormalBlending, OrthographicCamera, PerspectiveCamera,
   RGBAIntegerFormat, ShaderMaterial, UnsignedIntType, Vector3, WebGLRenderTarget,
 } from "three";
+import type { Batch } from "./batch.js";
 import type { Drawing } from "./drawing.js";
 import type { Ref } from "./model.js";
 
@@ -20,13 +21,14 @@ const vertexShader = `
   attribute float part;
   varying vec3 vPoint;
   flat varying uint vInstance;
+  uniform uint page;
   void main() {
     #include <batching_vertex>
     vec3 transformed = position;
     #include <project_vertex>
     vPoint = (modelMatrix * batchingMatrix * vec4(position, 1.0)).xyz;
     float instance = getIndirectIndex(gl_DrawID) + part;
-    vInstance = uint(instance) + 1u;
+    vInstance = (page << 22u) + uint(instance) + 1u; // a file places no more than 4,000,000
     if (getBatchingColor(instance).a < 0.0) gl_Position = vec4(2.0, 2.0, 2.0, 1.0);
     #include <clipping_planes_vertex>
   }`;
@@ -47,7 +49,7 @@ export class Picking {
     minFilter: NearestFilter, magFilter: NearestFilter, generateMipmaps: false,
   });
   private readonly material = new ShaderMaterial({
-    vertexShader, fragmentShader, side: DoubleSide, blending: NormalBlending, clipping: true,
+    vertexShader, fragmentShader, uniforms: { page: { value: 0 } }, side: DoubleSide, blending: NormalBlending, clipping: true,
     glslVersion: "300 es",
   });
   private readonly numbers = new Uint32Array(4);
@@ -74,14 +76,14 @@ export class Picking {
       for (const name of ["solid", "glass"] as const) {
         for (const [model, batch] of drawing.batches(name)) {
           const instance = this.draw(batch, camera);
-          if (instance === 0) continue;
+          if (instance === null) continue;
           const [px, py, pz] = new Float32Array(this.numbers.buffer);
           const point = new Vector3(px, py, pz);
           const depth = point.clone().sub(eye).dot(forward);
           // Glass yields to what is as near, such as its own frame.
           if (depth >= least) continue;
           least = depth;
-          nearest = { model, element: model.instances[name].elementOf[instance - 1]!, point };
+          nearest = { model, element: model.instances[name].elementOf[instance]!, point };
         }
       }
     } finally {
@@ -93,16 +95,15 @@ export class Picking {
     return nearest;
   }
 
-  /** Draws one batch into the pixel; 1 more than the instance there, 0 for none. */
-  private draw(batch: ReturnType<Drawing["batches"]> extends Generator<[unknown, infer B]> ? B : never,
-    camera: Camera): number {
-    if (batch.instanceCount === 0) return 0;
+  /** Draws one batch into the pixel; the instance there, or null. */
+  private draw(batch: Batch, camera: Camera): number | null {
+    if (batch.instanceCount === 0) return null;
     const { renderer, scene } = this.drawing;
     const gl = renderer.getContext() as WebGL2RenderingContext;
     const { visible, material } = batch;
     batch.visible = true;
     batch.material = this.material;
-    batch.cullEach(true);
+    for (const page of batch.pages) page.cullEach(true);
     gl.clearBufferuiv(gl.COLOR, 0, [0, 0, 0, 0]);
     renderer.clearDepth();
     const others = scene.children.filter((each) => each !== batch && each.visible);
@@ -110,9 +111,11 @@ export class Picking {
     renderer.render(scene, camera);
     gl.readPixels(0, 0, 1, 1, gl.RGBA_INTEGER, gl.UNSIGNED_INT, this.numbers);
     for (const each of others) each.visible = true;
-    batch.cullEach(false);
+    for (const page of batch.pages) page.cullEach(false);
     batch.material = material;
     batch.visible = visible;
-    return this.numbers[3]!;
+    const found = this.numbers[3]!;
+    if (found === 0) return null;
+    return batch.pages[found >>> 22]!.numbers[(found & 0x3fffff) - 1]!;
   }
 }

@@ -15,6 +15,11 @@ function asBytes(normals: Float32Array): Int8Array {
 
 /** One part of several surfaces. */
 function joined(surfaces: Surface[]): Part {
+  if (surfaces.length === 1) {
+    const { look, points, normals, indices } = surfaces[0]!;
+    const given = normals ?? new Float32Array(points.length);
+    return { look, points: points as Float32Array, normals: asBytes(given), indices };
+  }
   const points = new Numbers(new Float32Array(256));
   const normals = new Numbers(new Int8Array(256));
   const indices = new Numbers(new Uint32Array(256));
@@ -22,7 +27,7 @@ function joined(surfaces: Surface[]): Part {
   for (const surface of surfaces) {
     points.put(surface.points);
     normals.put(asBytes(surface.normals ?? new Float32Array(surface.points.length)));
-    indices.put(first === 0 ? surface.indices : surface.indices.map((index) => index + first));
+    indices.put(surface.indices, first);
     first += surface.points.length / 3;
   }
   return {
@@ -37,16 +42,15 @@ function joined(surfaces: Surface[]): Part {
  * the side that a triangle shows. Seen from the middle of an open body, its volume decides as well. */
 function turnedOutwards({ look, points, normals, indices }: Part): Part {
   const box = boxAround(points);
-  const middle = [0, 1, 2].map((axis) => (box[axis]! + box[axis + 3]!) / 2);
+  const mx = (box[0]! + box[3]!) / 2, my = (box[1]! + box[4]!) / 2, mz = (box[2]! + box[5]!) / 2;
   let volume = 0;
   for (let i = 0; i < indices.length; i += 3) {
-    const [a, b, c] = [0, 1, 2].map((corner) => 3 * indices[i + corner]!) as [number, number, number];
-    for (let axis = 0; axis < 3; ++axis) {
-      const next = (axis + 1) % 3, last = (axis + 2) % 3;
-      const cross = (points[b + next]! - points[a + next]!) * (points[c + last]! - points[a + last]!)
-        - (points[b + last]! - points[a + last]!) * (points[c + next]! - points[a + next]!);
-      volume += cross * (points[a + axis]! - middle[axis]!);
-    }
+    const a = 3 * indices[i]!, b = 3 * indices[i + 1]!, c = 3 * indices[i + 2]!;
+    const ax = points[a]!, ay = points[a + 1]!, az = points[a + 2]!;
+    const ux = points[b]! - ax, uy = points[b + 1]! - ay, uz = points[b + 2]! - az;
+    const vx = points[c]! - ax, vy = points[c + 1]! - ay, vz = points[c + 2]! - az;
+    volume += (uy * vz - uz * vy) * (ax - mx) + (uz * vx - ux * vz) * (ay - my)
+      + (ux * vy - uy * vx) * (az - mz);
   }
   if (volume >= 0) return { look, points, normals, indices };
   for (let i = 0; i < indices.length; i += 3) {

@@ -1,6 +1,6 @@
 import { type BlockFile, BlockFileError, type SceneChunk, open } from "../src/index.js";
 import { fingerprintsOf } from "./fingerprints.js";
-import type { FileCalls, FloorDrawing, Question, Reply, Triangles } from "./messages.js";
+import type { FileCalls, FloorList, FloorPart, Question, Reply, Triangles } from "./messages.js";
 import { planOf } from "./planlines.js";
 import { Preparer } from "./prepare.js";
 import { isRoom, propertyNamesOf, valueOf } from "./values.js";
@@ -11,36 +11,51 @@ type Asynchronous<Calls> = {
     : never;
 };
 
+/** Enough that calls cost little, and few enough to be seen soon. */
+const elementsAtOnce = 1000;
+
 /** Holds one file for the page: what it answers is ready to be drawn or listed. */
 class FileWorker implements Asynchronous<FileCalls> {
   private file: BlockFile | undefined;
   private walk: AsyncIterator<SceneChunk> | undefined;
   private preparer = new Preparer(null);
+  /** Of the floor that is walked: the positions of its rooms. */
+  private rooms: Set<number> | null = null;
 
   constructor(private readonly wasm: () => Promise<WebAssembly.Module>) {}
 
   async open(source: string | Blob, origin: number[] | null) {
     this.file = await open(source, { wasm: await this.wasm() });
     this.preparer = new Preparer(origin);
-    this.walk = this.file.scene({}, { normals: "smooth" });
+    this.walk = this.file.scene({}, { normals: "smooth", elementsAtOnce });
     return this.file.info;
   }
 
-  async next(): Promise<FloorDrawing | null> {
+  async next(): Promise<FloorPart | null> {
     const { done, value: chunk } = await this.walk!.next();
     if (done) return null;
-    const { floor, missing } = chunk;
+    const { floor, missing, endsFloor } = chunk;
+    let list: FloorList | null = null;
+    if (this.rooms === null) {
+      this.rooms = new Set();
+      list = await this.list(floor, this.rooms);
+    }
+    await this.restoreSpent(chunk);
+    const batches = this.preparer.floor(chunk, this.rooms);
+    if (endsFloor) this.rooms = null;
+    return { floor, list, endsFloor, batches, missing };
+  }
+
+  private async list(floor: number, rooms: Set<number>): Promise<FloorList> {
     const rows = await this.opened.rows(floor);
     const numbers = new Map<string, number>();
     const classOf = new Uint16Array(rows.length);
-    const rooms = new Set<number>();
     rows.forEach(({ className, position }) => {
       let number = numbers.get(className);
       if (number === undefined) numbers.set(className, (number = numbers.size));
       classOf[position] = number;
       if (isRoom(className)) rooms.add(position);
     });
-    await this.restoreSpent(chunk);
     const first = rows.length > 0 ? await this.opened.element(floor, 0) : null;
     return {
       floor,
@@ -49,8 +64,6 @@ class FileWorker implements Asynchronous<FileCalls> {
       names: rows.map(({ name }) => name),
       classNames: [...numbers.keys()],
       classOf,
-      batches: this.preparer.floor(chunk, rooms),
-      missing,
     };
   }
 
