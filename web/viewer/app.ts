@@ -3,7 +3,7 @@ import { Bodies } from "./bodies.js";
 import { Camera, type Direction, directions } from "./camera.js";
 import { Compare } from "./compare.js";
 import { Controls } from "./controls.js";
-import { byId, copy, make, say } from "./dom.js";
+import { byId, canvasToDrawOn, copy, make, say } from "./dom.js";
 import { Drawing } from "./drawing.js";
 import { Exchange } from "./exchange.js";
 import { Files } from "./files.js";
@@ -28,9 +28,9 @@ import { isRoom } from "./values.js";
 /** How high eyes are above the ground, in metres. */
 const eyeHeight = 1.6;
 
-const canvas = byId<HTMLCanvasElement>("canvas");
 // Without WebGL 2 nothing below can be: the page says why instead of staying empty.
 addEventListener("error", ({ message }) => say(message, 600));
+const canvas = canvasToDrawOn(byId("canvas"));
 canvas.addEventListener("webglcontextlost", () => {
   say("The graphics card let the picture go; loading the page anew brings it back.", 600);
 });

@@ -68,3 +68,18 @@ export function readable(value: number, digits = 3): string {
 export function lengthText(metres: number): string {
   return `${metres.toFixed(3)} m`;
 }
+
+/** The canvas with a context of one sample a pixel where the processor does the graphics card's work,
+ * for which more are too many; else one like it in its place, which has none yet. A context tells who
+ * draws only once it is there, and where the processor does, a second one costs a second. */
+export function canvasToDrawOn(canvas: HTMLCanvasElement): HTMLCanvasElement {
+  const gl = canvas.getContext("webgl2", { antialias: false, stencil: true });
+  if (gl === null) return canvas; // the renderer says why
+  const names = gl.getExtension("WEBGL_debug_renderer_info");
+  const name = names ? String(gl.getParameter(names.UNMASKED_RENDERER_WEBGL)) : "";
+  if (/swiftshader|llvmpipe|softpipe|basic render/i.test(name)) return canvas;
+  const fresh = canvas.cloneNode() as HTMLCanvasElement;
+  canvas.replaceWith(fresh);
+  gl.getExtension("WEBGL_lose_context")?.loseContext();
+  return fresh;
+}

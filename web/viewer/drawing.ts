@@ -56,7 +56,7 @@ export class Drawing {
     readonly canvas: HTMLCanvasElement,
     private readonly camera: () => PerspectiveCamera | OrthographicCamera,
   ) {
-    this.renderer = new WebGLRenderer({ canvas, antialias: !drawsInSoftware(), stencil: true });
+    this.renderer = new WebGLRenderer({ canvas, antialias: true, stencil: true });
     this.renderer.autoClear = false;
     this.renderer.localClippingEnabled = true;
     this.renderer.setPixelRatio(Math.min(devicePixelRatio, 2));
@@ -296,15 +296,6 @@ export class Drawing {
     this.renderer.setSize(clientWidth, clientHeight, false);
     this.invalidate();
   }
-}
-
-/** Whether the processor does the graphics card's work, for which four samples a pixel are too many. */
-function drawsInSoftware(): boolean {
-  const gl = new OffscreenCanvas(1, 1).getContext("webgl2");
-  const names = gl?.getExtension("WEBGL_debug_renderer_info");
-  const name = names ? String(gl!.getParameter(names.UNMASKED_RENDERER_WEBGL)) : "";
-  gl?.getExtension("WEBGL_lose_context")?.loseContext();
-  return /swiftshader|llvmpipe|softpipe|basic render/i.test(name);
 }
 
 function mixed(from: number, to: number, share: number): number {
