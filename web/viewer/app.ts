@@ -249,8 +249,7 @@ files.grew.add((model, elements, endsFloor) => {
   const shown = [...elements].filter((element) => model.hidden[element] === 0);
   reach.union(drawing.boxOf(shown.map((element) => ({ model, element }))));
   camera.setReach(reach);
-  const isFirst = model.floors.length === 1 && selection.models.length === 1;
-  if (isFirst) fitUnlessMoved();
+  if (firstView === "" || (endsFloor && model.floors.length === 1)) fitUnlessMoved();
   if (performance.getEntriesByName("zvg:first-frame").length === 0) mark("zvg:first-frame");
   if (endsFloor && performance.getEntriesByName("zvg:first-floor").length === 0) mark("zvg:first-floor");
 });

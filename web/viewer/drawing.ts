@@ -24,8 +24,9 @@ const growth = 3;
  * they cost about as much as the rest. */
 const manyEdges = 20_000;
 const restPause = 400;
-/** Sees nothing. */
+/** Sees nothing: it is far from every model. */
 const nowhere = new OrthographicCamera(-1, 1, 1, -1, 1, 2);
+nowhere.position.setScalar(1e9);
 
 /** Draws models, whenever something has changed. Z is up; coordinates are relative to an origin. */
 export class Drawing {

@@ -122,20 +122,24 @@ export class Files {
       await this.draw(model);
       if (!this.selection.models.includes(model)) return;
       model.levels = await model.link.ask("floors");
-      this.drawing.finish(model);
       byId("message").hidden = true;
       if (model.elementCount === 0) say(`${name} holds no elements.`);
       await this.checkDamage(model);
-      for (const tell of this.opened) tell(model);
+      this.finish(model);
     } catch (error) {
       if (!this.selection.models.includes(model)) return; // closed meanwhile
       byId("message").hidden = true;
       this.blame(model, [error instanceof FileError ? whyNot(error) : String(error)]);
       if (model.elementCount > 0) {
         await this.checkDamage(model).catch(() => undefined);
-        for (const tell of this.opened) tell(model);
+        this.finish(model);
       }
     }
+  }
+
+  private finish(model: Model): void {
+    this.drawing.finish(model);
+    for (const tell of this.opened) tell(model);
   }
 
   private async draw(model: Model): Promise<void> {
