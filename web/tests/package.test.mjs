@@ -164,6 +164,27 @@ test("a file is asked as the guide says", async () => {
     }
   }
 
+  // Parts of floors hold what whole floors do, under the same numbers.
+  const floorsOf = async (options) => {
+    const found = [];
+    for (const { floor, endsFloor, placements, shapes } of await all(file.scene({}, options))) {
+      found[floor] ??= { elements: [], places: [], keys: [], parts: 0, ended: false };
+      assert.ok(!found[floor].ended);
+      found[floor].elements.push(...placements.elements);
+      found[floor].places.push(...placements.shapes);
+      found[floor].keys.push(...shapes.map(({ key }) => key));
+      found[floor].ended = endsFloor;
+      found[floor].parts += 1;
+    }
+    return found;
+  };
+  const parted = await floorsOf({ elementsAtOnce: 4 });
+  parted.forEach((each, floor) => {
+    assert.equal(each.parts, Math.max(1, Math.ceil(floors[floor].elements / 4)));
+    each.parts = 1;
+  });
+  assert.deepEqual(parted, await floorsOf({}));
+
   const rejects = (promise, status) =>
     assert.rejects(promise, (error) => error instanceof BlockFileError && error.status === status);
   await rejects(file.element(0, 1e6), "not-found");

@@ -20,6 +20,17 @@ function textOf(id: string): string {
 
 let workerAddress: string | undefined;
 
+function started(): Worker {
+  // A worker out of a text, since a page from a disk has no address to load one from.
+  workerAddress ??= URL.createObjectURL(new Blob([textOf("zvg-worker")]));
+  const worker = new Worker(workerAddress);
+  worker.postMessage({ wasm: textOf("zvg-wasm") });
+  return worker;
+}
+
+/** For the first file: it gets ready while the page does. */
+let ahead: Worker | null = started();
+
 /** A worker of its own for a file, so that reading holds up neither the page nor another file. */
 export class FileLink {
   private readonly worker: Worker;
@@ -27,9 +38,8 @@ export class FileLink {
   private questions = 0;
 
   constructor() {
-    // A worker out of a text, since a page from a disk has no address to load one from.
-    workerAddress ??= URL.createObjectURL(new Blob([textOf("zvg-worker")]));
-    this.worker = new Worker(workerAddress);
+    this.worker = ahead ?? started();
+    ahead = null;
     this.worker.onmessage = ({ data }: MessageEvent<Reply>) => {
       this.waiting.get(data.id)?.settle(data);
       this.waiting.delete(data.id);
@@ -39,7 +49,6 @@ export class FileLink {
       for (const [id, { settle }] of this.waiting) settle({ id, error });
       this.waiting.clear();
     };
-    this.worker.postMessage({ wasm: textOf("zvg-wasm") });
   }
 
   ask<Name extends CallName>(
