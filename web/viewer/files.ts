@@ -1,6 +1,7 @@
 import { byId, say } from "./dom.js";
 import type { Drawing } from "./drawing.js";
 import { FileError } from "./filelink.js";
+import type { FloorPart } from "./messages.js";
 import { Model, type ModelFloor } from "./model.js";
 import type { Selection } from "./selection.js";
 
@@ -143,13 +144,17 @@ export class Files {
   }
 
   private async draw(model: Model): Promise<void> {
-    let coming = model.link.ask("next");
+    let coming: Promise<FloorPart | null> | null = null;
     for (;;) {
-      const part = await coming;
+      const part: FloorPart | null = await (coming ?? model.link.ask("next"));
+      coming = null;
       if (part === null || !this.selection.models.includes(model)) return;
       this.origin ??= await model.link.ask("origin");
-      coming = model.link.ask("next"); // read while this one is drawn
-      coming.catch(() => undefined); // awaited above
+      // Read while this one is drawn; but the first floor shows ahead of other floors' bytes.
+      if (model.floors.length > 1) {
+        coming = model.link.ask("next");
+        coming.catch(() => undefined); // awaited above
+      }
       if (part.list !== null) {
         const floor = model.addFloor(part.list);
         for (const tell of this.arrived) tell(model, floor);
