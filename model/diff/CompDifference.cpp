@@ -54,11 +54,12 @@ void WriteMaterials(CZVFTSerialWriter& writer, const SZVLGZvgComp& comp) {
     }
 }
 
+/// Without the names: what they lead to is compared as geometry, and files that number what they
+/// store give the same body other names.
 void WriteGeoIds(CZVFTSerialWriter& writer, const SZVLGZvgComp& comp) {
     for (const SZVLGZvgCompGeoRef& ref : comp.geoRefs) {
         writer.WriteU64(ref.geoIds.size());
         for (const SZVLGZvgGeoId& row : ref.geoIds) {
-            writer.WriteKey(row.guidName);
             writer.WriteWString(row.textA);
             writer.WriteWString(row.textB);
         }
@@ -104,12 +105,14 @@ std::string MaterialsText(const SZVLGZvgComp& comp) {
 }
 
 std::string GeoIdsText(const SZVLGZvgComp& comp) {
-    std::vector<std::string> names;
+    std::vector<std::string> texts;
     for (const SZVLGZvgCompGeoRef& ref : comp.geoRefs) {
-        for (const SZVLGZvgGeoId& row : ref.geoIds)
-            names.push_back(ToUtf8(GetGeoIdentification(row)));
+        for (const SZVLGZvgGeoId& row : ref.geoIds) {
+            texts.push_back(ToUtf8(row.textA));
+            texts.push_back(ToUtf8(row.textB));
+        }
     }
-    return Joined(names);
+    return Joined(texts);
 }
 
 /// What is compared by its digest, and what people can read of it.

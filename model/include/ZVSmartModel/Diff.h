@@ -93,7 +93,8 @@ struct Difference {
 
 /// Hands what differs in `b` from `a` to `use`, floors first, each in the order of `a` and what is
 /// only in `b` behind it, until `use` answers false. `use` may ask the files. What the files say of
-/// themselves, their previews, the order of elements and the names of shapes are not compared.
+/// themselves, their previews, the order of elements and the names of shapes and bodies are not
+/// compared.
 ///
 /// Reads both files whole, and keeps a few hundred bytes of each element. Throws Error: Damaged,
 /// before anything is handed out, where something cannot be read; Internal; Cancelled.
