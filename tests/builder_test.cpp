@@ -11,6 +11,7 @@
 #include <tuple>
 
 #include "ZVSmartModel/BlockFile.h"
+#include "ZVSmartModel/Diff.h"
 #include "alloc_hooks.h"
 #include "model/import/ShapeStore.h"
 #include "model/pack/PackModel.h"
@@ -64,7 +65,7 @@ Model SameModel() {
     const std::vector<ShapePart> parts = {{red, L"Brick", {{wallPoints, {{1, 2, 0}, {3, 1, 0}}}}},
                                           {blue, L"Glass", {{pane, {{0, 1, 2}}}}}};
     ShapeStore store;
-    store.Add({parts, {{L"FootPrint", {{pane, true}}, {}, {}, {}}}, 0, L""});
+    store.Add({parts, {{L"FootPrint", {{pane, true}}, {}, {}, {}}}, 0});
     model.shapes = store.Take();
     ModelElement wall, bare;
     std::tie(wall.globalId, wall.entityType, wall.typeName) =
@@ -181,6 +182,27 @@ TEST(Builder, RefusesMistakesAndGoesOn) {
                                 {1, 1, {1, 2, 3, 4}}, {{"4 bytes", [](auto& p) { p.width = 2; }}});
     });
     EXPECT_EQ(with, Built({}, Fill));
+}
+
+TEST(Builder, NamesOfBodiesAreNoDifference) {
+    const auto walls = [](const char* first, const char* second) {
+        return BlockFile(Built({}, [&](Builder& builder) {
+            builder.AddFloor({"Ground", 0, 3.5});
+            builder.AddShape(SomeShape());
+            for (const std::string guid : {first, second}) {
+                builder.AddElement(Wall(guid, 0));
+                NewElement beside = Wall(guid + " beside", 0);
+                beside.shapes[0].toWorld[3] = guid == "x" ? 7 : 9;
+                builder.AddElement(beside);
+            }
+        }));
+    };
+    std::string different;
+    Compare(walls("x", "y"), walls("y", "x"), [&](const Difference& difference) {
+        different += difference.element ? difference.element->guid : "floor";
+        return true;
+    });
+    EXPECT_EQ(different, "");
 }
 
 /// Takes so many writes, and no more.

@@ -45,7 +45,6 @@ struct ModelShape {
     std::vector<ShapePart> parts;
     std::vector<ModelCurves> curves;
     std::size_t unusable = 0;  ///< triangles and curves left out: their numbers are no coordinates
-    std::wstring key;          ///< made from the content; unique within the model
 };
 
 struct PlacedShape {

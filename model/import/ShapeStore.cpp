@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <utility>
 
@@ -171,13 +170,6 @@ ShapeDigest DigestOf(const ModelShape& shape) {
     return hasher.Digest();
 }
 
-std::wstring ShapeKey(std::uint64_t hash, std::size_t sameHash) {
-    char digits[32];
-    std::snprintf(digits, sizeof digits, "shape_%016llx", static_cast<unsigned long long>(hash));
-    std::wstring key(digits, digits + std::strlen(digits));
-    return sameHash == 0 ? key : key + L'_' + std::to_wstring(sameHash);
-}
-
 std::optional<std::size_t> ShapeStore::Add(const ModelShape& shape) {
     ModelShape canonical = CanonicalShape(shape);
     if (canonical.parts.empty() && canonical.curves.empty() && canonical.unusable == 0) {
@@ -188,7 +180,6 @@ std::optional<std::size_t> ShapeStore::Add(const ModelShape& shape) {
     for (auto i = first; i != last; ++i) {
         if (SameShape(shapes[i->second], canonical)) return i->second;
     }
-    canonical.key = ShapeKey(hash, static_cast<std::size_t>(std::distance(first, last)));
     shapeByHash.emplace(hash, shapes.size());
     shapes.push_back(std::move(canonical));
     return shapes.size() - 1;

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "model/import/Model.h"
@@ -16,8 +15,7 @@ namespace ZVSmartModel {
 /// an importer yields points and triangles does not matter: coordinates are rounded to
 /// `ShapeStore::coordinateStep`, points that then coincide are one, triangles that then vanish are
 /// dropped, points stand in ascending order, and so do the triangles. Curves are rounded too, and
-/// stay in their order. What has numbers that are no coordinates is left out and counted. The key
-/// stays empty.
+/// stay in their order. What has numbers that are no coordinates is left out and counted.
 ModelShape CanonicalShape(const ModelShape& shape);
 
 /// What a shape in that form comes to. Shapes that differ have the same `hash` once in 2^64 times,
@@ -29,12 +27,7 @@ struct ShapeDigest {
 };
 ShapeDigest DigestOf(const ModelShape& canonical);
 
-/// The key of a shape. `sameHash` tells apart different shapes of one hash, which hardly ever
-/// happens.
-std::wstring ShapeKey(std::uint64_t hash, std::size_t sameHash);
-
-/// Collects the shapes of a model and keeps each distinct one once, in its canonical form, from
-/// which its key is made.
+/// Collects the shapes of a model and keeps each distinct one once, in its canonical form.
 class ShapeStore {
   public:
     /// 2^-24 m, 0.06 µm: far below what any model means, and a power of two, so that the low

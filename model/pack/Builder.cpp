@@ -87,15 +87,12 @@ class Builder::Imp {
     }
 
   private:
-    std::wstring FreeKey(std::uint64_t hash) const;
-
     unsigned int version;
     bool hasBuilding;
     RecordWriter writer;
     ComponentMaker maker;
     std::map<ShapeDigest, std::size_t> shapeByDigest;
-    /// The elements' GUIDs and the shapes' keys: bodies and shapes are stored under them.
-    std::unordered_set<std::wstring> names;
+    std::unordered_set<std::wstring> guids;  ///< the elements'
     bool hasPreview = false;
     bool isFinished = false;
     std::optional<Error> failure;
@@ -114,17 +111,16 @@ std::size_t Builder::Imp::AddFloor(const NewFloor& floor) {
 }
 
 std::size_t Builder::Imp::AddShape(const NewShape& shape) {
-    ModelShape canonical = CanonicalShape(ShapeOf(shape));
+    const ModelShape canonical = CanonicalShape(ShapeOf(shape));
     const ShapeDigest digest = DigestOf(canonical);
     const auto known = shapeByDigest.find(digest);
     if (known != shapeByDigest.end()) return known->second;
-    if (!canonical.parts.empty() || !canonical.curves.empty()) {
-        canonical.key = FreeKey(digest.hash);
-        writer.AddGeo(canonical.key, ShapeRecord(canonical, version), ShapeRecordBytes(canonical));
-        names.insert(canonical.key);
-    }
     const std::size_t number = maker.Shapes().size();
     maker.AddShape(SummaryOf(canonical));
+    if (!canonical.parts.empty() || !canonical.curves.empty()) {
+        writer.AddGeo(maker.NameShape(number), ShapeRecord(canonical, version),
+                      ShapeRecordBytes(canonical));
+    }
     shapeByDigest.emplace(digest, number);
     return number;
 }
@@ -132,14 +128,14 @@ std::size_t Builder::Imp::AddShape(const NewShape& shape) {
 void Builder::Imp::AddElement(const NewElement& element) {
     const std::vector<ShapeSummary>& shapes = maker.Shapes();
     ModelElement made = ElementOf(element, maker.Storeys().size(), shapes.size());
-    if (names.contains(made.globalId)) {
+    if (guids.contains(made.globalId)) {
         Refuse("another element has the GUID " + EscapeControls(element.guid));
     }
     if (hasBuilding) made.building = 0;
     std::erase_if(made.shapes,
                   [&](const PlacedShape& placed) { return shapes[placed.shape].key.empty(); });
     writer.AddComp(maker.Make(made), made.shapes.empty() ? 0 : PlacementRecordBytes(made));
-    names.insert(made.globalId);
+    guids.insert(made.globalId);
 }
 
 void Builder::Imp::SetPreview(const Picture& picture) {
@@ -151,12 +147,6 @@ void Builder::Imp::SetPreview(const Picture& picture) {
 void Builder::Imp::Finish() {
     isFinished = true;
     writer.Finish();
-}
-
-std::wstring Builder::Imp::FreeKey(std::uint64_t hash) const {
-    std::size_t others = 0;
-    while (names.contains(ShapeKey(hash, others))) ++others;
-    return ShapeKey(hash, others);
 }
 
 Builder::Builder(const std::string& path, const BuilderOptions& options)

@@ -1,6 +1,7 @@
 #include "model/pack/Components.h"
 
 #include <cstring>
+#include <string_view>
 
 #include "model/element/RecordNames.h"
 
@@ -21,6 +22,15 @@ SerialKey KeyOf(const std::wstring& name) {
     return name.empty() ? SerialKey() : SerialKey(name);
 }
 
+std::wstring CountingName(wchar_t letter, std::size_t number) {
+    constexpr std::wstring_view allDigits = L"0123456789abcdefghijklmnopqrstuvwxyz";
+    std::wstring digits;
+    for (std::size_t left = number; digits.empty() || left != 0; left /= allDigits.size()) {
+        digits.insert(digits.begin(), allDigits[left % allDigits.size()]);
+    }
+    return letter + std::to_wstring(digits.size()) + digits;
+}
+
 }  // namespace
 
 void ComponentMaker::AddStorey(const ModelStorey& storey) {
@@ -30,6 +40,10 @@ void ComponentMaker::AddStorey(const ModelStorey& storey) {
 
 void ComponentMaker::LendColour(const ModelElement& element) {
     if (const auto colour = ColourOf(element)) colourByClass.emplace(PathOf(element), colour);
+}
+
+const std::wstring& ComponentMaker::NameShape(std::size_t shape) {
+    return shapes[shape].key = CountingName(L's', namedShapes++);
 }
 
 SZVLGZvgComp ComponentMaker::Make(const ModelElement& element) {
@@ -90,7 +104,7 @@ void ComponentMaker::SetClasses(const ModelElement& element, SZVLGZvgComp& comp)
     if (own && own != shared) comp.compAttr = ColourAttr(own, version);
 }
 
-void ComponentMaker::SetGeometry(const ModelElement& element, SZVLGZvgComp& comp) const {
+void ComponentMaker::SetGeometry(const ModelElement& element, SZVLGZvgComp& comp) {
     if (element.shapes.empty() && element.materials.empty()) return;
     SZVLGZvgCompGeoRef& ref = comp.geoRefs.emplace_back();
     for (const ModelMaterial& source : element.materials) {
@@ -100,9 +114,9 @@ void ComponentMaker::SetGeometry(const ModelElement& element, SZVLGZvgComp& comp
         material.properties = source.properties;
     }
     if (element.shapes.empty()) return;
-    ref.geoIdentification = element.globalId;
+    ref.geoIdentification = CountingName(L'b', namedBodies++);
     ref.geo = PlacementRecord(element, shapes);
-    ref.geoIds.push_back({SerialKey(element.globalId), L"", L""});
+    ref.geoIds.push_back({SerialKey(ref.geoIdentification), L"", L""});
 }
 
 ComponentMaker::ClassPath ComponentMaker::PathOf(const ModelElement& element) const {

@@ -41,7 +41,7 @@ class ShapeAdder {
         for (const ShapePart& part : model.shapes[shape].parts) {
             surfaces.push_back(SurfaceOf(part));
         }
-        place->second = builder.AddShape(model.shapes[shape].key, surfaces);
+        place->second = builder.AddShape(std::to_wstring(shape), surfaces);
         return place->second;
     }
 

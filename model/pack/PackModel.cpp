@@ -129,7 +129,8 @@ PackSummary PackModel(const Model& model, const PackInput& input,
             if (stored[placed.shape]) continue;
             stored[placed.shape] = true;
             const ModelShape& shape = model.shapes[placed.shape];
-            saver.AddIdentificationGeo(shape.key, ShapeRecord(shape, input.job.formatVersion));
+            saver.AddIdentificationGeo(maker.NameShape(placed.shape),
+                                       ShapeRecord(shape, input.job.formatVersion));
         }
         saver.AddComp(maker.Make(*element));
         floors.insert(element->storey);

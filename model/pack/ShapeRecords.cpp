@@ -111,7 +111,6 @@ SZVLGZvgGeo ShapeRecord(const ModelShape& shape, unsigned int version) {
 
 ShapeSummary SummaryOf(const ModelShape& shape) {
     ShapeSummary summary;
-    summary.key = shape.key;
     for (const ShapePart& part : shape.parts) {
         const std::size_t triangles = TriangleCount(part);
         if (!part.colour || (summary.colour && triangles <= summary.triangles)) continue;

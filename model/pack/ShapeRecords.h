@@ -22,7 +22,7 @@ ZVSmartZvg::SZVLGZvgGeo ShapeRecord(const ModelShape& shape, unsigned int versio
 
 /// What is told of a shape where it is placed.
 struct ShapeSummary {
-    std::wstring key;
+    std::wstring key;  ///< under which it is stored; empty while it is not
     /// Of the largest part that has a colour.
     /// @{
     std::optional<Rgba> colour;  ///< none where no part has one
@@ -30,6 +30,7 @@ struct ShapeSummary {
     std::size_t triangles = 0;
     /// @}
 };
+/// Without the key.
 ShapeSummary SummaryOf(const ModelShape& shape);
 
 /// An element's body as a geometry record: the keys of its shapes and where they are. `shapes` are
