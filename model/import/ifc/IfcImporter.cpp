@@ -117,12 +117,13 @@ Model ImportIfc(std::string bytes, const ImportOptions& options, const ImportRep
         [&losses](const std::string& text) { losses.TakeBodyMessage(text); }, report.progress};
     IfcShapes bodies(source, options.tolerance, bodyReport);
     ShapeStore store;
+    PropertyOrder order;
     std::set<std::wstring> takenIds;
     model.schema.assign(step.schema.begin(), step.schema.end());
     for (const auto& object : objects) {
         report.progress(static_cast<double>(model.elements.size()) /
                         static_cast<double>(objects.size()));
-        ModelElement element = Described(*object, step, symbols, losses);
+        ModelElement element = Described(*object, step, symbols, order, losses);
         element.globalId = UniqueId(element.globalId, object->m_entity_id, takenIds);
         structure.Place(*object, element);
         losses.Begin(element);

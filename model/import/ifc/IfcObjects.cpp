@@ -60,7 +60,7 @@ bool AnyContent(const IfcObjects& objects) {
 }
 
 ModelElement Described(const IfcObjectDefinition& object, const StepText& step,
-                       const IfcUnitSymbols& units, IfcLosses& losses) {
+                       const IfcUnitSymbols& units, PropertyOrder& order, IfcLosses& losses) {
     ModelElement element;
     const auto trueName = step.trueNames.find(object.m_entity_id);
     const bool renamed = trueName != step.trueNames.end();
@@ -82,7 +82,9 @@ ModelElement Described(const IfcObjectDefinition& object, const StepText& step,
     AddRelations(object, units, gatherer);
     losses.DropValues(element, gatherer.Dropped());
     AddTypeProperties(object, units, gatherer);
-    element.properties = PairsOf(gatherer.Take());
+    std::vector<StoredProperty> properties = gatherer.Take();
+    order.Apply(properties);
+    element.properties = PairsOf(properties);
     return element;
 }
 

@@ -6,6 +6,7 @@
 #include "model/import/Model.h"
 #include "model/import/ifc/IfcLosses.h"
 #include "model/import/ifc/IfcUnitSymbols.h"
+#include "model/import/ifc/PropertyOrder.h"
 #include "model/import/ifc/StepText.h"
 
 class BuildingModel;
@@ -23,8 +24,9 @@ IfcObjects ObjectsOf(const BuildingModel& model);
 /// Whether anything is among them besides the structure that holds it.
 bool AnyContent(const IfcObjects& objects);
 
-/// What the file says of an object; its place, its materials and its shapes are not in it.
+/// What the file says of an object, its properties in `order`; its place, its materials and its
+/// shapes are not in it.
 ModelElement Described(const IfcObjectDefinition& object, const StepText& step,
-                       const IfcUnitSymbols& units, IfcLosses& losses);
+                       const IfcUnitSymbols& units, PropertyOrder& order, IfcLosses& losses);
 
 }  // namespace ZVSmartModel

@@ -1,0 +1,30 @@
+#include "model/import/ifc/PropertyOrder.h"
+
+#include <algorithm>
+#include <tuple>
+#include <utility>
+
+namespace ZVSmartModel {
+
+void PropertyOrder::Apply(std::vector<StoredProperty>& properties) {
+    const auto rank = [](Ranks& ranks, const std::wstring& name) {
+        return ranks.emplace(name, ranks.size()).first->second;
+    };
+    struct Ranked {
+        std::size_t set, name;
+        StoredProperty property;
+    };
+    std::vector<Ranked> ranked;
+    ranked.reserve(properties.size());
+    for (StoredProperty& property : properties) {
+        const std::wstring set = property.name.substr(0, property.name.find(L'.'));
+        ranked.push_back({rank(sets, set), rank(names, property.name), std::move(property)});
+    }
+    std::sort(ranked.begin(), ranked.end(), [](const Ranked& a, const Ranked& b) {
+        return std::tie(a.set, a.name) < std::tie(b.set, b.name);
+    });
+    std::transform(ranked.begin(), ranked.end(), properties.begin(),
+                   [](Ranked& one) { return std::move(one.property); });
+}
+
+}  // namespace ZVSmartModel
