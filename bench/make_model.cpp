@@ -1,6 +1,6 @@
 // Writes a made-up model through the model library, as `zvg pack` would lay it out: storeys of
 // 2,000 elements by class, a shape for about twenty of them, a placement each, seven properties.
-//   make_model N FILE
+//   make_model N FILE [fast]
 // The same numbers give the same file.
 
 #include <algorithm>
@@ -92,9 +92,11 @@ void AddStorey(Builder& builder, std::size_t storey, std::size_t count, Random& 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) return 2;
+    if (argc < 3) return 2;
     const std::size_t count = std::stoul(argv[1]);
-    Builder builder{std::string(argv[2])};
+    BuilderOptions options;
+    options.fast = argc > 3;
+    Builder builder(std::string(argv[2]), options);
     Random random;
     for (std::size_t begin = 0; begin < count; begin += elementsPerStorey) {
         AddStorey(builder, begin / elementsPerStorey, std::min(elementsPerStorey, count - begin),

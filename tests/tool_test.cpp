@@ -428,7 +428,7 @@ TEST_F(ToolTest, PackTellsItsWorkAndItsSettings) {
     shown.resize(
         static_cast<std::size_t>(std::max<ssize_t>(read(terminal, shown.data(), shown.size()), 0)));
     std::size_t at = 0;
-    for (const char* work : {"reading", "drawing the preview", "packing 100 %", "compressing"}) {
+    for (const char* work : {"reading", "packing 100 %", "drawing the preview", "compressing"}) {
         at = shown.find(work, at);
         EXPECT_NE(at, std::string::npos) << work << '\n' << shown;
     }

@@ -116,10 +116,6 @@ PackSummary PackModel(const Model& model, const PackInput& input,
     saver.SetDisplacementSettings(input.settings);
     const std::vector<const ModelElement*> ordered = Ordered(model);
     PackSummary summary;
-    const bool draws = input.job.drawPreview && input.job.previewPath.empty() && CanRender();
-    if (draws) progress("drawing the preview", 0, 0);
-    AddPreview(model, ordered, input, summary, saver);
-
     std::vector<bool> stored(model.shapes.size());
     std::set<std::optional<std::size_t>> floors;
     ComponentMaker maker = MakerFor(model, input.job.formatVersion);
@@ -136,6 +132,10 @@ PackSummary PackModel(const Model& model, const PackInput& input,
         floors.insert(element->storey);
         progress("packing", ++summary.components, ordered.size());
     }
+    // In the last block: whoever wants the first element need not decode a picture.
+    const bool draws = input.job.drawPreview && input.job.previewPath.empty() && CanRender();
+    if (draws) progress("drawing the preview", 0, 0);
+    AddPreview(model, ordered, input, summary, saver);
     progress("compressing", 0, 0);
     saver.WriteEnd();
     summary.floors = floors.size();

@@ -146,7 +146,7 @@ std::size_t PlacementRecordBytes(const ModelElement& element) {
 }
 
 unsigned int GeosPerBlock(std::size_t recordBytes, std::size_t records) {
-    constexpr std::size_t wantedBlockBytes = 512 << 10;
+    constexpr std::size_t wantedBlockBytes = 256 << 10;
     if (records == 0) return 0;
     const std::size_t average = std::max<std::size_t>(recordBytes / records, 1);
     return static_cast<unsigned int>(std::max<std::size_t>(wantedBlockBytes / average, 1));
