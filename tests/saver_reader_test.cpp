@@ -119,6 +119,38 @@ TEST(Caches, GiveUpTheirLowestNumber) {
     }
 }
 
+TEST(Caches, KeepWhatWasUsedLastWithinBytes) {
+    const Bytes file = Saved(4, 1, [](CZVLGBlockSaver& saver) {
+        for (u32 i = 0; i < 6; ++i) {
+            saver.AddIdentificationGeo(std::to_wstring(i), SomeGeo(i));
+            saver.AddComp(Comp(L"c", std::to_wstring(i)));
+        }
+    });
+    const Parts parts = PartsOf(file);
+    const u64 floor = parts.floors[0].block.content.size(), geo = parts.geoBlocks[0].content.size();
+    FaultyInStream in(file);
+    CZVLGBlockReader reader;
+    reader.SetCacheBytes(2 * floor + geo);
+    ASSERT_TRUE(reader.Init(&in, 1, 1)) << "numbers do not count then";
+    const auto isRead = [&](const Query& query) {
+        in.calls = 0;
+        Ask(query, reader);
+        return in.calls != 0;
+    };
+    for (const Query& query : {ask::Comp(4, 0), ask::Geo(0, 0), ask::Comp(1, 0), ask::Comp(4, 0)})
+        isRead(query);
+    EXPECT_TRUE(isRead(ask::Comp(5, 0)));  // in the place of the geometry, and of floor 1
+    EXPECT_FALSE(isRead(ask::Comp(4, 0)));
+    EXPECT_TRUE(isRead(ask::Geo(0, 0)));
+    EXPECT_FALSE(isRead(ask::Comp(4, 0)));
+    reader.SetCacheBytes(1);
+    ASSERT_TRUE(reader.Init(&in));
+    isRead(ask::Comp(3, 0));
+    EXPECT_FALSE(isRead(ask::Comp(3, 0))) << "the last one stays";
+    EXPECT_TRUE(isRead(ask::Comp(2, 0)));
+    EXPECT_TRUE(isRead(ask::Comp(3, 0)));
+}
+
 /// A file of two floors and three geometry blocks.
 Bytes SmallFile() {
     return Saved(4, 2, [](CZVLGBlockSaver& saver) {

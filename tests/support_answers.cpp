@@ -151,10 +151,80 @@ Query GeoCount(u32 block) {
     return
         [block](CZVLGBlockReader& reader) { return NumberAnswer(reader.GetGeoNumInBlock(block)); };
 }
+namespace {
+
+/// The texts that a view looks at; a half of a pair that the file has alone stays one.
+class Looked {
+  public:
+    explicit Looked(const SZVLGCompView& view) : view(view) {}
+
+    static std::wstring Text(const SZVLGTextView& text) {
+        Bytes stored(4 + std::size_t{2} * text.unitCount);
+        for (std::size_t i = 0; i < 4; ++i) stored[i] = u8(text.unitCount >> (24 - 8 * i));
+        std::copy_n(text.units, std::size_t{2} * text.unitCount, stored.begin() + 4);
+        CZVFTReadBufferInStream in(stored.data(), stored.size());
+        std::wstring wide;
+        CZVFTSerialReader(&in).ReadWString(wide);
+        return wide;
+    }
+    static SerialKey Key(const SZVLGKeyView& key) { return {key.guid, Text(key.name)}; }
+    PropertyList Properties(const SZVLGViewRange& range) const {
+        PropertyList list;
+        for (u32 i = 0; i < range.count; ++i) {
+            const auto& [name, value] = view.properties[range.first + i];
+            list.emplace_back(Text(name), Text(value));
+        }
+        return list;
+    }
+    SZVLGZvgCompGeoRef Reference(const SZVLGCompGeoRefView& from) const {
+        SZVLGZvgCompGeoRef ref;
+        ref.refKind = from.refKind;
+        ref.refValueA = from.refValueA;
+        ref.refValueB = from.refValueB;
+        for (u32 i = 0; i < from.materials.count; ++i) {
+            const SZVLGMaterialView& material = view.materials[from.materials.first + i];
+            ref.materials[material.key] = {Key(material.guidName), Text(material.textA),
+                                           Text(material.textB), Properties(material.properties)};
+        }
+        for (u32 i = 0; i < from.geoIds.count; ++i) {
+            const SZVLGGeoIdView& row = view.geoIds[from.geoIds.first + i];
+            ref.geoIds.push_back({Key(row.guidName), Text(row.textA), Text(row.textB)});
+        }
+        return ref;
+    }
+
+  private:
+    const SZVLGCompView& view;
+};
+
+/// Replaces of a component what its view has.
+void LookAgain(const SZVLGCompView& view, SZVLGZvgComp& comp) {
+    const Looked looked(view);
+    comp.compGuidName = Looked::Key(view.compGuidName);
+    comp.relatedGuidNames.clear();
+    for (const auto& key : view.relatedGuidNames) comp.relatedGuidNames.push_back(Looked::Key(key));
+    const bool hasGroup = view.groupGuidName.name.units != nullptr;
+    comp.groupGuidName = hasGroup ? Looked::Key(view.groupGuidName) : SerialKey();
+    comp.compProperties = looked.Properties(view.compProperties);
+    comp.geoRefs.clear();
+    for (const auto& ref : view.geoRefs) comp.geoRefs.push_back(looked.Reference(ref));
+    comp.compAttr = view.compAttr;
+}
+
+}  // namespace
+
+/// As the record has it, in so far as its view has not.
 Query Comp(u32 floor, u32 i) {
     return [floor, i](CZVLGBlockReader& reader) {
         SZVLGZvgComp comp;
-        return reader.GetCompByIndex({floor, i}, comp) ? Dump(comp) : std::string();
+        if (!reader.GetCompByIndex({floor, i}, comp)) return std::string();
+        const std::string whole = Dump(comp);
+        static SZVLGCompView view;  // one for all, as a host's loop would have it
+        if (!reader.GetCompViewByIndex({floor, i}, {}, view)) return std::string("no view");
+        LookAgain(view, comp);
+        if (Dump(comp) != whole) return std::string("another view");
+        reader.GetCompByIndex({floor, i}, comp);  // what it hides is told last
+        return whole;
     };
 }
 Query Geo(u32 block, u32 i) {

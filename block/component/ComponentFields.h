@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZVSmartZvg/Comp.h"
+#include "ZVSmartZvg/CompView.h"
 #include "layout/DisplayAttrFields.h"
 #include "stream/MemoryBudget.h"
 
@@ -36,13 +36,7 @@ constexpr bool HasMaterials(unsigned int version) {
 }
 
 /// The rows that a component entry refers to.
-struct EntryRows {
-    u32 owner = ZVLG_NONE;
-    u32 level2 = ZVLG_NONE;
-    u32 level3 = ZVLG_NONE;
-    u32 level4 = ZVLG_NONE;
-    u32 level2b = ZVLG_NONE;
-};
+using EntryRows = SZVLGCompRows;
 
 /// Per geometry reference its rows in the floor's identification table.
 using ReferenceRows = std::vector<std::vector<u32>>;
@@ -68,12 +62,16 @@ void VisitMaterial(Visitor& visitor, Material& material) {
     VisitProperties(visitor, material.properties);
 }
 
-/// A map is no list: the two directions walk it each in their own way.
+/// The fewest bytes that a material takes.
+constexpr u64 smallestMaterial = 4 + 6 + 12;
+
+/// A map is no list: the two directions walk it each in their own way, and so may a visitor.
 template <class Visitor, class Materials>
 void VisitMaterials(Visitor& visitor, Materials& materials) {
     constexpr u64 mapNode = sizeof(SZVLGZvgMaterial) + ZVSmartFormat::perAllocation;
-    if constexpr (Visitor::reading) {
-        constexpr u64 smallestMaterial = 4 + 6 + 12;
+    if constexpr (requires { visitor.OwnMaterials(materials); }) {
+        visitor.OwnMaterials(materials);
+    } else if constexpr (Visitor::reading) {
         u32 count = visitor.Count(smallestMaterial);
         visitor.Charge(count, mapNode);
         for (; count != 0; --count) {
@@ -121,7 +119,7 @@ void VisitComponentEntry(Visitor& visitor, Comp& comp, Rows& rows, RefRows& refR
     visitor.U8(flags);
     if (flags & 0x01) {
         VisitOwnProperties(visitor, comp.compProperties);
-    } else if constexpr (Visitor::reading) {
+    } else if constexpr (requires { comp.compProperties.clear(); }) {
         comp.compProperties.clear();
     }
     if (flags & 0x02) visitor.List(comp.relatedGuidNames, 6, [&](auto& key) { visitor.Key(key); });

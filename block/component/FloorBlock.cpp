@@ -1,10 +1,9 @@
 #include "component/FloorBlock.h"
 
-#include <cstring>
 #include <utility>
+#include <vector>
 
 #include "stream/RecordInStream.h"
-#include "stream/WideText.h"
 
 namespace ZVSmartZvg {
 
@@ -33,58 +32,25 @@ FloorBlock::FloorBlock(FloorFields fields, DecodedBlock decoded)
     geoIds = ReadSection(in, components.End());
 }
 
-namespace {
-
-/// Reads a component's entry, of its properties those that are wanted.
-class EntryReader : public FieldReader<RecordInStream> {
-  public:
-    EntryReader(RecordInStream& in, MemoryBudget& budget, const SZVLGCompParts& parts)
-        : FieldReader(in, budget), in(in), parts(parts) {
-        ZVSmartFormat::AppendUtf16(parts.propertyNameEnd, nameEnd);
-    }
-
-    void OwnProperties(PropertyList& properties) {
-        if (parts.properties && nameEnd.empty()) return VisitProperties(*this, properties);
-        std::size_t kept = 0;
-        bool isBehindWanted = false;
-        for (u32 left = Count(8); left != 0; --left) {
-            const u64 position = in.GetPos();
-            const bool isWanted = PassText() && parts.properties;
-            if (isWanted || isBehindWanted) {
-                in.Seek(position);
-                Charge(1, sizeof(PropertyList::value_type));
-                if (kept == properties.size()) properties.emplace_back();
-                auto& [name, value] = properties[kept++];
-                Text(name);
-                Text(value);
-            } else {
-                PassText();
-            }
-            isBehindWanted = isWanted;
+/// Calls `visit` at each of the identification rows of these numbers. False where one is not there.
+template <class Numbers, class Visit>
+bool FloorBlock::ForEachGeoId(RecordInStream& in, const Numbers& numbers, Visit visit) const {
+    bool areThere = true;
+    for (const u32 number : numbers) {
+        if (number >= geoIds.Count()) {
+            areThere = areThere && number == ZVLG_NONE;
+            continue;
         }
-        properties.resize(kept);
+        SeekRecord(in, geoIds, number);
+        visit();
     }
+    return areThere;
+}
 
-  private:
-    /// Whether the text that is passed ends as names are to.
-    bool PassText() {
-        const u64 byteCount = 2 * u64{Count(2)};
-        const u8* const bytes = in.Take(byteCount);
-        return !nameEnd.empty() && byteCount >= nameEnd.size() &&
-               std::memcmp(bytes + byteCount - nameEnd.size(), nameEnd.data(), nameEnd.size()) == 0;
-    }
-
-    RecordInStream& in;
-    const SZVLGCompParts& parts;
-    std::string nameEnd;  // as it is stored
-};
-
-}  // namespace
-
-bool FloorBlock::ReadComponent(u32 i, unsigned int version, const SZVLGCompParts& parts,
+bool FloorBlock::ReadComponent(u32 i, unsigned int version, const WantedProperties& wanted,
                                SZVLGZvgComp& comp, EntryRows& rows, MemoryBudget& budget) const {
     RecordInStream in(block.Data(), block.Size());
-    EntryReader reader(in, budget, parts);
+    EntryReader reader(in, budget, wanted);
     SeekRecord(in, components, i);
     ReferenceRows referenceRows;
     VisitComponentEntry(reader, comp, rows, referenceRows, version);
@@ -95,20 +61,73 @@ bool FloorBlock::ReadComponent(u32 i, unsigned int version, const SZVLGCompParts
         std::vector<SZVLGZvgGeoId>& geoRows = comp.geoRefs[r].geoIds;
         reader.Charge(referenceRows[r].size(), sizeof(SZVLGZvgGeoId));
         geoRows.reserve(referenceRows[r].size());
-        for (const u32 number : referenceRows[r]) {
-            if (number >= geoIds.Count()) {
-                hasAllRows = hasAllRows && number == ZVLG_NONE;
-                continue;
-            }
-            SeekRecord(in, geoIds, number);
-            VisitGeoIdRow(reader, geoRows.emplace_back());
-        }
+        const bool areThere = ForEachGeoId(in, referenceRows[r],
+                                           [&] { VisitGeoIdRow(reader, geoRows.emplace_back()); });
+        hasAllRows = hasAllRows && areThere;
     }
     reader.ChargeText(fields.classLevel1Name);
     comp.classLevel1Name = fields.classLevel1Name;
     comp.classLevel1Id = fields.classLevel1Id;
     comp.classLevel1DataA = fields.classLevel1DataA;
     comp.classLevel1DataB = fields.classLevel1DataB;
+    return hasAllRows;
+}
+
+namespace {
+
+/// Makes a view as new; its lists keep their memory.
+void Empty(SZVLGCompView& view) {
+    view.compGuidName = view.groupGuidName = SZVLGKeyView();
+    view.rows = SZVLGCompRows();
+    view.compProperties = SZVLGViewRange();
+    view.relatedGuidNames.clear();
+    view.geoRefs.clear();
+    view.properties.clear();
+    view.materials.clear();
+    view.geoIds.clear();
+    if (view.compAttr.flags != 0 || view.compAttr.flags2 != 0) view.compAttr = {};
+    view.byteCount = 0;
+}
+
+/// Adds to a sum the bytes that are passed as long as this object lives, however that ends.
+class PassedBytes {
+  public:
+    PassedBytes(RecordInStream& in, u64& sum) : in(in), sum(sum), start(in.GetPos()) {}
+    ~PassedBytes() { sum += in.GetPos() - start; }
+    PassedBytes(const PassedBytes&) = delete;
+    PassedBytes& operator=(const PassedBytes&) = delete;
+
+  private:
+    RecordInStream& in;
+    u64& sum;
+    u64 start;
+};
+
+}  // namespace
+
+bool FloorBlock::ReadView(u32 i, unsigned int version, const WantedProperties& wanted,
+                          SZVLGCompView& view, MemoryBudget& budget) const {
+    Empty(view);
+    RecordInStream in(block.Data(), block.Size());
+    ViewReader reader(in, budget, wanted, view);
+    SeekRecord(in, components, i);
+    std::vector<NumbersView> referenceRows;
+    {
+        const PassedBytes passed(in, view.byteCount);
+        VisitComponentEntry(reader, view, view.rows, referenceRows, version);
+    }
+    bool hasAllRows = true;
+    for (std::size_t r = 0; r < view.geoRefs.size(); ++r) {
+        SZVLGViewRange& range = view.geoRefs[r].geoIds;
+        reader.Charge(referenceRows[r].count, sizeof(SZVLGGeoIdView));
+        range.first = static_cast<u32>(view.geoIds.size());
+        const bool areThere = ForEachGeoId(in, referenceRows[r], [&] {
+            const PassedBytes passed(in, view.byteCount);
+            VisitGeoIdRow(reader, view.geoIds.emplace_back());
+        });
+        range.count = static_cast<u32>(view.geoIds.size()) - range.first;
+        hasAllRows = hasAllRows && areThere;
+    }
     return hasAllRows;
 }
 

@@ -16,6 +16,10 @@ void CZVLGBlockReader::SetDecodedBlockLimit(unsigned long long bytes) {
         std::min<unsigned long long>(bytes, std::numeric_limits<u32>::max());
 }
 
+void CZVLGBlockReader::SetCacheBytes(unsigned long long bytes) {
+    imp->cacheBytes = bytes;
+}
+
 bool CZVLGBlockReader::Init(ZVSmartFormat::CZVFTInStream* in, unsigned int geoBlockCacheLimit,
                             unsigned int floorCacheLimit) {
     return imp->Init(*in, geoBlockCacheLimit, floorCacheLimit);
@@ -84,6 +88,11 @@ bool CZVLGBlockReader::GetCompByIndex(const SZVLGCompIndex& index, SZVLGZvgComp&
 bool CZVLGBlockReader::GetCompPartsByIndex(const SZVLGCompIndex& index, const SZVLGCompParts& parts,
                                            SZVLGZvgComp& comp) {
     return imp->ReadComp(index, parts, comp);
+}
+
+bool CZVLGBlockReader::GetCompViewByIndex(const SZVLGCompIndex& index, const SZVLGCompParts& parts,
+                                          SZVLGCompView& view) {
+    return imp->ReadView(index, parts, view);
 }
 
 bool CZVLGBlockReader::GetGeoByIdentification(const std::wstring& identification,

@@ -8,6 +8,7 @@
 #include "stream/CheckedInStream.h"
 #include "stream/PositionGuard.h"
 #include "stream/RecordInStream.h"
+#include "stream/WideText.h"
 
 namespace ZVSmartZvg {
 
@@ -206,7 +207,7 @@ bool CZVLGBlockReader::Imp::ReadFloor(u32 floor, FloorFields& fields) {
 const PlacedFloor* CZVLGBlockReader::Imp::FetchFloor(u32 floor, MemoryBudget& memory) {
     last.LookAt(floorSection.position - basePos, FloorSubject(floor));
     if (floor >= floorSection.Count()) return NoteBeyond(floorSection), nullptr;
-    if (const PlacedFloor* const cached = floors.Find(floor)) return cached;
+    if (const PlacedFloor* const cached = floors.Find(floor, ++uses)) return cached;
     const PositionGuard guard(stream);
     CheckedInStream in(stream);
     u64 position = 0;
@@ -220,7 +221,26 @@ const PlacedFloor* CZVLGBlockReader::Imp::FetchFloor(u32 floor, MemoryBudget& me
     position = in.GetPos() - basePos;
     DecodedBlock decoded;
     if (!ReadBlock(in, FloorSubject(floor), decoded)) return nullptr;
-    return floors.Insert(floor, {FloorBlock(std::move(fields), std::move(decoded)), position});
+    const u64 byteCount = decoded.Size();
+    const PlacedFloor* const inserted = floors.Insert(
+        floor, {FloorBlock(std::move(fields), std::move(decoded)), position}, byteCount, ++uses);
+    KeepWithinBytes();
+    return inserted;
+}
+
+/// The block that was used last stays, however large.
+void CZVLGBlockReader::Imp::KeepWithinBytes() {
+    if (mostCached == 0) return;
+    while (floors.Bytes() + geoBlocks.Bytes() > mostCached) {
+        const u64 ofFloors = floors.IsEmpty() ? uses : floors.OldestUse();
+        const u64 ofGeoBlocks = geoBlocks.IsEmpty() ? uses : geoBlocks.OldestUse();
+        if (std::min(ofFloors, ofGeoBlocks) == uses) return;
+        if (ofFloors < ofGeoBlocks) {
+            floors.DropOldest();
+        } else {
+            geoBlocks.DropOldest();
+        }
+    }
 }
 
 u32 CZVLGBlockReader::Imp::FloorCompNum(u32 floor) {
@@ -239,20 +259,49 @@ bool CZVLGBlockReader::Imp::ReadComp(const SZVLGCompIndex& index, const SZVLGCom
     return AskOpen(false, [&] { return FetchComp(index, parts, comp); });
 }
 
+bool CZVLGBlockReader::Imp::ReadView(const SZVLGCompIndex& index, const SZVLGCompParts& parts,
+                                     SZVLGCompView& view) {
+    view.byteCount = 0;
+    return AskOpen(false, [&] { return FetchView(index, parts, view); });
+}
+
+const WantedProperties& CZVLGBlockReader::Imp::Wanted(const SZVLGCompParts& parts) {
+    if (nameEnd != parts.propertyNameEnd) {
+        storedNameEnd.clear();
+        ZVSmartFormat::AppendUtf16(parts.propertyNameEnd, storedNameEnd);
+        nameEnd = parts.propertyNameEnd;
+    }
+    wanted = {parts.properties, storedNameEnd};
+    return wanted;
+}
+
+const FloorBlock* CZVLGBlockReader::Imp::FetchFloorOf(const SZVLGCompIndex& index,
+                                                      MemoryBudget& memory) {
+    const PlacedFloor* const fetched = FetchFloor(index.floorIndex, memory);
+    if (fetched == nullptr) return nullptr;
+    last.LookAt(fetched->position, {"floor", index.floorIndex, "component", index.compIndex});
+    if (index.compIndex < fetched->floor.ComponentCount()) return &fetched->floor;
+    NoteBeyond(fetched->floor.Components());
+    return nullptr;
+}
+
+namespace {
+
+constexpr const char* noSuchRow = "refers to an identification row that is not there";
+
+}  // namespace
+
 bool CZVLGBlockReader::Imp::FetchComp(const SZVLGCompIndex& index, const SZVLGCompParts& parts,
                                       SZVLGZvgComp& comp) {
     MemoryBudget memory(recordLimit);
-    const PlacedFloor* const fetched = FetchFloor(index.floorIndex, memory);
-    if (fetched == nullptr) return false;
-    const FloorBlock& floor = fetched->floor;
-    last.LookAt(fetched->position, {"floor", index.floorIndex, "component", index.compIndex});
-    if (index.compIndex >= floor.ComponentCount()) return NoteBeyond(floor.Components());
+    const FloorBlock* const floor = FetchFloorOf(index, memory);
+    if (floor == nullptr) return false;
     SZVLGZvgComp read;
     read.compProperties.swap(propertyMemory);
     EntryRows rows;
     const bool hasAllRows =
-        floor.ReadComponent(index.compIndex, head.version, parts, read, rows, memory);
-    if (!hasAllRows) last.NoteDamaged("refers to an identification row that is not there");
+        floor->ReadComponent(index.compIndex, head.version, Wanted(parts), read, rows, memory);
+    if (!hasAllRows) last.NoteDamaged(noSuchRow);
     last.LookAt(indexPosition,
                 {"a class row of floor", index.floorIndex, "component", index.compIndex});
     RecordInStream classes(indexBlock.Data(), indexBlock.Size());
@@ -260,6 +309,16 @@ bool CZVLGBlockReader::Imp::FetchComp(const SZVLGCompIndex& index, const SZVLGCo
         last.NoteDamaged("is not there");
     propertyMemory.swap(comp.compProperties);
     comp = std::move(read);
+    return true;
+}
+
+bool CZVLGBlockReader::Imp::FetchView(const SZVLGCompIndex& index, const SZVLGCompParts& parts,
+                                      SZVLGCompView& view) {
+    MemoryBudget memory(recordLimit);
+    const FloorBlock* const floor = FetchFloorOf(index, memory);
+    if (floor == nullptr) return false;
+    if (!floor->ReadView(index.compIndex, head.version, Wanted(parts), view, memory))
+        last.NoteDamaged(noSuchRow);
     return true;
 }
 
@@ -274,7 +333,7 @@ u32 CZVLGBlockReader::Imp::GeoBlockNum() {
 const GeoBlock* CZVLGBlockReader::Imp::FetchGeoBlock(u32 block) {
     last.LookAt(geoSection.position - basePos, GeoBlockSubject(block));
     if (block >= geoSection.Count()) return NoteBeyond(geoSection), nullptr;
-    if (const GeoBlock* const cached = geoBlocks.Find(block)) return cached;
+    if (const GeoBlock* const cached = geoBlocks.Find(block, ++uses)) return cached;
     const PositionGuard guard(stream);
     CheckedInStream in(stream);
     u64 position = 0;
@@ -289,7 +348,10 @@ const GeoBlock* CZVLGBlockReader::Imp::FetchGeoBlock(u32 block) {
     if (!ReadBlock(in, GeoBlockSubject(block), fetched.block)) return nullptr;
     RecordInStream content(fetched.block.Data(), fetched.block.Size());
     fetched.records = ReadSection(content, 0);
-    return geoBlocks.Insert(block, std::move(fetched));
+    const u64 byteCount = fetched.block.Size();
+    const GeoBlock* const inserted = geoBlocks.Insert(block, std::move(fetched), byteCount, ++uses);
+    KeepWithinBytes();
+    return inserted;
 }
 
 u32 CZVLGBlockReader::Imp::GeoNumInBlock(u32 block) {

@@ -50,6 +50,7 @@ class CZVLGBlockReader::Imp {
     std::vector<std::wstring> AllFloorNames();
     u32 FloorCompNum(u32 floor);
     bool ReadComp(const SZVLGCompIndex& index, const SZVLGCompParts& parts, SZVLGZvgComp& comp);
+    bool ReadView(const SZVLGCompIndex& index, const SZVLGCompParts& parts, SZVLGCompView& view);
 
     u32 GeoBlockNum();
     u32 GeoNumInBlock(u32 block);
@@ -60,6 +61,7 @@ class CZVLGBlockReader::Imp {
     bool ReadIdentification(u32 i, std::wstring& identification, SZVLGZvgGeoIndex& index);
 
     u64 decodedLimit = 0xFFFFFFFF;
+    u64 cacheBytes = 0;                                    // for files that are opened from now on
     u64 recordLimit = ZVSmartFormat::defaultRecordMemory;  // memory of the records of one call
     FileHead head;
 
@@ -85,7 +87,13 @@ class CZVLGBlockReader::Imp {
                    ZVSmartFormat::DecodedBlock& block);
     const GeoBlock* FetchGeoBlock(u32 block);
     const PlacedFloor* FetchFloor(u32 floor, ZVSmartFormat::MemoryBudget& memory);
+    /// The floor of a component, which is looked at from now on; null where there is none.
+    const FloorBlock* FetchFloorOf(const SZVLGCompIndex& index,
+                                   ZVSmartFormat::MemoryBudget& memory);
     bool FetchComp(const SZVLGCompIndex& index, const SZVLGCompParts& parts, SZVLGZvgComp& comp);
+    bool FetchView(const SZVLGCompIndex& index, const SZVLGCompParts& parts, SZVLGCompView& view);
+    void KeepWithinBytes();
+    const WantedProperties& Wanted(const SZVLGCompParts& parts);
     bool FetchGeo(const SZVLGZvgGeoIndex& index, SZVLGZvgGeo& geo);
     bool FetchGeo(const std::wstring& identification, SZVLGZvgGeo& geo);
 
@@ -101,6 +109,11 @@ class CZVLGBlockReader::Imp {
     Section level2;         // in the index block
     DecodedCache<GeoBlock> geoBlocks;
     DecodedCache<PlacedFloor> floors;
+    u64 mostCached = 0;           // bytes of both together; 0 where they are limited by numbers
+    u64 uses = 0;                 // of both
+    std::wstring nameEnd;         // of the properties that were wanted last
+    std::string storedNameEnd;    // the same
+    WantedProperties wanted;      // which looks at it
     PropertyList propertyMemory;  // of a record that a query replaced, for the next one
 
     LastMiss last;

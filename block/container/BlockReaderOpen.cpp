@@ -33,8 +33,12 @@ void CZVLGBlockReader::Imp::Close() {
 
 bool CZVLGBlockReader::Imp::Init(CZVFTInStream& in, u32 geoBlockCacheLimit, u32 floorCacheLimit) {
     Close();
-    geoBlocks = DecodedCache<GeoBlock>(geoBlockCacheLimit == 0 ? 3 : geoBlockCacheLimit);
-    floors = DecodedCache<PlacedFloor>(floorCacheLimit == 0 ? 5 : floorCacheLimit);
+    mostCached = cacheBytes;
+    const auto limit = [this](u32 given, u32 usual) {
+        return mostCached != 0 ? ZVLG_NONE : given != 0 ? given : usual;
+    };
+    geoBlocks = DecodedCache<GeoBlock>(limit(geoBlockCacheLimit, 3));
+    floors = DecodedCache<PlacedFloor>(limit(floorCacheLimit, 5));
     stream.Watch(&in);
     distant = dynamic_cast<ZVSmartFormat::CZVFTCachedInStream*>(&in);
     const auto finish = [this] {

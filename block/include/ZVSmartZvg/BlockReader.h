@@ -9,6 +9,7 @@
 #include "ZVSmartZvg/BlockHeadInfo.h"
 #include "ZVSmartZvg/Comp.h"
 #include "ZVSmartZvg/CompIndex.h"
+#include "ZVSmartZvg/CompView.h"
 #include "ZVSmartZvg/Export.h"
 #include "ZVSmartZvg/Geo.h"
 #include "ZVSmartZvg/GeoIndex.h"
@@ -49,6 +50,12 @@ class ZVLG_API CZVLGBlockReader {
     /// `Init`.
     void SetDecodedBlockLimit(unsigned long long bytes);
 
+    /// From the next `Init` on decoded geometry blocks and floors are kept by the bytes that they
+    /// take together, whatever their number: where they take more than `bytes` those go that were
+    /// used longest ago, but the one that was used last stays, however large. With 0, which is the
+    /// default, the limits that `Init` is given hold.
+    void SetCacheBytes(unsigned long long bytes);
+
     /// Opens the file at `in`'s position, which becomes the file's base; `in` is borrowed and
     /// must outlive the reader or its next `Init`. The limits are numbers of decoded geometry
     /// blocks and floors that are kept; 0 means 3 and 5.
@@ -61,7 +68,8 @@ class ZVLG_API CZVLGBlockReader {
     /// file and host streams give the same answer; what a host's stream throws passes.
     ///
     /// Another call closes the file before and opens the next as a new reader would; only
-    /// `SetDecodedBlockLimit` stays. After false or an exception `in` is not touched any more.
+    /// `SetDecodedBlockLimit` and `SetCacheBytes` stay. After false or an exception `in` is not
+    /// touched any more.
     bool Init(ZVSmartFormat::CZVFTInStream* in, unsigned int geoBlockCacheLimit = 0,
               unsigned int floorCacheLimit = 0);
 
@@ -128,6 +136,11 @@ class ZVLG_API CZVLGBlockReader {
     /// The same where not all of its properties are wanted: the others are passed, undecoded.
     bool GetCompPartsByIndex(const SZVLGCompIndex& index, const SZVLGCompParts& parts,
                              SZVLGZvgComp& comp);
+    /// The same in place: `view` looks into the decoded floor and holds until the next call of this
+    /// reader. Classes and owner are not looked up, so that damage to them is not met. Where there
+    /// is no such component, or where it throws, the view holds nothing but `byteCount`.
+    bool GetCompViewByIndex(const SZVLGCompIndex& index, const SZVLGCompParts& parts,
+                            SZVLGCompView& view);
 
     /// Reads the geometry stored under `identification` into `geo`. Pass a fresh record: lists
     /// that the stored one does not have keep what they held. False where there is none. Throws

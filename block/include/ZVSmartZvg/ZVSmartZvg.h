@@ -18,6 +18,7 @@
 #include "ZVSmartZvg/BlockVerifier.h"
 #include "ZVSmartZvg/Comp.h"
 #include "ZVSmartZvg/CompIndex.h"
+#include "ZVSmartZvg/CompView.h"
 #include "ZVSmartZvg/DisplayAttr.h"
 #include "ZVSmartZvg/Export.h"
 #include "ZVSmartZvg/Geo.h"
