@@ -38,12 +38,31 @@ void ReadElements(const Bytes& file) {
     benchmark::DoNotOptimize(bytes);
 }
 
+void ViewElements(const Bytes& file) {
+    std::size_t bytes = 0;
+    Opened(file).file.ForEachView({}, [&](const ElementView& element) {
+        for (const PropertyView& property : element.properties) bytes += property.value.size();
+        return true;
+    });
+    benchmark::DoNotOptimize(bytes);
+}
+
 void ReadScene(const Bytes& file) {
     benchmark::DoNotOptimize(ReadShapes(Opened(file).file));
 }
 
-/// All geometries; and all components where their properties are passed.
-void ReadGeometry(const Bytes& file, bool components) {
+/// The floors, decoded and kept by the block library, and nothing read of them.
+void DecodeFloors(const Bytes& file) {
+    CZVFTReadBufferInStream in(file.data(), file.size());
+    CZVLGBlockReader reader;
+    reader.Init(&in);
+    for (u32 floor = 0; floor < reader.GetFloorNum(); ++floor) {
+        benchmark::DoNotOptimize(reader.GetFloorCompNum(floor));
+    }
+}
+
+/// All geometries, and all components without their properties.
+void ReadGeometry(const Bytes& file) {
     CZVFTReadBufferInStream in(file.data(), file.size());
     CZVLGBlockReader reader;
     reader.Init(&in);
@@ -56,7 +75,7 @@ void ReadGeometry(const Bytes& file, bool components) {
     ZVSmartZvg::SZVLGZvgComp comp;
     ZVSmartZvg::SZVLGCompParts parts;
     parts.properties = false;
-    for (u32 floor = 0; components && floor < reader.GetFloorNum(); ++floor) {
+    for (u32 floor = 0; floor < reader.GetFloorNum(); ++floor) {
         for (u32 i = 0; i < reader.GetFloorCompNum(floor); ++i) {
             benchmark::DoNotOptimize(reader.GetCompPartsByIndex({floor, i}, parts, comp));
         }
@@ -73,14 +92,18 @@ int main(int argc, char** argv) {
         std::vector<Block> blocks = parts.floors;
         blocks.push_back(parts.index);
         const auto out = std::make_shared<Bytes>(LargestDecoded(blocks));
+        const auto decode = [file, blocks, out] {
+            for (const Block& block : blocks)
+                benchmark::DoNotOptimize(DecodeInto(block.encoded, *out));
+        };
         RegisterPair(
-            "model.elements", name, [file] { ReadElements(*file); },
-            [file, blocks, out] {
-                for (const Block& block : blocks)
-                    benchmark::DoNotOptimize(DecodeInto(block.encoded, *out));
-            });
+            "model.views", name, [file] { ViewElements(*file); }, decode);
         RegisterPair(
-            "model.scene", name, [file] { ReadScene(*file); },
-            [file] { ReadGeometry(*file, true); });
+            "model.views-fresh", name, [file] { ViewElements(*file); },
+            [file] { DecodeFloors(*file); });
+        RegisterPair(
+            "model.elements", name, [file] { ReadElements(*file); }, decode);
+        RegisterPair(
+            "model.scene", name, [file] { ReadScene(*file); }, [file] { ReadGeometry(*file); });
     });
 }

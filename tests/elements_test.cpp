@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <thread>
+#include <tuple>
 
 #include "ZVSmartModel/BlockFile.h"
 #include "ZVSmartModel/Builder.h"
@@ -106,6 +108,49 @@ TEST(Elements, ComeInPlainValues) {
     EXPECT_EQ(wall.materials[1].properties.back().FullName(), "Thermal.Lambda");
     EXPECT_EQ(file.Read({1, 0}).parents, Texts({"wall", "leaf"}));
     EXPECT_EQ(file.Read({1, 0}).group, "");
+}
+
+/// Elements whose texts are of all lengths, ASCII but for one character somewhere, under names that
+/// most of them share and names that none does.
+TEST(Elements, KeepTheirTexts) {
+    std::vector<std::vector<Property>> all;
+    for (std::size_t i = 0; i < 400; ++i) {
+        std::vector<Property>& properties = all.emplace_back();
+        for (std::size_t length = 0; length < 21; ++length) {
+            std::string text(length, 'a');
+            if (length != 0) text[length - 1] = 'z';
+            const char* const others[] = {"é", "漢", "𝄞"};
+            if (i % 4 != 3) text.insert(i % (length + 1), others[i % 4]);
+            properties.push_back({"Set", "Name" + std::to_string(length), text, "text", ""});
+        }
+        properties.push_back(
+            {"Set" + std::to_string(i), std::string(40, char('a' + i % 26)), "1", "length", "mm²"});
+        properties.push_back({"", "LayerThickness@", "x", "text", ""});
+        std::rotate(properties.begin(), properties.begin() + std::ptrdiff_t(i % 7),
+                    properties.end());
+    }
+    const BlockFile file(support::Streamed([&](support::CZVFTOutStream& out) {
+        Builder builder(out);
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            NewElement element = Made(("e" + std::to_string(i)).c_str(), "IfcWall", std::nullopt);
+            element.properties = all[i];
+            builder.AddElement(element);
+        }
+        builder.Finish();
+    }));
+    std::size_t next = 0;
+    file.ForEachView({}, [&](const ElementView& element) {
+        const std::vector<Property>& right = all[next++];
+        EXPECT_EQ(element.properties.size(), right.size());
+        for (std::size_t i = 0; i < std::min(right.size(), element.properties.size()); ++i) {
+            const PropertyView& read = element.properties[i];
+            const Property& made = right[i];
+            EXPECT_EQ(std::tie(read.set, read.name, read.value, read.kind, read.unit),
+                      std::tie(made.set, made.name, made.value, made.kind, made.unit));
+        }
+        return true;
+    });
+    EXPECT_EQ(next, all.size());
 }
 
 TEST(Elements, AreFoundAndSelected) {

@@ -6,6 +6,7 @@
 #include "ZVSmartFormat/MemoryStream.h"
 #include "model/element/BlockFileImp.h"
 #include "model/element/Chosen.h"
+#include "model/element/ElementReader.h"
 #include "model/element/ElementRecord.h"
 #include "model/element/InputSource.h"
 #include "model/element/Utf8.h"
@@ -46,7 +47,7 @@ BlockFile::Imp::Imp(std::vector<std::uint8_t> given, const OpenOptions& options)
     : bytes(std::move(given)),
       memory(std::make_unique<ZVSmartFormat::CZVFTReadBufferInStream>(bytes.data(), bytes.size())),
       limits(options.unlimited),
-      block(OpenedFile(*memory, "block file"), limits) {}
+      block(OpenedFile(*memory, "block file"), limits, options.cacheBytes) {}
 
 BlockFile BlockFile::Imp::Open(OpenedFile file, const OpenOptions& options,
                                const std::string& liftedBy) {
@@ -113,18 +114,23 @@ unsigned int BlockFile::ElementCount(unsigned int floor) const {
 
 std::vector<ClassCount> BlockFile::Classes() const {
     return imp->Ask([](OpenedBlock& block) {
-        std::map<std::wstring, std::size_t> counts;
+        std::map<std::string, std::size_t, std::less<>> counts;
         const unsigned int floors = block.Reader().GetFloorNum();
+        ElementReader reader({NoProperties(), false});
         for (unsigned int floor = 0; floor < floors; ++floor) {
-            const auto count = [&](const SZVLGCompIndex&, const SZVLGZvgComp& comp) {
-                ++counts[comp.classLevel2Name];
-            };
-            block.ForEachComp(floor, NoProperties(), count);
+            reader.ForEach(block, floor, [&counts](const ElementView& element) {
+                const auto known = counts.find(element.className);
+                if (known == counts.end()) {
+                    counts.emplace(element.className, 1);
+                } else {
+                    ++known->second;
+                }
+            });
         }
         block.ThrowIfCutShort();
         std::vector<ClassCount> classes;
         classes.reserve(counts.size());
-        for (const auto& [name, elements] : counts) classes.push_back({ToUtf8(name), elements});
+        for (const auto& [name, elements] : counts) classes.push_back({name, elements});
         return classes;
     });
 }
@@ -150,30 +156,44 @@ Picture BlockFile::Preview() const {
 }
 
 Element BlockFile::Read(ElementIndex index) const {
-    return imp->Ask([index](OpenedBlock& block) {
-        SZVLGZvgComp comp;
-        block.ReadElement({index.floor, index.position}, comp);
-        return ElementOf(comp, index, ToUtf8(block.FloorName(index.floor)));
+    return imp->Ask([this, index](OpenedBlock& block) {
+        if (!imp->elements) imp->elements = std::make_shared<ElementReader>();
+        const ElementView* view = nullptr;
+        block.ReadElement({index.floor, index.position}, [&] {
+            view = imp->elements->Read(block, index);
+            return view != nullptr;
+        });
+        Element element;
+        view->CopyTo(element);
+        element.floorName = ToUtf8(block.FloorName(index.floor));
+        return element;
     });
 }
 
 void BlockFile::ForEach(const Selection& selection,
                         const std::function<bool(const Element&)>& use) const {
+    Element element;  // one for all, for its memory
+    ForEachView(selection, [&](const ElementView& view) {
+        view.CopyTo(element);
+        return use(element);
+    });
+}
+
+void BlockFile::ForEachView(const Selection& selection,
+                            const std::function<bool(const ElementView&)>& use) const {
     const Chosen chosen(selection);
     const auto [first, end] =
         imp->Ask([&](OpenedBlock& block) { return block.FindFloors(selection.floor); });
+    ElementReader reader;
     for (unsigned int floor = first; floor < end; ++floor) {
         if (!chosen.MayHold(floor)) continue;
         const Floor itself = imp->Ask([&](OpenedBlock& block) { return FloorOf(block, floor); });
-        SZVLGZvgComp comp;
         for (ElementIndex index{floor, 0}; index.position < itself.elements; ++index.position) {
-            const std::optional<Element> element =
-                imp->Ask([&](OpenedBlock& block) -> std::optional<Element> {
-                    if (!block.ReadComp({floor, index.position}, comp)) return std::nullopt;
-                    if (!chosen.Holds(index, comp)) return std::nullopt;
-                    return ElementOf(comp, index, itself.name);
-                });
-            if (element && !use(*element)) return;
+            ElementView* const element =
+                imp->Ask([&](OpenedBlock& block) { return reader.Read(block, index); });
+            if (element == nullptr || !chosen.Holds(*element)) continue;
+            element->floorName = itself.name;
+            if (!use(*element)) return;
         }
     }
 }

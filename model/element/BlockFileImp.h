@@ -12,6 +12,7 @@
 namespace ZVSmartModel {
 
 class ElementNames;
+class ElementReader;
 class BodyReader;
 
 /// What a block file holds open: one reader, which one thread at a time asks.
@@ -19,7 +20,7 @@ class BlockFile::Imp {
   public:
     /// `liftedBy` tells a person how to lift the limits: see Budget.
     Imp(OpenedFile file, const OpenOptions& options, const std::string& liftedBy = "")
-        : limits(options.unlimited, liftedBy), block(std::move(file), limits) {}
+        : limits(options.unlimited, liftedBy), block(std::move(file), limits, options.cacheBytes) {}
     /// Of a file in memory; `bytes` goes with this object.
     Imp(std::vector<std::uint8_t> bytes, const OpenOptions& options);
 
@@ -47,8 +48,9 @@ class BlockFile::Imp {
         throw Error(Status::Internal, block.Path() + ": out of memory", block.Path());
     }
 
-    /// What other rooms keep of the file, made when first asked for. Only while asking.
+    /// What is kept of the file, made when first asked for. Only while asking.
     /// @{
+    std::shared_ptr<ElementReader> elements;
     std::shared_ptr<ElementNames> names;
     std::shared_ptr<BodyReader> bodies;
     /// @}

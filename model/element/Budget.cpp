@@ -1,6 +1,7 @@
 #include "model/element/Budget.h"
 
 #include <algorithm>
+#include <chrono>
 #include <ctime>
 
 namespace ZVSmartModel {
@@ -47,6 +48,11 @@ std::uint64_t Budget::ProcessorSteps() {
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
     return static_cast<std::uint64_t>(time.tv_sec) * 100'000'000 +
            static_cast<std::uint64_t>(time.tv_nsec) / 10;
+}
+
+std::uint64_t Budget::ClockSteps() {
+    const auto gone = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<std::uint64_t>(std::chrono::nanoseconds(gone).count()) / 10;
 }
 
 void Budget::EndWork() {

@@ -14,12 +14,24 @@ namespace {
 bool HasProperty(const ZVSmartZvg::SZVLGZvgComp& comp, const std::wstring& name,
                  const std::wstring& value) {
     for (std::size_t i = 0; i < comp.compProperties.size();) {
-        const PropertyView property = TakeProperty(comp.compProperties, i);
+        const WideProperty property = TakeProperty(comp.compProperties, i);
         if (property.value == value && (property.fullName == name || property.name == name)) {
             return true;
         }
     }
     return false;
+}
+
+bool HasProperty(const ElementView& element, const PropertyTest& wanted) {
+    const std::string_view full = wanted.name;
+    return std::any_of(
+        element.properties.begin(), element.properties.end(), [&](const PropertyView& property) {
+            if (property.value != wanted.value) return false;
+            const std::string_view set = property.set, name = property.name;
+            if (name == full) return true;
+            return !set.empty() && full.size() == set.size() + 1 + name.size() &&
+                   full.starts_with(set) && full[set.size()] == '.' && full.ends_with(name);
+        });
 }
 
 }  // namespace
@@ -48,17 +60,33 @@ std::pair<unsigned int, unsigned int> Chosen::Span(unsigned int floor) const {
 }
 
 bool Chosen::Holds(ElementIndex index, const ZVSmartZvg::SZVLGZvgComp& comp) const {
-    return IsNamed(index, comp) &&
+    const auto isOfClass = [&](std::size_t i) { return IsOfClass(comp, classes[i]); };
+    return IsNamed(index, IsRoomClass(comp.classLevel2Name), isOfClass) &&
            std::all_of(properties.begin(), properties.end(), [&comp](const auto& wanted) {
                return HasProperty(comp, wanted.first, wanted.second);
            });
 }
 
-bool Chosen::IsNamed(ElementIndex index, const ZVSmartZvg::SZVLGZvgComp& comp) const {
+bool Chosen::Holds(const ElementView& element) const {
+    const auto isOfClass = [&](std::size_t i) {
+        const std::string& name = selection.classNames[i];
+        return element.className == name || element.typeName == name ||
+               element.materialName == name || element.predefinedType == name;
+    };
+    return IsNamed(element.index, IsRoomClass(element.className), isOfClass) &&
+           std::all_of(
+               selection.properties.begin(), selection.properties.end(),
+               [&element](const PropertyTest& wanted) { return HasProperty(element, wanted); });
+}
+
+template <class OfClass>
+bool Chosen::IsNamed(ElementIndex index, bool isRoom, OfClass isOfClass) const {
     if (!elements.empty()) return std::binary_search(elements.begin(), elements.end(), index);
-    if (classes.empty()) return selection.rooms || !IsRoomClass(comp.classLevel2Name);
-    return std::any_of(classes.begin(), classes.end(),
-                       [&](const std::wstring& name) { return IsOfClass(comp, name); });
+    if (classes.empty()) return selection.rooms || !isRoom;
+    for (std::size_t i = 0; i < classes.size(); ++i) {
+        if (isOfClass(i)) return true;
+    }
+    return false;
 }
 
 }  // namespace ZVSmartModel

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "ZVSmartModel/BlockFile.h"
+#include "ZVSmartModel/ElementView.h"
 #include "ZVSmartZvg/Comp.h"
 
 namespace ZVSmartModel {
@@ -20,9 +21,11 @@ class Chosen {
     /// Between which positions of the floor they are: the first, and the one behind the last.
     std::pair<unsigned int, unsigned int> Span(unsigned int floor) const;
     bool Holds(ElementIndex index, const ZVSmartZvg::SZVLGZvgComp& comp) const;
+    bool Holds(const ElementView& element) const;
 
   private:
-    bool IsNamed(ElementIndex index, const ZVSmartZvg::SZVLGZvgComp& comp) const;
+    template <class OfClass>
+    bool IsNamed(ElementIndex index, bool isRoom, OfClass isOfClass) const;
 
     const Selection& selection;
     std::vector<std::wstring> classes;

@@ -10,11 +10,6 @@ using namespace ZVSmartZvg;
 
 namespace {
 
-std::optional<Rgba> ColourOf(const SZVLGZvgDisplayAttr& attr) {
-    if ((attr.flags & DisplayAttrFlag::colour) == 0) return std::nullopt;
-    return Rgba{attr.red, attr.green, attr.blue, attr.alpha};
-}
-
 /// The GUID or the name; empty for the default, which says nothing.
 std::string TextOf(const SerialKey& key) {
     const bool isDefault = key.name == SerialKey().name && key.guid == SerialGuid();
@@ -49,7 +44,7 @@ const Property* Element::Find(const std::string& set, const std::string& propert
 std::vector<Property> PublicProperties(const PropertyList& pairs) {
     std::vector<Property> properties;
     for (std::size_t i = 0; i < pairs.size();) {
-        const PropertyView view = TakeProperty(pairs, i);
+        const WideProperty view = TakeProperty(pairs, i);
         properties.push_back({ToUtf8(view.set), ToUtf8(view.name), ToUtf8(view.value),
                               ToUtf8(view.kind), ToUtf8(view.unit)});
     }
@@ -91,9 +86,32 @@ std::string NameOf(const SZVLGZvgComp& comp) {
     return ToUtf8(WideNameOf(comp));
 }
 
+std::optional<Rgba> ColourOf(const SZVLGZvgDisplayAttr& attr) {
+    if ((attr.flags & DisplayAttrFlag::colour) == 0) return std::nullopt;
+    return Rgba{attr.red, attr.green, attr.blue, attr.alpha};
+}
+
 std::optional<Rgba> ColourOf(const SZVLGZvgComp& comp) {
     const std::optional<Rgba> own = ColourOf(comp.compAttr);
     return own ? own : ColourOf(comp.classLevel4Attr);
+}
+
+Look LookOf(const SZVLGZvgDisplayAttr& attr, std::string_view otherName) {
+    const Rgba colour = {attr.red, attr.green, attr.blue, attr.alpha};
+    const bool named = (attr.flags & DisplayAttrFlag::styleName) != 0 && !attr.styleName.empty();
+    return {named ? ToUtf8(attr.styleName) : std::string(otherName), colour};
+}
+
+std::optional<Look> ClassLook(const SZVLGZvgComp& comp) {
+    for (const SZVLGZvgDisplayAttr* attr : {&comp.classLevel4Attr, &comp.classLevel2bAttr}) {
+        if (ColourOf(*attr)) return LookOf(*attr, ToUtf8(comp.classLevel4Name));
+    }
+    return std::nullopt;
+}
+
+Look OwnLook(const SZVLGZvgComp& comp) {
+    if (ColourOf(comp.compAttr)) return LookOf(comp.compAttr, ToUtf8(comp.classLevel4Name));
+    return ClassLook(comp).value_or(Look());
 }
 
 std::string ColourText(const Rgba& colour) {

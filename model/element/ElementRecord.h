@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "ZVSmartModel/Body.h"
 #include "ZVSmartModel/Element.h"
 #include "ZVSmartZvg/Comp.h"
 
@@ -22,8 +23,19 @@ ZVSmartZvg::SZVLGCompParts NameAlone();
 /// For who wants no property at all.
 ZVSmartZvg::SZVLGCompParts NoProperties();
 
+/// The colour that display attributes hold, if any.
+std::optional<Rgba> ColourOf(const ZVSmartZvg::SZVLGZvgDisplayAttr& attr);
 /// Its own colour, or its class's.
 std::optional<Rgba> ColourOf(const ZVSmartZvg::SZVLGZvgComp& comp);
+
+/// What display attributes make of a surface; they hold a colour. `otherName` is its name where
+/// they have none.
+Look LookOf(const ZVSmartZvg::SZVLGZvgDisplayAttr& attr, std::string_view otherName);
+/// The look that a class gives to what has none; none where it holds no colour.
+std::optional<Look> ClassLook(const ZVSmartZvg::SZVLGZvgComp& comp);
+/// The look of what a component places without one: of its own display attributes, else of its
+/// class's; the default where none holds a colour.
+Look OwnLook(const ZVSmartZvg::SZVLGZvgComp& comp);
 
 /// A colour as "#RRGGBBAA".
 std::string ColourText(const Rgba& colour);

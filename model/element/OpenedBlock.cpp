@@ -43,10 +43,11 @@ void OpenedFile::ThrowUnread() const {
     throw Error(Status::InputOutput, path + ": became shorter while it was read", path);
 }
 
-OpenedBlock::OpenedBlock(OpenedFile opened, Budget& limits)
+OpenedBlock::OpenedBlock(OpenedFile opened, Budget& limits, std::uint64_t cacheBytes)
     : file(std::move(opened)), limits(limits) {
     limits.AddFile(file.Path(), FileBytes());
     reader.SetDecodedBlockLimit(limits.BlockLimit(FileBytes()));
+    reader.SetCacheBytes(cacheBytes);
     bool isOpen = false;
     try {
         isOpen = reader.Init(&file.Stream());
@@ -80,6 +81,7 @@ bool OpenedBlock::Ask(Query query) {
         PassOnLackOfMemory(exception);
     }
     const std::optional<Damage> damage = LastDamage();
+    isAnswerWhole = !damage;
     if (!damage) return true;
     RememberDamage(*damage);
     latestDamage = *damage;
@@ -185,12 +187,28 @@ bool OpenedBlock::ReadComp(const ZVSmartZvg::SZVLGCompIndex& index,
     return isRead;
 }
 
+bool OpenedBlock::ReadView(const ZVSmartZvg::SZVLGCompIndex& index,
+                           const ZVSmartZvg::SZVLGCompParts& parts,
+                           ZVSmartZvg::SZVLGCompView& view) {
+    constexpr u64 bytesPerStep = 4;
+    limits.Work(50);
+    bool isRead = false;
+    Ask([&] { isRead = reader.GetCompViewByIndex(index, parts, view); });
+    limits.Work(view.byteCount / bytesPerStep);  // also of what is damaged at its very end
+    return isRead;
+}
+
 void OpenedBlock::ReadElement(const ZVSmartZvg::SZVLGCompIndex& index,
                               ZVSmartZvg::SZVLGZvgComp& comp) {
+    ReadElement(index, [&] { return ReadComp(index, comp); });
+}
+
+void OpenedBlock::ReadElement(const ZVSmartZvg::SZVLGCompIndex& index,
+                              const std::function<bool()>& read) {
     const std::string place = "element " + PlaceText(index.floorIndex, index.compIndex);
     latestDamage = {};
     const bool isThere = index.floorIndex < reader.GetFloorNum() &&
-                         index.compIndex < FloorCompNum(index.floorIndex) && ReadComp(index, comp);
+                         index.compIndex < FloorCompNum(index.floorIndex) && read();
     if (isThere) return;
     ThrowIfCutShort();
     if (!latestDamage.reason.empty()) ThrowLatestDamage();
@@ -202,31 +220,23 @@ void OpenedBlock::ThrowLatestDamage() const {
                      latestDamage.position);
 }
 
-/// A full reader gives up the lowest of its geometry blocks. Where that is not the one which was
-/// used least lately, as when a file is read again, two blocks in turn could displace each other
-/// for ever; it gives up all then.
-void OpenedBlock::MakeRoomFor(unsigned int geoBlock) {
-    constexpr std::size_t mostKept = 3;
-    std::vector<unsigned int>& kept = keptGeoBlocks;
-    const auto known = std::find(kept.begin(), kept.end(), geoBlock);
-    if (known != kept.end()) {
-        kept.erase(known);
-    } else if (kept.size() == mostKept) {
-        if (kept.back() == *std::min_element(kept.begin(), kept.end())) {
-            kept.pop_back();
-        } else {
-            reader.CleanInnerBuffer();
-            kept.clear();
-        }
-    }
-    kept.insert(kept.begin(), geoBlock);
+/// Reads a record by `read` and charges what it takes. Asking the system for the time that each one
+/// took would take as long as reading a small one; only one that ends in damage cannot be counted.
+template <class Read>
+bool OpenedBlock::Charged(const ZVSmartZvg::SZVLGZvgGeo& geo, Read read) {
+    constexpr u64 bytesPerStep = 8;
+    const u64 begun = Budget::ClockSteps();
+    const bool isWhole = read();
+    limits.Work(isWhole ? BytesOf(geo) / bytesPerStep : Budget::ClockSteps() - begun);
+    return isWhole;
 }
 
 void OpenedBlock::ReadGeo(const ZVSmartZvg::SZVLGZvgGeoIndex& index, ZVSmartZvg::SZVLGZvgGeo& geo) {
-    MakeRoomFor(index.blockIndex);
+    const bool isDecoded = lastGeoBlock == index.blockIndex;
+    lastGeoBlock = index.blockIndex;
     bool isRead = false;
-    const auto query = [&] { isRead = reader.GetGeoByIndex(index, geo); };
-    if (!limits.Timed([&] { return Ask(query); })) ThrowLatestDamage();
+    const auto ask = [&] { return Ask([&] { isRead = reader.GetGeoByIndex(index, geo); }); };
+    if (!(isDecoded ? Charged(geo, ask) : limits.Timed(ask))) ThrowLatestDamage();
     if (isRead) return;
     const std::string place = PlaceText(index.blockIndex, index.indexInBlock);
     throw ErrorAbout(Status::Damaged, "damaged: geometry " + place + " has no bytes");

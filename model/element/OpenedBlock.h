@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -56,7 +57,9 @@ class OpenedBlock {
   public:
     /// Throws Error InputOutput for a file that cannot be opened, Damaged for one that is no
     /// block file or has no readable index. `limits` is borrowed, and charged for what is read.
-    OpenedBlock(OpenedFile file, Budget& limits);
+    /// Decoded floors and geometry blocks are kept up to `cacheBytes`.
+    OpenedBlock(OpenedFile file, Budget& limits,
+                std::uint64_t cacheBytes = OpenOptions().cacheBytes);
 
     ZVSmartZvg::CZVLGBlockReader& Reader() { return reader; }
     Budget& Limits() { return limits; }
@@ -91,9 +94,16 @@ class OpenedBlock {
     /// The same where not all of its properties are wanted.
     bool ReadComp(const ZVSmartZvg::SZVLGCompIndex& index, const ZVSmartZvg::SZVLGCompParts& parts,
                   ZVSmartZvg::SZVLGZvgComp& comp);
+    /// The same in place, where its classes are not wanted: `view` holds until this is asked again.
+    bool ReadView(const ZVSmartZvg::SZVLGCompIndex& index, const ZVSmartZvg::SZVLGCompParts& parts,
+                  ZVSmartZvg::SZVLGCompView& view);
+    /// Whether the last answer hid nothing that is damaged.
+    bool IsAnswerWhole() const { return isAnswerWhole; }
     /// Reads the component at `index`. Throws Error, NotFound, where there is none, and Damaged
     /// where it, or whether it is there, cannot be read.
     void ReadElement(const ZVSmartZvg::SZVLGCompIndex& index, ZVSmartZvg::SZVLGZvgComp& comp);
+    /// The same where `read` reads it, and says whether it could.
+    void ReadElement(const ZVSmartZvg::SZVLGCompIndex& index, const std::function<bool()>& read);
     /// Does `act`. False where the budget was used up before or is by it, which is remembered:
     /// `what` and what follows are left out.
     template <class Act>
@@ -106,6 +116,9 @@ class OpenedBlock {
         }
         return leftOut.empty();
     }
+
+    /// Remembers that the budget was used up: `what` and what follows are left out.
+    void LeaveOut(const std::string& what, const BudgetUsedUp& end);
 
     /// Hands every readable component of a floor to `use(index, comp)`, in order, until the budget
     /// is used up.
@@ -182,18 +195,19 @@ class OpenedBlock {
     bool Ask(Query query);
     template <class Count>
     unsigned int Counted(const char* what, unsigned int number, Count count);
+    template <class Read>
+    bool Charged(const ZVSmartZvg::SZVLGZvgGeo& geo, Read read);
     std::optional<Damage> LastDamage();
-    void MakeRoomFor(unsigned int geoBlock);
     void RememberDamage(const Damage& damage);
     [[noreturn]] void ThrowLatestDamage() const;
-    void LeaveOut(const std::string& what, const BudgetUsedUp& end);
     [[noreturn]] void ThrowForeign(const std::string& reason);
 
     OpenedFile file;
     Budget& limits;
     ZVSmartZvg::CZVLGBlockReader reader;
-    std::vector<unsigned int> keptGeoBlocks;  ///< by the reader, about; the last used first
+    unsigned int lastGeoBlock = ZVSmartZvg::ZVLG_NONE;  ///< the one that was asked for last
     Damage latestDamage;
+    bool isAnswerWhole = true;
     std::string leftOut;  ///< what, and why; empty while the budget lasts
     DamageList damages, metAtOpening, metNow;
 };

@@ -32,9 +32,9 @@ PropertyPairs PairsOf(const std::vector<StoredProperty>& properties) {
     return pairs;
 }
 
-PropertyView TakeProperty(const PropertyPairs& pairs, std::size_t& i) {
+WideProperty TakeProperty(const PropertyPairs& pairs, std::size_t& i) {
     const auto& [fullName, value] = pairs[i++];
-    PropertyView property{{}, fullName, fullName, value, textKind, {}};
+    WideProperty property{{}, fullName, fullName, value, textKind, {}};
     const std::size_t dot = fullName.find(L'.');
     if (dot != std::wstring::npos) {
         property.set = property.fullName.substr(0, dot);
@@ -64,7 +64,7 @@ std::vector<StoredProperty> PropertiesOfPairs(const PropertyPairs& pairs) {
     std::vector<StoredProperty> properties;
     properties.reserve(pairs.size());
     for (std::size_t i = 0; i < pairs.size();) {
-        const PropertyView view = TakeProperty(pairs, i);
+        const WideProperty view = TakeProperty(pairs, i);
         properties.push_back({std::wstring(view.fullName), std::wstring(view.value),
                               std::wstring(view.kind), std::wstring(view.unit)});
     }

@@ -36,14 +36,14 @@ struct StoredProperty {
 };
 
 /// A stored property, in the texts of the pairs that tell it.
-struct PropertyView {
+struct WideProperty {
     std::wstring_view set;   ///< what stands before the first dot; empty where there is none
     std::wstring_view name;  ///< what stands behind it
     std::wstring_view fullName, value, kind, unit;
 };
 
 /// The property that begins at pair `i`, which becomes the number of the pair behind it.
-PropertyView TakeProperty(const PropertyPairs& pairs, std::size_t& i);
+WideProperty TakeProperty(const PropertyPairs& pairs, std::size_t& i);
 
 /// The value of a property of this kind as a number; none for texts and the like.
 std::optional<double> NumberOf(std::string_view value, std::string_view kind);

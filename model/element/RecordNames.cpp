@@ -22,4 +22,9 @@ bool IsRoomClass(const std::wstring& classLevel2Name) {
            classLevel2Name == L"IfcExternalSpatialElement";
 }
 
+bool IsRoomClass(std::string_view className) {
+    return className == "IfcSpace" || className == "IfcSpatialZone" ||
+           className == "IfcExternalSpatialElement";
+}
+
 }  // namespace ZVSmartModel

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "ZVSmartZvg/Comp.h"
 
@@ -22,6 +23,9 @@ inline const std::wstring unassignedFloorName = L"unassigned";
 
 /// Whether components of this name on level 2 are rooms: space between what is built, whose bodies
 /// would hide it.
+/// @{
 bool IsRoomClass(const std::wstring& classLevel2Name);
+bool IsRoomClass(std::string_view className);
+/// @}
 
 }  // namespace ZVSmartModel

@@ -1,9 +1,8 @@
 #include "model/find/ElementNames.h"
 
 #include "model/element/BlockFileImp.h"
+#include "model/element/ElementReader.h"
 #include "model/element/ElementRecord.h"
-#include "model/element/RecordBytes.h"
-#include "model/element/RecordNames.h"
 
 namespace ZVSmartModel {
 
@@ -12,20 +11,19 @@ using namespace ZVSmartZvg;
 ElementNames::ElementNames(OpenedBlock& block) {
     const unsigned int floors = block.Reader().GetFloorNum();
     Budget& limits = block.Limits();
-    const auto note = [&limits](Table& table, const std::string& key, ElementIndex index) {
+    const auto note = [&limits](Table& table, std::string_view key, ElementIndex index) {
         limits.Memory(100 + key.size());
-        table[key].push_back(index);
+        table[std::string(key)].push_back(index);
     };
+    ElementReader reader({NameAlone(), false});
     for (unsigned int floor = 0; floor < floors; ++floor) {
-        const auto take = [&](const SZVLGCompIndex& place, const SZVLGZvgComp& comp) {
-            const ElementIndex index = {place.floorIndex, place.compIndex};
-            note(byGuid, KeyText(comp.compGuidName), index);
-            if (std::string name = NameOf(comp); !name.empty()) note(byName, name, index);
-            for (const SerialKey& parent : comp.relatedGuidNames) {
-                note(byParent, KeyText(parent), index);
+        reader.ForEach(block, floor, [&](const ElementView& element) {
+            note(byGuid, element.guid, element.index);
+            if (!element.name.empty()) note(byName, element.name, element.index);
+            for (const std::string_view parent : element.parents) {
+                note(byParent, parent, element.index);
             }
-        };
-        block.ForEachComp(floor, NameAlone(), take);
+        });
     }
     block.ThrowIfCutShort();
     if (block.HasMetDamage()) damage = block.Verdict();

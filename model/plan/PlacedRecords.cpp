@@ -21,7 +21,7 @@ void PlacedRecords::Visit(const SZVLGZvgComp& comp, const Use& use) {
             use({nested.geo, toModel * nested.toOutermost, styleName});
         });
     };
-    WalkPlacements(comp, limits, placedBy, visit);
+    WalkPlacements(ReferencedNames(comp), limits, placedBy, visit);
 }
 
 const PlacedRecords::Stored* PlacedRecords::Read(u64 place) {

@@ -23,12 +23,12 @@ void Narrow(unsigned int& first, unsigned int& end, std::optional<std::int64_t> 
 }  // namespace
 
 ComponentScan::ComponentScan(QueriedFiles& files, unsigned int file, const Request& request,
-                             RowsOf rowsOf, ZVSmartZvg::SZVLGCompParts parts)
+                             RowsOf rowsOf, ElementReader::Wants wants)
     : files(files),
       file(file),
       request(request),
       rowsOf(rowsOf),
-      parts(std::move(parts)),
+      reader(std::move(wants)),
       itself(files.Open(file)) {}
 
 bool ComponentScan::Next(RowBatch& rows) {
@@ -98,8 +98,11 @@ bool ComponentScan::FindFloor(OpenedBlock& block) {
 }
 
 void ComponentScan::Read(OpenedBlock& block, ElementIndex index, RowBatch& rows) {
-    if (!block.ReadComp({index.floor, index.position}, parts, comp)) return;
-    rowsOf({files.Path(file), index, ElementId{file, index}.Number(), comp}, request, rows);
+    const ElementView* const element = reader.Read(block, index);
+    if (element == nullptr) return;
+    const bool hasBody = !reader.Stored().geoRefs.empty();
+    rowsOf({files.Path(file), index, ElementId{file, index}.Number(), *element, hasBody}, request,
+           rows);
 }
 
 void ComponentScan::NoteTooMany(const OpenedBlock& block, const char* what) {

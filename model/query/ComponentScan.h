@@ -4,8 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "ZVSmartZvg/Comp.h"
-#include "model/element/OpenedBlock.h"
+#include "model/element/ElementReader.h"
 #include "model/query/Tables.h"
 
 namespace ZVSmartModel {
@@ -15,7 +14,8 @@ struct ComponentAt {
     const std::string& path;
     ElementIndex index;
     std::int64_t id;
-    const ZVSmartZvg::SZVLGZvgComp& comp;
+    const ElementView& element;
+    bool hasBody;
 };
 
 /// Reads components of a file, those on the floors and at the places that are asked for alone, and
@@ -25,9 +25,9 @@ class ComponentScan : public FileScan {
     /// Adds a component's rows.
     using RowsOf = void (*)(const ComponentAt& at, const Request& request, RowBatch& rows);
 
-    /// `rowsOf` is given components with `parts` of their properties.
+    /// `rowsOf` is given what is wanted of components.
     ComponentScan(QueriedFiles& files, unsigned int file, const Request& request, RowsOf rowsOf,
-                  ZVSmartZvg::SZVLGCompParts parts);
+                  ElementReader::Wants wants);
 
     /// Null where it cannot be opened.
     const std::shared_ptr<const BlockFile>& File() const { return itself; }
@@ -48,13 +48,12 @@ class ComponentScan : public FileScan {
     unsigned int file;
     const Request& request;
     RowsOf rowsOf;
-    ZVSmartZvg::SZVLGCompParts parts;
+    ElementReader reader;
     std::shared_ptr<const BlockFile> itself;
     std::optional<std::vector<ElementIndex>> only;
     std::size_t nextOnly = 0;
     bool isBegun = false, isOnFloor = false, isOver = false;
     unsigned int floor = 0, endOfFloors = 0, position = 0, endOfPositions = 0;
-    ZVSmartZvg::SZVLGZvgComp comp;
 };
 
 }  // namespace ZVSmartModel

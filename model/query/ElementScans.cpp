@@ -2,8 +2,6 @@
 
 #include "model/element/BlockFileImp.h"
 #include "model/element/ElementRecord.h"
-#include "model/element/PropertyKinds.h"
-#include "model/element/RecordNames.h"
 #include "model/element/Utf8.h"
 #include "model/find/ElementNames.h"
 #include "model/query/ComponentScan.h"
@@ -15,48 +13,27 @@ using namespace ZVSmartZvg;
 
 namespace {
 
-void KeyTo(RowBatch& rows, int column, const SerialKey& key) {
-    if (!key.name.empty()) return rows.Text(column, key.name);
-    rows.Text(column, KeyText(key));
-}
-
-bool AcceptsKey(const Request& request, int column, const SerialKey& key) {
-    if (!key.name.empty()) return request.Accepts(column, key.name);
-    const std::string* const wanted = request.TextOf(column);
-    return wanted == nullptr || *wanted == KeyText(key);
-}
-
-/// Says nothing where it is as it was made.
-bool IsDefault(const SerialKey& key) {
-    return key == SerialKey();
-}
-
 namespace OfElements {
 
 // NOLINTNEXTLINE(readability-identifier-naming): as in SQL
 enum : int { file, floor, idx, guid, name, ofClass, type, material, colour, parent, id };
 
 void Rows(const ComponentAt& at, const Request& request, RowBatch& rows) {
-    const SZVLGZvgComp& comp = at.comp;
-    if (!request.Accepts(ofClass, comp.classLevel2Name)) return;
-    if (!AcceptsKey(request, guid, comp.compGuidName)) return;
-    const std::wstring_view called = request.Wants(name) ? WideNameOf(comp) : std::wstring_view();
-    if (!request.Accepts(name, called)) return;
+    const ElementView& element = at.element;
+    if (!request.Accepts(ofClass, element.className)) return;
+    if (!request.Accepts(guid, element.guid)) return;
+    if (!request.Accepts(name, element.name)) return;
     rows.Begin(at.id);
     rows.Text(file, at.path);
     rows.Integer(floor, at.index.floor);
     rows.Integer(idx, at.index.position);
-    if (request.Wants(guid)) KeyTo(rows, guid, comp.compGuidName);
-    rows.TextIfAny(name, called);
-    rows.TextIfAny(ofClass, comp.classLevel2Name);
-    rows.TextIfAny(type, comp.classLevel3Name);
-    rows.TextIfAny(material, comp.classLevel4Name);
-    if (request.Wants(colour)) {
-        if (const auto own = ColourOf(comp)) rows.Text(colour, ColourText(*own));
-    }
-    if (request.Wants(parent) && !comp.relatedGuidNames.empty()) {
-        KeyTo(rows, parent, comp.relatedGuidNames.front());
-    }
+    rows.Text(guid, element.guid);
+    rows.TextIfAny(name, element.name);
+    rows.TextIfAny(ofClass, element.className);
+    rows.TextIfAny(type, element.typeName);
+    rows.TextIfAny(material, element.materialName);
+    if (request.Wants(colour) && element.colour) rows.Text(colour, ColourText(*element.colour));
+    if (!element.parents.empty()) rows.Text(parent, element.parents.front());
     rows.Integer(id, at.id);
 }
 
@@ -68,10 +45,7 @@ namespace OfProperties {
 enum : int { file, element, set, name, value, number, unit };
 
 void Rows(const ComponentAt& at, const Request& request, RowBatch& rows) {
-    const PropertyPairs& pairs = at.comp.compProperties;
-    std::string text;
-    for (std::size_t i = 0; i < pairs.size();) {
-        const PropertyView property = TakeProperty(pairs, i);
+    for (const PropertyView& property : at.element.properties) {
         if (!request.Accepts(name, property.name)) continue;
         if (!request.Accepts(set, property.set)) continue;
         rows.Begin(0);
@@ -81,10 +55,8 @@ void Rows(const ComponentAt& at, const Request& request, RowBatch& rows) {
         rows.Text(name, property.name);
         rows.Text(value, property.value);
         rows.TextIfAny(unit, property.unit);
-        if (!request.Wants(number) || property.kind == textKind) continue;
-        text.clear();
-        AppendUtf8(text, property.value);
-        if (const auto read = NumberOf(text, ToUtf8(property.kind))) rows.Real(number, *read);
+        if (!request.Wants(number)) continue;
+        if (const auto read = property.Number()) rows.Real(number, *read);
     }
 }
 
@@ -96,19 +68,16 @@ namespace OfMaterials {
 enum : int { file, element, idx, name, category, thickness };
 
 void Rows(const ComponentAt& at, const Request& request, RowBatch& rows) {
-    if (at.comp.geoRefs.empty()) return;
     int number = 0;
-    for (const Material& material : MaterialsOf(at.comp)) {
+    for (const MaterialView& material : at.element.materials) {
         const int itself = number++;
-        if (const std::string* const wanted = request.TextOf(name)) {
-            if (*wanted != material.name) continue;
-        }
+        if (!request.Accepts(name, material.name)) continue;
         rows.Begin(0);
         rows.Text(file, at.path);
         rows.Integer(element, at.id);
         rows.Integer(idx, itself);
-        if (!material.name.empty()) rows.Text(name, material.name);
-        if (!material.category.empty()) rows.Text(category, material.category);
+        rows.TextIfAny(name, material.name);
+        rows.TextIfAny(category, material.category);
         if (material.thickness) rows.Real(thickness, *material.thickness);
     }
 }
@@ -121,16 +90,16 @@ namespace OfRelations {
 enum : int { file, element, kind, target };
 
 void Rows(const ComponentAt& at, const Request& request, RowBatch& rows) {
-    const auto add = [&](const wchar_t* itsKind, const SerialKey& key) {
-        if (!request.Accepts(kind, itsKind) || !AcceptsKey(request, target, key)) return;
+    const auto add = [&](std::string_view itsKind, std::string_view guid) {
+        if (!request.Accepts(kind, itsKind) || !request.Accepts(target, guid)) return;
         rows.Begin(0);
         rows.Text(file, at.path);
         rows.Integer(element, at.id);
         rows.Text(kind, itsKind);
-        KeyTo(rows, target, key);
+        rows.Text(target, guid);
     };
-    for (const SerialKey& key : at.comp.relatedGuidNames) add(L"parent", key);
-    if (!IsDefault(at.comp.groupGuidName)) add(L"group", at.comp.groupGuidName);
+    for (const std::string_view guid : at.element.parents) add("parent", guid);
+    if (!at.element.group.empty()) add("group", at.element.group);
 }
 
 }  // namespace OfRelations
@@ -147,9 +116,10 @@ std::optional<std::vector<ElementIndex>> PlacesOfGuid(const BlockFile& file,
     }
 }
 
-template <ComponentScan::RowsOf rowsOf>
+template <ComponentScan::RowsOf rowsOf, bool materials>
 std::unique_ptr<FileScan> Scan(QueriedFiles& files, unsigned int file, const Request& request) {
-    return std::make_unique<ComponentScan>(files, file, request, rowsOf, NoProperties());
+    return std::make_unique<ComponentScan>(files, file, request, rowsOf,
+                                           ElementReader::Wants{NoProperties(), materials});
 }
 
 /// Where the name is given the others are passed. A name that ends as companions' names do cannot
@@ -158,17 +128,19 @@ std::unique_ptr<FileScan> ScanProperties(QueriedFiles& files, unsigned int file,
                                          const Request& request) {
     SZVLGCompParts parts;
     for (const Request::TextFilter& filter : request.texts) {
-        const bool isName = filter.column == OfProperties::name && !filter.wide.empty();
-        if (isName && filter.wide.back() != L'@') parts.propertyNameEnd = filter.wide;
+        const bool isName = filter.column == OfProperties::name && !filter.text.empty();
+        if (isName && filter.text.back() != '@') parts.propertyNameEnd = FromUtf8(filter.text);
     }
-    return std::make_unique<ComponentScan>(files, file, request, OfProperties::Rows, parts);
+    return std::make_unique<ComponentScan>(files, file, request, OfProperties::Rows,
+                                           ElementReader::Wants{parts, false});
 }
 
 /// An element of one file is looked up; who wants it of all files reads them.
 std::unique_ptr<FileScan> ScanElements(QueriedFiles& files, unsigned int file,
                                        const Request& request) {
     const SZVLGCompParts parts = request.Wants(OfElements::name) ? NameAlone() : NoProperties();
-    auto scan = std::make_unique<ComponentScan>(files, file, request, OfElements::Rows, parts);
+    auto scan = std::make_unique<ComponentScan>(files, file, request, OfElements::Rows,
+                                                ElementReader::Wants{parts, false});
     const std::string* const guid = request.TextOf(OfElements::guid);
     if (scan->File() && guid != nullptr && request.path && !request.element) {
         if (auto places = PlacesOfGuid(*scan->File(), *guid)) scan->Only(std::move(*places));
@@ -217,7 +189,7 @@ std::vector<Table> ElementTables() {
              .rowIsElement = false,
              .rowsPerFile = 400,
              .work = Work::decodeFloors,
-             .scan = Scan<OfMaterials::Rows>},
+             .scan = Scan<OfMaterials::Rows, true>},
             {.name = "relations",
              .columns = {{"file", "TEXT", Meaning::Path},
                          {"element", "INTEGER", Meaning::Element},
@@ -226,7 +198,7 @@ std::vector<Table> ElementTables() {
              .rowIsElement = false,
              .rowsPerFile = 300,
              .work = Work::decodeFloors,
-             .scan = Scan<OfRelations::Rows>}};
+             .scan = Scan<OfRelations::Rows, false>}};
 }
 
 }  // namespace ZVSmartModel

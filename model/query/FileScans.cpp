@@ -59,7 +59,7 @@ void Rows(QueriedFiles& files, unsigned int file, const Request& request, RowBat
     itself->Internals().Ask([&rows](OpenedBlock& block) {
         ZVSmartZvg::SZVLGZvgBlockHeadInfo head;
         block.Reader().GetHeadInfo(head);
-        rows.Text(title, head.firstText);
+        rows.Text(title, ToUtf8(head.firstText));
         rows.Integer(version, block.Reader().GetVersion());
         rows.Integer(bytes, static_cast<std::int64_t>(block.FileBytes()));
         if (const auto met = block.Verdict()) rows.Text(error, std::string_view(met->what()));
@@ -81,7 +81,7 @@ void Rows(QueriedFiles& files, unsigned int number, const Request& request, RowB
         block.Within("floors", [&] {
             for (unsigned int floor = 0; floor < floors; ++floor) {
                 if (request.position.value_or(floor) != floor) continue;
-                const std::wstring called = block.FloorName(floor);
+                const std::string called = ToUtf8(block.FloorName(floor));
                 block.Limits().Work(100 + called.size());
                 if (!request.Accepts(name, called)) continue;
                 rows.Begin(0);
@@ -153,7 +153,7 @@ enum : int { file, element, xmin, ymin, zmin, xmax, ymax, zmax, area, volume, cl
 
 /// The elements whose bodies are to be measured; geometry is not looked at.
 void NoteElement(const ComponentAt& at, const Request&, RowBatch& rows) {
-    if (!at.comp.geoRefs.empty()) rows.Begin(at.id);
+    if (at.hasBody) rows.Begin(at.id);
 }
 
 class Scan : public FileScan {
@@ -161,7 +161,7 @@ class Scan : public FileScan {
     Scan(QueriedFiles& files, unsigned int number, const Request& request)
         : files(files),
           number(number),
-          elements(files, number, request, NoteElement, NoProperties()) {}
+          elements(files, number, request, NoteElement, {NoProperties(), false}) {}
 
     bool Next(RowBatch& rows) override {
         if (next == found.Rows() && !isOver) {

@@ -37,8 +37,7 @@ struct Request {
     /// What a text must be.
     struct TextFilter {
         int column;
-        std::wstring wide;
-        std::string utf8;
+        std::string text;
     };
 
     std::uint64_t columns = 0;        ///< a bit for each that is looked at
@@ -51,15 +50,15 @@ struct Request {
     bool Wants(int column) const { return (columns >> column & 1) != 0; }
 
     /// Whether a row whose column holds `text` may be wanted.
-    bool Accepts(int column, std::wstring_view text) const {
+    bool Accepts(int column, std::string_view text) const {
         for (const TextFilter& filter : texts) {
-            if (filter.column == column && filter.wide != text) return false;
+            if (filter.column == column && filter.text != text) return false;
         }
         return true;
     }
     const std::string* TextOf(int column) const {
         for (const TextFilter& filter : texts) {
-            if (filter.column == column) return &filter.utf8;
+            if (filter.column == column) return &filter.text;
         }
         return nullptr;
     }

@@ -7,7 +7,6 @@
 #include <string_view>
 #include <vector>
 
-#include "model/element/Utf8.h"
 #include "model/query/Request.h"
 
 namespace ZVSmartModel {
@@ -59,15 +58,8 @@ class RowBatch {
             SetText(*cell, offset);
         }
     }
-    void Text(int column, std::wstring_view text) {
-        if (Cell* const cell = At(column)) {
-            const std::size_t offset = texts.size();
-            AppendUtf8(texts, text);
-            SetText(*cell, offset);
-        }
-    }
     /// Stays null where it is empty.
-    void TextIfAny(int column, std::wstring_view text) {
+    void TextIfAny(int column, std::string_view text) {
         if (!text.empty()) Text(column, text);
     }
 

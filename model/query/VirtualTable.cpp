@@ -152,10 +152,10 @@ void Add(Request& request, const Table& table, int column, sqlite3_value* value)
             request.path = text;
             return;
         }
-        std::wstring wide = FromUtf8(text);
+        const std::wstring wide = FromUtf8(text);
         // What a file's text has no character for is U+FFFD here, whatever it is there.
         if (wide.find(L'\xFFFD') != std::wstring::npos) return;
-        request.texts.push_back({column, std::move(wide), std::move(text)});
+        request.texts.push_back({column, std::move(text)});
         request.columns |= std::uint64_t{1} << column;
     }
 }

@@ -7,9 +7,9 @@
 #include <memory>
 
 #include "model/element/BlockFileImp.h"
+#include "model/element/ElementRecord.h"
 #include "model/scene/Normals.h"
 #include "model/scene/PointMath.h"
-#include "model/scene/RecordSurfaces.h"
 #include "model/scene/TriangleLists.h"
 
 namespace ZVSmartModel {

@@ -7,11 +7,13 @@
 #include "ZVSmartModel/Body.h"
 #include "model/element/BlockFileImp.h"
 #include "model/element/Chosen.h"
+#include "model/element/ElementReader.h"
+#include "model/element/ElementRecord.h"
 #include "model/element/Utf8.h"
 #include "model/scene/BodyReader.h"
 #include "model/scene/Normals.h"
 #include "model/scene/PointMath.h"
-#include "model/scene/RecordSurfaces.h"
+#include "model/scene/RecordWalk.h"
 #include "model/scene/SceneBuilder.h"
 
 namespace ZVSmartModel {
@@ -26,19 +28,18 @@ class ShapesMaker {
     ShapesMaker(OpenedBlock& block, StoredGeos& geos, const BodyOptions& options)
         : block(block), stored(block, geos, {options.curves, true}), options(options) {}
 
-    void Add(ElementIndex element, const SZVLGZvgComp& comp) {
-        const Look ownLook = OwnLook(comp);
-        stored.Visit(
-            comp, [&](const std::wstring& name, StoredShape& shape, const CZVIMTransf& toModel) {
-                const std::optional<std::uint32_t> number = NumberOf(name, shape);
-                const Transform toWorld = TransformOf(toModel);
-                if (!number || !IsNear(toWorld)) return;
-                if (shapes.placements.size() == SceneBuilder::mostPlacements) {
-                    throw block.ErrorAbout(Status::Damaged, SceneBuilder::TooManyPlacements());
-                }
-                block.Limits().Memory(2 * sizeof(Placement) + ownLook.name.size());
-                shapes.placements.push_back({element, *number, ownLook, toWorld});
-            });
+    void Add(ElementIndex element, const SZVLGCompView& comp, const Look& ownLook) {
+        stored.Visit(ReferencedNames(comp), [&](const std::wstring& name, StoredShape& shape,
+                                                const CZVIMTransf& toModel) {
+            const std::optional<std::uint32_t> number = NumberOf(name, shape);
+            const Transform toWorld = TransformOf(toModel);
+            if (!number || !IsNear(toWorld)) return;
+            if (shapes.placements.size() == SceneBuilder::mostPlacements) {
+                throw block.ErrorAbout(Status::Damaged, SceneBuilder::TooManyPlacements());
+            }
+            block.Limits().Memory(2 * sizeof(Placement) + ownLook.name.size());
+            shapes.placements.push_back({element, *number, ownLook, toWorld});
+        });
     }
 
     Shapes Take() {
@@ -109,16 +110,15 @@ Shapes ReadShapes(const BlockFile& file, const Selection& selection, const BodyO
                      std::min(block.FloorCompNum(floor), begin);
         }
         ShapeProgress told(progress, total);
-        SZVLGCompParts parts;
-        parts.properties = !selection.properties.empty();
+        const bool anyProperty = !selection.properties.empty();
+        ElementReader reader({anyProperty ? SZVLGCompParts() : NoProperties(), false});
         for (unsigned int floor = first; floor < end; ++floor) {
             if (!chosen.MayHold(floor)) continue;
-            const auto add = [&](const SZVLGCompIndex& place, const SZVLGZvgComp& comp) {
+            reader.ForEach(block, floor, chosen.Span(floor), [&](const ElementView& element) {
                 told.Next();
-                const ElementIndex index = {place.floorIndex, place.compIndex};
-                if (chosen.Holds(index, comp)) maker.Add(index, comp);
-            };
-            block.ForEachComp(floor, chosen.Span(floor), parts, add);
+                if (!chosen.Holds(element)) return;
+                maker.Add(element.index, reader.Stored(), reader.OwnLook());
+            });
         }
         block.ThrowIfCutShort();
         return maker.Take();

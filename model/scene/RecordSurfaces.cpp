@@ -3,7 +3,7 @@
 #include <map>
 #include <utility>
 
-#include "model/element/Utf8.h"
+#include "model/element/ElementRecord.h"
 #include "model/scene/PointMath.h"
 #include "model/scene/RecordWalk.h"
 #include "model/scene/TriangleLists.h"
@@ -15,27 +15,26 @@ using namespace ZVSmartZvg;
 
 namespace {
 
-/// What display attributes make of a surface; they hold a colour. `otherName` is its name where
-/// they have none.
-Look LookOf(const SZVLGZvgDisplayAttr& attr, const std::wstring& otherName) {
-    const bool named = (attr.flags & DisplayAttrFlag::styleName) != 0 && !attr.styleName.empty();
-    return {ToUtf8(named ? attr.styleName : otherName),
-            {attr.red, attr.green, attr.blue, attr.alpha}};
-}
-
 /// The point lists of a record move into one surface; indices count from where theirs begins.
 class SurfaceFiller {
   public:
     SurfaceFiller(Triangles& surface, const CZVIMTransf& toShape, Budget& limits)
         : surface(surface),
           toShape(toShape),
-          turnsRound(Mirrors(TransformOf(toShape))),
+          isInPlace(toShape.identity()),
+          turnsRound(!isInPlace && Mirrors(TransformOf(toShape))),
           limits(limits) {}
 
     void Begin(const std::vector<CZVIMPosition>& points) {
         first = surface.points.size();
         count = points.size();
         surface.points.reserve(first + count);
+        if (isInPlace) {
+            for (const CZVIMPosition& point : points) {
+                surface.points.push_back({point.GetX(), point.GetY(), point.GetZ()});
+            }
+            return;
+        }
         for (CZVIMPosition point : points) {
             point.TransformBy(toShape);
             surface.points.push_back({point.GetX(), point.GetY(), point.GetZ()});
@@ -70,12 +69,18 @@ class SurfaceFiller {
             return static_cast<std::size_t>(corners[i]);
         };
         if (number == 3) return AddTriangle(corner(0), corner(1), corner(2));
-        std::vector<Point> polygon;
-        polygon.reserve(number);
         for (std::size_t i = 0; i < number; ++i) {
             if (corner(i) >= count) return;  // a negative index is a huge one here
-            polygon.push_back(surface.points[first + corner(i)]);
         }
+        const auto point = [&](std::size_t i) { return surface.points[first + corner(i)]; };
+        if (number == 4 && IsConvexQuad({point(0), point(1), point(2), point(3)})) {
+            limits.Work(2);
+            AddTriangle(corner(3), corner(0), corner(1));
+            return AddTriangle(corner(1), corner(2), corner(3));
+        }
+        std::vector<Point> polygon;
+        polygon.reserve(number);
+        for (std::size_t i = 0; i < number; ++i) polygon.push_back(point(i));
         for (const auto& [a, b, c] : Triangulate(polygon, limits)) {
             AddTriangle(corner(a), corner(b), corner(c));
         }
@@ -83,7 +88,7 @@ class SurfaceFiller {
 
     Triangles& surface;
     const CZVIMTransf& toShape;
-    const bool turnsRound;
+    const bool isInPlace, turnsRound;
     Budget& limits;
     std::size_t first = 0;
     std::size_t count = 0;
@@ -116,7 +121,7 @@ std::vector<Triangles> SurfacesOf(const SZVLGZvgGeo& geo, Budget& limits) {
     std::map<std::optional<Look>, Triangles> byLook;
     VisitNested(geo, [&](const NestedRecord& record) {
         std::optional<Look> look;
-        if (record.coloured != nullptr) look = LookOf(*record.coloured, L"");
+        if (record.coloured != nullptr) look = LookOf(*record.coloured, "");
         SurfaceFiller filler(byLook[look], record.toOutermost, limits);
         AddRecord(*record.geo, filler);
     });
@@ -128,14 +133,6 @@ std::vector<Triangles> SurfacesOf(const SZVLGZvgGeo& geo, Budget& limits) {
         surfaces.push_back(std::move(surface));
     }
     return surfaces;
-}
-
-Look OwnLook(const SZVLGZvgComp& comp) {
-    for (const SZVLGZvgDisplayAttr* attr :
-         {&comp.compAttr, &comp.classLevel4Attr, &comp.classLevel2bAttr}) {
-        if (HasColour(*attr)) return LookOf(*attr, comp.classLevel4Name);
-    }
-    return {};
 }
 
 }  // namespace ZVSmartModel

@@ -3,7 +3,6 @@
 #include <vector>
 
 #include "ZVSmartModel/Body.h"
-#include "ZVSmartZvg/Comp.h"
 #include "ZVSmartZvg/Geo.h"
 #include "model/element/Budget.h"
 
@@ -16,9 +15,5 @@ namespace ZVSmartModel {
 /// is left out (see DropUndrawable), so untrusted records are safe; what cutting polygons takes is
 /// charged.
 std::vector<Triangles> SurfacesOf(const ZVSmartZvg::SZVLGZvgGeo& geo, Budget& limits);
-
-/// The look of what a component places without one: of its own display attributes, else of its
-/// class's; the default where none holds a colour.
-Look OwnLook(const ZVSmartZvg::SZVLGZvgComp& comp);
 
 }  // namespace ZVSmartModel

@@ -1,6 +1,9 @@
 #include "model/scene/RecordWalk.h"
 
 #include <unordered_set>
+#include <utility>
+
+#include "model/element/Utf8.h"
 
 namespace ZVSmartModel {
 
@@ -32,8 +35,8 @@ class PlacedNames {
     }
 
     /// Several rows may lead to one geometry; it is there once.
-    void AddReferenced(const std::wstring& name) {
-        if (referenced.insert(name).second) Add(name, CZVIMTransf(), noPlacement);
+    void AddReferenced(const std::wstring& name, bool isOnly) {
+        if (isOnly || referenced.insert(name).second) Add(name, CZVIMTransf(), noPlacement);
     }
 
     std::size_t Size() const { return list.size(); }
@@ -78,6 +81,7 @@ void VisitNested(const SZVLGZvgGeo& outermost,
 
 NamedPlacements PlacementsIn(const SZVLGZvgGeo& geo) {
     NamedPlacements found;
+    if (geo.subGeos.empty() && geo.namedTransfs.empty()) return found;
     VisitNested(geo, [&found](const NestedRecord& record) {
         for (const SZVLGZvgGeoNamedTransf& named : record.geo->namedTransfs) {
             found.push_back({named.name, record.toOutermost * named.transf});
@@ -86,16 +90,33 @@ NamedPlacements PlacementsIn(const SZVLGZvgGeo& geo) {
     return found;
 }
 
+std::vector<std::wstring> ReferencedNames(const SZVLGZvgComp& comp) {
+    std::vector<std::wstring> names;
+    for (const SZVLGZvgCompGeoRef& ref : comp.geoRefs) {
+        for (const SZVLGZvgGeoId& row : ref.geoIds) names.push_back(GetGeoIdentification(row));
+    }
+    return names;
+}
+
+std::vector<std::wstring> ReferencedNames(const SZVLGCompView& view) {
+    std::vector<std::wstring> names;
+    names.reserve(view.geoIds.size());
+    for (const SZVLGGeoIdView& row : view.geoIds) {
+        std::wstring name = WideText(row.guidName.name);
+        const bool leadsItself = !name.empty() && name != L"none";
+        names.push_back(leadsItself ? std::move(name)
+                                    : GetGeoIdentification({SerialKey(row.guidName.guid, name),
+                                                            WideText(row.textA), L""}));
+    }
+    return names;
+}
+
 void WalkPlacements(
-    const SZVLGZvgComp& comp, Budget& limits,
+    const std::vector<std::wstring>& names, Budget& limits,
     const std::function<const NamedPlacements*(const std::wstring& name)>& placedBy,
     const std::function<void(const std::wstring& name, const CZVIMTransf& toModel)>& use) {
     PlacedNames placements(limits);
-    for (const SZVLGZvgCompGeoRef& ref : comp.geoRefs) {
-        for (const SZVLGZvgGeoId& row : ref.geoIds) {
-            placements.AddReferenced(GetGeoIdentification(row));
-        }
-    }
+    for (const std::wstring& name : names) placements.AddReferenced(name, names.size() == 1);
     for (std::size_t i = 0; i < placements.Size(); ++i) {
         const PlacedName placed = placements.At(i);
         const NamedPlacements* const more = placedBy(placed.name);

@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "model/scene/RecordSurfaces.h"
+#include "model/element/ElementRecord.h"
 
 namespace ZVSmartModel {
 

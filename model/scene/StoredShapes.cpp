@@ -11,7 +11,7 @@ namespace ZVSmartModel {
 
 using namespace ZVSmartZvg;
 
-void StoredShapes::Visit(const SZVLGZvgComp& comp, const Use& use) {
+void StoredShapes::Visit(const std::vector<std::wstring>& names, const Use& use) {
     StoredShape* shape = nullptr;  // the last that was asked for
     const auto placedBy = [&](const std::wstring& name) {
         shape = Find(name);
@@ -20,7 +20,7 @@ void StoredShapes::Visit(const SZVLGZvgComp& comp, const Use& use) {
     const auto place = [&](const std::wstring& name, const CZVIMTransf& toModel) {
         use(name, *shape, toModel);
     };
-    WalkPlacements(comp, block.Limits(), placedBy, place);
+    WalkPlacements(names, block.Limits(), placedBy, place);
 }
 
 StoredShape* StoredShapes::Find(const std::wstring& name) {

@@ -44,7 +44,12 @@ class StoredShapes {
 
     /// Hands to `use` what the component's body consists of. Throws Error Damaged for a geometry
     /// that cannot be read. A name under which no geometry is stored is counted and left out.
-    void Visit(const ZVSmartZvg::SZVLGZvgComp& comp, const Use& use);
+    /// @{
+    void Visit(const ZVSmartZvg::SZVLGZvgComp& comp, const Use& use) {
+        Visit(ReferencedNames(comp), use);
+    }
+    void Visit(const std::vector<std::wstring>& names, const Use& use);
+    /// @}
 
     /// The number of different names that led to no stored geometry, since the last `Trim`.
     std::size_t MissingGeometries() const { return missing.size(); }

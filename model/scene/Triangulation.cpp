@@ -16,6 +16,7 @@ struct Flat {
     double x, y;
 };
 
+template <class Polygon>
 std::array<double, 3> NewellNormal(const Polygon& polygon) {
     std::array<double, 3> normal = {};
     for (std::size_t i = 0; i < polygon.size(); ++i) {
@@ -30,8 +31,9 @@ std::array<double, 3> NewellNormal(const Polygon& polygon) {
     return normal;
 }
 
-/// The polygon without the coordinate that says least, counter-clockwise.
-std::vector<Flat> Flattened(const Polygon& polygon) {
+/// The two coordinates that say most of a polygon, in the order in which it is counter-clockwise.
+template <class Polygon>
+std::pair<std::size_t, std::size_t> FlatAxes(const Polygon& polygon) {
     const std::array<double, 3> normal = NewellNormal(polygon);
     std::size_t drop = 0;
     for (std::size_t axis = 1; axis < 3; ++axis) {
@@ -40,6 +42,11 @@ std::vector<Flat> Flattened(const Polygon& polygon) {
     std::size_t u = (drop + 1) % 3;
     std::size_t v = (drop + 2) % 3;
     if (normal[drop] < 0) std::swap(u, v);
+    return {u, v};
+}
+
+std::vector<Flat> Flattened(const Polygon& polygon) {
+    const auto [u, v] = FlatAxes(polygon);
     std::vector<Flat> flat;
     flat.reserve(polygon.size());
     for (const auto& point : polygon) flat.push_back({point[u], point[v]});
@@ -151,6 +158,16 @@ class Clipper {
 };
 
 }  // namespace
+
+bool IsConvexQuad(const std::array<std::array<double, 3>, 4>& corners) {
+    const auto [u, v] = FlatAxes(corners);
+    std::array<Flat, 4> flat;
+    for (std::size_t i = 0; i < 4; ++i) flat[i] = {corners[i][u], corners[i][v]};
+    for (std::size_t i = 0; i < 4; ++i) {
+        if (!(Turn(flat[i], flat[(i + 1) % 4], flat[(i + 2) % 4]) > 0)) return false;
+    }
+    return true;
+}
 
 CornerTriangles Triangulate(const Polygon& polygon, Budget& limits) {
     if (polygon.size() <= 3 || polygon.size() > mostClipped) return Fan(polygon.size());

@@ -16,4 +16,8 @@ namespace ZVSmartModel {
 std::vector<std::array<std::size_t, 3>> Triangulate(
     const std::vector<std::array<double, 3>>& polygon, Budget& limits);
 
+/// Whether four corners all turn the same way in that plane: then the polygon is cut between the
+/// second and the last, as Triangulate does it, and there is nothing to search for.
+bool IsConvexQuad(const std::array<std::array<double, 3>, 4>& corners);
+
 }  // namespace ZVSmartModel

@@ -11,6 +11,7 @@
 
 #include "ZVSmartFormat/Stream.h"
 #include "ZVSmartModel/Element.h"
+#include "ZVSmartModel/ElementView.h"
 #include "ZVSmartModel/Error.h"
 
 namespace ZVSmartModel {
@@ -61,6 +62,9 @@ struct OpenOptions {
     /// size need, with much room, and ends with Error, Damaged, beyond: a stranger's file of a few
     /// bytes may ask for years of work.
     bool unlimited = false;
+    /// What is decoded stays decoded up to so many bytes; what was used least lately goes first,
+    /// and what was used last stays in any case.
+    std::uint64_t cacheBytes = std::uint64_t{64} << 20;
 };
 
 /// A property that an element has.
@@ -79,8 +83,8 @@ struct Selection {
 };
 
 /// A block file, opened to be read. Nothing but its head and index is read at first; floors and
-/// geometries are decoded when they are asked for, and a few stay decoded. Objects may be moved,
-/// not copied. Several threads may ask one object; they wait for each other.
+/// geometries are decoded when they are asked for, and stay decoded as far as the options say.
+/// Objects may be moved, not copied. Several threads may ask one object; they wait for each other.
 ///
 /// Every call throws Error: InputOutput where the system does not deliver the file, Damaged for
 /// what is asked for and cannot be read, Internal where memory runs out. The object is as good as
@@ -126,6 +130,10 @@ class ZVSM_API BlockFile {
     /// Throws Error, NotFound, for a floor that is not there; what `use` throws passes through.
     void ForEach(const Selection& selection,
                  const std::function<bool(const Element& element)>& use) const;
+    /// The same without copies: what `element` looks at is there until `use` returns. Reading all
+    /// elements of a file so takes about what decoding them does.
+    void ForEachView(const Selection& selection,
+                     const std::function<bool(const ElementView& element)>& use) const;
 
     /// The element of this GUID; the first of several. None where there is none; throws Error,
     /// Damaged, where it may be among those that cannot be read. The first call reads the identity
