@@ -190,7 +190,7 @@ bool OpenedBlock::ReadComp(const ZVSmartZvg::SZVLGCompIndex& index,
 bool OpenedBlock::ReadView(const ZVSmartZvg::SZVLGCompIndex& index,
                            const ZVSmartZvg::SZVLGCompParts& parts,
                            ZVSmartZvg::SZVLGCompView& view) {
-    constexpr u64 bytesPerStep = 4;
+    constexpr u64 bytesPerStep = 16;  // of the shortest texts; long ones are passed in one go
     limits.Work(50);
     bool isRead = false;
     Ask([&] { isRead = reader.GetCompViewByIndex(index, parts, view); });

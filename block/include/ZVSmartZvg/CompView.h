@@ -13,7 +13,7 @@ struct SZVLGTextView {
     u32 unitCount = 0;          ///< of two bytes each
 
     /// Whether it has no units.
-    bool empty() const { return unitCount == 0; }
+    bool empty() const { return unitCount == 0; }  // NOLINT(readability-identifier-naming)
 };
 
 /// A GUID name; its GUID is stored only where the name is empty.
@@ -74,16 +74,16 @@ struct SZVLGCompRows {
 /// but numbers. What stands in tables for many components is told by its rows alone; a component of
 /// the same rows that is read whole has it. One view that is read into again takes no memory anew.
 struct SZVLGCompView {
-    SZVLGKeyView compGuidName;                    ///< the component's identity within its floor
-    std::vector<SZVLGKeyView> relatedGuidNames;   ///< other components it belongs to
-    SZVLGKeyView groupGuidName;                   ///< no key where none is stored
-    SZVLGCompRows rows;                           ///< its classes and its owner
-    SZVLGViewRange compProperties;                ///< of `properties`
-    std::vector<SZVLGCompGeoRefView> geoRefs;     ///< the parts of its body
-    SZVLGZvgDisplayAttr compAttr;                 ///< how it looks itself
-    std::vector<SZVLGPropertyView> properties;    ///< its own and those of its materials
-    std::vector<SZVLGMaterialView> materials;     ///< of all its parts
-    std::vector<SZVLGGeoIdView> geoIds;           ///< of all its parts
+    SZVLGKeyView compGuidName;                   ///< the component's identity within its floor
+    std::vector<SZVLGKeyView> relatedGuidNames;  ///< other components it belongs to
+    SZVLGKeyView groupGuidName;                  ///< no key where none is stored
+    SZVLGCompRows rows;                          ///< its classes and its owner
+    SZVLGViewRange compProperties;               ///< of `properties`
+    std::vector<SZVLGCompGeoRefView> geoRefs;    ///< the parts of its body
+    SZVLGZvgDisplayAttr compAttr;                ///< how it looks itself
+    std::vector<SZVLGPropertyView> properties;   ///< its own and those of its materials
+    std::vector<SZVLGMaterialView> materials;    ///< of all its parts
+    std::vector<SZVLGGeoIdView> geoIds;          ///< of all its parts
     /// The bytes that were passed to read it; told also where they turn out to be damaged.
     u64 byteCount = 0;
 };
