@@ -219,7 +219,7 @@ Query Comp(u32 floor, u32 i) {
         SZVLGZvgComp comp;
         if (!reader.GetCompByIndex({floor, i}, comp)) return std::string();
         const std::string whole = Dump(comp);
-        static SZVLGCompView view;  // one for all, as a host's loop would have it
+        thread_local SZVLGCompView view;  // one for all, as a host's loop would have it
         if (!reader.GetCompViewByIndex({floor, i}, {}, view)) return std::string("no view");
         LookAgain(view, comp);
         if (Dump(comp) != whole) return std::string("another view");
