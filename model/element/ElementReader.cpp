@@ -71,9 +71,9 @@ const ElementReader::Common* ElementReader::ReadCommon(OpenedBlock& block,
     SZVLGZvgComp comp;
     if (!block.ReadComp(index, NoProperties(), comp)) return nullptr;
     const bool isWhole = block.IsAnswerWhole();
-    Common common = {ToUtf8(comp.classLevel2Name), ToUtf8(comp.classLevel2bName),
-                     ToUtf8(comp.classLevel3Name), ToUtf8(comp.classLevel4Name),
-                     ToUtf8(comp.ownerTextA),      ToUtf8(comp.ownerTextC),
+    Common common = {ToUtf8(comp.classLevel2Name),   ToUtf8(comp.classLevel2bName),
+                     ToUtf8(comp.classLevel3Name),   ToUtf8(comp.classLevel4Name),
+                     ToUtf8(comp.ownerTextA),        ToUtf8(comp.ownerTextC),
                      ColourOf(comp.classLevel4Attr), ClassLook(comp)};
     // That was another question, and the view held until then.
     if (!block.ReadView(index, wants.parts, stored)) return nullptr;
