@@ -166,12 +166,12 @@ int Run(const std::vector<std::string_view>& words) {
         return Fail(Status::InputOutput, path + ": " + std::strerror(errno));
     }
     input.preview = preview.get();
+    if (job->drawPreview && path.empty()) LoadWhatDraws();  // for the cage lets nothing in
 #ifdef ZVG_COUNTED
     const int end = Pack(input);
     __gcov_dump();
     std::_Exit(end);
 #else
-    if (job->drawPreview && path.empty()) LoadWhatDraws();  // for the cage lets nothing in
     EnterCage({true, true});
     // Without taking down what an importer holds: that would cost time, and may crash as well.
     std::_Exit(Pack(input));
