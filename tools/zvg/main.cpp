@@ -34,7 +34,27 @@ std::string VersionText() {
     return text + "\ncage of the importers: " + ImportCage();
 }
 
-void RegisterAll(CLI::App& app, CommonOptions& common) {
+constexpr struct {
+    const char* name;
+    void (*add)(CLI::App& app, CommonOptions& common);
+} commands[] = {{"pack", RegisterPack},   {"info", RegisterInfo},     {"tree", RegisterTree},
+                {"list", RegisterList},   {"show", RegisterShow},     {"geo", RegisterGeo},
+                {"props", RegisterProps}, {"query", RegisterQuery},   {"diff", RegisterDiff},
+                {"plan", RegisterPlan},   {"export", RegisterExport}, {"preview", RegisterPreview},
+                {"view", RegisterView},   {"verify", RegisterVerify}};
+
+/// Adds the command that the line begins with: making the options of all takes longer than many a
+/// command runs. Adds all of them where it begins with something else.
+void RegisterCommands(CLI::App& app, CommonOptions& common, const std::string& first) {
+    for (const auto& command : commands) {
+        if (first == command.name) return command.add(app, common);
+    }
+    for (const auto& command : commands) command.add(app, common);
+    RegisterMan(app);
+    RegisterCompletion(app);
+}
+
+void RegisterOptions(CLI::App& app, CommonOptions& common) {
     app.require_subcommand(1);
     app.fallthrough();  // so that the common options may stand behind the command's name
     app.set_version_flag("--version", VersionText, "Print the version and the importers");
@@ -46,22 +66,6 @@ void RegisterAll(CLI::App& app, CommonOptions& common) {
            "never")
         ->check(CLI::IsMember({"auto", "always", "never"}));
     app.footer(exitStatusHelp);
-    RegisterPack(app, common);
-    RegisterInfo(app, common);
-    RegisterTree(app, common);
-    RegisterList(app, common);
-    RegisterShow(app, common);
-    RegisterGeo(app, common);
-    RegisterProps(app, common);
-    RegisterQuery(app, common);
-    RegisterDiff(app, common);
-    RegisterPlan(app, common);
-    RegisterExport(app, common);
-    RegisterPreview(app, common);
-    RegisterView(app, common);
-    RegisterVerify(app, common);
-    RegisterMan(app);
-    RegisterCompletion(app);
 }
 
 std::string UnknownText(const CLI::App& app) {
@@ -92,7 +96,8 @@ void AnswerParser(const CLI::App& app, const CLI::ParseError& end) {
 int Run(int argc, char** argv) {
     CommonOptions common;
     CLI::App app("Packs building models into block files and reads block files", "zvg");
-    RegisterAll(app, common);
+    RegisterOptions(app, common);
+    RegisterCommands(app, common, argc > 1 ? argv[1] : "");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& end) {
