@@ -62,7 +62,7 @@ std::FILE* fdopen(int descriptor, const char* mode) noexcept {
     return Fails("fdopen") ? nullptr : Original("fdopen", fdopen)(descriptor, mode);
 }
 
-off_t ftello(std::FILE* file) noexcept {
+off_t ftello(std::FILE* file) {
     return Fails("ftello") ? -1 : Original("ftello", ftello)(file);
 }
 

@@ -221,7 +221,7 @@ TEST_F(ToolTest, EveryCommandTellsDamageAndShowsWhatIsWhole) {
     };
     for (const auto& [damage, says, whole, everywhere] : cases) {
         damage();
-        const auto expect = [&](const std::string& words) {
+        const auto expect = [&, &says = says](const std::string& words) {
             const Outcome outcome = Run(words);
             EXPECT_EQ(outcome.status, 4) << words << says << outcome.err;
             EXPECT_NE(outcome.err.find("damaged.zvg: damaged: " + says), std::string::npos)
