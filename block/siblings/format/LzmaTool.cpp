@@ -5,10 +5,12 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cstdlib>
 #include <limits>
 #include <memory>
 
 #include "siblings/format/ByteCoder.h"
+#include "siblings/format/LargePages.h"
 #include "stream/Failures.h"
 
 // An encoded block is one .xz stream (the .xz file format, version 1.1.0, tukaani.org/xz):
@@ -38,6 +40,19 @@ constexpr u64 ratioSlack = 65'536;
 constexpr std::size_t pieceBytes = 16'384;
 
 std::atomic<bool> fastMode{false};
+
+void* AllocateForCoder(void*, std::size_t count, std::size_t size) {
+    void* const memory = std::malloc(count * size);  // whose product liblzma has checked
+    PreferLargePages(memory, count * size);
+    return memory;
+}
+
+void FreeForCoder(void*, void* memory) {
+    std::free(memory);
+}
+
+/// Of the coder's tables most are looked up at random places.
+constexpr lzma_allocator coderMemory{AllocateForCoder, FreeForCoder, nullptr};
 
 /// What a level means while the caller leaves it to the coder.
 struct Defaults {
@@ -165,7 +180,9 @@ class StreamDecoder {
     explicit StreamDecoder(const Headers& headers)
         : headers(headers),
           unread(headers.encodedSize - headers.byteCount),
-          piece(std::make_unique_for_overwrite<u8[]>(pieceBytes)) {}
+          piece(std::make_unique_for_overwrite<u8[]>(pieceBytes)) {
+        coder.allocator = &coderMemory;
+    }
     ~StreamDecoder() { lzma_end(&coder); }
     StreamDecoder(const StreamDecoder&) = delete;
     StreamDecoder& operator=(const StreamDecoder&) = delete;
@@ -242,7 +259,7 @@ bool Encode(const u8* data, u64 byteCount, CZVFTOutStream& out, const CZVFTEncod
     const auto output = std::make_unique_for_overwrite<u8[]>(bound);
     std::size_t outputSize = 0;
     // The single-call encoder: it alone puts the sizes into the block's header.
-    if (!IsOk(lzma_stream_buffer_encode(filters, LZMA_CHECK_CRC64, nullptr, data, inputSize,
+    if (!IsOk(lzma_stream_buffer_encode(filters, LZMA_CHECK_CRC64, &coderMemory, data, inputSize,
                                         output.get(), &outputSize, bound)))
         return false;
     return out.Write(output.get(), outputSize) == outputSize;
@@ -277,6 +294,7 @@ bool DecodeBytes(CZVFTInStream& in, u64 decodedLimit, AllocBuffer& decoded) {
         Headers headers;
         if (!ReadHeadersOfWhole(in, decodedLimit, headers)) return false;
         CZVFTAllocBufferOutStream(&decoded).Reserve(headers.decodedSize);
+        PreferLargePages(decoded.data, static_cast<std::size_t>(headers.decodedSize));
         return StreamDecoder(headers).Run(in, decoded.data);
     });
 }
