@@ -89,6 +89,7 @@ class Arena {
             munmap(got, pieces * smallestPiece);
             return false;
         }
+        madvise(got, pieces * smallestPiece, MADV_HUGEPAGE);
         end += pieces * smallestPiece;
         return true;
     }
