@@ -17,6 +17,7 @@
 
 #include "model/import/ifc/IfcProperties.h"
 #include "model/import/ifc/IfcRelations.h"
+#include "model/import/ifc/PerClass.h"
 #include "model/import/ifc/Texts.h"
 
 namespace ZVSmartModel {
@@ -47,8 +48,9 @@ std::wstring PredefinedTypeOf(const IfcObjectDefinition& object) {
 
 IfcObjects ObjectsOf(const BuildingModel& model) {
     IfcObjects objects;
+    PerClass<bool> becomesComponent;
     for (const auto& [id, entity] : model.getMapIfcEntities()) {
-        if (!entity || !BecomesComponent(*entity)) continue;
+        if (!entity || !becomesComponent.Of(*entity, BecomesComponent)) continue;
         objects.push_back(std::dynamic_pointer_cast<IfcObjectDefinition>(entity));
     }
     return objects;

@@ -22,6 +22,7 @@
 #include <iterator>
 
 #include "model/import/ifc/IfcValues.h"
+#include "model/import/ifc/PerClass.h"
 #include "model/import/ifc/Texts.h"
 
 namespace ZVSmartModel {
@@ -54,21 +55,21 @@ class SetWalk {
         for (const auto& property : list) {
             if (!property) continue;
             const std::wstring name = prefix + L'.' + TextOf(property->m_Name);
-            const auto complex = std::dynamic_pointer_cast<IfcComplexProperty>(property);
-            if (!complex) {
+            if (!isComplexProperty(*property)) {
                 gatherer.Add(PropertyOf(name, *property, units));
-                AddSetPoint(name, *property);
+                if (isRange(*property)) AddSetPoint(name, *property);
             } else if (depth < deepestNesting) {
-                Add(name, complex->m_HasProperties, depth + 1);
+                const auto& complex = dynamic_cast<const IfcComplexProperty&>(*property);
+                Add(name, complex.m_HasProperties, depth + 1);
             }
         }
     }
 
   private:
     void AddSetPoint(const std::wstring& name, const IfcProperty& property) {
-        const auto* range = dynamic_cast<const IfcPropertyBoundedValue*>(&property);
-        if (!range || !range->m_SetPointValue) return;
-        gatherer.Add(PropertyOf(name + L".SetPoint", range->m_SetPointValue, range->m_Unit, units));
+        const auto& range = dynamic_cast<const IfcPropertyBoundedValue&>(property);
+        if (!range.m_SetPointValue) return;
+        gatherer.Add(PropertyOf(name + L".SetPoint", range.m_SetPointValue, range.m_Unit, units));
     }
 
     void Add(const std::wstring& prefix,
@@ -76,17 +77,20 @@ class SetWalk {
         for (const auto& quantity : list) {
             if (!quantity) continue;
             const std::wstring name = prefix + L'.' + TextOf(quantity->m_Name);
-            const auto complex = std::dynamic_pointer_cast<IfcPhysicalComplexQuantity>(quantity);
-            if (!complex) {
+            if (!isComplexQuantity(*quantity)) {
                 gatherer.Add(PropertyOf(name, *quantity, units));
             } else if (depth < deepestNesting) {
-                Add(name, complex->m_HasQuantities, depth + 1);
+                const auto& complex = dynamic_cast<const IfcPhysicalComplexQuantity&>(*quantity);
+                Add(name, complex.m_HasQuantities, depth + 1);
             }
         }
     }
 
     const IfcUnitSymbols& units;
     PropertyGatherer& gatherer;
+    IsOf<IfcComplexProperty> isComplexProperty;
+    IsOf<IfcPropertyBoundedValue> isRange;
+    IsOf<IfcPhysicalComplexQuantity> isComplexQuantity;
 };
 
 using Definitions = std::vector<std::weak_ptr<IfcRelDefinesByProperties>>;

@@ -34,6 +34,8 @@
 #include <cmath>
 #include <vector>
 
+#include "model/import/ifc/PerClass.h"
+
 namespace ZVSmartModel {
 
 namespace {
@@ -211,11 +213,25 @@ void PutPrimitiveRight(IfcCsgPrimitive3D& primitive, double unitInMetres) {
     }
 }
 
+template <typename... Types>
+bool IsAnyOf(const BuildingEntity& entity) {
+    return (... || (dynamic_cast<const Types*>(&entity) != nullptr));
+}
+
+/// Of the items those that have a first part, and primitives: points and curves are most of a
+/// model.
+bool MayNeedRepair(const BuildingEntity& entity) {
+    return IsAnyOf<IfcFace, IfcRepresentation, IfcBooleanResult, IfcCsgSolid, IfcManifoldSolidBrep,
+                   IfcCsgPrimitive3D>(entity);
+}
+
 }  // namespace
 
 void RepairForShapes(BuildingModel& model) {
     const double unit = model.getUnitConverter()->getLengthInMeterFactor();
+    PerClass<bool> mayNeedRepair;
     for (const auto& [id, entity] : model.getMapIfcEntities()) {
+        if (!entity || !mayNeedRepair.Of(*entity, MayNeedRepair)) continue;
         if (const auto face = std::dynamic_pointer_cast<IfcFace>(entity)) {
             PutOuterBoundFirst(*face);
         } else if (const auto item = std::dynamic_pointer_cast<IfcRepresentationItem>(entity)) {

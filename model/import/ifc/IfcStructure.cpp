@@ -26,6 +26,7 @@
 #include <algorithm>
 
 #include "model/import/ifc/Metres.h"
+#include "model/import/ifc/PerClass.h"
 #include "model/import/ifc/Texts.h"
 
 namespace ZVSmartModel {
@@ -80,8 +81,10 @@ Object HolderOf(const IfcObjectDefinition& object) {
 template <typename Type, typename Model>
 std::vector<std::shared_ptr<Type>> EntitiesOf(const Model& model) {
     std::vector<std::shared_ptr<Type>> found;
+    IsOf<Type> isWanted;
     for (const auto& [id, entity] : model.getMapIfcEntities()) {
-        if (auto typed = std::dynamic_pointer_cast<Type>(entity)) found.push_back(typed);
+        if (!entity || !isWanted(*entity)) continue;
+        found.push_back(std::dynamic_pointer_cast<Type>(entity));
     }
     return found;
 }

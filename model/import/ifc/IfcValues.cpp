@@ -23,6 +23,7 @@
 #include <cstring>
 #include <iterator>
 #include <string_view>
+#include <typeinfo>
 #include <vector>
 
 #include "model/import/ifc/Texts.h"
@@ -208,16 +209,17 @@ bool IsPlainValue(const BuildingObject& value) {
 StoredProperty PropertyOf(const std::wstring& name, const std::shared_ptr<BuildingObject>& value,
                           const std::shared_ptr<IfcUnit>& unit, const IfcUnitSymbols& units) {
     if (!value) return Empty(name);
-    if (const auto angle = std::dynamic_pointer_cast<IfcCompoundPlaneAngleMeasure>(value)) {
+    const BuildingObject& given = *value;
+    if (typeid(given) == typeid(IfcCompoundPlaneAngleMeasure)) {
         std::wstring text;
-        for (const int part : angle->m_vec) {
+        for (const int part : dynamic_cast<const IfcCompoundPlaneAngleMeasure&>(given).m_vec) {
             if (!text.empty()) text += L", ";
             text += std::to_wstring(part);
         }
         return {name, text, L"angle", L"deg, min, sec, usec"};
     }
-    const ValueKind kind = KindOf(*value);
-    std::wstring text = ValueText(*value);
+    const ValueKind kind = KindOf(given);
+    std::wstring text = ValueText(given);
     if (kind.kind == "enumeration") std::erase(text, L'.');
     return {name, text, Wide(kind.kind), UnitOf(kind, unit, units)};
 }

@@ -8,23 +8,25 @@ namespace ZVSmartModel {
 
 void PropertyOrder::Apply(std::vector<StoredProperty>& properties) {
     const auto rank = [](Ranks& ranks, const std::wstring& name) {
-        return ranks.emplace(name, ranks.size()).first->second;
+        return ranks.try_emplace(name, ranks.size()).first->second;
     };
     struct Ranked {
         std::size_t set, name;
-        StoredProperty property;
+        StoredProperty* property;
     };
     std::vector<Ranked> ranked;
     ranked.reserve(properties.size());
     for (StoredProperty& property : properties) {
         const std::wstring set = property.name.substr(0, property.name.find(L'.'));
-        ranked.push_back({rank(sets, set), rank(names, property.name), std::move(property)});
+        ranked.push_back({rank(sets, set), rank(names, property.name), &property});
     }
     std::sort(ranked.begin(), ranked.end(), [](const Ranked& a, const Ranked& b) {
         return std::tie(a.set, a.name) < std::tie(b.set, b.name);
     });
-    std::transform(ranked.begin(), ranked.end(), properties.begin(),
-                   [](Ranked& one) { return std::move(one.property); });
+    std::vector<StoredProperty> ordered;
+    ordered.reserve(properties.size());
+    for (const Ranked& one : ranked) ordered.push_back(std::move(*one.property));
+    properties = std::move(ordered);
 }
 
 }  // namespace ZVSmartModel

@@ -352,6 +352,8 @@ StepText PrepareStepText(std::string_view source,
 }
 
 std::wstring FinishStepString(std::wstring_view text) {
+    const auto isAscii = [](wchar_t unit) { return static_cast<char32_t>(unit) < 0x80; };
+    if (std::all_of(text.begin(), text.end(), isAscii)) return std::wstring(text);
     std::wstring units;
     units.reserve(text.size());
     for (const wchar_t unit : text) {

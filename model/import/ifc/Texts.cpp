@@ -1,9 +1,14 @@
 #include "model/import/ifc/Texts.h"
 
+#include <ifcpp/IFC4/include/IfcIdentifier.h>
+#include <ifcpp/IFC4/include/IfcLabel.h>
+#include <ifcpp/IFC4/include/IfcText.h>
+
 #include <algorithm>
 #include <charconv>
 #include <optional>
 #include <sstream>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -15,6 +20,8 @@ namespace {
 
 /// The library prints numbers with six digits only; its STEP form follows the stream's precision.
 std::optional<double> NumberOf(const BuildingObject& value) {
+    for (const std::type_info* text : {&typeid(IfcLabel), &typeid(IfcText), &typeid(IfcIdentifier)})
+        if (typeid(value) == *text) return std::nullopt;
     std::stringstream stream;
     stream.precision(17);
     value.getStepParameter(stream);
