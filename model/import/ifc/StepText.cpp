@@ -1,6 +1,7 @@
 #include "model/import/ifc/StepText.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
@@ -19,6 +20,14 @@ namespace {
 constexpr std::string_view maskedCharacters = "'\\/(),;";
 constexpr char32_t firstPlaceholder = 0xFDD0;
 
+/// The characters that strings, comments, statements and the words that are looked for begin or end
+/// with.
+constexpr std::array<bool, 256> beginsOrEnds = [] {
+    std::array<bool, 256> marks = {};
+    for (const char c : std::string_view("'/#;FDE")) marks[static_cast<unsigned char>(c)] = true;
+    return marks;
+}();
+
 /// Rewrites one file; `at` is what comes next.
 class Rewriter {
   public:
@@ -35,6 +44,7 @@ class Rewriter {
                 SkipComment();
             } else {
                 CopyCharacter();
+                CopyOthers();
             }
         }
         if (!leftOut.empty()) {
@@ -72,6 +82,12 @@ class Rewriter {
         }
         result.text += source[at++];
         if (result.text.back() == ';') EndStatement();
+    }
+
+    void CopyOthers() {
+        const std::size_t begin = at;
+        while (at < source.size() && !beginsOrEnds[static_cast<unsigned char>(source[at])]) ++at;
+        result.text += source.substr(begin, at - begin);
     }
 
     /// What stands before the end of the section without a semicolon is judged as well.
