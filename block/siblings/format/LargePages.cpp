@@ -16,10 +16,10 @@ void PreferLargePages(void* memory, std::size_t byteCount) {
     // From the page that the bytes begin in: what the allocator has before them lies there as well,
     // and a mapping that begins at a large page would miss its first one.
     static const auto pageBytes = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
-    const auto begin = reinterpret_cast<std::uintptr_t>(memory) / pageBytes * pageBytes;
-    const std::uintptr_t end = reinterpret_cast<std::uintptr_t>(memory) + byteCount;
+    const std::size_t before = reinterpret_cast<std::uintptr_t>(memory) % pageBytes;
     // A system without them refuses; nothing is lost by that.
-    static_cast<void>(madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE));
+    static_cast<void>(
+        madvise(static_cast<char*>(memory) - before, before + byteCount, MADV_HUGEPAGE));
 }
 #else
 void PreferLargePages(void*, std::size_t) {}
