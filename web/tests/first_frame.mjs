@@ -3,12 +3,13 @@
 //   ZVG_PACKAGE=build/web/package node web/tests/first_frame.mjs ZVG [--rounds N] FILE.zvg...
 // ZVG is the tool, which writes the GLB files. Rounds are interleaved; the table tells the best of each.
 import { execFileSync } from "node:child_process";
-import { existsSync, mkdtempSync, readFileSync, readdirSync, rmSync } from "node:fs";
+import { mkdtempSync, readFileSync, readdirSync, rmSync } from "node:fs";
 import { createServer } from "node:http";
 import { createRequire } from "node:module";
 import { tmpdir } from "node:os";
 import { basename, join, resolve } from "node:path";
 import { gzipSync } from "node:zlib";
+import { starter } from "./browser.mjs";
 
 const folder = resolve(process.env.ZVG_PACKAGE);
 const [zvg, ...rest] = process.argv.slice(2);
@@ -16,8 +17,7 @@ const rounds = rest[0] === "--rounds" ? Number(rest.splice(0, 2)[1]) : 5;
 const mostMilliseconds = 300_000;
 const scratch = mkdtempSync(join(tmpdir(), "zvg-frames-"));
 const require = createRequire(join(folder, "package.json"));
-const { chromium } = require("playwright-core");
-const executablePath = ["/usr/bin/chromium", "/usr/bin/chromium-browser"].find(existsSync);
+const { chromium, options } = starter(folder, ["--enable-precise-memory-info"]);
 
 /** A page that shows one GLB file as simply as three.js can. */
 const plainPage = `
@@ -72,11 +72,7 @@ function processorSeconds(root) {
 
 /** Loads an address in a fresh browser. */
 async function measure(address, sent) {
-  const server = await chromium.launchServer({
-    executablePath,
-    args: ["--no-sandbox", "--use-angle=swiftshader", "--enable-unsafe-swiftshader",
-      "--enable-precise-memory-info"],
-  });
+  const server = await chromium.launchServer(options);
   const browser = await chromium.connect(server.wsEndpoint());
   try {
     const page = await browser.newPage({ viewport: { width: 1000, height: 640 } });

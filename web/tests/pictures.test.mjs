@@ -1,25 +1,20 @@
 // Holds what the viewer draws against pictures in pictures/, with a tolerance for another release of the
 // browser. ZVG_PICTURES=write writes them anew; look at them then.
 import assert from "node:assert/strict";
-import { existsSync, mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
-import { createRequire } from "node:module";
+import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { after, before, test } from "node:test";
 import { pathToFileURL } from "node:url";
+import { launch, skip } from "./browser.mjs";
 
 const { ZVG_PACKAGE: folder, ZVG_FILES: files, ZVG_PICTURES: mode } = process.env;
 const kept = new URL("pictures/", import.meta.url).pathname;
-const executablePath = ["/usr/bin/chromium", "/usr/bin/chromium-browser"].find(existsSync);
-const skip = executablePath ? false : "no chromium here";
 const scratch = mkdtempSync(join(tmpdir(), "zvg-pictures-"));
 
 let browser;
 before(async () => {
-  if (skip) return;
-  const { chromium } = createRequire(join(folder, "package.json"))("playwright-core");
-  const args = ["--no-sandbox", "--use-angle=swiftshader", "--enable-unsafe-swiftshader"];
-  browser = await chromium.launch({ executablePath, args });
+  if (!skip) browser = await launch(folder);
 });
 after(async () => {
   await browser?.close();

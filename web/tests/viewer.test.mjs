@@ -1,25 +1,20 @@
 import assert from "node:assert/strict";
-import { existsSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
+import { mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
 import { createServer } from "node:http";
-import { createRequire } from "node:module";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { after, before, test } from "node:test";
 import { pathToFileURL } from "node:url";
+import { launch, skip } from "./browser.mjs";
 
 const { ZVG_PACKAGE: folder, ZVG_FILES: files } = process.env;
 const html = readFileSync(join(folder, "../viewer.html"), "utf8");
-const executablePath = ["/usr/bin/chromium", "/usr/bin/chromium-browser"].find(existsSync);
-const skip = executablePath ? false : "no chromium here";
 const read = (name) => readFileSync(join(files, name));
 
 let browser;
 const scratch = mkdtempSync(join(tmpdir(), "zvg-viewer-"));
 before(async () => {
-  if (skip) return;
-  const { chromium } = createRequire(join(folder, "package.json"))("playwright-core");
-  const args = ["--no-sandbox", "--use-angle=swiftshader", "--enable-unsafe-swiftshader"];
-  browser = await chromium.launch({ executablePath, args });
+  if (!skip) browser = await launch(folder);
 });
 after(async () => {
   await browser?.close();
