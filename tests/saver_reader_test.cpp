@@ -147,6 +147,8 @@ TEST(Caches, KeepWhatWasUsedLastWithinBytes) {
     ASSERT_TRUE(reader.Init(&in));
     isRead(ask::Comp(3, 0));
     EXPECT_FALSE(isRead(ask::Comp(3, 0))) << "the last one stays";
+    EXPECT_TRUE(isRead(ask::Geo(0, 0)));
+    EXPECT_FALSE(isRead(ask::Comp(3, 0))) << "beside its geometries as well";
     EXPECT_TRUE(isRead(ask::Comp(2, 0)));
     EXPECT_TRUE(isRead(ask::Comp(3, 0)));
 }

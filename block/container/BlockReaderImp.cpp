@@ -228,11 +228,13 @@ const PlacedFloor* CZVLGBlockReader::Imp::FetchFloor(u32 floor, MemoryBudget& me
     return inserted;
 }
 
-/// The block that was used last stays, however large.
+/// The block that was used last stays, however large, and a last floor beside geometry blocks: who
+/// reads bodies goes back and forth between the two.
 void CZVLGBlockReader::Imp::KeepWithinBytes() {
     if (mostCached == 0) return;
     while (floors.Bytes() + geoBlocks.Bytes() > mostCached) {
-        const u64 ofFloors = floors.IsEmpty() ? uses : floors.OldestUse();
+        const bool keepsFloor = floors.IsEmpty() || floors.IsSingle();
+        const u64 ofFloors = keepsFloor ? uses : floors.OldestUse();
         const u64 ofGeoBlocks = geoBlocks.IsEmpty() ? uses : geoBlocks.OldestUse();
         if (std::min(ofFloors, ofGeoBlocks) == uses) return;
         if (ofFloors < ofGeoBlocks) {

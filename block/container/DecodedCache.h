@@ -38,6 +38,7 @@ class DecodedCache {
     }
 
     bool IsEmpty() const { return blocks.empty(); }
+    bool IsSingle() const { return blocks.size() == 1; }
     u64 Bytes() const { return bytes; }
     /// When the block was used that was used longest ago; there is one.
     u64 OldestUse() const { return Oldest(*this)->second.lastUse; }

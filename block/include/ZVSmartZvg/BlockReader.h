@@ -52,8 +52,9 @@ class ZVLG_API CZVLGBlockReader {
 
     /// From the next `Init` on decoded geometry blocks and floors are kept by the bytes that they
     /// take together, whatever their number: where they take more than `bytes` those go that were
-    /// used longest ago, but the one that was used last stays, however large. With 0, which is the
-    /// default, the limits that `Init` is given hold.
+    /// used longest ago, but the one that was used last stays, however large, and so does a last
+    /// floor beside geometry blocks. With 0, which is the default, the limits that `Init` is given
+    /// hold.
     void SetCacheBytes(unsigned long long bytes);
 
     /// Opens the file at `in`'s position, which becomes the file's base; `in` is borrowed and
