@@ -164,14 +164,20 @@ class OpenedBlock {
     /// former ones met.
     void Renew();
 
+    unsigned int IdentificationNum() { return reader.GetGeoIdentificationNum(); }
+    /// The i-th identification and where it leads; false where there is none.
+    bool ReadIdentification(unsigned int i, std::wstring& identification,
+                            ZVSmartZvg::SZVLGZvgGeoIndex& index) {
+        return reader.GetGeoIdentificationByIndex(i, identification, index);
+    }
     /// Hands every identification and where it leads to `use(identification, index)`.
     template <class Use>
     void ForEachIdentification(Use use) {
         std::wstring identification;
         ZVSmartZvg::SZVLGZvgGeoIndex index;
-        const unsigned int count = reader.GetGeoIdentificationNum();
+        const unsigned int count = IdentificationNum();
         for (unsigned int i = 0; i < count; ++i) {
-            if (!reader.GetGeoIdentificationByIndex(i, identification, index)) return;
+            if (!ReadIdentification(i, identification, index)) return;
             limits.Work(10 + identification.size());
             use(identification, index);
         }

@@ -1,22 +1,43 @@
 #include "model/scene/StoredGeos.h"
 
+#include <bit>
+#include <functional>
 #include <utility>
 
 namespace ZVSmartModel {
 
 using namespace ZVSmartZvg;
 
+namespace {
+
+constexpr u32 freeSlot = 0xFFFFFFFF;
+
+}  // namespace
+
+void StoredGeos::Fill() {
+    const std::size_t room = std::bit_ceil(std::size_t{block.IdentificationNum()} * 3 / 2 + 2);
+    block.Limits().Memory(room * sizeof slots[0]);
+    std::vector<u32> filled(room, freeSlot);
+    u32 number = 0;
+    block.ForEachIdentification([&](const std::wstring& identification, const SZVLGZvgGeoIndex&) {
+        std::size_t slot = std::hash<std::wstring>()(identification) & (room - 1);
+        for (; filled[slot] != freeSlot; slot = (slot + 1) & (room - 1)) block.Limits().Work(1);
+        filled[slot] = number++;
+    });
+    slots = std::move(filled);
+}
+
 std::optional<u64> StoredGeos::Find(const std::wstring& identification) {
-    if (!places) {
-        std::unordered_map<std::wstring, u64> all;
-        block.ForEachIdentification([&](const std::wstring& name, const SZVLGZvgGeoIndex& index) {
-            block.Limits().Memory(100 + name.size() * sizeof(wchar_t));
-            all.emplace(name, u64{index.blockIndex} << 32 | index.indexInBlock);
-        });
-        places = std::move(all);
+    if (slots.empty()) Fill();
+    const std::size_t last = slots.size() - 1;
+    std::size_t slot = std::hash<std::wstring>()(identification) & last;
+    for (SZVLGZvgGeoIndex index; slots[slot] != freeSlot; slot = (slot + 1) & last) {
+        block.Limits().Work(1);
+        if (block.ReadIdentification(slots[slot], name, index) && name == identification) {
+            return u64{index.blockIndex} << 32 | index.indexInBlock;
+        }
     }
-    const auto found = places->find(identification);
-    return found == places->end() ? std::nullopt : std::optional(found->second);
+    return std::nullopt;
 }
 
 void StoredGeos::Read(u64 place, SZVLGZvgGeo& geo) {

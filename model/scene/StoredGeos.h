@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <unordered_map>
+#include <vector>
 
 #include "ZVSmartZvg/Geo.h"
 #include "model/element/OpenedBlock.h"
@@ -26,9 +26,14 @@ class StoredGeos {
     void Read(std::uint64_t place, ZVSmartZvg::SZVLGZvgGeo& geo);
 
   private:
+    void Fill();
+
     OpenedBlock& block;
-    /// Filled when first asked.
-    std::optional<std::unordered_map<std::wstring, std::uint64_t>> places;
+    /// A hash table of identifications by their numbers in the file, each at the first free slot
+    /// from that of its name on: a large file has hundreds of thousands, and the file holds their
+    /// names already. Empty until something is sought; a power of two, at most two thirds full.
+    std::vector<std::uint32_t> slots;
+    std::wstring name;  ///< of a candidate; one text for all is faster
 };
 
 }  // namespace ZVSmartModel
