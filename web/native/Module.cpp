@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "ZVSmartModel/Verify.h"
 #include "web/native/SceneWalk.h"
@@ -59,7 +60,10 @@ int AskForText(Session* session, Write write) {
 }  // namespace
 
 Session* zvg_begin(double bytes, int unlimited) {
-    return new (std::nothrow) Session(static_cast<std::uint64_t>(bytes), {unlimited != 0});
+    OpenOptions options;
+    options.unlimited = unlimited != 0;
+    options.cacheBytes = 12 << 20;  // what a module's memory grows by once, it never gives back
+    return new (std::nothrow) Session(static_cast<std::uint64_t>(bytes), options);
 }
 
 void zvg_end(Session* session) {
@@ -139,8 +143,8 @@ int zvg_scene_next(Scene* scene) {
     return session.Ask([&](Answer& answer) {
         BlockFile& file = session.File();
         if (scene->walk.IsDone(file)) return;
-        const Shapes read = scene->walk.Read(file);
-        if (!session.Stream().Miss()) scene->walk.Take(file, read, answer);
+        Shapes read = scene->walk.Read(file);
+        if (!session.Stream().Miss()) scene->walk.Take(file, std::move(read), answer);
     });
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
+#include <utility>
 
 namespace ZVSmartModel::Web {
 
@@ -11,7 +13,7 @@ namespace {
 constexpr double nearby = 1024;
 
 /// What the shape's points are taken from.
-Point OriginOf(const Shape& shape) {
+Point OriginFor(const Shape& shape) {
     const Point* first = nullptr;
     bool isNear = true;
     const auto look = [&](const std::vector<Point>& points) {
@@ -23,6 +25,19 @@ Point OriginOf(const Shape& shape) {
     for (const Triangles& surface : shape.surfaces) look(surface.points);
     for (const Polyline& curve : shape.curves) look(curve.points);
     return isNear ? Point{} : *first;
+}
+
+/// What the arrays of a shape take in an answer, at most.
+std::size_t BytesOf(const Shape& shape, bool areDoubles) {
+    const std::size_t perPoint = areDoubles ? sizeof(Point) : 3 * sizeof(float);
+    std::size_t bytes = 0;
+    for (const Triangles& surface : shape.surfaces) {
+        bytes += surface.points.size() * perPoint + 24;
+        bytes += surface.normals.size() * sizeof surface.normals[0];
+        bytes += surface.triangles.size() * sizeof surface.triangles[0];
+    }
+    for (const Polyline& curve : shape.curves) bytes += curve.points.size() * perPoint + 8;
+    return bytes;
 }
 
 /// Local coordinates from `origin` on to the model's.
@@ -77,7 +92,7 @@ struct SceneWalk::Chunk {
     Json looks, shapes;
     std::vector<Transform> transforms;
     std::vector<std::uint32_t> positions, shapeNumbers, lookNumbers;
-    Answer geometry;  ///< of the shapes
+    std::vector<std::pair<Shape*, Point>> added;  ///< with their origins
 };
 
 std::uint32_t SceneWalk::NumberOf(const Look& look, Chunk& chunk) {
@@ -91,18 +106,27 @@ std::uint32_t SceneWalk::NumberOf(const Look& look, Chunk& chunk) {
 }
 
 void SceneWalk::PutPoints(const std::vector<Point>& points, const Point& origin,
-                          Chunk& chunk) const {
-    if (request.takesDoubles) return chunk.geometry.PutArray(points);
+                          Answer& answer) const {
+    if (request.takesDoubles) return answer.PutArray(points);
     std::vector<std::array<float, 3>> singles(points.size());
     for (std::size_t i = 0; i < points.size(); ++i) {
         for (std::size_t axis = 0; axis < 3; ++axis) {
             singles[i][axis] = static_cast<float>(points[i][axis] - origin[axis]);
         }
     }
-    chunk.geometry.PutArray(singles);
+    answer.PutArray(singles);
 }
 
-void SceneWalk::Put(const Shape& shape, const Point& origin, Chunk& chunk) {
+void SceneWalk::PutArrays(const Shape& shape, const Point& origin, Answer& answer) const {
+    for (const Triangles& surface : shape.surfaces) {
+        PutPoints(surface.points, origin, answer);
+        answer.PutArray(surface.normals);
+        answer.PutArray(surface.triangles);
+    }
+    for (const Polyline& curve : shape.curves) PutPoints(curve.points, origin, answer);
+}
+
+void SceneWalk::Tell(const Shape& shape, Chunk& chunk) {
     Json& json = chunk.shapes.Open('{').Key("key").Text(shape.key).Key("surfaces").Open('[');
     for (const Triangles& surface : shape.surfaces) {
         json.Open('{').Key("look");
@@ -114,43 +138,46 @@ void SceneWalk::Put(const Shape& shape, const Point& origin, Chunk& chunk) {
         json.Key("points").Number(surface.points.size());
         json.Key("normals").Number(surface.normals.size());
         json.Key("triangles").Number(surface.triangles.size()).Close('}');
-        PutPoints(surface.points, origin, chunk);
-        chunk.geometry.PutArray(surface.normals);
-        chunk.geometry.PutArray(surface.triangles);
     }
     json.Close(']').Key("curves").Open('[');
     for (const Polyline& curve : shape.curves) {
         json.Open('{').Key("role").Text(curve.role).Key("closed").Truth(curve.closed);
         json.Key("points").Number(curve.points.size()).Close('}');
-        PutPoints(curve.points, origin, chunk);
     }
     json.Close(']').Close('}');
 }
 
 /// Answers the shape where it was not answered before.
-const SceneWalk::Known& SceneWalk::KnownOf(const Shape& shape, Chunk& chunk) {
-    const auto found = shapes.find(shape.key);
-    if (found != shapes.end()) return found->second;
-    const Point origin = request.takesDoubles ? Point{} : OriginOf(shape);
-    Put(shape, origin, chunk);
+std::uint32_t SceneWalk::NumberOf(Shape& shape, Chunk& chunk) {
     const auto number = static_cast<std::uint32_t>(shapes.size());
-    return shapes.emplace(shape.key, Known{number, origin}).first->second;
+    const auto [known, isNew] = shapes.emplace(shape.key, number);
+    if (!isNew) return known->second;
+    const Point origin = request.takesDoubles ? Point{} : OriginFor(shape);
+    if (origin != Point{}) origins.emplace(number, origin);
+    Tell(shape, chunk);
+    chunk.added.emplace_back(&shape, origin);
+    return number;
 }
 
-void SceneWalk::Take(const BlockFile& file, const Shapes& read, Answer& answer) {
+Point SceneWalk::OriginOf(std::uint32_t shape) const {
+    const auto found = origins.find(shape);
+    return found == origins.end() ? Point{} : found->second;
+}
+
+void SceneWalk::Take(const BlockFile& file, Shapes read, Answer& answer) {
     const unsigned int next = NextFloor(file);
     const unsigned int here = read.placements.empty() ? next : read.placements[0].element.floor;
     const bool endsFloor = end == ElementIndex::none;
     Chunk chunk;
     chunk.looks.Open('[');
     chunk.shapes.Open('[');
-    std::vector<const Known*> known(read.shapes.size());
+    std::vector<std::optional<std::uint32_t>> numbers(read.shapes.size());
     for (const Placement& placement : read.placements) {
-        const Known*& shape = known[placement.shape];
-        if (shape == nullptr) shape = &KnownOf(read.shapes[placement.shape], chunk);
-        chunk.transforms.push_back(From(shape->origin, placement.toWorld));
+        std::optional<std::uint32_t>& shape = numbers[placement.shape];
+        if (!shape) shape = NumberOf(read.shapes[placement.shape], chunk);
+        chunk.transforms.push_back(From(OriginOf(*shape), placement.toWorld));
         chunk.positions.push_back(placement.element.position);
-        chunk.shapeNumbers.push_back(shape->number);
+        chunk.shapeNumbers.push_back(*shape);
         chunk.lookNumbers.push_back(NumberOf(placement.look, chunk));
     }
     std::string text = "{\"floor\":" + std::to_string(here) +
@@ -162,15 +189,19 @@ void SceneWalk::Take(const BlockFile& file, const Shapes& read, Answer& answer) 
     text.resize((text.size() + 4 + 7) / 8 * 8 - 4, ' ');
     const auto length = static_cast<std::uint32_t>(text.size());
     const std::size_t perPlacement = sizeof(Transform) + 3 * sizeof(std::uint32_t);
-    answer.Reserve(text.size() + chunk.transforms.size() * perPlacement +
-                   chunk.geometry.Bytes().size() + 64);
+    std::size_t bytes = text.size() + chunk.transforms.size() * perPlacement + 64;
+    for (const auto& [shape, origin] : chunk.added) bytes += BytesOf(*shape, request.takesDoubles);
+    answer.Reserve(bytes);
     answer.Put({reinterpret_cast<const char*>(&length), sizeof length});
     answer.Put(text);
     answer.PutArray(chunk.transforms);
     answer.PutArray(chunk.positions);
     answer.PutArray(chunk.shapeNumbers);
     answer.PutArray(chunk.lookNumbers);
-    answer.PutArray(chunk.geometry.Bytes());
+    for (const auto& [shape, origin] : chunk.added) {
+        PutArrays(*shape, origin, answer);
+        *shape = Shape();  // the module's memory never shrinks, so that peaks count
+    }
     floor = endsFloor ? next + 1 : next;
     position = endsFloor ? 0 : end;
 }

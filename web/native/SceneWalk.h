@@ -34,29 +34,27 @@ class SceneWalk {
     /// be asked again.
     Shapes Read(const BlockFile& file);
     /// Goes on behind what was read last, and answers what of it was not answered before.
-    void Take(const BlockFile& file, const Shapes& read, Answer& answer);
+    void Take(const BlockFile& file, Shapes read, Answer& answer);
 
   private:
-    struct Known {
-        std::uint32_t number;
-        Point origin;
-    };
-
     struct Chunk;
 
     unsigned int NextFloor(const BlockFile& file) const;
     unsigned int PartEnd(const BlockFile& file) const;
     std::uint32_t NumberOf(const Look& look, Chunk& chunk);
-    const Known& KnownOf(const Shape& shape, Chunk& chunk);
-    void Put(const Shape& shape, const Point& origin, Chunk& chunk);
-    void PutPoints(const std::vector<Point>& points, const Point& origin, Chunk& chunk) const;
+    std::uint32_t NumberOf(Shape& shape, Chunk& chunk);
+    Point OriginOf(std::uint32_t shape) const;
+    void Tell(const Shape& shape, Chunk& chunk);
+    void PutArrays(const Shape& shape, const Point& origin, Answer& answer) const;
+    void PutPoints(const std::vector<Point>& points, const Point& origin, Answer& answer) const;
 
     Request request;
     unsigned int floor = 0;     ///< the first that was not answered
     unsigned int position = 0;  ///< on it, the first that was not answered
     unsigned int end = 0;       ///< of the part that was read last; see PartEnd
     std::map<Look, std::uint32_t> looks;
-    std::unordered_map<std::string, Known> shapes;  ///< by key
+    std::unordered_map<std::string, std::uint32_t> shapes;  ///< by key
+    std::unordered_map<std::uint32_t, Point> origins;  ///< of shapes that have one of their own
 };
 
 }  // namespace ZVSmartModel::Web

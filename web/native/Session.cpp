@@ -28,7 +28,7 @@ int Session::Tell(const Error& error) {
 }
 
 int Session::Settle(int outcome) {
-    constexpr std::uint64_t keptBytes = 8 << 20;
+    constexpr std::uint64_t keptBytes = 6 << 20;
     if (const std::optional<ByteRange>& miss = stream.Miss()) {
         const double range[] = {static_cast<double>(miss->position),
                                 static_cast<double>(miss->size)};
