@@ -62,6 +62,14 @@ function totalOf(response: Response): number {
   return Number(/\/(\d+)$/.exec(response.headers.get("content-range") ?? "")?.[1] ?? NaN);
 }
 
+function joined(first: Uint8Array, second: Uint8Array): Uint8Array {
+  if (first.byteLength === 0) return second;
+  const whole = new Uint8Array(first.byteLength + second.byteLength);
+  whole.set(first);
+  whole.set(second, first.byteLength);
+  return whole;
+}
+
 /** A file on a server: by ranges where it knows them, else whole. */
 async function ofAddress(address: string, options: FetchOptions): Promise<RangeReader> {
   const ask = async (first: number, last: number): Promise<Response> => {
@@ -82,9 +90,10 @@ async function ofAddress(address: string, options: FetchOptions): Promise<RangeR
   return {
     size,
     async read(position, length) {
-      if (position + length <= begin.byteLength) return begin.subarray(position, position + length);
-      const part = await ask(position, position + length - 1);
-      const bytes = new Uint8Array(await part.arrayBuffer());
+      const known = begin.subarray(position, position + length);
+      if (known.byteLength === length) return known;
+      const part = await ask(position + known.byteLength, position + length - 1);
+      const bytes = joined(known, new Uint8Array(await part.arrayBuffer()));
       const seen = part.headers.get("etag") ?? part.headers.get("last-modified");
       if (part.status !== 206) throw new Error(`${address}: the server stopped giving ranges`);
       if (seen !== version || totalOf(part) !== size) {

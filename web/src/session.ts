@@ -25,7 +25,9 @@ export class BlockFileError extends Error {
 const missing = 7;
 const blockBytes = 64 << 10;
 const leastRequest = 2 * blockBytes;
-const mostRequest = 4 << 20;
+const mostRequest = 2 << 20;
+/** The file's last bytes come with what stands ahead of them: the index lies there, most times all of it. */
+const tailBytes = 192 << 10;
 
 /**
  * Asks the module about one file, call by call. A call that misses bytes tells which; they are
@@ -148,6 +150,7 @@ export class Session {
     const length = Math.max(size + position - first, leastRequest,
       Math.min(2 * before, mostRequest));
     let end = Math.min(this.reader.size, Math.ceil((first + length) / blockBytes) * blockBytes);
+    if (this.reader.size - end < tailBytes) end = this.reader.size;
     while (end - blockBytes > position + size && this.seen.has(Math.floor((end - 1) / blockBytes))) {
       end = Math.floor((end - 1) / blockBytes) * blockBytes;
     }
@@ -168,10 +171,12 @@ export class Session {
     if (bytes.byteLength !== end - first) {
       throw new BlockFileError("input-output", `${end - first} bytes at ${first} did not all come`);
     }
-    const status = this.guarded(() =>
-      this.instance.lend(bytes, (pointer, size) =>
-        this.instance.calls.zvg_bring(this.pointer, first, pointer, size)));
-    if (status !== 0) throw this.errorOf(status, this.answer());
-    for (let at = first; at < end; at += blockBytes) this.seen.add(at / blockBytes);
+    for (let at = first; at < end; at += blockBytes) {
+      const block = bytes.subarray(at - first, at - first + blockBytes);
+      const status = this.guarded(() => this.instance.lend(block, (pointer, size) =>
+        this.instance.calls.zvg_bring(this.pointer, at, pointer, size)));
+      if (status !== 0) throw this.errorOf(status, this.answer());
+      this.seen.add(at / blockBytes);
+    }
   }
 }
