@@ -1,14 +1,11 @@
 import {
-  Box3, BufferAttribute, BufferGeometry, Color, type Material, Matrix4, Object3D, SRGBColorSpace, Sphere,
-  Vector4,
+  Box3, BufferAttribute, BufferGeometry, type Material, Matrix4, Object3D, Sphere,
 } from "three";
 import type { BatchAddition } from "./messages.js";
 import { Page, type Room } from "./page.js";
 
 const matrix = new Matrix4();
-const colour = new Color();
 const box = new Box3();
-const shown = new Vector4();
 
 /** Of a batch's first page; each has twice the room of the one before, up to sixteen times this. */
 const leastRoom = { points: 16 << 10, indices: 32 << 10 };
@@ -20,13 +17,11 @@ export class Batch extends Object3D {
   private unsent: Page[] = [];
   private instances = 0;
   private geometries = 0;
-  /** Of each instance: its page, and its number there. */
+  /** Of each instance: its page, and its slot there. */
   private pageOf = new Uint16Array(64);
-  private idOf = new Uint32Array(64);
-  /** Of each instance, as Box3.setFromArray takes it. */
+  private slotOf = new Uint32Array(64);
+  /** Of each instance, as Box3.setFromArray takes it; lines lie within what they are lines of. */
   private boxes = new Float32Array(384);
-  /** Of each instance: whether it is drawn with others in one go, and hidden by its colour. */
-  private isPart = new Uint8Array(64);
 
   constructor(private shownBy: Material, private readonly isLines: boolean) {
     super();
@@ -48,25 +43,25 @@ export class Batch extends Object3D {
   addAll(added: BatchAddition): void {
     this.addGeometries(added);
     this.reserve(added);
-    const { geometries, geometryOf } = added;
-    const firstAdded = this.geometries - geometries.count;
-    let last = -1;
     for (let i = 0; i < added.instances; ++i) {
-      const geometry = geometryOf[i]!;
-      const isPart = geometry >= firstAdded && geometries.parted[geometry - firstAdded] === 1;
       const m = added.matrices.subarray(12 * i, 12 * i + 12);
       matrix.set(m[0]!, m[1]!, m[2]!, m[3]!, m[4]!, m[5]!, m[6]!, m[7]!, m[8]!, m[9]!, m[10]!,
         m[11]!, 0, 0, 0, 1);
+      const geometry = added.geometryOf[i]!;
       const page = this.pageWith(geometry);
       const number = this.instances++;
-      const id = page.place(geometry, number, matrix, box.setFromArray(added.boxes.subarray(6 * i, 6 * i + 6)));
+      box.setFromArray(added.boxes.subarray(6 * i, 6 * i + 6));
       this.pageOf[number] = page.order;
-      this.idOf[number] = id;
-      this.isPart[number] = Number(isPart);
-      if (isPart && geometry === last) page.setVisibleAt(id, false); // its leader draws it all
-      last = geometry;
+      this.slotOf[number] = page.place(geometry, number, this.follows(added, i) ? null : matrix, box);
     }
-    this.boxes.set(added.boxes, 6 * (this.instances - added.instances));
+    if (!this.isLines) this.boxes.set(added.boxes, 6 * (this.instances - added.instances));
+  }
+
+  /** Whether an added instance is a part of the geometry that the one before it is a part of. */
+  private follows({ geometries, geometryOf }: BatchAddition, i: number): boolean {
+    const ofThese = geometryOf[i]! - (this.geometries - geometries.count);
+    return i > 0 && geometryOf[i] === geometryOf[i - 1] && ofThese >= 0
+      && geometries.parted[ofThese] === 1;
   }
 
   /** Hands over the pages that were filled, whose copies go once they were sent. */
@@ -77,28 +72,24 @@ export class Batch extends Object3D {
   }
   /** Nothing more comes. */
   finish(): void {
+    for (const page of this.pages) page.fit();
     const last = this.pages.at(-1);
     if (last !== undefined && !this.unsent.includes(last)) this.unsent.push(last);
   }
 
   /** Enlarges `around` by an instance. */
   enclose(instance: number, around: Box3): void {
+    if (this.isLines) return;
     around.union(box.setFromArray(this.boxes.subarray(6 * instance, 6 * instance + 6)));
   }
 
   hide(instance: number): void {
-    const page = this.pages[this.pageOf[instance]!]!, id = this.idOf[instance]!;
-    if (this.isPart[instance]) page.setColorAt(id, shown.set(0, 0, 0, -1));
-    else page.setVisibleAt(id, false);
+    this.pages[this.pageOf[instance]!]!.hide(this.slotOf[instance]!);
   }
 
   /** Shows an instance. `rgb` is a byte each from the lowest on, as screens show it; `alpha` goes up to 1. */
   paint(instance: number, rgb: number, alpha: number): void {
-    colour.setRGB((rgb & 255) / 255, ((rgb >>> 8) & 255) / 255, ((rgb >>> 16) & 255) / 255,
-      SRGBColorSpace);
-    const page = this.pages[this.pageOf[instance]!]!, id = this.idOf[instance]!;
-    page.setColorAt(id, shown.set(colour.r, colour.g, colour.b, alpha));
-    if (!this.isPart[instance]) page.setVisibleAt(id, true);
+    this.pages[this.pageOf[instance]!]!.paint(this.slotOf[instance]!, rgb, Math.round(255 * alpha));
   }
 
   override dispose(): void {
@@ -140,25 +131,26 @@ export class Batch extends Object3D {
     return this.pages[low]!;
   }
 
-  private reserve({ instances, geometryOf }: BatchAddition): void {
-    const added = new Map<Page, number>();
-    for (const geometry of geometryOf) {
-      const page = this.pageWith(geometry);
-      added.set(page, (added.get(page) ?? 0) + 1);
+  private reserve(added: BatchAddition): void {
+    const counts = new Map<Page, { slots: number; drawing: number }>();
+    for (let i = 0; i < added.instances; ++i) {
+      const page = this.pageWith(added.geometryOf[i]!);
+      const count = counts.get(page) ?? { slots: 0, drawing: 0 };
+      counts.set(page, count);
+      count.slots += 1;
+      if (!this.follows(added, i)) count.drawing += 1;
     }
-    for (const [page, count] of added) page.reserve(count);
-    const needed = this.instances + instances;
-    if (needed <= this.idOf.length) return;
-    const room = Math.max(needed, Math.ceil(this.idOf.length * 1.5));
+    for (const [page, { slots, drawing }] of counts) page.reserve(slots, drawing);
+    const needed = this.instances + added.instances;
+    if (needed <= this.slotOf.length) return;
+    const room = Math.max(needed, Math.ceil(this.slotOf.length * 1.5));
     this.pageOf = grown(this.pageOf, new Uint16Array(room));
-    this.idOf = grown(this.idOf, new Uint32Array(room));
-    this.isPart = grown(this.isPart, new Uint8Array(room));
-    this.boxes = grown(this.boxes, new Float32Array(6 * room));
+    this.slotOf = grown(this.slotOf, new Uint32Array(room));
+    if (!this.isLines) this.boxes = grown(this.boxes, new Float32Array(6 * room));
   }
 }
 
-function grown<Kind extends Uint8Array | Uint16Array | Uint32Array | Float32Array>(old: Kind,
-  room: Kind): Kind {
+function grown<Kind extends Uint16Array | Uint32Array | Float32Array>(old: Kind, room: Kind): Kind {
   room.set(old);
   return room;
 }

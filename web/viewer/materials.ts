@@ -2,12 +2,12 @@ import {
   AlwaysStencilFunc, Color, DoubleSide, LineBasicMaterial, type Material, MeshBasicMaterial,
   MeshLambertMaterial, NotEqualStencilFunc, ReplaceStencilOp, ShaderChunk,
 } from "three";
+import { findSlot } from "./page.js";
 
 /** What the alpha of a solid's colour says beside its colour. */
-export const solidAlpha = { ghost: 0, cut: 0.75, whole: 1 } as const;
+export const solidAlpha = { ghost: 0.25, cut: 0.75, whole: 1 } as const;
 
-/** What of a batch a material draws, and how. Each point knows the instance that it is of, behind the
- * first of what is drawn with it; an alpha below 0 hides one. */
+/** What of a batch a material draws, and how. An alpha of 0 hides. */
 interface Drawn {
   /** A condition in GLSL on an instance's `vColor`. */
   instances: string;
@@ -31,11 +31,11 @@ function drawn(material: Material, { instances, side, finish = "" }: Drawn): voi
       .replace("#include <common>", `#include <common>
         flat varying float vTurn;
         attribute float part;`)
-      .replace("#include <color_vertex>",
-        "vColor = getBatchingColor(getIndirectIndex(gl_DrawID) + part);")
+      .replace("#include <color_vertex>", `${findSlot}\nvColor = getBatchingColor(slot);`)
+      .replace("#include <batching_vertex>", "")
       .replace("#include <project_vertex>", `#include <project_vertex>
         vTurn = sign(determinant(mat3(batchingMatrix)));
-        if (vColor.a < 0.0 || !(${instances})) gl_Position = vec4(2.0, 2.0, 2.0, 1.0);`);
+        if (vColor.a == 0.0 || !(${instances})) gl_Position = vec4(2.0, 2.0, 2.0, 1.0);`);
     shader.fragmentShader = shader.fragmentShader
       .replace("#include <common>", "#include <common>\nflat varying float vTurn;")
       .replace("#include <clipping_planes_fragment>", `${discard}\n#include <clipping_planes_fragment>`)

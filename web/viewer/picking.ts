@@ -5,6 +5,7 @@ import {
 import type { Batch } from "./batch.js";
 import type { Drawing } from "./drawing.js";
 import type { Ref } from "./model.js";
+import { findSlot } from "./page.js";
 
 /** What stands at a point of the view. */
 export interface Hit extends Ref {
@@ -23,13 +24,12 @@ const vertexShader = `
   flat varying uint vInstance;
   uniform uint page;
   void main() {
-    #include <batching_vertex>
+    ${findSlot}
     vec3 transformed = position;
     #include <project_vertex>
     vPoint = (modelMatrix * batchingMatrix * vec4(position, 1.0)).xyz;
-    float instance = getIndirectIndex(gl_DrawID) + part;
-    vInstance = (page << 22u) + uint(instance) + 1u; // a file places no more than 4,000,000
-    if (getBatchingColor(instance).a < 0.0) gl_Position = vec4(2.0, 2.0, 2.0, 1.0);
+    vInstance = (page << 22u) + uint(slot) + 1u; // a file places no more than 4,000,000
+    if (getBatchingColor(slot).a == 0.0) gl_Position = vec4(2.0, 2.0, 2.0, 1.0);
     #include <clipping_planes_vertex>
   }`;
 const fragmentShader = `

@@ -72,8 +72,38 @@ type Additions = Record<BatchName, Addition>;
 
 /** A shape that was drawn where it stands, and is not there to be placed again. */
 interface Spent {
-  key: string;
   at: At;
+  /** Among the shapes of that element, as they are placed. */
+  which: number;
+}
+
+/** Shapes by their numbers: those that may be placed again, edges last in their pieces, and what is
+ * left of the others. */
+class KnownShapes {
+  private readonly pieces = new Map<number, Piece[]>();
+  /** Three each: floor, position, and one more than which; nothing where that is 0. */
+  private spent = new Uint32Array(192);
+
+  keep(number: number, pieces: Piece[]): void {
+    this.pieces.set(number, pieces);
+  }
+  spend(number: number, [floor, position]: At, which: number): void {
+    this.pieces.delete(number);
+    if (3 * number + 3 > this.spent.length) {
+      const grown = new Uint32Array(6 * number);
+      grown.set(this.spent);
+      this.spent = grown;
+    }
+    this.spent.set([floor, position, which + 1], 3 * number);
+  }
+  piecesOf(number: number): Piece[] | undefined {
+    return this.pieces.get(number);
+  }
+  spentOf(number: number): Spent | undefined {
+    const [floor, position, behind] = this.spent.subarray(3 * number, 3 * number + 3);
+    if (!behind || this.pieces.has(number)) return undefined;
+    return { at: [floor!, position!], which: behind - 1 };
+  }
 }
 
 /** Larger ones are not copied to where they stand. */
@@ -86,8 +116,7 @@ const mostPointsOnce = 3000;
  */
 export class Preparer {
   private readonly looks: number[] = [];
-  /** By number: pieces, the edges last. */
-  private readonly shapes: (Piece[] | Spent)[] = [];
+  private readonly shapes = new KnownShapes();
   private readonly counts: Record<BatchName, number> = { solid: 0, edges: 0, glass: 0 };
 
   /** `origin` is that of what is drawn already; else the first placement gives it. */
@@ -97,8 +126,8 @@ export class Preparer {
   spentOf({ placements }: SceneChunk): Map<number, Spent> {
     const found = new Map<number, Spent>();
     for (const number of placements.shapes) {
-      const known = this.shapes[number];
-      if (known !== undefined && !Array.isArray(known)) found.set(number, known);
+      const known = this.shapes.spentOf(number);
+      if (known !== undefined) found.set(number, known);
     }
     return found;
   }
@@ -107,7 +136,7 @@ export class Preparer {
     const same = looks.map((look) => this.looks.indexOf(packed(look)));
     const surfaces = shape.surfaces.map((surface) =>
       ({ ...surface, look: surface.look === null ? null : same[surface.look]! }));
-    this.shapes[number] = piecesOf({ ...shape, surfaces });
+    this.shapes.keep(number, piecesOf({ ...shape, surfaces }));
   }
 
   /** `rooms` tells which positions of the floor are rooms, which are drawn as glass. */
@@ -121,17 +150,20 @@ export class Preparer {
     const uses = new Map<number, number>(chunk.shapes.map(({ number }) => [number, 0]));
     const { count, matrices, shapes, looks, elements } = chunk.placements;
     for (const shape of shapes) if (uses.has(shape)) uses.set(shape, uses.get(shape)! + 1);
-    for (const shape of chunk.shapes) this.shapes[shape.number] = piecesOf(shape);
-    const keys = new Map(chunk.shapes.map(({ number, key }) => [number, key]));
+    for (const shape of chunk.shapes) this.shapes.keep(shape.number, piecesOf(shape));
+    /** The shapes of one element so far, each with its place among them. */
+    const own = new Map<number, number>();
     for (let i = 0; i < count; ++i) {
       const placed = matrices.subarray(12 * i, 12 * i + 12);
-      const pieces = this.shapes[shapes[i]!];
-      if (!placed.every(Number.isFinite) || !Array.isArray(pieces)) continue;
       const element = elements[i]!, number = shapes[i]!;
+      if (i > 0 && element !== elements[i - 1]) own.clear();
+      if (!own.has(number)) own.set(number, own.size);
+      const pieces = this.shapes.piecesOf(number);
+      if (!placed.every(Number.isFinite) || pieces === undefined) continue;
       const isOnce = uses.get(number) === 1
         && pieces.every(({ part }) => part!.points.length < 3 * mostPointsOnce);
       this.place(pieces, placed, looks[i]!, element, rooms.has(element), isOnce, additions);
-      if (isOnce) this.shapes[number] = { key: keys.get(number)!, at: [chunk.floor, element] };
+      if (isOnce) this.shapes.spend(number, [chunk.floor, element], own.get(number)!);
     }
     const result = {
       solid: additions.solid.taken(), edges: additions.edges.taken(), glass: additions.glass.taken(),

@@ -69,10 +69,10 @@ class FileWorker implements Asynchronous<FileCalls> {
 
   /** Asks again for shapes that a floor places and that were let go with a floor before. */
   private async restoreSpent(chunk: SceneChunk): Promise<void> {
-    for (const [number, { key, at: [floor, position] }] of this.preparer.spentOf(chunk)) {
+    for (const [number, { which, at: [floor, position] }] of this.preparer.spentOf(chunk)) {
       const again = this.opened.scene({ elements: [{ floor, position }] }, { normals: "smooth" });
       for await (const { shapes, looks } of again) {
-        const shape = shapes.find((each) => each.key === key);
+        const shape = shapes[which];
         if (shape) this.preparer.restore(number, shape, looks);
       }
     }
