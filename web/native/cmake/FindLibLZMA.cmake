@@ -9,7 +9,7 @@ set(LibLZMA_FOUND TRUE)
 
 add_library(lzma_decoder STATIC)
 foreach(file
-    check/check check/crc32_fast check/crc32_table check/crc64_fast check/crc64_table check/sha256
+    check/check check/crc32_fast check/crc64_fast check/sha256
     common/block_decoder common/block_header_decoder common/block_util common/common
     common/filter_common common/filter_decoder common/filter_flags_decoder common/index_hash
     common/stream_decoder common/stream_flags_common common/stream_flags_decoder
@@ -20,6 +20,7 @@ foreach(file
     simple/simple_decoder simple/sparc simple/x86)
   target_sources(lzma_decoder PRIVATE ${ZVG_XZ_SOURCES}/src/liblzma/${file}.c)
 endforeach()
+target_sources(lzma_decoder PRIVATE ${CMAKE_CURRENT_LIST_DIR}/../CheckTables.c)
 set(rooms ${ZVG_XZ_SOURCES}/src/common)
 foreach(room api check common delta lz lzma rangecoder simple)
   list(APPEND rooms ${ZVG_XZ_SOURCES}/src/liblzma/${room})
