@@ -40,9 +40,10 @@ const parts = {
   wasm: gzipSync(readFileSync(wasm), { level: 9 }).toString("base64"),
   worker: await bundle("worker.ts"),
   page: await bundle("app.ts"),
+  start: await bundle("start.ts"),
   notices: notices(),
 };
 const template = readFileSync(join(folder, "page.html"), "utf8");
-const text = template.replace(/\/\*(css|wasm|worker|page|notices)\*\//g, (_, name) => parts[name]);
+const text = template.replace(/\/\*(css|wasm|worker|page|start|notices)\*\//g, (_, name) => parts[name]);
 if (text.split("<!-- zvg:files -->").length !== 2) throw new Error("the page has no one place for files");
 writeFileSync(page, text);

@@ -1,4 +1,5 @@
 import type { CallName, FileCalls, Question, Reply } from "./messages.js";
+import { started } from "./workers.js";
 
 /** Why a file's worker could not answer. */
 export class FileError extends Error {
@@ -13,23 +14,8 @@ export class FileError extends Error {
   }
 }
 
-/** The page's text of an element that carries code or data. */
-function textOf(id: string): string {
-  return document.getElementById(id)?.textContent?.trim() ?? "";
-}
-
-let workerAddress: string | undefined;
-
-function started(): Worker {
-  // A worker out of a text, since a page from a disk has no address to load one from.
-  workerAddress ??= URL.createObjectURL(new Blob([textOf("zvg-worker")]));
-  const worker = new Worker(workerAddress);
-  worker.postMessage({ wasm: textOf("zvg-wasm") });
-  return worker;
-}
-
-/** For the first file: it gets ready while the page does. */
-let ahead: Worker | null = started();
+/** For the first file; see start.ts. */
+let ahead = (window as { zvgWorkerAhead?: Worker }).zvgWorkerAhead;
 
 /** A worker of its own for a file, so that reading holds up neither the page nor another file. */
 export class FileLink {
@@ -39,7 +25,7 @@ export class FileLink {
 
   constructor() {
     this.worker = ahead ?? started();
-    ahead = null;
+    ahead = undefined;
     this.worker.onmessage = ({ data }: MessageEvent<Reply>) => {
       this.waiting.get(data.id)?.settle(data);
       this.waiting.delete(data.id);

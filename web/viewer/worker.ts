@@ -1,4 +1,4 @@
-import { type BlockFile, BlockFileError, type SceneChunk, open } from "../src/index.js";
+import { type BlockFile, BlockFileError, type Info, type SceneChunk, open } from "../src/index.js";
 import { fingerprintsOf } from "./fingerprints.js";
 import type { FileCalls, FloorList, FloorPart, Question, Reply, Triangles } from "./messages.js";
 import { planOf } from "./planlines.js";
@@ -22,16 +22,40 @@ class FileWorker implements Asynchronous<FileCalls> {
   /** Of the floor that is walked: the positions of its rooms. */
   private rooms: Set<number> | null = null;
 
+  /** A file that was begun before the page asked for it. */
+  private begun: { src: string; info: Promise<Info> } | undefined;
+  private coming: Promise<FloorPart | null> | undefined;
+
   constructor(private readonly wasm: () => Promise<WebAssembly.Module>) {}
 
-  async open(source: string | Blob, origin: number[] | null) {
+  /** Opens what the page will ask for first, and reads the first part of it. */
+  begin(src: string): void {
+    const info = this.openNow(src, null);
+    this.begun = { src, info };
+    const coming = info.then(() => this.readNext());
+    coming.catch(() => undefined); // whoever asks is told
+    this.coming = coming;
+  }
+
+  open(source: string | Blob, origin: number[] | null): Promise<Info> {
+    if (this.begun?.src === source && origin === null) return this.begun.info;
+    this.coming = undefined;
+    return this.openNow(source, origin);
+  }
+  next(): Promise<FloorPart | null> {
+    const part = this.coming ?? this.readNext();
+    this.coming = undefined;
+    return part;
+  }
+
+  private async openNow(source: string | Blob, origin: number[] | null): Promise<Info> {
     this.file = await open(source, { wasm: await this.wasm() });
     this.preparer = new Preparer(origin);
     this.walk = this.file.scene({}, { normals: "smooth", elementsAtOnce });
     return this.file.info;
   }
 
-  async next(): Promise<FloorPart | null> {
+  private async readNext(): Promise<FloorPart | null> {
     const { done, value: chunk } = await this.walk!.next();
     if (done) return null;
     const { floor, missing, endsFloor } = chunk;
@@ -175,10 +199,11 @@ async function unpacked(base64: string): Promise<WebAssembly.Module> {
 let compiled: Promise<WebAssembly.Module> | undefined;
 const held = new FileWorker(() => compiled!);
 
-self.onmessage = async ({ data }: MessageEvent<Question | { wasm: string }>) => {
+self.onmessage = async ({ data }: MessageEvent<Question | { wasm: string; src?: string }>) => {
   if ("wasm" in data) {
     compiled = unpacked(data.wasm);
     compiled.catch(() => undefined); // whoever opens is told
+    if (data.src !== undefined) held.begin(data.src);
     return;
   }
   const reply: Reply = { id: data.id };
@@ -195,3 +220,4 @@ self.onmessage = async ({ data }: MessageEvent<Question | { wasm: string }>) => 
   }
   self.postMessage(reply, { transfer: buffersOf(reply.value) });
 };
+self.postMessage({ id: -1 } satisfies Reply); // the page may go on
