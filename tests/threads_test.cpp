@@ -82,4 +82,49 @@ TEST(Threads, OfASaverEndWithIt) {
     }
 }
 
+/// What a walk through a whole file answers, floors and geometry blocks in turns.
+std::vector<std::string> Walked(const Bytes& file, unsigned int threads, bool geometry = true) {
+    std::vector<std::string> answers;
+    CZVFTReadBufferInStream in(file.data(), file.size());
+    CZVLGBlockReader reader;
+    const auto ask = [&](const auto& query) {
+        std::string answer;
+        try {
+            answer = query();
+        } catch (const CZVFTStreamException& failure) {
+            answer = failure.what();
+        }
+        const Miss miss = LastMissOf(reader);
+        answers.push_back(answer + ' ' + std::to_string(static_cast<int>(miss.kind)) + ' ' +
+                          std::to_string(miss.position) + ' ' + miss.reason);
+    };
+    ask([&] { return std::to_string(reader.Init(&in, 1, 1)); });
+    reader.SetReadAhead(threads, geometry);
+    for (u32 i = 0; i < 9; ++i) {
+        ask([&] { return std::to_string(reader.GetFloorCompNum(i)); });
+        ask([&] { return std::to_string(reader.GetGeoNumInBlock(i)); });
+        ask([&] {
+            SZVLGZvgGeo geo;
+            const bool isRead = reader.GetGeoByIndex({i / 2 * 2, 3}, geo);
+            return std::to_string(isRead) + std::to_string(geo.renderMeshes.size());
+        });
+        ask([&] {
+            SZVLGZvgComp comp;
+            reader.GetCompByIndex({i, 2}, comp);
+            return std::to_string(comp.compGuidName.name.size());
+        });
+    }
+    return answers;
+}
+
+TEST(Threads, OfAWalkAnswerAsNoneDo) {
+    const Bytes whole = ManyBlocks(1);
+    EXPECT_EQ(Walked(whole, 3), Walked(whole, 1));
+    for (std::size_t at = 0; at < whole.size(); at += 7) {
+        Bytes damaged = whole;
+        damaged[at] ^= 0x41;
+        EXPECT_EQ(Walked(damaged, 3, at % 2 == 0), Walked(damaged, 1)) << at;
+    }
+}
+
 }  // namespace

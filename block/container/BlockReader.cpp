@@ -20,6 +20,10 @@ void CZVLGBlockReader::SetCacheBytes(unsigned long long bytes) {
     imp->cacheBytes = bytes;
 }
 
+void CZVLGBlockReader::SetReadAhead(unsigned int threads, bool geometry) {
+    imp->SetReadAhead(threads, geometry);
+}
+
 bool CZVLGBlockReader::Init(ZVSmartFormat::CZVFTInStream* in, unsigned int geoBlockCacheLimit,
                             unsigned int floorCacheLimit) {
     return imp->Init(*in, geoBlockCacheLimit, floorCacheLimit);

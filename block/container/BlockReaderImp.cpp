@@ -185,7 +185,51 @@ u32 CZVLGBlockReader::Imp::SumDecodedSizes() {
     return static_cast<u32>(total);
 }
 
+void CZVLGBlockReader::Imp::SetReadAhead(unsigned int threads, bool geometry) {
+    walk.reset();
+    if (threads <= 1 || !isOpen) return;
+    walk = std::make_unique<WalkAhead>(std::min(threads, ZVSmartFormat::mostCoders), decodedLimit);
+    const PositionGuard guard(stream);
+    CheckedInStream in(stream);
+    if (geometry) walk->Begin(in, walk->geoBlocks, [&](u32 i) { return SeekGeoBlock(in, i); });
+    walk->Begin(in, walk->floors, [&](u32 i) { return SeekFloor(in, i); });
+}
+
+/// Moves `in` to the block of floor `floor`; false where it is decoded, or is not there.
+bool CZVLGBlockReader::Imp::SeekFloor(CheckedInStream& in, u32 floor) {
+    u64 position = 0;
+    if (floor >= floorSection.Count() || floors.Holds(floor)) return false;
+    if (!FindRecord(in, floorSection, floor, position)) return false;
+    in.Seek(position);
+    MemoryBudget memory(recordLimit);
+    ReadFloorFields(in, memory);
+    return true;
+}
+
+/// The same of a geometry block.
+bool CZVLGBlockReader::Imp::SeekGeoBlock(CheckedInStream& in, u32 block) {
+    u64 position = 0;
+    if (block >= geoSection.Count() || geoBlocks.Holds(block)) return false;
+    if (!FindRecord(in, geoSection, block, position)) return false;
+    in.Seek(position);
+    return true;
+}
+
+/// Begins to decode floors behind one that is about to be decoded. What is wrong there is met by
+/// who asks for it.
+void CZVLGBlockReader::Imp::LookAheadOfFloor(CheckedInStream& in, u32 floor) {
+    walk->LookAhead(in, walk->floors, floor, [&](u32 next) { return SeekFloor(in, next); });
+    stream.ForgetFailure();
+}
+
+/// The same of geometry blocks.
+void CZVLGBlockReader::Imp::LookAheadOfGeoBlock(CheckedInStream& in, u32 block) {
+    walk->LookAhead(in, walk->geoBlocks, block, [&](u32 next) { return SeekGeoBlock(in, next); });
+    stream.ForgetFailure();
+}
+
 void CZVLGBlockReader::Imp::CleanInnerBuffer() {
+    walk.reset();
     geoBlocks.Clear();
     floors.Clear();
     propertyMemory = PropertyList();
@@ -210,6 +254,7 @@ const PlacedFloor* CZVLGBlockReader::Imp::FetchFloor(u32 floor, MemoryBudget& me
     if (const PlacedFloor* const cached = floors.Find(floor, ++uses)) return cached;
     const PositionGuard guard(stream);
     CheckedInStream in(stream);
+    if (walk) LookAheadOfFloor(in, floor);
     u64 position = 0;
     if (!FindRecord(in, floorSection, floor, position)) {
         last.NoteDamaged("is not where its section says");
@@ -220,7 +265,8 @@ const PlacedFloor* CZVLGBlockReader::Imp::FetchFloor(u32 floor, MemoryBudget& me
     FloorFields fields = ReadFloorFields(in, memory);
     position = in.GetPos() - basePos;
     DecodedBlock decoded;
-    if (!ReadBlock(in, FloorSubject(floor), decoded)) return nullptr;
+    const bool isThere = walk && WalkAhead::Take(walk->floors, floor, decoded);
+    if (!isThere && !ReadBlock(in, FloorSubject(floor), decoded)) return nullptr;
     const u64 byteCount = decoded.Size();
     const PlacedFloor* const inserted = floors.Insert(
         floor, {FloorBlock(std::move(fields), std::move(decoded)), position}, byteCount, ++uses);
@@ -338,6 +384,7 @@ const GeoBlock* CZVLGBlockReader::Imp::FetchGeoBlock(u32 block) {
     if (const GeoBlock* const cached = geoBlocks.Find(block, ++uses)) return cached;
     const PositionGuard guard(stream);
     CheckedInStream in(stream);
+    if (walk) LookAheadOfGeoBlock(in, block);
     u64 position = 0;
     if (!FindRecord(in, geoSection, block, position)) {
         last.NoteDamaged("is not where its section says");
@@ -347,7 +394,8 @@ const GeoBlock* CZVLGBlockReader::Imp::FetchGeoBlock(u32 block) {
     in.Seek(position);
     GeoBlock fetched;
     fetched.position = position - basePos;
-    if (!ReadBlock(in, GeoBlockSubject(block), fetched.block)) return nullptr;
+    const bool isThere = walk && WalkAhead::Take(walk->geoBlocks, block, fetched.block);
+    if (!isThere && !ReadBlock(in, GeoBlockSubject(block), fetched.block)) return nullptr;
     RecordInStream content(fetched.block.Data(), fetched.block.Size());
     fetched.records = ReadSection(content, 0);
     const u64 byteCount = fetched.block.Size();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include "component/FloorBlock.h"
 #include "container/DecodedCache.h"
 #include "container/LastMiss.h"
+#include "container/WalkAhead.h"
 #include "geometry/GeoIdentTable.h"
 #include "layout/FileHead.h"
 #include "layout/SectionLocator.h"
@@ -41,6 +43,7 @@ class CZVLGBlockReader::Imp {
     EZVLGMiss TellLastMiss(SZVLGBlockFinding& finding) const;
     bool TellStructure(SZVLGBlockFinding& finding) const;
 
+    void SetReadAhead(unsigned int threads, bool geometry);
     u32 EstimatedDataSize();
     void CleanInnerBuffer();
 
@@ -85,6 +88,10 @@ class CZVLGBlockReader::Imp {
     u32 SumDecodedSizes();
     bool ReadBlock(ZVSmartFormat::CheckedInStream& in, const LastMiss::Subject& subject,
                    ZVSmartFormat::DecodedBlock& block);
+    bool SeekFloor(ZVSmartFormat::CheckedInStream& in, u32 floor);
+    bool SeekGeoBlock(ZVSmartFormat::CheckedInStream& in, u32 block);
+    void LookAheadOfFloor(ZVSmartFormat::CheckedInStream& in, u32 floor);
+    void LookAheadOfGeoBlock(ZVSmartFormat::CheckedInStream& in, u32 block);
     const GeoBlock* FetchGeoBlock(u32 block);
     const PlacedFloor* FetchFloor(u32 floor, ZVSmartFormat::MemoryBudget& memory);
     /// The floor of a component, which is looked at from now on; null where there is none.
@@ -109,12 +116,13 @@ class CZVLGBlockReader::Imp {
     Section level2;         // in the index block
     DecodedCache<GeoBlock> geoBlocks;
     DecodedCache<PlacedFloor> floors;
-    u64 mostCached = 0;           // bytes of both together; 0 where they are limited by numbers
-    u64 uses = 0;                 // of both
-    std::wstring nameEnd;         // of the properties that were wanted last
-    std::string storedNameEnd;    // the same
-    WantedProperties wanted;      // which looks at it
-    PropertyList propertyMemory;  // of a record that a query replaced, for the next one
+    std::unique_ptr<WalkAhead> walk;  // null where nothing is decoded ahead
+    u64 mostCached = 0;               // bytes of both together; 0 where they are limited by numbers
+    u64 uses = 0;                     // of both
+    std::wstring nameEnd;             // of the properties that were wanted last
+    std::string storedNameEnd;        // the same
+    WantedProperties wanted;          // which looks at it
+    PropertyList propertyMemory;      // of a record that a query replaced, for the next one
 
     LastMiss last;
     LastMiss openMiss;  // of `Init`: the answer to every query while nothing is open

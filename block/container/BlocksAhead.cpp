@@ -3,23 +3,18 @@
 #include <exception>
 #include <limits>
 #include <utility>
-#include <vector>
 
-#include "ZVSmartFormat/MemoryStream.h"
 #include "stream/PositionGuard.h"
 
 namespace ZVSmartZvg {
 
 using ZVSmartFormat::CheckedInStream;
-using ZVSmartFormat::CZVFTReadBufferInStream;
 using ZVSmartFormat::DecodedBlock;
 using ZVSmartFormat::u64;
-using ZVSmartFormat::u8;
 
 namespace {
 
 constexpr u64 anySize = std::numeric_limits<ZVSmartFormat::u32>::max();
-constexpr u64 largestAhead = 64 << 20;  // bytes, encoded or decoded
 
 }  // namespace
 
@@ -31,17 +26,15 @@ void BlocksAhead::Begin(Advance next) {
 
 bool BlocksAhead::Read(CheckedInStream& in, DecodedBlock& block) {
     if (isGoingOn) LookAhead(in);
-    if (ahead.empty() || ahead.front().position != in.GetPos()) {
+    if (ahead.empty() || ahead.front().Position() != in.GetPos()) {
         isGoingOn = false;
         ahead.clear();
         return ReadCompressedBlock(in, anySize, block);
     }
-    Ahead first = std::move(ahead.front());
+    DecodingBlock first = std::move(ahead.front());
     ahead.pop_front();
-    Decoded decoded = first.block.get();
-    if (!decoded.isWhole) return false;
-    block = std::move(decoded.block);
-    in.Seek(first.end);
+    if (!first.Take(block)) return false;
+    in.Seek(first.End());
     return true;
 }
 
@@ -49,36 +42,17 @@ bool BlocksAhead::Read(CheckedInStream& in, DecodedBlock& block) {
 void BlocksAhead::LookAhead(CheckedInStream& in) {
     const ZVSmartFormat::PositionGuard guard(in);
     try {
-        if (!ahead.empty()) in.Seek(ahead.back().end);
+        if (!ahead.empty()) in.Seek(ahead.back().End());
         while (ahead.size() < threads) {
             if (!ahead.empty()) advance(in);
-            if (DecodeAhead(in)) continue;
-            isGoingOn = false;
-            return;
+            std::optional<DecodingBlock> next = DecodingBlock::Begin(in, anySize);
+            isGoingOn = next.has_value();
+            if (!isGoingOn) return;
+            ahead.push_back(std::move(*next));
         }
     } catch (const std::exception&) {
         isGoingOn = false;  // who asks for the block is told what is wrong with it
     }
-}
-
-/// Begins to decode the block at the stream's position and moves the stream behind it. False where
-/// there seems to be none, or a large one.
-bool BlocksAhead::DecodeAhead(CheckedInStream& in) {
-    const u64 position = in.GetPos();
-    const u64 size = ZVSmartFormat::ReadBlockFrame(in).blockSize;
-    const u64 decodedSize = ZVSmartFormat::DecodedSizeOfBlock(in);
-    if (size > largestAhead || decodedSize == 0 || decodedSize > largestAhead) return false;
-    std::vector<u8> bytes(static_cast<std::size_t>(size));
-    u64 byteCount = size;
-    in.Read(bytes.data(), &byteCount);
-    auto decode = [bytes = std::move(bytes)] {
-        CZVFTReadBufferInStream encoded(bytes.data(), bytes.size());
-        Decoded decoded;
-        decoded.isWhole = ReadCompressedBlock(encoded, anySize, decoded.block);
-        return decoded;
-    };
-    ahead.push_back({position, position + size, std::async(std::launch::async, std::move(decode))});
-    return true;
 }
 
 }  // namespace ZVSmartZvg

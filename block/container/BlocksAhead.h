@@ -2,8 +2,8 @@
 
 #include <deque>
 #include <functional>
-#include <future>
 
+#include "container/DecodingBlock.h"
 #include "stream/CheckedInStream.h"
 #include "stream/CompressedBlock.h"
 
@@ -29,22 +29,11 @@ class BlocksAhead {
     bool Read(ZVSmartFormat::CheckedInStream& in, ZVSmartFormat::DecodedBlock& block);
 
   private:
-    struct Decoded {
-        ZVSmartFormat::DecodedBlock block;
-        bool isWhole = false;
-    };
-    struct Ahead {
-        ZVSmartFormat::u64 position;
-        ZVSmartFormat::u64 end;
-        std::future<Decoded> block;
-    };
-
     void LookAhead(ZVSmartFormat::CheckedInStream& in);
-    bool DecodeAhead(ZVSmartFormat::CheckedInStream& in);
 
     unsigned int threads;
     Advance advance;
-    std::deque<Ahead> ahead;  ///< in the order in which they lie there
+    std::deque<DecodingBlock> ahead;  ///< in the order in which they lie there
     bool isGoingOn = false;
 };
 

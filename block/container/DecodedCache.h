@@ -28,6 +28,8 @@ class DecodedCache {
         return &found->second.block;
     }
 
+    bool Holds(u32 number) const { return blocks.count(number) != 0; }
+
     /// Adds a block that is not here. The cache stays as it was on a throw.
     const Block* Insert(u32 number, Block&& block, u64 byteCount, u64 now) {
         std::map<u32, Kept> added;

@@ -74,6 +74,18 @@ class ZVLG_API CZVLGBlockReader {
     bool Init(ZVSmartFormat::CZVFTInStream* in, unsigned int geoBlockCacheLimit = 0,
               unsigned int floorCacheLimit = 0);
 
+    /// Says that most of the open file is about to be asked for, floors and geometry blocks each by
+    /// ascending numbers: while one is looked at, so many threads, up to 64, decode the floors that
+    /// come next, and as many the geometry blocks; with `geometry` they begin at once, else when
+    /// the first is asked for. With 0 or 1 threads, and with the next `Init` or `CleanInnerBuffer`,
+    /// that ends, and what was decoded ahead is forgotten. Without this call there is no thread.
+    ///
+    /// Answers do not depend on it: what is wrong with a block is told to whoever asks for it. The
+    /// stream is read by the calling thread alone, a few blocks ahead. Each thread takes a block,
+    /// encoded and decoded, of at most 64 MiB each; larger ones are decoded when they are asked
+    /// for. Throws std::bad_alloc where memory runs out.
+    void SetReadAhead(unsigned int threads, bool geometry = false);
+
     /// What hid behind the answer to the last query, `Init` included. For all but None and Absent
     /// `finding` is replaced by the place, from the file's base, and the reason in one line;
     /// otherwise it stays.

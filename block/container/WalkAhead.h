@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <map>
+
+#include "container/DecodingBlock.h"
+#include "stream/CheckedInStream.h"
+#include "stream/CompressedBlock.h"
+
+namespace ZVSmartZvg {
+
+/// What a walk through a file asks for next, decoded in threads meanwhile. A walk asks for the
+/// floors by ascending numbers and for the geometry blocks as well, in whatever turns; where it
+/// leaves that order nothing is decoded ahead until it is back in it. The stream is read by the
+/// calling thread alone.
+class WalkAhead {
+  public:
+    /// Of each section so many blocks are decoded ahead.
+    WalkAhead(unsigned int threads, ZVSmartFormat::u64 decodedLimit)
+        : threads(threads), decodedLimit(decodedLimit) {}
+
+    /// The blocks of a section that are being decoded, and where the walk is in it.
+    struct Section {
+        ZVSmartFormat::u32 next = 0;
+        std::map<ZVSmartFormat::u32, DecodingBlock> blocks;
+    };
+    Section floors, geoBlocks;
+
+    /// Moves the stream to a block by its number; false where it need not be decoded. May throw.
+    using Find = std::function<bool(ZVSmartFormat::u32 number)>;
+
+    /// Begins to decode the section's first blocks. Passes on nothing that is wrong: who asks for a
+    /// block is told. Leaves the stream anywhere.
+    void Begin(ZVSmartFormat::CheckedInStream& in, Section& section, const Find& find) noexcept;
+
+    /// The same of what follows block `number`, which is about to be asked for.
+    void LookAhead(ZVSmartFormat::CheckedInStream& in, Section& section, ZVSmartFormat::u32 number,
+                   const Find& find) noexcept;
+
+    /// Waits for block `number`. False where it is not decoded ahead, or does not decode.
+    static bool Take(Section& section, ZVSmartFormat::u32 number,
+                     ZVSmartFormat::DecodedBlock& block);
+
+  private:
+    void Decode(ZVSmartFormat::CheckedInStream& in, Section& section, ZVSmartFormat::u32 first,
+                std::size_t room, const Find& find) noexcept;
+
+    unsigned int threads;
+    ZVSmartFormat::u64 decodedLimit;
+};
+
+}  // namespace ZVSmartZvg
