@@ -23,12 +23,15 @@ void Append(std::vector<PlanPath>& to, std::vector<PlanPath> from) {
 
 }  // namespace
 
-ComponentDrawing::ComponentDrawing(const std::vector<PlanHeights>& floors, bool isStair,
-                                   Budget& limits)
-    : floors(floors), isStair(isStair), limits(limits), views(floors.size()) {
-    for (const PlanHeights& heights : floors) planes.push_back(heights.plane);
-    std::sort(planes.begin(), planes.end());
-    planes.erase(std::unique(planes.begin(), planes.end()), planes.end());
+ComponentDrawing::ComponentDrawing(const FloorLevels& levels, std::optional<std::size_t> own,
+                                   const Kind& kind, Budget& limits)
+    : levels(levels), own(own), kind(kind), limits(limits) {
+    if (!own) return;
+    const double plane = levels.Of(*own).plane;
+    const std::vector<double>& planes = levels.Planes();
+    if (kind.staysHome || !std::binary_search(planes.begin(), planes.end(), plane)) {
+        ownPlane = {plane};
+    }
 }
 
 void ComponentDrawing::Add(const PlacedRecord& placed) {
@@ -56,27 +59,35 @@ void ComponentDrawing::Add(const PlacedRecord& placed) {
                 bodyExtent.Add(PlanPoint{point.GetX(), point.GetY()});
             }
         }
-        CutSurface(surface, planes, limits, keep);
+        if (!kind.staysHome) CutSurface(surface, levels.Planes(), limits, keep);
+        CutSurface(surface, ownPlane, limits, keep);
         AddViews(surface);
     });
 }
 
+/// The plans with views that may show what reaches so far of the component.
+std::vector<std::size_t> ComponentDrawing::Seeing(const HeightRange& range) const {
+    if (!kind.staysHome) return levels.Seeing(range);
+    if (own && levels.Of(*own).hasViews) return {*own};
+    return {};
+}
+
 void ComponentDrawing::AddViews(const PlacedSurface& surface) {
-    limits.Work(floors.size());
     const HeightRange& range = surface.Range();
-    for (std::size_t i = 0; i < floors.size(); ++i) {
-        const PlanHeights& heights = floors[i];
-        if (!heights.hasViews) continue;
-        ComponentViews& seen = views[i];
+    const std::vector<std::size_t> plans = Seeing(range);
+    limits.Work(10 + plans.size());
+    for (const std::size_t plan : plans) {
+        const PlanHeights& heights = levels.Of(plan);
+        ComponentViews& seen = views[plan];
         if (range.high > heights.bottom && range.low < heights.plane) {
             AddViewBelow(surface, heights, seen);
         }
         if (range.high > heights.plane && range.low < heights.next) {
-            const SeenFrom side = isStair ? SeenFrom::Above : SeenFrom::Below;
+            const SeenFrom side = kind.isStair ? SeenFrom::Above : SeenFrom::Below;
             SurfaceView view =
                 ViewOf(surface, {heights.plane, heights.next}, heights.plane, side, limits);
             corners += CornersOf(view.cover) + CornersOf(view.edges);
-            Append(seen.above.lines, isStair ? std::move(view.edges) : std::move(view.cover));
+            Append(seen.above.lines, kind.isStair ? std::move(view.edges) : std::move(view.cover));
         }
     }
 }
@@ -86,7 +97,7 @@ void ComponentDrawing::AddViewBelow(const PlacedSurface& surface, const PlanHeig
     SurfaceView view =
         ViewOf(surface, {heights.bottom, heights.plane}, heights.plane, SeenFrom::Above, limits);
     corners += CornersOf(view.cover) + CornersOf(view.edges);
-    if (isStair) {
+    if (kind.isStair) {
         std::move(view.levels.begin(), view.levels.end(), std::back_inserter(seen.levels));
     }
     seen.belowReach.Add(view.reach);
@@ -100,10 +111,24 @@ void ComponentDrawing::Finish() {
         AddLines(AddRings(section.open, section.closed), section.closed);
         section.open.clear();
     }
-    for (ComponentViews& seen : views) {
+    for (auto& [plan, seen] : views) {
         std::stable_sort(seen.below.parts.begin(), seen.below.parts.end(),
                          [](const PlanPart& a, const PlanPart& b) { return a.top < b.top; });
     }
+}
+
+std::vector<std::size_t> ComponentDrawing::Plans() const {
+    std::vector<std::size_t> plans = Seeing(reach);
+    if (!own) return plans;
+    const auto place = std::lower_bound(plans.begin(), plans.end(), *own);
+    if (place == plans.end() || *place != *own) plans.insert(place, *own);
+    return plans;
+}
+
+const ComponentViews& ComponentDrawing::Views(std::size_t plan) const {
+    static const ComponentViews nothing;
+    const auto found = views.find(plan);
+    return found == views.end() ? nothing : found->second;
 }
 
 const PlanShapes* ComponentDrawing::SectionAt(double plane) const {

@@ -6,20 +6,13 @@
 #include <vector>
 
 #include "model/plan/Drawing.h"
+#include "model/plan/FloorLevels.h"
 #include "model/plan/MeshSection.h"
 #include "model/plan/PlacedRecords.h"
 #include "model/plan/PlanExtent.h"
 #include "model/plan/SurfaceView.h"
 
 namespace ZVSmartModel {
-
-/// Heights of a floor's plan.
-struct PlanHeights {
-    double bottom;  ///< what ends above it is seen
-    double plane;   ///< where bodies are cut
-    double next;    ///< of the floor above; infinite for the topmost
-    bool hasViews;  ///< what lies below and above the plane is looked at
-};
 
 /// What is seen of a component on one floor.
 struct ComponentViews {
@@ -33,8 +26,14 @@ struct ComponentViews {
 /// heights, and what is seen of it on several floors.
 class ComponentDrawing {
   public:
-    /// `floors` and `limits` are borrowed. Of a stair all treads are looked at.
-    ComponentDrawing(const std::vector<PlanHeights>& floors, bool isStair, Budget& limits);
+    struct Kind {
+        bool isStair = false;    ///< all its treads are looked at
+        bool staysHome = false;  ///< it shows on the plan of its own floor alone
+    };
+    /// `own` is the plan of the component's floor, if that is drawn. `levels` and `limits` are
+    /// borrowed.
+    ComponentDrawing(const FloorLevels& levels, std::optional<std::size_t> own, const Kind& kind,
+                     Budget& limits);
 
     void Add(const PlacedRecord& placed);
 
@@ -56,7 +55,9 @@ class ComponentDrawing {
     void Finish();
     /// The section at a floor's plane; null where the surfaces leave a gap.
     const PlanShapes* SectionAt(double plane) const;
-    const ComponentViews& Views(std::size_t floor) const { return views[floor]; }
+    /// The plans that the component may be on, ascending: its own and those that see it.
+    std::vector<std::size_t> Plans() const;
+    const ComponentViews& Views(std::size_t plan) const;
 
   private:
     struct Section {
@@ -64,17 +65,19 @@ class ComponentDrawing {
         SurfaceSection open;  ///< pieces that close no loop in a surface of their own
     };
 
+    std::vector<std::size_t> Seeing(const HeightRange& range) const;
     void AddViews(const PlacedSurface& surface);
     void AddViewBelow(const PlacedSurface& surface, const PlanHeights& heights,
                       ComponentViews& seen);
 
-    const std::vector<PlanHeights>& floors;
-    bool isStair;
+    const FloorLevels& levels;
+    std::optional<std::size_t> own;
+    Kind kind;
     Budget& limits;
-    std::vector<double> planes;  ///< ascending
+    std::vector<double> ownPlane;  ///< where it is none of those that all are cut at
     PlanShapes symbol;
     std::map<double, Section> sections;
-    std::vector<ComponentViews> views;  ///< by floor
+    std::map<std::size_t, ComponentViews> views;  ///< by plan
     HeightRange reach;
     PlanExtent bodyExtent;
     std::optional<ZVSmartZvg::CZVIMTransf> placement;

@@ -119,6 +119,7 @@ class FloorsDrawing {
         }
         if (wanted.roof) AddRoof(elevations);
         corners.resize(plans.size());
+        levels.emplace(heights);
     }
 
     void DrawAll(const PlanStep& step) {
@@ -133,7 +134,6 @@ class FloorsDrawing {
 
   private:
     static constexpr double infinity = std::numeric_limits<double>::infinity();
-    static constexpr std::size_t notWanted = static_cast<std::size_t>(-1);
 
     void AddFloor(unsigned int floor, bool isOnly, std::vector<double>& elevations) {
         const std::wstring name = block.FloorName(floor);
@@ -166,7 +166,8 @@ class FloorsDrawing {
     void DrawFiledUnder(unsigned int floor, const std::function<void()>& atEachStep) {
         const std::size_t floors = plans.size() - (wanted.roof ? 1 : 0);
         const bool isWanted = floor >= wanted.floors.first && floor - wanted.floors.first < floors;
-        const std::size_t own = isWanted ? floor - wanted.floors.first : notWanted;
+        std::optional<std::size_t> own;
+        if (isWanted) own = floor - wanted.floors.first;
         block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
             atEachStep();
             if (!north) north = NorthOf(comp);
@@ -174,27 +175,16 @@ class FloorsDrawing {
         });
     }
 
-    /// The floors on which a component may be seen.
-    std::vector<std::size_t> FloorsFor(ClassKind kind, std::size_t own) const {
-        std::vector<std::size_t> floors;
-        const bool staysHome = kind == ClassKind::Room || kind == ClassKind::Lines;
-        for (std::size_t i = 0; i < plans.size(); ++i) {
-            if (i == own || (heights[i].hasViews && !staysHome)) floors.push_back(i);
-        }
-        return floors;
-    }
-
-    void Draw(const SZVLGCompIndex& index, const SZVLGZvgComp& comp, std::size_t own,
+    void Draw(const SZVLGCompIndex& index, const SZVLGZvgComp& comp, std::optional<std::size_t> own,
               const std::function<void()>& atEachStep) {
         const std::string className = ToUtf8(comp.classLevel2Name);
         const ClassKind kind = StyleOfClass(className).kind;
         const bool isGrid = className == "IfcGrid";
-        const std::vector<std::size_t> floors = FloorsFor(kind, own);
-        if (floors.empty() && !isGrid) return;
-        std::vector<PlanHeights> seen;
-        seen.reserve(floors.size());
-        for (const std::size_t floor : floors) seen.push_back(heights[floor]);
-        ComponentDrawing drawing(seen, kind == ClassKind::Stair, block.Limits());
+        const bool staysHome = kind == ClassKind::Room || kind == ClassKind::Lines;
+        const bool mayBeSeen = own || (levels->AnyHasViews() && !staysHome);
+        if (!mayBeSeen && !isGrid) return;
+        ComponentDrawing drawing(*levels, own, {kind == ClassKind::Stair, staysHome},
+                                 block.Limits());
         std::size_t charged = 0;  // corners
         records.Visit(comp, [&](const PlacedRecord& placed) {
             atEachStep();
@@ -212,12 +202,12 @@ class FloorsDrawing {
         drawn.named.name = DrawnNameOf(comp);
         drawn.named.className = className;
         drawn.named.material = MaterialTextOf(drawn.element);
-        for (std::size_t i = 0; i < floors.size(); ++i) {
-            drawn.named.visits = floors[i] != own;
-            std::vector<PlanComponent>& components = plans[floors[i]].components;
+        for (const std::size_t plan : drawing.Plans()) {
+            drawn.named.visits = plan != own;
+            std::vector<PlanComponent>& components = plans[plan].components;
             const std::size_t before = components.size();
             drawn.named.countedIn = nullptr;
-            const auto countedIn = PutOn(floors[i], drawn, drawing.Views(i));
+            const auto countedIn = PutOn(plan, drawn, drawing.Views(plan));
             if (components.size() > before) components.back().countedIn = countedIn;
         }
     }
@@ -408,8 +398,9 @@ class FloorsDrawing {
     std::vector<PlanFloor> plans;
     std::vector<PlanAxis> axes;
     std::optional<double> north;
-    std::vector<PlanHeights> heights;  ///< by plan
-    std::vector<std::size_t> corners;  ///< by plan
+    std::vector<PlanHeights> heights;   ///< by plan
+    std::optional<FloorLevels> levels;  ///< of them
+    std::vector<std::size_t> corners;   ///< by plan
 };
 
 }  // namespace
