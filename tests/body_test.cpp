@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
@@ -237,6 +238,42 @@ TEST(Body, ThreadsAskOneFile) {
     ask(1);
     other.join();
     EXPECT_EQ(right[0] + right[1], 4 * count);
+}
+
+/// All shapes and what was met on the way, in one text.
+std::string AllShapes(const Bytes& bytes, unsigned int threads) try {
+    OpenOptions options;
+    options.threads = threads;
+    const BlockFile file(bytes, options);
+    const Shapes shapes = ReadShapes(file);
+    std::string text;
+    for (const Shape& shape : shapes.shapes) {
+        text += shape.key + ' ' + std::to_string(shape.surfaces.at(0).triangles.size()) + '\n';
+    }
+    for (const Placement& placement : shapes.placements) {
+        text += std::to_string(placement.shape) + ' ';
+    }
+    for (const Damage& damage : file.DamageMet()) text += damage.reason + '\n';
+    return text;
+} catch (const Error& error) {
+    return error.what();
+}
+
+TEST(Body, ThreadsReadAheadWhatIsThere) {
+    const Bytes whole = Saved(4, 3, [](CZVLGBlockSaver& saver) {
+        for (int i = 0; i < 24; ++i) {
+            SZVLGZvgComp wall = Wall(std::to_wstring(i), Grid(3 + i));
+            wall.classLevel1Name = std::to_wstring(i / 4);
+            saver.AddComp(wall);
+        }
+    });
+    for (std::size_t at = 0; at < whole.size(); at += 29) {
+        Bytes damaged = whole;
+        if (at != 0) damaged[at] ^= 0x20;
+        EXPECT_EQ(AllShapes(damaged, 4), AllShapes(damaged, 1)) << at;
+    }
+    const std::string all = AllShapes(whole, 4);
+    EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 24);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <cmath>
+#include <future>
 #include <utility>
 
 #include "ZVSmartModel/Body.h"
@@ -25,6 +27,36 @@ BlockContents ContentsOf(const BlockFile& file, ProgressPace& pace) {
     return file.Internals().Ask([&pace](OpenedBlock& block) { return ReadContents(block, pace); });
 }
 
+bool MayUseThreads(const BlockFile& file) {
+    return file.Internals().Ask([](OpenedBlock& block) { return block.MayUseThreads(); });
+}
+
+/// The contents of two files, which are read side by side where threads may be used.
+struct BothContents {
+    BothContents(const BlockFile& fileA, const BlockFile& fileB, ProgressPace& pace) {
+        if (!MayUseThreads(fileA) || !MayUseThreads(fileB)) {
+            a = ContentsOf(fileA, pace);
+            b = ContentsOf(fileB, pace);
+            return;
+        }
+        std::atomic<bool> isOver = false;
+        const Progress goOn = [&isOver](const std::string&, double) { return !isOver; };
+        auto other = std::async(std::launch::async, [&fileB, &goOn] {
+            ProgressPace silent(goOn);
+            return ContentsOf(fileB, silent);
+        });
+        try {
+            a = ContentsOf(fileA, pace);
+        } catch (...) {
+            isOver = true;
+            throw;
+        }
+        b = other.get();
+    }
+
+    BlockContents a, b;
+};
+
 template <class Value>
 std::optional<Changed<Value>> ChangeOf(const Value& a, const Value& b) {
     if (a == b) return std::nullopt;
@@ -47,8 +79,9 @@ class Comparison {
         : fileA(fileA),
           fileB(fileB),
           pace(progress),
-          a(ContentsOf(fileA, pace)),
-          b(ContentsOf(fileB, pace)) {}
+          contents(fileA, fileB, pace),
+          a(contents.a),
+          b(contents.b) {}
 
     void Tell(const std::function<bool(const Difference&)>& use) {
         for (const Difference& difference : FloorDifferences()) {
@@ -183,7 +216,8 @@ class Comparison {
     const BlockFile& fileA;
     const BlockFile& fileB;
     ProgressPace pace;
-    BlockContents a, b;
+    BothContents contents;
+    BlockContents &a, &b;
 };
 
 }  // namespace

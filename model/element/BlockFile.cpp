@@ -1,6 +1,7 @@
 #include "ZVSmartModel/BlockFile.h"
 
 #include <map>
+#include <optional>
 #include <tuple>
 
 #include "ZVSmartFormat/MemoryStream.h"
@@ -41,13 +42,31 @@ Floor FloorOf(OpenedBlock& block, unsigned int number) {
     return floor;
 }
 
+/// A FileWalk of a call that lets others ask meanwhile.
+class WalkBetweenCalls {
+  public:
+    WalkBetweenCalls(BlockFile::Imp& imp, bool isWalk) : imp(imp) {
+        if (!isWalk) return;
+        imp.GoOn([this](OpenedBlock& block) { walk.emplace(block, FileWalk::elements); });
+    }
+    ~WalkBetweenCalls() {
+        if (walk) imp.GoOn([this](OpenedBlock&) { walk.reset(); });
+    }
+    WalkBetweenCalls(const WalkBetweenCalls&) = delete;
+    WalkBetweenCalls& operator=(const WalkBetweenCalls&) = delete;
+
+  private:
+    BlockFile::Imp& imp;
+    std::optional<FileWalk> walk;
+};
+
 }  // namespace
 
 BlockFile::Imp::Imp(std::vector<std::uint8_t> given, const OpenOptions& options)
     : bytes(std::move(given)),
       memory(std::make_unique<ZVSmartFormat::CZVFTReadBufferInStream>(bytes.data(), bytes.size())),
       limits(options.unlimited),
-      block(OpenedFile(*memory, "block file"), limits, options.cacheBytes) {}
+      block(OpenedFile(*memory, "block file"), limits, options) {}
 
 BlockFile BlockFile::Imp::Open(OpenedFile file, const OpenOptions& options,
                                const std::string& liftedBy) {
@@ -83,6 +102,7 @@ FileInfo BlockFile::Head() const {
 
 std::vector<Floor> BlockFile::Floors() const {
     return imp->Ask([](OpenedBlock& block) {
+        const FileWalk walk(block, FileWalk::elements);
         std::vector<Floor> floors;
         const unsigned int count = block.Reader().GetFloorNum();
         for (unsigned int floor = 0; floor < count; ++floor) {
@@ -95,6 +115,7 @@ std::vector<Floor> BlockFile::Floors() const {
 
 std::size_t BlockFile::ElementCount() const {
     return imp->Ask([](OpenedBlock& block) {
+        const FileWalk walk(block, FileWalk::elements);
         std::size_t elements = 0;
         const unsigned int count = block.Reader().GetFloorNum();
         for (unsigned int floor = 0; floor < count; ++floor) elements += block.FloorCompNum(floor);
@@ -114,6 +135,7 @@ unsigned int BlockFile::ElementCount(unsigned int floor) const {
 
 std::vector<ClassCount> BlockFile::Classes() const {
     return imp->Ask([](OpenedBlock& block) {
+        const FileWalk walk(block, FileWalk::elements);
         std::map<std::string, std::size_t, std::less<>> counts;
         const unsigned int floors = block.Reader().GetFloorNum();
         ElementReader reader({NoProperties(), false});
@@ -185,6 +207,7 @@ void BlockFile::ForEachView(const Selection& selection,
     const auto [first, end] =
         imp->Ask([&](OpenedBlock& block) { return block.FindFloors(selection.floor); });
     ElementReader reader;
+    const WalkBetweenCalls walk(*imp, chosen.IsWalk());
     for (unsigned int floor = first; floor < end; ++floor) {
         if (!chosen.MayHold(floor)) continue;
         const Floor itself = imp->Ask([&](OpenedBlock& block) { return FloorOf(block, floor); });

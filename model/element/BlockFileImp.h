@@ -20,7 +20,7 @@ class BlockFile::Imp {
   public:
     /// `liftedBy` tells a person how to lift the limits: see Budget.
     Imp(OpenedFile file, const OpenOptions& options, const std::string& liftedBy = "")
-        : limits(options.unlimited, liftedBy), block(std::move(file), limits, options.cacheBytes) {}
+        : limits(options.unlimited, liftedBy), block(std::move(file), limits, options) {}
     /// Of a file in memory; `bytes` goes with this object.
     Imp(std::vector<std::uint8_t> bytes, const OpenOptions& options);
 

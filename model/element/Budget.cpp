@@ -16,6 +16,13 @@ constexpr std::uint64_t workPerByte = 400;
 constexpr std::uint64_t leastMemory = 96 << 20;
 constexpr std::uint64_t memoryPerByte = 2048;
 
+std::uint64_t StepsOf(clockid_t clock) {
+    timespec time = {};
+    clock_gettime(clock, &time);
+    return static_cast<std::uint64_t>(time.tv_sec) * 100'000'000 +
+           static_cast<std::uint64_t>(time.tv_nsec) / 10;
+}
+
 }  // namespace
 
 Budget::Budget(bool unlimited, const std::string& liftedBy)
@@ -44,10 +51,11 @@ std::uint64_t Budget::BlockLimit(std::uint64_t fileBytes) const {
 }
 
 std::uint64_t Budget::ProcessorSteps() {
-    timespec time = {};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<std::uint64_t>(time.tv_sec) * 100'000'000 +
-           static_cast<std::uint64_t>(time.tv_nsec) / 10;
+    return StepsOf(CLOCK_THREAD_CPUTIME_ID);
+}
+
+std::uint64_t Budget::ProcessSteps() {
+    return StepsOf(CLOCK_PROCESS_CPUTIME_ID);
 }
 
 std::uint64_t Budget::ClockSteps() {

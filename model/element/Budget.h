@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 
@@ -60,8 +61,21 @@ class Budget {
         return result;
     }
 
+    /// The same where other threads of the process work for this one: the time that has passed, or
+    /// what all threads have worked where that is less.
+    template <class Act>
+    auto TimedWithThreads(Act act) {
+        const std::uint64_t begun = ClockSteps(), worked = ProcessSteps();
+        auto result = act();
+        Work(std::min(ClockSteps() - begun, ProcessSteps() - worked));
+        return result;
+    }
+
     /// The processor time that this thread has taken, in steps.
     static std::uint64_t ProcessorSteps();
+
+    /// The same of all threads of the process.
+    static std::uint64_t ProcessSteps();
 
     /// The steps that a clock has gone, whoever took them: cheaper to ask for by far.
     static std::uint64_t ClockSteps();

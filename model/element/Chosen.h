@@ -23,6 +23,9 @@ class Chosen {
     bool Holds(ElementIndex index, const ZVSmartZvg::SZVLGZvgComp& comp) const;
     bool Holds(const ElementView& element) const;
 
+    /// Whether the selection leads through most of the file, in its order.
+    bool IsWalk() const { return !selection.floor && elements.empty(); }
+
   private:
     template <class OfClass>
     bool IsNamed(ElementIndex index, bool isRoom, OfClass isOfClass) const;

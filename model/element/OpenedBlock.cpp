@@ -4,6 +4,7 @@
 #include <bit>
 #include <charconv>
 #include <cstring>
+#include <thread>
 #include <utility>
 
 #include "model/element/LackOfMemory.h"
@@ -43,11 +44,13 @@ void OpenedFile::ThrowUnread() const {
     throw Error(Status::InputOutput, path + ": became shorter while it was read", path);
 }
 
-OpenedBlock::OpenedBlock(OpenedFile opened, Budget& limits, std::uint64_t cacheBytes)
-    : file(std::move(opened)), limits(limits) {
+OpenedBlock::OpenedBlock(OpenedFile opened, Budget& limits, const OpenOptions& options)
+    : file(std::move(opened)),
+      limits(limits),
+      threads(options.threads != 0 ? options.threads : std::thread::hardware_concurrency()) {
     limits.AddFile(file.Path(), FileBytes());
     reader.SetDecodedBlockLimit(limits.BlockLimit(FileBytes()));
-    reader.SetCacheBytes(cacheBytes);
+    reader.SetCacheBytes(options.cacheBytes);
     bool isOpen = false;
     try {
         isOpen = reader.Init(&file.Stream());
@@ -154,13 +157,28 @@ unsigned int OpenedBlock::GeoNumInBlock(unsigned int block) {
     return Counted("geometry block", block, [&] { return reader.GetGeoNumInBlock(block); });
 }
 
+void OpenedBlock::BeginWalk(bool geometry) {
+    if (walks == 0) reader.SetReadAhead(threads, geometry);
+    ++walks;
+}
+
+void OpenedBlock::EndWalk() {
+    if (--walks == 0) reader.SetReadAhead(0);
+}
+
+/// Does `act`, which may decode, and charges what that takes.
+template <class Act>
+auto OpenedBlock::Decoding(Act act) {
+    const bool isAlone = walks == 0 || threads <= 1;
+    return isAlone ? limits.Timed(act) : limits.TimedWithThreads(act);
+}
+
 /// What `count()` says of the records of `what`; decoding them may take much.
 template <class Count>
 unsigned int OpenedBlock::Counted(const char* what, unsigned int number, Count count) {
     unsigned int counted = 0;
-    const bool within = Within(what + (' ' + std::to_string(number)), [&] {
-        limits.Timed([&] { return Ask([&] { counted = count(); }); });
-    });
+    const bool within = Within(what + (' ' + std::to_string(number)),
+                               [&] { Decoding([&] { return Ask([&] { counted = count(); }); }); });
     return within ? counted : 0;
 }
 
@@ -236,7 +254,7 @@ void OpenedBlock::ReadGeo(const ZVSmartZvg::SZVLGZvgGeoIndex& index, ZVSmartZvg:
     lastGeoBlock = index.blockIndex;
     bool isRead = false;
     const auto ask = [&] { return Ask([&] { isRead = reader.GetGeoByIndex(index, geo); }); };
-    if (!(isDecoded ? Charged(geo, ask) : limits.Timed(ask))) ThrowLatestDamage();
+    if (!(isDecoded ? Charged(geo, ask) : Decoding(ask))) ThrowLatestDamage();
     if (isRead) return;
     const std::string place = PlaceText(index.blockIndex, index.indexInBlock);
     throw ErrorAbout(Status::Damaged, "damaged: geometry " + place + " has no bytes");

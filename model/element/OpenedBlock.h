@@ -33,6 +33,8 @@ class OpenedFile {
         : path(path), stream(&stream) {}
 
     ZVSmartFormat::CZVFTInStream& Stream() { return *stream; }
+    /// Whether it is a host's stream.
+    bool IsHosts() const { return file == nullptr; }
     const std::string& Path() const { return path; }
 
     /// Throws Error InputOutput where a read has failed: nothing that was found is true then.
@@ -57,9 +59,8 @@ class OpenedBlock {
   public:
     /// Throws Error InputOutput for a file that cannot be opened, Damaged for one that is no
     /// block file or has no readable index. `limits` is borrowed, and charged for what is read.
-    /// Decoded floors and geometry blocks are kept up to `cacheBytes`.
-    OpenedBlock(OpenedFile file, Budget& limits,
-                std::uint64_t cacheBytes = OpenOptions().cacheBytes);
+    /// Of `options` the cache and the threads hold.
+    OpenedBlock(OpenedFile file, Budget& limits, const OpenOptions& options = {});
 
     ZVSmartZvg::CZVLGBlockReader& Reader() { return reader; }
     Budget& Limits() { return limits; }
@@ -192,6 +193,15 @@ class OpenedBlock {
     /// Throws the same.
     void ThrowIfDamaged() const;
 
+    /// Most of the file is about to be asked for in its order, until EndWalk, and with `geometry`
+    /// its bodies as well. Such calls may be nested. See FileWalk.
+    /// @{
+    void BeginWalk(bool geometry);
+    void EndWalk();
+    /// @}
+    /// Whether a thread other than the caller's may read the file.
+    bool MayUseThreads() const { return threads > 1 && !file.IsHosts(); }
+
     /// An Error about this file.
     Error ErrorAbout(Status status, const std::string& reason,
                      std::uint64_t position = Error::noPosition) const;
@@ -199,6 +209,8 @@ class OpenedBlock {
   private:
     template <class Query>
     bool Ask(Query query);
+    template <class Act>
+    auto Decoding(Act act);
     template <class Count>
     unsigned int Counted(const char* what, unsigned int number, Count count);
     template <class Read>
@@ -211,11 +223,33 @@ class OpenedBlock {
     OpenedFile file;
     Budget& limits;
     ZVSmartZvg::CZVLGBlockReader reader;
+    unsigned int threads;
+    unsigned int walks = 0;                             ///< begun and not ended
     unsigned int lastGeoBlock = ZVSmartZvg::ZVLG_NONE;  ///< the one that was asked for last
     Damage latestDamage;
     bool isAnswerWhole = true;
     std::string leftOut;  ///< what, and why; empty while the budget lasts
     DamageList damages, metAtOpening, metNow;
+};
+
+/// A walk through most of a file in its order, for as long as it is there: what comes next is
+/// decoded ahead, in as many threads as the file was opened with.
+class FileWalk {
+  public:
+    enum Through { elements, bodies, nothing };
+
+    FileWalk(OpenedBlock& block, Through through) : block(block), through(through) {
+        if (through != nothing) block.BeginWalk(through == bodies);
+    }
+    ~FileWalk() {
+        if (through != nothing) block.EndWalk();
+    }
+    FileWalk(const FileWalk&) = delete;
+    FileWalk& operator=(const FileWalk&) = delete;
+
+  private:
+    OpenedBlock& block;
+    Through through;
 };
 
 /// `text` as a number that is written in digits alone and fits 32 bits.

@@ -173,19 +173,20 @@ void ThrowIfNamed(const Selection& selection, const OpenedBlock& block) {
 
 }  // namespace
 
-std::size_t ForEachChosen(OpenedBlock& block, const ExportOptions& options, ProgressPace& pace,
+std::size_t ForEachChosen(OpenedBlock& block, const ExportOptions& options,
+                          FileWalk::Through through, ProgressPace& pace,
                           const std::function<void(const ChosenComponent&)>& use) {
     const Chosen chosen(options.selection);
     const auto [first, end] = block.FindFloors(options.selection.floor);
+    const FileWalk walk(block, chosen.IsWalk() ? through : FileWalk::nothing);
     std::size_t taken = 0;
-    std::size_t done = 0;
-    std::size_t total = 0;
-    for (unsigned int floor = first; floor < end; ++floor) total += block.FloorCompNum(floor);
     for (unsigned int floor = first; floor < end; ++floor) {
         const std::wstring floorName = block.FloorName(floor);
         if (!chosen.MayHold(floor)) continue;
+        const std::size_t count = block.FloorCompNum(floor);
         block.ForEachComp(floor, [&](const SZVLGCompIndex& index, const SZVLGZvgComp& comp) {
-            pace.Tell("exporting", ++done, total);
+            pace.Tell("exporting", (floor - first) * count + index.compIndex,
+                      (end - first) * count);
             if (!chosen.Holds({index.floorIndex, index.compIndex}, comp)) return;
             block.Limits().Work(stepsOfComponent + BytesOf(comp) - sizeof comp);
             use({index, floorName, comp});
@@ -210,7 +211,7 @@ ExportModel ReadExport(OpenedBlock& block, const ExportOptions& options, Progres
     model.source = SourceOf(block);
     SceneReader scene(block, options.salvage);
     Groups groups(model);
-    ForEachChosen(block, options, pace, [&](const ChosenComponent& chosen) {
+    ForEachChosen(block, options, FileWalk::bodies, pace, [&](const ChosenComponent& chosen) {
         const auto& [index, floorName, comp] = chosen;
         block.Limits().Memory(bytesOfComponent + 5 * (BytesOf(comp) - sizeof comp));
         scene.Add(comp);

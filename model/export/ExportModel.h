@@ -57,8 +57,10 @@ struct ChosenComponent {
     const ZVSmartZvg::SZVLGZvgComp& comp;
 };
 
-/// Hands each component that is selected to `use`, and returns their number. Throws as the above.
-std::size_t ForEachChosen(OpenedBlock& block, const ExportOptions& options, ProgressPace& pace,
+/// Hands each component that is selected to `use`, and returns their number. `through` is what of
+/// the file is asked for. Throws as the above.
+std::size_t ForEachChosen(OpenedBlock& block, const ExportOptions& options,
+                          FileWalk::Through through, ProgressPace& pace,
                           const std::function<void(const ChosenComponent&)>& use);
 
 /// What a person calls the component.

@@ -21,7 +21,7 @@ std::size_t EncodeProperties(OpenedBlock& block, const ExportOptions& options,
     UniqueNames names;
     const char* separator = "\n";
     const std::size_t count =
-        ForEachChosen(block, options, pace, [&](const ChosenComponent& chosen) {
+        ForEachChosen(block, options, FileWalk::elements, pace, [&](const ChosenComponent& chosen) {
             Extras element = ComponentExtras(chosen.index, chosen.comp, true);
             element["name"] = ComponentName(chosen.comp);
             block.Limits().Memory(bytesOfName);

@@ -1,8 +1,8 @@
-#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 
 #include "ZVSmartModel/Body.h"
 #include "model/element/BlockFileImp.h"
@@ -75,12 +75,17 @@ class ShapesMaker {
 /// Tells every hundredth element; throws Error Cancelled where the caller says so.
 class ShapeProgress {
   public:
-    ShapeProgress(const Progress& progress, std::size_t total) : progress(progress), total(total) {}
+    /// Floors come from a first number up to before another.
+    ShapeProgress(const Progress& progress, std::pair<unsigned int, unsigned int> floors)
+        : progress(progress), floors(floors) {}
 
-    void Next() {
-        constexpr std::size_t step = 100;
+    /// An element of a floor that has so many.
+    void Next(ElementIndex element, unsigned int count) {
+        constexpr unsigned int step = 100;
         if (!progress || done++ % step != 0) return;
-        const double fraction = static_cast<double>(done - 1) / static_cast<double>(total);
+        const double ofFloor = static_cast<double>(element.position) / count;
+        const double fraction =
+            (element.floor - floors.first + ofFloor) / (floors.second - floors.first);
         if (!progress("reading bodies", fraction)) {
             throw Error(Status::Cancelled, "cancelled while bodies were read");
         }
@@ -88,8 +93,8 @@ class ShapeProgress {
 
   private:
     const Progress& progress;
-    std::size_t total;
-    std::size_t done = 0;
+    std::pair<unsigned int, unsigned int> floors;
+    unsigned int done = 0;
 };
 
 }  // namespace
@@ -101,21 +106,16 @@ Shapes ReadShapes(const BlockFile& file, const Selection& selection, const BodyO
     BlockFile::Imp& imp = file.Internals();
     return imp.Ask([&](OpenedBlock& block) {
         ShapesMaker maker(block, BodyReader::Of(imp, block).Geos(), options);
-        const auto [first, end] = block.FindFloors(selection.floor);
-        std::size_t total = 0;
-        for (unsigned int floor = first; floor < end; ++floor) {
-            if (!chosen.MayHold(floor)) continue;
-            const auto [begin, behind] = chosen.Span(floor);
-            total += std::min(block.FloorCompNum(floor), behind) -
-                     std::min(block.FloorCompNum(floor), begin);
-        }
-        ShapeProgress told(progress, total);
+        const auto floors = block.FindFloors(selection.floor);
+        const FileWalk walk(block, chosen.IsWalk() ? FileWalk::bodies : FileWalk::nothing);
+        ShapeProgress told(progress, floors);
         const bool anyProperty = !selection.properties.empty();
         ElementReader reader({anyProperty ? SZVLGCompParts() : NoProperties(), false});
-        for (unsigned int floor = first; floor < end; ++floor) {
+        for (unsigned int floor = floors.first; floor < floors.second; ++floor) {
             if (!chosen.MayHold(floor)) continue;
+            const unsigned int count = block.FloorCompNum(floor);
             reader.ForEach(block, floor, chosen.Span(floor), [&](const ElementView& element) {
-                told.Next();
+                told.Next(element.index, count);
                 if (!chosen.Holds(element)) return;
                 maker.Add(element.index, reader.Stored(), reader.OwnLook());
             });

@@ -65,6 +65,13 @@ struct OpenOptions {
     /// What is decoded stays decoded up to so many bytes; what was used least lately goes first,
     /// and what was used last stays in any case.
     std::uint64_t cacheBytes = std::uint64_t{64} << 20;
+    /// How many threads, up to 64, decode ahead while a call goes through a file: all elements, all
+    /// bodies, an export, a comparison, a plan. 0 takes as many as there are processors; with 1
+    /// there is none but the caller's. Answers do not depend on it, and the file, or the host's
+    /// stream, is read by the calling thread alone; of two files that are compared each is read by
+    /// a thread of its own where both have more than 1. Each thread takes a floor and a geometry
+    /// block, encoded and decoded, of at most 64 MiB each, beside what `cacheBytes` says.
+    unsigned int threads = 1;
 };
 
 /// A property that an element has.

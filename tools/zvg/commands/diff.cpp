@@ -115,6 +115,7 @@ void RegisterDiff(CLI::App& app, CommonOptions& common) {
         ->excludes(csv);
     command->footer("Example:\n  zvg diff before.zvg after.zvg");
     AddLimitOption(*command, common);
+    AddThreadsOption(*command, common.threads);
     command->callback([arguments, &common] {
         if (arguments->csv && common.json) {
             throw Error(Status::Usage, "--csv and --json exclude each other");

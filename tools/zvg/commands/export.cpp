@@ -232,6 +232,7 @@ void RegisterExport(CLI::App& app, CommonOptions& common) {
     command->add_flag("--salvage", options.salvage,
                       "Of a damaged file write what is whole; the exit status is 4 all the same");
     AddLimitOption(*command, common);
+    AddThreadsOption(*command, common.threads);
     AddRoomsOption(*command, arguments->rooms);
     command->callback([arguments, &common] { Export(*arguments, common); });
 }

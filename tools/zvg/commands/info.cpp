@@ -34,7 +34,7 @@ void AddHead(Document& document, CZVLGBlockReader& reader) {
 void Info(const std::string& file, const CommonOptions& common) {
     const bool asJson = common.json;
     Budget limits(common.noLimit, "--no-limit");
-    OpenedBlock block(OpenNamed(file), limits);
+    OpenedBlock block(OpenNamed(file), limits, OptionsOf(common));
     CZVLGBlockReader& reader = block.Reader();
     Document document = NewDocument(file);
     AddHead(document, reader);
@@ -56,6 +56,7 @@ void RegisterInfo(CLI::App& app, CommonOptions& common) {
         app, "info", "Print what a block file says about itself and how much it holds",
         "zvg info house.zvg", *files);
     AddLimitOption(*command, common);
+    AddThreadsOption(*command, common.threads);
     command->callback([files, &common] {
         ForEachFile(*files, common.json ? "" : ": ",
                     [&common](const FileTurn& turn) { Info(turn.file, common); });

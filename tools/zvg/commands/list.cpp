@@ -38,9 +38,11 @@ Document ComponentDocument(const SZVLGCompIndex& index, const SZVLGZvgComp& comp
             {"geoRefs", comp.geoRefs.size()}};
 }
 
-void List(const FileTurn& turn, const ListOptions& options, bool noLimit, EntryList& list) {
-    Budget limits(noLimit, "--no-limit");
-    OpenedBlock block(OpenNamed(turn.file), limits);
+void List(const FileTurn& turn, const ListOptions& options, const CommonOptions& common,
+          EntryList& list) {
+    Budget limits(common.noLimit, "--no-limit");
+    OpenedBlock block(OpenNamed(turn.file), limits, OptionsOf(common));
+    const FileWalk walk(block, options.floor ? FileWalk::nothing : FileWalk::elements);
     const auto [first, end] = block.FindFloors(options.floor);
     const std::wstring className = FromUtf8(options.className.value_or(""));
     list.Begin(turn.file, turn.isOneOfSeveral);
@@ -72,11 +74,12 @@ void RegisterList(CLI::App& app, CommonOptions& common) {
     command->add_flag("--csv", options->csv,
                       "Print comma-separated values (RFC 4180), their names in the first line");
     AddLimitOption(*command, common);
+    AddThreadsOption(*command, common.threads);
     command->callback([options, &common] {
         const ListFormat format = ListFormatOf(options->csv, common.json);
         EntryList list(format, "components", ComponentDocument({}, {}));
         ForEachFile(options->files, format == ListFormat::Text ? "\t" : "",
-                    [&](const FileTurn& turn) { List(turn, *options, common.noLimit, list); });
+                    [&](const FileTurn& turn) { List(turn, *options, common, list); });
     });
 }
 

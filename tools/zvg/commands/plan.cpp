@@ -248,6 +248,7 @@ void RegisterPlan(CLI::App& app, CommonOptions& common) {
                      "Such as 1:100; the default is the largest usual scale that fits")
         ->type_name("SCALE");
     AddLimitOption(*command, common);
+    AddThreadsOption(*command, common.threads);
     command->callback([arguments, &common] { Plan(*arguments, common); });
 }
 

@@ -80,6 +80,7 @@ void RegisterProps(CLI::App& app, CommonOptions& common) {
     command->add_flag("--csv", arguments->csv,
                       "Print comma-separated values (RFC 4180), their names in the first line");
     AddLimitOption(*command, common);
+    AddThreadsOption(*command, common.threads);
     command->callback([arguments, &common] {
         const ListFormat format = ListFormatOf(arguments->csv, common.json);
         EntryList list(format, "properties", PropertyDocument({}, {}));

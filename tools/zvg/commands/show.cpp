@@ -77,6 +77,7 @@ void RegisterShow(CLI::App& app, CommonOptions& common) {
     command->add_flag("--properties", arguments->onlyProperties,
                       "Only its properties: name, tab and value with its unit, one to a line");
     AddLimitOption(*command, common);
+    AddThreadsOption(*command, common.threads);
     command->callback([arguments, &common] { Show(*arguments, common); });
 }
 

@@ -100,7 +100,8 @@ void WriteTree(const Document& document) {
 void Tree(const std::string& file, const CommonOptions& common) {
     const bool asJson = common.json;
     Budget limits(common.noLimit, "--no-limit");
-    OpenedBlock block(OpenNamed(file), limits);
+    OpenedBlock block(OpenNamed(file), limits, OptionsOf(common));
+    const FileWalk walk(block, FileWalk::elements);
     Document document = NewDocument(file);
     document["floors"] = Document::array();
     const unsigned int floors = block.Reader().GetFloorNum();
@@ -124,6 +125,7 @@ void RegisterTree(CLI::App& app, CommonOptions& common) {
         AddReadingCommand(app, "tree", "Print floors, their classes and the number of components",
                           "zvg tree house.zvg", *files);
     AddLimitOption(*command, common);
+    AddThreadsOption(*command, common.threads);
     command->callback([files, &common] {
         ForEachFile(*files, common.json ? "" : ": ",
                     [&common](const FileTurn& turn) { Tree(turn.file, common); });

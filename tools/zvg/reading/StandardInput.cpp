@@ -33,8 +33,15 @@ OpenedFile OpenNamed(const std::string& path) {
     return OpenedFile(ReadStandardInput().Again(), standardInput);
 }
 
+OpenOptions OptionsOf(const CommonOptions& common) {
+    OpenOptions options;
+    options.unlimited = common.noLimit;
+    options.threads = common.threads;
+    return options;
+}
+
 BlockFile OpenBlockFile(const std::string& path, const CommonOptions& common) {
-    return BlockFile::Imp::Open(OpenNamed(path), {common.noLimit}, "--no-limit");
+    return BlockFile::Imp::Open(OpenNamed(path), OptionsOf(common), "--no-limit");
 }
 
 }  // namespace ZVSmartModel::Tool

@@ -16,6 +16,9 @@ std::string InputName(const std::string& path);
 /// named twice. Throws what OpenInput throws, and Error Usage for a terminal as standard input.
 OpenedFile OpenNamed(const std::string& path);
 
+/// How the user wants block files to be opened.
+OpenOptions OptionsOf(const CommonOptions& common);
+
 /// The same as a block file. Throws what its opening throws as well.
 BlockFile OpenBlockFile(const std::string& path, const CommonOptions& common);
 
