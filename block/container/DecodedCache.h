@@ -28,7 +28,7 @@ class DecodedCache {
         return &found->second.block;
     }
 
-    bool Holds(u32 number) const { return blocks.count(number) != 0; }
+    bool Holds(u32 number) const { return blocks.contains(number); }
 
     /// Adds a block that is not here. The cache stays as it was on a throw.
     const Block* Insert(u32 number, Block&& block, u64 byteCount, u64 now) {

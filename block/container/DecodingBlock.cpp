@@ -25,11 +25,11 @@ std::optional<DecodingBlock> DecodingBlock::Begin(CheckedInStream& in, u64 decod
     std::vector<u8> bytes(static_cast<std::size_t>(size));
     u64 byteCount = size;
     in.Read(bytes.data(), &byteCount);
-    auto decode = [bytes = std::move(bytes), decodedSize]() -> Decoded {
+    auto decode = [bytes = std::move(bytes), decodedSize] {
         CZVFTReadBufferInStream encoded(bytes.data(), bytes.size());
-        DecodedBlock block;
-        if (!ReadCompressedBlock(encoded, decodedSize, block)) return std::nullopt;
-        return block;
+        Decoded whole;
+        whole.isWhole = ReadCompressedBlock(encoded, decodedSize, whole.block);
+        return whole;
     };
     return DecodingBlock(position, position + size,
                          std::async(std::launch::async, std::move(decode)));
@@ -41,8 +41,8 @@ bool DecodingBlock::IsDone() const {
 
 bool DecodingBlock::Take(DecodedBlock& block) {
     Decoded whole = decoded.get();
-    if (!whole) return false;
-    block = std::move(*whole);
+    if (!whole.isWhole) return false;
+    block = std::move(whole.block);
     return true;
 }
 

@@ -30,7 +30,10 @@ class DecodingBlock {
     bool Take(ZVSmartFormat::DecodedBlock& block);
 
   private:
-    using Decoded = std::optional<ZVSmartFormat::DecodedBlock>;
+    struct Decoded {
+        ZVSmartFormat::DecodedBlock block;
+        bool isWhole = false;
+    };
 
     DecodingBlock(ZVSmartFormat::u64 position, ZVSmartFormat::u64 end, std::future<Decoded> decoded)
         : position(position), end(end), decoded(std::move(decoded)) {}

@@ -16,7 +16,7 @@ void WalkAhead::Begin(CheckedInStream& in, Section& section, const Find& find) n
 void WalkAhead::LookAhead(CheckedInStream& in, Section& section, u32 number,
                           const Find& find) noexcept {
     auto& blocks = section.blocks;
-    const bool isDecoding = blocks.count(number) != 0;
+    const bool isDecoding = blocks.contains(number);
     const bool isInOrder = isDecoding || number == section.next;
     section.next = number + 1;
     if (!isInOrder) return;
@@ -34,7 +34,7 @@ void WalkAhead::Decode(CheckedInStream& in, Section& section, u32 first, std::si
     try {
         for (u32 number = first; number - first < threads && number >= first; ++number) {
             if (working >= room) return;
-            if (blocks.count(number) != 0 || !find(number)) continue;
+            if (blocks.contains(number) || !find(number)) continue;
             std::optional<DecodingBlock> begun = DecodingBlock::Begin(in, decodedLimit);
             if (!begun) continue;
             blocks.emplace(number, std::move(*begun));

@@ -11,7 +11,7 @@ namespace ZVSmartModel {
 using namespace ZVSmartZvg;
 
 BlockContents ReadContents(OpenedBlock& block, ProgressPace& pace) {
-    const FileWalk walk(block, FileWalk::bodies);
+    const FileWalk walk(block, FileWalk::Through::Bodies);
     GeometryDigests geometries(block, pace);
     BlockContents contents;
     Budget& limits = block.Limits();

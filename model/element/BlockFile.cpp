@@ -47,7 +47,7 @@ class WalkBetweenCalls {
   public:
     WalkBetweenCalls(BlockFile::Imp& imp, bool isWalk) : imp(imp) {
         if (!isWalk) return;
-        imp.GoOn([this](OpenedBlock& block) { walk.emplace(block, FileWalk::elements); });
+        imp.GoOn([this](OpenedBlock& block) { walk.emplace(block, FileWalk::Through::Elements); });
     }
     ~WalkBetweenCalls() {
         if (walk) imp.GoOn([this](OpenedBlock&) { walk.reset(); });
@@ -102,7 +102,7 @@ FileInfo BlockFile::Head() const {
 
 std::vector<Floor> BlockFile::Floors() const {
     return imp->Ask([](OpenedBlock& block) {
-        const FileWalk walk(block, FileWalk::elements);
+        const FileWalk walk(block, FileWalk::Through::Elements);
         std::vector<Floor> floors;
         const unsigned int count = block.Reader().GetFloorNum();
         for (unsigned int floor = 0; floor < count; ++floor) {
@@ -115,7 +115,7 @@ std::vector<Floor> BlockFile::Floors() const {
 
 std::size_t BlockFile::ElementCount() const {
     return imp->Ask([](OpenedBlock& block) {
-        const FileWalk walk(block, FileWalk::elements);
+        const FileWalk walk(block, FileWalk::Through::Elements);
         std::size_t elements = 0;
         const unsigned int count = block.Reader().GetFloorNum();
         for (unsigned int floor = 0; floor < count; ++floor) elements += block.FloorCompNum(floor);
@@ -135,7 +135,7 @@ unsigned int BlockFile::ElementCount(unsigned int floor) const {
 
 std::vector<ClassCount> BlockFile::Classes() const {
     return imp->Ask([](OpenedBlock& block) {
-        const FileWalk walk(block, FileWalk::elements);
+        const FileWalk walk(block, FileWalk::Through::Elements);
         std::map<std::string, std::size_t, std::less<>> counts;
         const unsigned int floors = block.Reader().GetFloorNum();
         ElementReader reader({NoProperties(), false});

@@ -236,13 +236,14 @@ class OpenedBlock {
 /// decoded ahead, in as many threads as the file was opened with.
 class FileWalk {
   public:
-    enum Through { elements, bodies, nothing };
+    /// What of the file is asked for.
+    enum class Through { Elements, Bodies, Nothing };
 
     FileWalk(OpenedBlock& block, Through through) : block(block), through(through) {
-        if (through != nothing) block.BeginWalk(through == bodies);
+        if (through != Through::Nothing) block.BeginWalk(through == Through::Bodies);
     }
     ~FileWalk() {
-        if (through != nothing) block.EndWalk();
+        if (through != Through::Nothing) block.EndWalk();
     }
     FileWalk(const FileWalk&) = delete;
     FileWalk& operator=(const FileWalk&) = delete;

@@ -178,7 +178,7 @@ std::size_t ForEachChosen(OpenedBlock& block, const ExportOptions& options,
                           const std::function<void(const ChosenComponent&)>& use) {
     const Chosen chosen(options.selection);
     const auto [first, end] = block.FindFloors(options.selection.floor);
-    const FileWalk walk(block, chosen.IsWalk() ? through : FileWalk::nothing);
+    const FileWalk walk(block, chosen.IsWalk() ? through : FileWalk::Through::Nothing);
     std::size_t taken = 0;
     for (unsigned int floor = first; floor < end; ++floor) {
         const std::wstring floorName = block.FloorName(floor);
@@ -211,14 +211,15 @@ ExportModel ReadExport(OpenedBlock& block, const ExportOptions& options, Progres
     model.source = SourceOf(block);
     SceneReader scene(block, options.salvage);
     Groups groups(model);
-    ForEachChosen(block, options, FileWalk::bodies, pace, [&](const ChosenComponent& chosen) {
-        const auto& [index, floorName, comp] = chosen;
-        block.Limits().Memory(bytesOfComponent + 5 * (BytesOf(comp) - sizeof comp));
-        scene.Add(comp);
-        model.components.push_back({groups.Of(index.floorIndex, floorName, comp),
-                                    ComponentName(comp),
-                                    ComponentExtras(index, comp, options.properties)});
-    });
+    ForEachChosen(
+        block, options, FileWalk::Through::Bodies, pace, [&](const ChosenComponent& chosen) {
+            const auto& [index, floorName, comp] = chosen;
+            block.Limits().Memory(bytesOfComponent + 5 * (BytesOf(comp) - sizeof comp));
+            scene.Add(comp);
+            model.components.push_back({groups.Of(index.floorIndex, floorName, comp),
+                                        ComponentName(comp),
+                                        ComponentExtras(index, comp, options.properties)});
+        });
     model.missingGeometries = scene.MissingGeometries();
     model.scene = scene.Take();
     return model;

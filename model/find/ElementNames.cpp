@@ -9,7 +9,7 @@ namespace ZVSmartModel {
 using namespace ZVSmartZvg;
 
 ElementNames::ElementNames(OpenedBlock& block) {
-    const FileWalk walk(block, FileWalk::elements);
+    const FileWalk walk(block, FileWalk::Through::Elements);
     const unsigned int floors = block.Reader().GetFloorNum();
     Budget& limits = block.Limits();
     const auto note = [&limits](Table& table, std::string_view key, ElementIndex index) {

@@ -61,7 +61,7 @@ PlanSummary WritePlan(const BlockFile& file, ZVSmartFormat::CZVFTOutStream& out,
         ProgressPace pace(progress);
         PlacedRecords records(block);
         const auto wanted = block.FindFloors(options.floor);
-        const FileWalk walk(block, FileWalk::bodies);
+        const FileWalk walk(block, FileWalk::Through::Bodies);
         const auto tell = [&pace](unsigned int done, unsigned int total) {
             pace.Tell("drawing the plan", done, total);
         };

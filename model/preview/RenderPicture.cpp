@@ -21,7 +21,7 @@ bool IsSide(unsigned int pixels) {
 }
 
 Scene ReadScene(OpenedBlock& block, bool rooms, ProgressPace& pace) {
-    const FileWalk walk(block, FileWalk::bodies);
+    const FileWalk walk(block, FileWalk::Through::Bodies);
     SceneReader reader(block);
     const unsigned int floors = block.Reader().GetFloorNum();
     for (unsigned int floor = 0; floor < floors; ++floor) {

@@ -107,7 +107,8 @@ Shapes ReadShapes(const BlockFile& file, const Selection& selection, const BodyO
     return imp.Ask([&](OpenedBlock& block) {
         ShapesMaker maker(block, BodyReader::Of(imp, block).Geos(), options);
         const auto floors = block.FindFloors(selection.floor);
-        const FileWalk walk(block, chosen.IsWalk() ? FileWalk::bodies : FileWalk::nothing);
+        const FileWalk walk(
+            block, chosen.IsWalk() ? FileWalk::Through::Bodies : FileWalk::Through::Nothing);
         ShapeProgress told(progress, floors);
         const bool anyProperty = !selection.properties.empty();
         ElementReader reader({anyProperty ? SZVLGCompParts() : NoProperties(), false});

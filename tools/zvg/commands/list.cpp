@@ -42,7 +42,8 @@ void List(const FileTurn& turn, const ListOptions& options, const CommonOptions&
           EntryList& list) {
     Budget limits(common.noLimit, "--no-limit");
     OpenedBlock block(OpenNamed(turn.file), limits, OptionsOf(common));
-    const FileWalk walk(block, options.floor ? FileWalk::nothing : FileWalk::elements);
+    const FileWalk walk(block,
+                        options.floor ? FileWalk::Through::Nothing : FileWalk::Through::Elements);
     const auto [first, end] = block.FindFloors(options.floor);
     const std::wstring className = FromUtf8(options.className.value_or(""));
     list.Begin(turn.file, turn.isOneOfSeveral);

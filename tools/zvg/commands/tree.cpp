@@ -101,7 +101,7 @@ void Tree(const std::string& file, const CommonOptions& common) {
     const bool asJson = common.json;
     Budget limits(common.noLimit, "--no-limit");
     OpenedBlock block(OpenNamed(file), limits, OptionsOf(common));
-    const FileWalk walk(block, FileWalk::elements);
+    const FileWalk walk(block, FileWalk::Through::Elements);
     Document document = NewDocument(file);
     document["floors"] = Document::array();
     const unsigned int floors = block.Reader().GetFloorNum();

@@ -4,7 +4,7 @@ namespace ZVSmartModel::Tool {
 
 Document CountsDocument(OpenedBlock& block) {
     ZVSmartZvg::CZVLGBlockReader& reader = block.Reader();
-    const FileWalk walk(block, FileWalk::bodies);
+    const FileWalk walk(block, FileWalk::Through::Bodies);
     const unsigned int floors = reader.GetFloorNum();
     const unsigned int geoBlocks = reader.GetGeoBlockNum();
     unsigned long long components = 0;
