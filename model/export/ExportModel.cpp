@@ -177,7 +177,8 @@ std::size_t ForEachChosen(OpenedBlock& block, const ExportOptions& options,
                           FileWalk::Through through, ProgressPace& pace,
                           const std::function<void(const ChosenComponent&)>& use) {
     const Chosen chosen(options.selection);
-    const auto [first, end] = block.FindFloors(options.selection.floor);
+    const std::pair floors = block.FindFloors(options.selection.floor);
+    const unsigned int first = floors.first, end = floors.second;  // clang captures no bindings
     const FileWalk walk(block, chosen.IsWalk() ? through : FileWalk::Through::Nothing);
     std::size_t taken = 0;
     for (unsigned int floor = first; floor < end; ++floor) {
