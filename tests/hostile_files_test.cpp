@@ -71,14 +71,15 @@ const Case blockCases[] = {
 
 class HostileFiles : public ToolFixture {
   protected:
-    /// Runs the tool for at most 20 seconds of processor time in a gigabyte of addresses.
+    /// Runs the tool for at most 20 seconds of processor time, and a minute in all where others
+    /// take the processors, in a gigabyte of addresses.
     int RunCase(const Case& c, const std::string& input) {
         std::string words = c.command;
         for (std::size_t at = words.find('F'); at != std::string::npos;
              at = words.find('F', at + input.size())) {
             words.replace(at, 1, input);
         }
-        return Run("rm -f x.*; " + LimitAddresses(1000) + "ulimit -t 20; $Z " + words);
+        return Run("rm -f x.*; " + LimitAddresses(1000) + "ulimit -t 20; timeout 60 $Z " + words);
     }
 
     void Check(const Case& c, const std::string& input) {
