@@ -16,7 +16,7 @@ using ZVSmartFormat::u8;
 
 namespace {
 
-constexpr std::array<char, 8> magic = {'z', 'v', 'g', 's', 'e', 'a', 'l', '\0'};
+constexpr std::array<char, 8> sealMagic = {'z', 'v', 'g', 's', 'e', 'a', 'l', '\0'};
 
 }  // namespace
 
@@ -40,7 +40,7 @@ int SealingOutStream::Seek(u64 newPos) {
 
 void SealingOutStream::WriteSeal() {
     u8 bytes[sealBytes];
-    std::memcpy(bytes, magic.data(), magic.size());
+    std::memcpy(bytes, sealMagic.data(), sealMagic.size());
     StoreBigEndian(end, bytes + 8);
     StoreBigEndian(crc.Value(), bytes + 16);
     if (inner.Write(bytes, sealBytes) != sealBytes || inner.GetPos() != basePos + end + sealBytes)
@@ -49,8 +49,8 @@ void SealingOutStream::WriteSeal() {
 
 Seal ReadSeal(CheckedInStream& in) {
     const u8* const bytes = in.Take(sealBytes);
-    return {std::memcmp(bytes, magic.data(), magic.size()) == 0, LoadBigEndian<u64>(bytes + 8),
-            LoadBigEndian<u64>(bytes + 16)};
+    return {std::memcmp(bytes, sealMagic.data(), sealMagic.size()) == 0,
+            LoadBigEndian<u64>(bytes + 8), LoadBigEndian<u64>(bytes + 16)};
 }
 
 u64 CrcOf(CheckedInStream& in, u64 byteCount) {

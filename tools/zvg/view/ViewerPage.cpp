@@ -27,8 +27,8 @@ std::string PagePath() {
     const fs::path tool = fs::read_symlink("/proc/self/exe", unknown);
     const fs::path installed = tool.parent_path().parent_path() / "share/zvg/viewer.html";
     if (!tool.empty() && fs::exists(installed, unknown)) return installed.string();
-    std::string built = ZVG_VIEWER_PAGE;
-    if (!built.empty() && fs::exists(built, unknown)) return built;
+    const fs::path built = ZVG_VIEWER_PAGE;
+    if (!built.empty() && fs::exists(built, unknown)) return built.string();
     throw Error(Status::Usage,
                 "the viewer's page is not installed (ZVG_VIEWER may name one: viewer.html)");
 }
