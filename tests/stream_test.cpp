@@ -74,11 +74,13 @@ TEST(CachedInStream, AsksSeldomAndForgetsWhatIsOld) {
     Bytes bytes((8 << 20) + 5);
     for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<u8>(i ^ (i >> 13));
     int requests = 0;
+    u64 asked = 0;
     bool fails = false;
     ZVSmartFormat::CZVFTCachedInStream in(
         [&](u64 position, void* buffer, u64 size) {
             ++requests;
-            EXPECT_TRUE(position % 65'536 == 0 && position + size <= bytes.size());
+            asked += size;
+            EXPECT_TRUE(position % 4096 == 0 && position + size <= bytes.size());
             std::memcpy(buffer, bytes.data() + position, size);
             return fails ? size - 1 : size;
         },
@@ -108,7 +110,13 @@ TEST(CachedInStream, AsksSeldomAndForgetsWhatIsOld) {
 
     for (const u64 size : {u64{400'000}, u64{3} << 20}) {  // the second is more than is kept
         requests = 0;
+        asked = 0;
+        EXPECT_FALSE(in.Holds(u64{4} << 20, size));
         in.Expect(u64{4} << 20, size);
+        EXPECT_LT(asked, size + 4096);
+        EXPECT_TRUE(in.Holds(u64{4} << 20, size));
+        EXPECT_FALSE(in.Holds((u64{4} << 20) - 1, 1) || in.Holds(u64{4} << 20, size + 4096));
+        EXPECT_FALSE(in.Holds(bytes.size(), 1) || in.Holds(huge, huge));
         EXPECT_TRUE(read(u64{4} << 20, 5) && read((u64{4} << 20) + size / 2, size / 2));
         EXPECT_EQ(requests, 1);
         in.Expect((u64{4} << 20) + 70'000, size - 70'000);

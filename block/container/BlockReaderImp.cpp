@@ -59,25 +59,49 @@ LastMiss::Subject GeoBlockSubject(u32 block) {
 
 }  // namespace
 
-/// Tells a distant stream that the offset table of a section is about to be read, and what is
-/// between it and `end`; and the last record's first bytes, which stand ahead of it, not far most
-/// times.
-void CZVLGBlockReader::Imp::ExpectTable(const Section& section, u64 end) {
-    constexpr u64 ahead = 128 << 10;
-    constexpr u64 least = 256 << 10;
-    const u64 table = section.EntryPosition(0);
-    if (distant == nullptr || end <= table) return;
-    const u64 begin = table - std::min(table, ahead);
-    distant->Expect(begin, std::max(end - begin, least));
+namespace {
+
+// What a distant stream is asked for beyond what is read. With the 8 KiB that a request may bring
+// for its ends' sake, opening a file and reading an element and its body stay below 128 KiB of
+// that.
+constexpr u64 smallFile = 128 << 10;  ///< comes in one request
+constexpr u64 headBytes = 8 << 10;
+constexpr u64 shapesBytes = 64 << 10;  ///< what bodies place stands ahead of them, most times near
+constexpr u64 entriesBytes = 8;        ///< where a record begins, and the next
+constexpr u64 fieldsBytes = 1024;      ///< of a floor, most times
+
+}  // namespace
+
+/// Tells a distant stream what is about to be read.
+void CZVLGBlockReader::Imp::Expect(u64 position, u64 byteCount) {
+    if (distant != nullptr) distant->Expect(position, byteCount);
 }
 
-/// The same of record `i`, which is at `position` and ends where the next one begins.
+/// The same of the file's head.
+void CZVLGBlockReader::Imp::ExpectHead() {
+    if (distant == nullptr) return;
+    const u64 size = distant->GetSize();
+    const u64 left = basePos < size ? size - basePos : 0;
+    Expect(basePos, left <= smallFile ? left : headBytes);
+}
+
+/// The same of the offset table of a section, and what is between it and `end`.
+void CZVLGBlockReader::Imp::ExpectTable(const Section& section, u64 end) {
+    const u64 table = section.EntryPosition(0);
+    if (end > table) Expect(table, end - table);
+}
+
+/// The same of record `i` of a section, which is at `position` and ends where the next one begins,
+/// and of so many bytes of the records ahead of it, or behind it where there are none.
 void CZVLGBlockReader::Imp::ExpectRecord(CheckedInStream& in, const Section& section, u32 i,
-                                         u64 position) {
+                                         u64 position, u64 ahead) {
     if (distant == nullptr) return;
     u64 end = section.EntryPosition(0);
     if (i + 1 < section.Count()) FindRecord(in, section, i + 1, end);
-    if (end > position) distant->Expect(position, end - position);
+    if (end <= position || distant->Holds(position, end - position)) return;
+    const u64 before = std::min(position - section.position, ahead);
+    const u64 behind = std::min(section.EntryPosition(0) - end, ahead - before);
+    Expect(position - before, before + end - position + behind);
 }
 
 /// Decodes the block at `in`'s position, and notes it where it does not decode.
@@ -241,7 +265,9 @@ bool CZVLGBlockReader::Imp::ReadFloor(u32 floor, FloorFields& fields) {
         if (floor >= floorSection.Count()) return NoteBeyond(floorSection);
         const PositionGuard guard(stream);
         CheckedInStream in(stream);
+        Expect(floorSection.EntryPosition(floor), entriesBytes);
         SeekRecord(in, floorSection, floor);
+        Expect(in.GetPos(), fieldsBytes);
         MemoryBudget memory(recordLimit);
         fields = ReadFloorFields(in, memory);
         return true;
@@ -255,12 +281,13 @@ const PlacedFloor* CZVLGBlockReader::Imp::FetchFloor(u32 floor, MemoryBudget& me
     const PositionGuard guard(stream);
     CheckedInStream in(stream);
     if (walk) LookAheadOfFloor(in, floor);
+    Expect(floorSection.EntryPosition(floor), entriesBytes);
     u64 position = 0;
     if (!FindRecord(in, floorSection, floor, position)) {
         last.NoteDamaged("is not where its section says");
         return nullptr;
     }
-    ExpectRecord(in, floorSection, floor, position);
+    ExpectRecord(in, floorSection, floor, position, 0);
     in.Seek(position);
     FloorFields fields = ReadFloorFields(in, memory);
     position = in.GetPos() - basePos;
@@ -385,12 +412,13 @@ const GeoBlock* CZVLGBlockReader::Imp::FetchGeoBlock(u32 block) {
     const PositionGuard guard(stream);
     CheckedInStream in(stream);
     if (walk) LookAheadOfGeoBlock(in, block);
+    Expect(geoSection.EntryPosition(block), entriesBytes);
     u64 position = 0;
     if (!FindRecord(in, geoSection, block, position)) {
         last.NoteDamaged("is not where its section says");
         return nullptr;
     }
-    ExpectRecord(in, geoSection, block, position);
+    ExpectRecord(in, geoSection, block, position, shapesBytes);
     in.Seek(position);
     GeoBlock fetched;
     fetched.position = position - basePos;

@@ -82,9 +82,14 @@ class CZVLGBlockReader::Imp {
     bool ReadSections(ZVSmartFormat::CheckedInStream& in);
     bool ReadIndexBlock(ZVSmartFormat::CheckedInStream& in);
     void CheckStructure(ZVSmartFormat::CheckedInStream& in);
+    void Expect(u64 position, u64 byteCount);
+    void ExpectHead();
     void ExpectTable(const Section& section, u64 end);
     void ExpectRecord(ZVSmartFormat::CheckedInStream& in, const Section& section, u32 i,
-                      u64 position);
+                      u64 position, u64 ahead);
+    template <class PassFields>
+    bool IsFilled(ZVSmartFormat::CheckedInStream& in, const Section& section,
+                  PassFields passFields);
     u32 SumDecodedSizes();
     bool ReadBlock(ZVSmartFormat::CheckedInStream& in, const LastMiss::Subject& subject,
                    ZVSmartFormat::DecodedBlock& block);

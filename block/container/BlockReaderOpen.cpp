@@ -62,6 +62,7 @@ bool CZVLGBlockReader::Imp::Open() {
     const PositionGuard guard(stream);
     basePos = stream.GetPos();
     last.LookAt(0, theHead);
+    ExpectHead();
     ReadFileHead(stream, head);
     try {
         CheckedInStream in(stream);
@@ -118,16 +119,21 @@ bool HasItsWidth(const SZVLGSectionHead& head) {
     return head.tableWidth == SZVLGSectionHead::Of(0, head.tableOffset).tableWidth;
 }
 
+}  // namespace
+
 /// Whether the first record stands behind the head and the last one, which `passFields` passes up
-/// to its block, ends at the offset table.
+/// to its block, ends at the offset table. A last record that is not there yet costs a distant
+/// stream no request: it passes.
 template <class PassFields>
-bool IsFilled(CheckedInStream& in, const Section& section, PassFields passFields) {
-    const u64 recordsEnd = section.position + section.head.tableOffset;
+bool CZVLGBlockReader::Imp::IsFilled(CheckedInStream& in, const Section& section,
+                                     PassFields passFields) {
+    const u64 recordsEnd = section.EntryPosition(0);
     if (section.Count() == 0) return section.head.tableOffset == SZVLGSectionHead::byteSize;
     if (ReadEntry(in, section, 0) != SZVLGSectionHead::byteSize) return false;
-    u64 last = 0;
-    if (!FindRecord(in, section, section.Count() - 1, last)) return false;
-    in.Seek(last);
+    u64 record = 0;
+    if (!FindRecord(in, section, section.Count() - 1, record)) return false;
+    if (distant != nullptr && !distant->Holds(record, recordsEnd - record)) return true;
+    in.Seek(record);
     try {
         passFields();
         const u64 block = in.GetPos();
@@ -137,8 +143,6 @@ bool IsFilled(CheckedInStream& in, const Section& section, PassFields passFields
         return false;
     }
 }
-
-}  // namespace
 
 /// Notes where the parts that were read contradict each other, as far as a few small reads tell,
 /// however large the file is; it opens all the same.

@@ -8,9 +8,9 @@ namespace ZVSmartFormat {
 
 namespace {
 
-constexpr u64 blockBytes = 64 << 10;
-constexpr u64 leastRequest = 4;    ///< blocks
-constexpr u64 mostExpected = 256;  ///< blocks
+constexpr u64 blockBytes = 4 << 10;
+constexpr u64 leastRequest = 64;    ///< blocks
+constexpr u64 mostExpected = 4096;  ///< blocks
 
 u64 BlocksOf(u64 bytes) {
     return bytes / blockBytes + (bytes % blockBytes != 0 ? 1 : 0);
@@ -35,7 +35,8 @@ bool CZVFTCachedInStream::Read(void* buffer, u64* byteCount) {
         Block* block = Find(pos / blockBytes);
         if (block == nullptr) {
             const u64 first = pos / blockBytes;
-            if (!Fetch(first, RequestLength(first, BlocksOf(begin + left)))) return false;
+            const u64 here = std::max(BlocksOf(begin + left), leastRequest);
+            if (!Fetch(first, RequestLength(first, here))) return false;
             block = Find(pos / blockBytes);
         }
         const u64 count = std::min(left, block->bytes.size() - begin);
@@ -66,11 +67,11 @@ CZVFTCachedInStream::Block* CZVFTCachedInStream::Find(u64 number) {
     return &found->second;
 }
 
-/// The blocks from `first` on that one request is to bring, up to the next one that is kept.
+/// The blocks from `first` on that one request is to bring, up to the next one that is kept: more
+/// than are wanted where it goes on from the last request.
 u64 CZVFTCachedInStream::RequestLength(u64 first, u64 wanted) const {
-    const u64 ahead = first == requestEnd ? std::min(2 * requestLength, mostBlocks / 4) : 0;
-    const u64 most =
-        std::min({std::max({wanted, ahead, leastRequest}), mostBlocks, BlocksOf(size) - first});
+    const u64 ahead = first == requestEnd ? std::min(2 * requestLength, mostBlocks / 2) : 0;
+    const u64 most = std::min({std::max(wanted, ahead), mostBlocks, BlocksOf(size) - first});
     u64 length = 1;
     while (length < most && !blocks.contains(first + length)) ++length;
     return length;
@@ -84,7 +85,16 @@ void CZVFTCachedInStream::Expect(u64 position, u64 byteCount) {
     while (first < end && blocks.contains(end - 1)) --end;
     const u64 wanted = end - first;
     if (wanted == 0 || wanted > std::max(mostBlocks, mostExpected)) return;
-    Fetch(first, first == requestEnd ? RequestLength(first, wanted) : wanted);
+    Fetch(first, first == requestEnd ? std::max(wanted, RequestLength(first, wanted)) : wanted);
+}
+
+bool CZVFTCachedInStream::Holds(u64 position, u64 byteCount) const {
+    if (position > size || byteCount > size - position) return false;
+    const u64 end = BlocksOf(position + byteCount);
+    for (u64 number = position / blockBytes; number < end; ++number) {
+        if (!blocks.contains(number)) return false;
+    }
+    return true;
 }
 
 /// Asks for `length` blocks from `first` on in one request.
@@ -92,7 +102,9 @@ bool CZVFTCachedInStream::Fetch(u64 first, u64 length) {
     const u64 position = first * blockBytes;
     std::vector<u8> bytes(std::min(length * blockBytes, size - position));
     if (source(position, bytes.data(), bytes.size()) != bytes.size()) return false;
-    while (length <= mostBlocks && blocks.size() + length > mostBlocks) DropOldest();
+    requestEnd = first + length;
+    requestLength = length;
+    DropOldest();
     for (u64 i = 0; i < length; ++i) {
         const u64 begin = i * blockBytes;
         const u64 end = std::min<u64>(begin + blockBytes, bytes.size());
@@ -100,15 +112,19 @@ bool CZVFTCachedInStream::Fetch(u64 first, u64 length) {
         block.bytes.assign(bytes.data() + begin, bytes.data() + end);
         block.lastUse = ++uses;
     }
-    requestEnd = first + length;
-    requestLength = length;
     return true;
 }
 
+/// Makes room for the blocks of the last request, where so many may be kept.
 void CZVFTCachedInStream::DropOldest() {
-    blocks.erase(std::min_element(blocks.begin(), blocks.end(), [](const auto& a, const auto& b) {
-        return a.second.lastUse < b.second.lastUse;
-    }));
+    if (requestLength > mostBlocks || blocks.size() + requestLength <= mostBlocks) return;
+    const u64 dropped = blocks.size() + requestLength - mostBlocks;
+    std::vector<u64> byUse;
+    byUse.reserve(blocks.size());
+    for (const auto& [number, block] : blocks) byUse.push_back(block.lastUse);
+    const auto last = byUse.begin() + static_cast<std::ptrdiff_t>(dropped - 1);
+    std::nth_element(byUse.begin(), last, byUse.end());
+    std::erase_if(blocks, [&](const auto& kept) { return kept.second.lastUse <= *last; });
 }
 
 }  // namespace ZVSmartFormat

@@ -113,6 +113,17 @@ std::vector<Floor> BlockFile::Floors() const {
     });
 }
 
+Floor BlockFile::ReadFloor(unsigned int floor) const {
+    return imp->Ask([floor](OpenedBlock& block) {
+        if (floor >= block.Reader().GetFloorNum()) {
+            throw block.ErrorAbout(Status::NotFound, "no floor " + std::to_string(floor));
+        }
+        Floor read = FloorOf(block, floor);
+        block.ThrowIfCutShort();
+        return read;
+    });
+}
+
 std::size_t BlockFile::ElementCount() const {
     return imp->Ask([](OpenedBlock& block) {
         const FileWalk walk(block, FileWalk::Through::Elements);

@@ -31,6 +31,10 @@ ComponentScan::ComponentScan(QueriedFiles& files, unsigned int file, const Reque
       reader(std::move(wants)),
       itself(files.Open(file)) {}
 
+ComponentScan::~ComponentScan() {
+    if (walk) itself->Internals().GoOn([this](OpenedBlock&) { walk.reset(); });
+}
+
 bool ComponentScan::Next(RowBatch& rows) {
     if (!itself) return false;
     const auto read = [&](OpenedBlock& block) {
@@ -54,6 +58,7 @@ void ComponentScan::Begin(OpenedBlock& block) {
     }
     Narrow(floor, endOfFloors, request.floor);
     if (request.element) Narrow(floor, endOfFloors, request.element->index.floor);
+    if (!only && endOfFloors - floor > 1) walk.emplace(block, FileWalk::Through::Elements);
 }
 
 void ComponentScan::ReadOnly(OpenedBlock& block, RowBatch& rows) {

@@ -29,6 +29,10 @@ class ComponentScan : public FileScan {
     ComponentScan(QueriedFiles& files, unsigned int file, const Request& request, RowsOf rowsOf,
                   ElementReader::Wants wants);
 
+    ~ComponentScan() override;
+    ComponentScan(const ComponentScan&) = delete;
+    ComponentScan& operator=(const ComponentScan&) = delete;
+
     /// Null where it cannot be opened.
     const std::shared_ptr<const BlockFile>& File() const { return itself; }
     /// Of what is asked for, only these are read; they are in order.
@@ -52,6 +56,7 @@ class ComponentScan : public FileScan {
     std::shared_ptr<const BlockFile> itself;
     std::optional<std::vector<ElementIndex>> only;
     std::size_t nextOnly = 0;
+    std::optional<FileWalk> walk;  ///< where several floors are read; begun and ended while asking
     bool isBegun = false, isOnFloor = false, isOver = false;
     unsigned int floor = 0, endOfFloors = 0, position = 0, endOfPositions = 0;
 };

@@ -44,6 +44,13 @@ unsigned int ThreadsOf(const QueryOptions& options) {
     return std::clamp(wanted, 1U, most);
 }
 
+/// Threads that have no other file to read decode ahead in the one there is.
+OpenOptions OpenOptionsOf(const QueryOptions& options, std::size_t files) {
+    OpenOptions open = options.open;
+    if (files == 1 && open.threads == 1) open.threads = ThreadsOf(options);
+    return open;
+}
+
 std::vector<Table> AllTables() {
     std::vector<Table> tables = ElementTables();
     for (const Table& table : FileTables()) tables.push_back(table);
@@ -76,12 +83,12 @@ bool CanQuery() {
 
 class Query::Imp {
   public:
-    Imp(const std::vector<std::string>& paths, const std::string& sql, const QueryOptions& options,
+    Imp(const std::vector<std::string>& found, const std::string& sql, const QueryOptions& options,
         const Progress& given)
         : progress(given),
           pace(progress),
           tables(AllTables()),
-          files(FindBlockFiles(paths), options.open, 2 * ThreadsOf(options) + 2),
+          files(found, OpenOptionsOf(options, found.size()), 2 * ThreadsOf(options) + 2),
           session{files, ThreadsOf(options), [this](unsigned int done) { Tell(done); }} {
         Open();
         Prepare(sql);
@@ -180,7 +187,7 @@ class Query::Imp {
 
 Query::Query(const std::vector<std::string>& paths, const std::string& sql,
              const QueryOptions& options, const Progress& progress)
-    : imp(std::make_unique<Imp>(paths, sql, options, progress)) {}
+    : imp(std::make_unique<Imp>(FindBlockFiles(paths), sql, options, progress)) {}
 
 Query::~Query() = default;
 Query::Query(Query&&) noexcept = default;

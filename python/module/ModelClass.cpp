@@ -19,12 +19,49 @@ namespace {
 
 using ModelPointer = std::shared_ptr<OpenModel>;
 
+/// A floor of a model; where the file is far away it is read when it is first asked.
+class ModelFloor {
+  public:
+    explicit ModelFloor(Floor values) : values(std::move(values)) {}
+    ModelFloor(ModelPointer model, unsigned int number) : model(std::move(model)), number(number) {}
+
+    const Floor& Values() {
+        if (!values) {
+            const auto file = model->Use();
+            values = Freely([&] { return file->ReadFloor(number); });
+        }
+        return *values;
+    }
+
+  private:
+    ModelPointer model;
+    unsigned int number = 0;
+    std::optional<Floor> values;
+};
+
+std::vector<ModelFloor> FloorsOf(const ModelPointer& model) {
+    const auto file = model->Use();
+    std::vector<ModelFloor> floors;
+    if (!model->IsFarAway()) {
+        for (Floor& floor : Freely([&] { return file->Floors(); })) {
+            floors.emplace_back(std::move(floor));
+        }
+        return floors;
+    }
+    const unsigned int count = Freely([&] { return file->Head().floors; });
+    for (unsigned int number = 0; number < count; ++number) floors.emplace_back(model, number);
+    return floors;
+}
+
 /// Walks the elements of a model, in the file's order.
 class ElementWalk {
   public:
     explicit ElementWalk(ModelPointer model) : model(std::move(model)) {
         const auto file = this->model->Use();
-        floors = Freely([&] { return file->Floors(); });
+        Freely([&] {
+            floors = file->Head().floors;
+            elements = file->ElementCount(next.floor);
+        });
     }
 
     /// What cannot be read is left out, as everywhere where a file is walked.
@@ -40,8 +77,8 @@ class ElementWalk {
 
   private:
     std::optional<Element> ReadNext(const BlockFile& file) {
-        for (; next.floor < floors.size(); next = {next.floor + 1, 0}) {
-            while (next.position < floors[next.floor].elements) {
+        while (next.floor < floors) {
+            while (next.position < elements) {
                 const ElementIndex index = next;
                 ++next.position;
                 try {
@@ -50,12 +87,15 @@ class ElementWalk {
                     if (error.GetStatus() != Status::Damaged) throw;
                 }
             }
+            elements = file.ElementCount(next.floor + 1);
+            next = {next.floor + 1, 0};
         }
         return std::nullopt;
     }
 
     ModelPointer model;
-    std::vector<Floor> floors;
+    unsigned int floors = 0;
+    unsigned int elements = 0;  ///< of the floor that `next` is on
     ElementIndex next{0, 0};
     std::mutex alone;  ///< several threads may share a walk
 };
@@ -144,7 +184,7 @@ std::string ImageOf(const BlockFile& file) try {
 py::str HtmlOf(const ModelPointer& model) {
     const auto file = model->Use();
     const auto [png, title, floors, elements] = Freely([&] {
-        const FileInfo info = file->Info();
+        const FileInfo info = file->Head();
         return std::make_tuple(ImageOf(*file), info.firstText, info.floors, file->ElementCount());
     });
     py::str image("");
@@ -162,7 +202,7 @@ template <class Value>
 auto InfoOf(Value FileInfo::*member) {
     return [member](const ModelPointer& model) {
         const auto file = model->Use();
-        const FileInfo info = Freely([&] { return file->Info(); });
+        const FileInfo info = Freely([&] { return file->Head(); });
         if constexpr (std::is_same_v<Value, std::string>) {
             return Text{info.*member};
         } else {
@@ -171,18 +211,25 @@ auto InfoOf(Value FileInfo::*member) {
     };
 }
 
+template <class Value>
+auto FloorValue(Value Floor::*member) {
+    return [member](ModelFloor& floor) { return floor.Values().*member; };
+}
+
 void AddFloorAndDamage(py::module_& module) {
-    py::class_<Floor>(module, "Floor", "A floor of a model.")
+    py::class_<ModelFloor>(module, "Floor", "A floor of a model.")
         .def_property_readonly(
-            "name", [](const Floor& floor) { return Text{floor.name}; }, "May be empty.")
-        .def_readonly("order", &Floor::order,
-                      "As the host numbered it; lower is further down in packed files.")
-        .def_readonly("elevation", &Floor::elevation, "Metres.")
-        .def_readonly("height", &Floor::height, "Metres up to the next floor; 0 for the topmost.")
-        .def_readonly("elements", &Floor::elements, "How many elements stand on it.")
-        .def("__repr__", [](const Floor& floor) {
+            "name", [](ModelFloor& floor) { return Text{floor.Values().name}; }, "May be empty.")
+        .def_property_readonly("order", FloorValue(&Floor::order),
+                               "As the host numbered it; lower is further down in packed files.")
+        .def_property_readonly("elevation", FloorValue(&Floor::elevation), "Metres.")
+        .def_property_readonly("height", FloorValue(&Floor::height),
+                               "Metres up to the next floor; 0 for the topmost.")
+        .def_property_readonly("elements", FloorValue(&Floor::elements),
+                               "How many elements stand on it.")
+        .def("__repr__", [](ModelFloor& floor) {
             return py::str("<zvg.Floor {!r}: {} elements>")
-                .format(Text{floor.name}, floor.elements);
+                .format(Text{floor.Values().name}, floor.Values().elements);
         });
     py::class_<Damage>(module, "Damage", "Something of a file that cannot be read.")
         .def_readonly("position", &Damage::position, "The byte in the file.")
@@ -203,13 +250,9 @@ void AddWhatItSays(ModelType& type) {
         .def_property_readonly("version", InfoOf(&FileInfo::version), "Of the format, 0 to 4.")
         .def_property_readonly("bytes", InfoOf(&FileInfo::bytes), "The size of the file.")
         .def_property_readonly("path", &OpenModel::Name, "The file, or what stands for it.")
-        .def_property_readonly(
-            "floors",
-            [](const ModelPointer& model) {
-                const auto file = model->Use();
-                return Freely([&] { return file->Floors(); });
-            },
-            "A list of Floor, in the file's order.")
+        .def_property_readonly("floors", FloorsOf, R"(A list of Floor, in the file's order.
+
+Of a file object each floor is read when it is first asked for a value.)")
         .def_property_readonly(
             "classes",
             [](const ModelPointer& model) {
@@ -311,8 +354,8 @@ len(model) is the number of its elements; iterating walks them in the file's ord
 threads may use one model; a process that was forked may go on with one that was opened by
 its path or from bytes, and such a model can be pickled. After close() every call raises
 ValueError; elements keep their values, arrays their numbers.)");
-    type.def(py::init<const py::object&, std::uint64_t, bool>(), py::arg("source"),
-             py::arg("cache"), py::arg("unlimited"))
+    type.def(py::init<const py::object&, std::uint64_t, bool, unsigned int>(), py::arg("source"),
+             py::arg("cache"), py::arg("unlimited"), py::arg("threads") = 1)
         .def("close", &OpenModel::Close, "Closes the file.")
         .def_property_readonly("closed", &OpenModel::IsClosed, "Whether close() was called.")
         .def("__enter__", [](const py::object& self) { return self; })

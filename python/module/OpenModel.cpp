@@ -42,8 +42,8 @@ std::string PathOf(const py::object& str) {
 
 }  // namespace
 
-OpenModel::OpenModel(const py::object& given, u64 cacheBytes, bool unlimited)
-    : source(Kept(given)), cacheBytes(cacheBytes), unlimited(unlimited) {
+OpenModel::OpenModel(const py::object& given, u64 cacheBytes, bool unlimited, unsigned int threads)
+    : source(Kept(given)), cacheBytes(cacheBytes), unlimited(unlimited), threads(threads) {
     if (!IsPath() && !IsBytes()) file = std::make_shared<FileObject>(source);
     Open();
 }
@@ -61,7 +61,9 @@ std::unique_ptr<CZVFTInStream> OpenModel::NewStream() const {
 }
 
 void OpenModel::Open() {
-    const OpenOptions options{unlimited};
+    OpenOptions options;
+    options.unlimited = unlimited;
+    options.threads = threads;
     if (IsPath()) {
         const std::string path = PathOf(source);
         opened = Freely([&] {
@@ -101,7 +103,7 @@ std::vector<Damage> OpenModel::Verify(const Progress& progress) const {
 
 py::tuple OpenModel::Arguments() const {
     if (file) throw py::type_error("a model from a file object cannot be pickled");
-    return py::make_tuple(source, cacheBytes, unlimited);
+    return py::make_tuple(source, cacheBytes, unlimited, threads);
 }
 
 std::string OpenModel::Path() const {

@@ -21,13 +21,16 @@ namespace py = pybind11;
 /// the file's lock at the fork. All with the interpreter's lock.
 class OpenModel : public std::enable_shared_from_this<OpenModel> {
   public:
-    /// Opens it. `cacheBytes` are kept of what a file object gave.
-    OpenModel(const py::object& source, std::uint64_t cacheBytes, bool unlimited);
+    /// Opens it. `cacheBytes` are kept of what a file object gave, `threads` is as in OpenOptions.
+    OpenModel(const py::object& source, std::uint64_t cacheBytes, bool unlimited,
+              unsigned int threads);
 
     /// The file, which stays as long as the answer does. Throws ValueError where it was closed.
     std::shared_ptr<const BlockFile> Use();
     void Close() { opened.reset(); }
     bool IsClosed() const { return opened == nullptr; }
+    /// Whether it is read from a file object, which may have to ask for each piece of it.
+    bool IsFarAway() const { return file != nullptr; }
 
     /// Checks all of it, as VerifyFile does.
     std::vector<Damage> Verify(const Progress& progress) const;
@@ -51,6 +54,7 @@ class OpenModel : public std::enable_shared_from_this<OpenModel> {
     std::shared_ptr<class FileObject> file;  ///< null for paths and bytes
     std::uint64_t cacheBytes;
     bool unlimited;
+    unsigned int threads;
     std::shared_ptr<Opened> opened;
     pid_t process = 0;
 };

@@ -104,6 +104,15 @@ def test_what_a_file_object_raises_comes_through(path):
         zvg.open(type("Pipe", (), {"read": None, "seek": lambda *_: None})())
 
 
+def test_threads_change_no_answer(path):
+    one, many = zvg.open(path), pickle.loads(pickle.dumps(zvg.open(path, threads=3)))
+    assert bodies(many) == bodies(one) and zvg.diff(one, many) == []
+    assert len(many.shapes().placements) == len(one.shapes().placements) > 0
+    sql = "SELECT floor, class, guid, count(*) FROM elements JOIN properties ON element = id GROUP BY id"
+    answers = [list(zvg.query(sql, path, threads=threads)) for threads in (1, 3)]
+    assert answers[0] == answers[1] != []
+
+
 def test_damage_is_told_by_place(path):
     sound = path.read_bytes()
     told = 0
@@ -128,13 +137,13 @@ def test_damage_is_told_by_place(path):
 
 
 class Ranges(http.server.BaseHTTPRequestHandler):
-    """Serves parts of `content`, and counts them."""
-    content, asked = b"", 0
+    """Serves parts of `content`, and notes them, each as (begin, end)."""
+    content, asked = b"", []
 
     def do_GET(self):
-        type(self).asked += 1
         first, last = map(int, self.headers["Range"].removeprefix("bytes=").split("-"))
         part = self.content[first:last + 1]
+        self.asked.append((first, first + len(part)))
         self.send_response(206)
         self.send_header("Content-Length", str(len(part)))
         self.end_headers()
@@ -164,25 +173,69 @@ class Remote(io.RawIOBase):
         return part
 
 
-def test_a_file_on_a_server_is_asked_seldom(tmp_path):
-    random = np.random.default_rng(1)
-    with zvg.Writer(tmp_path / "large.zvg") as w:
-        floors = [w.floor(f"Floor {i}") for i in range(8)]
-        for i in range(1500):
-            shape = w.shape(random.random((90, 3)), random.integers(0, 90, (50, 3)))
-            w.element(f"{random.integers(1 << 60):x}", "IfcWall", floor=floors[i % 8],
-                      shapes=[shape], properties={"A.b": f"{random.integers(1 << 60):x}"})
-        w.element("last", "IfcWall", floor=floors[7], shapes=[400])
-    Ranges.content = (tmp_path / "large.zvg").read_bytes()
-    assert 1_000_000 < len(Ranges.content) < 2_000_000
+@pytest.fixture
+def serve():
+    """What opens bytes on a server."""
     server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Ranges)
     threading.Thread(target=server.serve_forever, daemon=True).start()
-    try:
-        model = zvg.open(Remote(f"http://127.0.0.1:{server.server_port}/", len(Ranges.content)))
-        assert len(model.floors) == 8 and Ranges.asked <= 3
-        opened = Ranges.asked
-        assert len(model[7, 100].mesh().points) > 50
-        assert Ranges.asked <= opened + 2
-    finally:
-        server.shutdown()
-        server.server_close()
+
+    def opened(content):
+        Ranges.content, Ranges.asked = content, []
+        return zvg.open(Remote(f"http://127.0.0.1:{server.server_port}/", len(content)))
+    yield opened
+    server.shutdown()
+    server.server_close()
+
+
+class Layout:
+    """Where the records of a block file lie, each as (begin, end), and how many bytes its head, its
+    tables and its index take."""
+    def __init__(self, content):
+        def number(at, width=4):
+            return int.from_bytes(content[at:at + width], "big")
+
+        def section(at):
+            table, width = at + number(at + 9), (1, 2, 4, 4)[content[at] >> 6]
+            begins = [at + number(table + i * width, width) for i in range(number(at + 5))]
+            return list(zip(begins, begins[1:] + [table])), at + number(at + 1)
+
+        at = 13
+        for _ in range(2):
+            at += 4 + 2 * number(at)
+        flags = content[at]
+        assert flags & 0xE0 == 0, "what packed files have no need of"
+        self.geometry, end = section(at + 5)
+        self.floors, end = section(number(at + 1))
+        self.opening = len(content) - sum(b - a for a, b in self.geometry + self.floors)
+
+
+@pytest.mark.parametrize("floors, elements, points, size", [(8, 190, 90, 1_400_000),
+                                                            (150, 200, 6, 4_000_000)])
+def test_a_file_on_a_server_is_asked_for_little(tmp_path, serve, floors, elements, points, size):
+    random = np.random.default_rng(1)
+    with zvg.Writer(tmp_path / "large.zvg", fast=size > 2_000_000) as w:
+        for floor in range(floors):
+            w.floor(f"Floor {floor}")
+            for i in range(elements):
+                shape = w.shape(random.random((points, 3)), random.integers(0, points, (50, 3)))
+                w.element(f"{random.integers(1 << 60):x}", "IfcWall", floor=floor, shapes=[shape],
+                          properties={"A.b": f"{random.integers(1 << 60):x}"})
+    content = (tmp_path / "large.zvg").read_bytes()
+    assert 0.8 * size < len(content) < 1.25 * size
+    model, layout = serve(content), Layout(content)
+    assert len(model.floors) == floors and model.title == ""
+    opening = len(Ranges.asked)
+    assert opening <= 3
+
+    def asked():
+        return sum(end - begin for begin, end in Ranges.asked)
+    assert asked() <= layout.opening + (128 << 10)
+    assert len(model[7, 100].mesh().points) > 5
+    assert len(Ranges.asked) <= opening + 2
+    bodies = [b - a for a, b in layout.geometry
+              if any(begin <= a and b <= end for begin, end in Ranges.asked[opening:])]
+    begin, end = layout.floors[7]
+    touched = end - begin + sum(bodies[-1:])  # what comes with a body stands ahead of it
+    assert asked() <= layout.opening + touched + (128 << 10)
+    assert next(iter(model)).floor == model.floors[0].name == "Floor 0"
+    assert asked() < len(content) / 2, "a walk begins where it is begun"

@@ -37,20 +37,22 @@ for _name in __all__:
 del _name
 
 
-def open(source, cache=4 << 20, unlimited=False):
+def open(source, cache=4 << 20, unlimited=False, threads=1):
     """Open a block file and return a Model.
 
     source: the path of a file; its bytes; or a file object with read and seek, such as one of a
-        library for remote files, which is read in few pieces of 256 KiB and more, and has to stay
-        open as long as the model
+        library for remote files, which is read in few pieces, and has to stay open as long as the
+        model
     cache: how many bytes of a file object are kept
     unlimited: take what work and memory the file asks for; else a file that asks for far more
         than files of its size need ends with DamagedError
+    threads: how many decode ahead while a call goes through the file, such as shapes(), export()
+        or diff(); 0 for as many as there are processors. Answers do not depend on it
 
     Raises Error with Status.INPUT_OUTPUT where the file cannot be opened, and DamagedError where
     it is no block file or its index cannot be read. What a file object raises comes through.
     """
-    return Model(source, cache, unlimited)
+    return Model(source, cache, unlimited, threads)
 
 
 def diff(a, b, progress=None):

@@ -12,7 +12,8 @@ def query(sql, paths, *, threads=0, progress=None):
     sql: one statement in SQLite's dialect over the tables files, floors, elements, properties,
         materials, relations, shapes and boxes, whose columns docs/GUIDE.md lists
     paths: a path or several; a folder stands for all *.zvg in and below it
-    threads: how many files are read at once; 0 for as many as there are processors
+    threads: how many files are read at once, or how many threads decode ahead in a single one; 0
+        for as many as there are processors
     progress: as in pack()
 
     Nothing is stored: a scan decodes what its columns and conditions ask for. A file that cannot be

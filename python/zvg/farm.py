@@ -210,17 +210,19 @@ def _pyarrow():
 def _write_parquet(database, folder):
     """A file for each table; a column is of numbers where all its values are."""
     pyarrow = _pyarrow()
-    kinds = {frozenset(): pyarrow.string(), frozenset({"integer"}): pyarrow.int64(),
-             frozenset({"real"}): pyarrow.float64(), frozenset({"integer", "real"}): pyarrow.float64()}
+    texts, reals = ("TEXT", pyarrow.string()), ("REAL", pyarrow.float64())
+    kinds = {frozenset({"integer"}): ("INTEGER", pyarrow.int64()), frozenset({"real"}): reals,
+             frozenset({"integer", "real"}): reals}
     folder.mkdir(parents=True, exist_ok=True)
     there = {name for name, in database.execute("SELECT name FROM sqlite_schema")}
     for table in there.intersection(TABLES):
-        cursor = database.execute(f"SELECT * FROM {table}")
-        fields = []
-        for name, *_ in cursor.description:
+        fields, values = [], []
+        for name, *_ in database.execute(f"SELECT * FROM {table} LIMIT 0").description:
             found = database.execute(f'SELECT DISTINCT typeof("{name}") FROM {table}')
-            kind = frozenset(kind for kind, in found) - {"null"}
-            fields.append((name, kinds.get(kind, pyarrow.string())))
+            wanted, kind = kinds.get(frozenset(kind for kind, in found) - {"null"}, texts)
+            fields.append((name, kind))
+            values.append(f'CAST("{name}" AS {wanted})')
+        cursor = database.execute(f"SELECT {', '.join(values)} FROM {table}")
         schema = pyarrow.schema(fields)
         unfinished = folder / f"{table}.parquet.unfinished"
         with pyarrow.parquet.ParquetWriter(unfinished, schema) as writer:

@@ -114,7 +114,8 @@ class ZVLG_API CZVLGBlockReader {
     /// that does not decode. Floors or geometries may then be hidden, and numbers of them too low.
     /// `finding` is replaced by the first such place, from the file's base, and the reason. False,
     /// with `finding` unchanged, where all fits, before `Init`, and where `Init` threw. It costs
-    /// nothing to ask; CZVLGBlockVerifier checks everything.
+    /// nothing to ask; CZVLGBlockVerifier checks everything. Through a CZVFTCachedInStream a last
+    /// record is looked at where it is kept already.
     bool GetStructureFinding(SZVLGBlockFinding& finding);
 
     /// The file's format version.

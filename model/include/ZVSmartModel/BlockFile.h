@@ -119,6 +119,9 @@ class ZVSM_API BlockFile {
     FileInfo Head() const;
     /// All floors, in the file's order. Decodes each floor once.
     std::vector<Floor> Floors() const;
+    /// A floor, by its number. Throws Error, NotFound, where the file has no such floor. Decodes
+    /// it.
+    Floor ReadFloor(unsigned int floor) const;
     /// The number of elements on all floors, as the file's index has it.
     std::size_t ElementCount() const;
     /// The number of elements on a floor, by its number; 0 where there is no such floor, or none

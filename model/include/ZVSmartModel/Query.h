@@ -37,9 +37,10 @@ struct FileFault {
 
 /// How to answer a query.
 struct QueryOptions {
-    /// How files are opened.
+    /// How files are opened; a single file takes `threads` from below where it says 1 here.
     OpenOptions open;
-    /// How many files are read at once; 0 for as many as the machine has processors.
+    /// How many files are read at once, or how many threads decode ahead in a single one; 0 for as
+    /// many as the machine has processors.
     unsigned int threads = 0;
 };
 
@@ -61,7 +62,7 @@ struct QueryOptions {
 /// each scan decodes what its columns and its conditions ask for. Equality with a file, a floor, an
 /// `id`, a GUID, a class, a name or a set is looked at while reading; files and floors that no row
 /// can come from are not decoded, and geometry is decoded for `shapes` and `boxes` alone. Scans
-/// over several files read ahead in threads.
+/// read ahead in threads.
 ///
 /// What cannot be read is left out and told by Faults. The SQL may only ask: it cannot write files,
 /// attach databases or load extensions. Objects may be moved, not copied; one thread at a time asks

@@ -9,7 +9,7 @@
 namespace ZVSmartFormat {
 
 /// Reads a source of which each request is dear, such as a file on a server, in few and large
-/// requests, and keeps what was read lately. A request begins at a multiple of 64 KiB and is at
+/// requests, and keeps what was read lately. A request begins at a multiple of 4 KiB and is at
 /// least 256 KiB long where so much is there and not kept, unless `Expect` says how much is wanted;
 /// requests that follow each other grow.
 /// It has no thread and no lock, so that a fork leaves both processes a whole stream each, as far
@@ -39,6 +39,10 @@ class ZVFT_API CZVFTCachedInStream : public CZVFTInStream {
     /// until the next request even where it is more than the cache holds, up to 16 MiB. Where it is
     /// more than that, or the source fails, it is left to `Read`.
     void Expect(u64 position, u64 byteCount);
+
+    /// Whether all of the `byteCount` bytes at `position` is kept, so that reading them costs no
+    /// request; false where the source ends before. Asks the source for nothing.
+    bool Holds(u64 position, u64 byteCount) const;
 
   private:
     struct Block {
