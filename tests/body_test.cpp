@@ -245,10 +245,12 @@ std::string AllShapes(const Bytes& bytes, unsigned int threads) try {
     OpenOptions options;
     options.threads = threads;
     const BlockFile file(bytes, options);
-    const Shapes shapes = ReadShapes(file);
+    const Shapes shapes = ReadShapes(file, {}, {Normals::Flat});
     std::string text;
     for (const Shape& shape : shapes.shapes) {
-        text += shape.key + ' ' + std::to_string(shape.surfaces.at(0).triangles.size()) + '\n';
+        const Triangles& surface = shape.surfaces.at(0);
+        text += shape.key + ' ' + std::to_string(surface.triangles.size()) + ' ' +
+                std::to_string(surface.normals.size()) + '\n';
     }
     for (const Placement& placement : shapes.placements) {
         text += std::to_string(placement.shape) + ' ';
@@ -274,6 +276,12 @@ TEST(Body, ThreadsReadAheadWhatIsThere) {
     }
     const std::string all = AllShapes(whole, 4);
     EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 24);
+    OpenOptions options;
+    options.threads = 4;
+    const BlockFile file(whole, options);
+    const auto stop = [](const std::string&, double) { return false; };
+    EXPECT_EQ(FailureOf([&] { ReadShapes(file, {}, {}, stop); }), Status::Cancelled);
+    EXPECT_EQ(ReadShapes(file).shapes.size(), 24U);
 }
 
 }  // namespace

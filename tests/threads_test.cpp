@@ -3,7 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <map>
+#include <mutex>
+#include <stdexcept>
 #include <thread>
 
 #include "ZVSmartFormat/FileStream.h"
@@ -125,6 +129,78 @@ TEST(Threads, OfAWalkAnswerAsNoneDo) {
         damaged[at] ^= 0x41;
         EXPECT_EQ(Walked(damaged, 3, at % 2 == 0), Walked(damaged, 1)) << at;
     }
+}
+
+/// How many numbers each geometry has, by block and number there: as the caller reads it, and as
+/// the threads have by then that decode ahead for him.
+using Counts = std::map<std::pair<u32, u32>, std::size_t>;
+std::pair<Counts, Counts> ReadTwice(const Bytes& file) {
+    const auto count = [](const SZVLGZvgGeo& geo) {
+        return geo.renderMeshes.empty() ? 0 : geo.renderMeshes.back().extraIndices.size();
+    };
+    std::mutex mutex;
+    Counts ahead, asked, aheadInTime;
+    CZVFTReadBufferInStream in(file.data(), file.size());
+    CZVLGBlockReader reader;
+    try {
+        if (!reader.Init(&in, 1, 1)) return {};
+    } catch (const CZVFTStreamException&) {
+        return {};
+    }
+    reader.SetGeoReadAhead(3, [&](u32 block, u32 geoNum, const auto& read) {
+        for (u32 i = 0; i <= geoNum; ++i) {
+            SZVLGZvgGeo geo;
+            if (!read(i, geo)) continue;
+            const std::lock_guard<std::mutex> alone(mutex);
+            ahead[{block, i}] = count(geo);
+        }
+        throw std::runtime_error("which nobody hears");
+    });
+    for (u32 block = 0; block < 6; ++block) {
+        for (u32 i = 0; i < 5; ++i) {
+            SZVLGZvgGeo geo;
+            try {
+                if (reader.GetGeoByIndex({block, i}, geo)) asked[{block, i}] = count(geo);
+            } catch (const CZVFTStreamException&) {
+                continue;
+            }
+            const std::lock_guard<std::mutex> alone(mutex);
+            const auto made = ahead.find({block, i});
+            if (made != ahead.end()) aheadInTime.insert(*made);
+        }
+    }
+    return {asked, aheadInTime};
+}
+
+TEST(Threads, OfAWalkReadTheSameGeometries) {
+    const Bytes whole = ManyBlocks(1);
+    const auto [asked, ahead] = ReadTwice(whole);
+    EXPECT_EQ(asked.size(), 27U);
+    EXPECT_EQ(ahead, asked);
+    for (std::size_t at = 0; at < whole.size(); at += 7) {
+        Bytes damaged = whole;
+        damaged[at] ^= 0x41;
+        const auto [alone, others] = ReadTwice(damaged);
+        EXPECT_TRUE(std::includes(alone.begin(), alone.end(), others.begin(), others.end())) << at;
+    }
+}
+
+/// What a thread does with a block ends with the walk.
+TEST(Threads, OfAWalkEndWithIt) {
+    const Bytes file = ManyBlocks(1);
+    CZVFTReadBufferInStream in(file.data(), file.size());
+    CZVLGBlockReader reader;
+    reader.Init(&in);
+    std::atomic<u32> blocks{0};
+    const auto readOn = [&](u32, u32, const auto& read) {
+        ++blocks;
+        SZVLGZvgGeo geo;
+        while (read(0, geo)) geo = {};
+    };
+    for (int round = 0; round < 10; ++round) reader.SetGeoReadAhead(2, readOn);
+    while (blocks == 0) std::this_thread::yield();
+    reader.SetReadAhead(0);
+    EXPECT_LE(blocks, 20U);
 }
 
 }  // namespace

@@ -21,7 +21,11 @@ void CZVLGBlockReader::SetCacheBytes(unsigned long long bytes) {
 }
 
 void CZVLGBlockReader::SetReadAhead(unsigned int threads, bool geometry) {
-    imp->SetReadAhead(threads, geometry);
+    imp->SetReadAhead(threads, geometry, nullptr);
+}
+
+void CZVLGBlockReader::SetGeoReadAhead(unsigned int threads, const GeoBlockUse& use) {
+    imp->SetReadAhead(threads, true, use);
 }
 
 bool CZVLGBlockReader::Init(ZVSmartFormat::CZVFTInStream* in, unsigned int geoBlockCacheLimit,

@@ -209,10 +209,38 @@ u32 CZVLGBlockReader::Imp::SumDecodedSizes() {
     return static_cast<u32>(total);
 }
 
-void CZVLGBlockReader::Imp::SetReadAhead(unsigned int threads, bool geometry) {
+namespace {
+
+/// Reads the i-th of a geometry block's records; false where it has no bytes.
+bool ReadGeoRecord(const DecodedBlock& block, const Section& records, u32 i, u32 version,
+                   u64 mostMemory, SZVLGZvgGeo& geo) {
+    RecordInStream content(block.Data(), block.Size());
+    SeekRecord(content, records, i);
+    const u32 byteCount = ZVSmartFormat::LoadBigEndian<u32>(content.Take(4));
+    if (byteCount == 0) return false;
+    RecordInStream record(content.Take(byteCount), byteCount);
+    ReadGeo(record, geo, version, mostMemory);
+    return true;
+}
+
+}  // namespace
+
+void CZVLGBlockReader::Imp::SetReadAhead(unsigned int threads, bool geometry,
+                                         const GeoBlockUse& use) {
     walk.reset();
     if (threads <= 1 || !isOpen) return;
     walk = std::make_unique<WalkAhead>(std::min(threads, ZVSmartFormat::mostCoders), decodedLimit);
+    if (use) {
+        walk->geoBlocks.use = [use, &ahead = *walk, version = head.version, most = recordLimit](
+                                  u32 number, const DecodedBlock& block) {
+            RecordInStream content(block.Data(), block.Size());
+            const Section records = ReadSection(content, 0);
+            use(number, records.Count(), [&](u32 i, SZVLGZvgGeo& geo) {
+                return !ahead.IsEnding() && i < records.Count() &&
+                       ReadGeoRecord(block, records, i, version, most, geo);
+            });
+        };
+    }
     const PositionGuard guard(stream);
     CheckedInStream in(stream);
     if (geometry) walk->Begin(in, walk->geoBlocks, [&](u32 i) { return SeekGeoBlock(in, i); });
@@ -452,13 +480,10 @@ bool CZVLGBlockReader::Imp::FetchGeo(const SZVLGZvgGeoIndex& index, SZVLGZvgGeo&
     last.LookAt(fetched->position,
                 {"geometry block", index.blockIndex, "record", index.indexInBlock});
     if (index.indexInBlock >= fetched->records.Count()) return NoteBeyond(fetched->records);
-    RecordInStream content(fetched->block.Data(), fetched->block.Size());
-    SeekRecord(content, fetched->records, index.indexInBlock);
-    const u32 byteCount = ZVSmartFormat::LoadBigEndian<u32>(content.Take(4));
-    if (byteCount == 0) return last.NoteAbsent(), false;
-    RecordInStream record(content.Take(byteCount), byteCount);
-    ZVSmartZvg::ReadGeo(record, geo, head.version, recordLimit);
-    return true;
+    if (ReadGeoRecord(fetched->block, fetched->records, index.indexInBlock, head.version,
+                      recordLimit, geo))
+        return true;
+    return last.NoteAbsent(), false;
 }
 
 bool CZVLGBlockReader::Imp::ReadGeo(const std::wstring& identification, SZVLGZvgGeo& geo) {

@@ -43,7 +43,7 @@ class CZVLGBlockReader::Imp {
     EZVLGMiss TellLastMiss(SZVLGBlockFinding& finding) const;
     bool TellStructure(SZVLGBlockFinding& finding) const;
 
-    void SetReadAhead(unsigned int threads, bool geometry);
+    void SetReadAhead(unsigned int threads, bool geometry, const GeoBlockUse& use);
     u32 EstimatedDataSize();
     void CleanInnerBuffer();
 

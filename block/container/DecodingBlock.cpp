@@ -15,7 +15,7 @@ using ZVSmartFormat::DecodedBlock;
 using ZVSmartFormat::u64;
 using ZVSmartFormat::u8;
 
-std::optional<DecodingBlock> DecodingBlock::Begin(CheckedInStream& in, u64 decodedLimit) {
+std::optional<DecodingBlock> DecodingBlock::Begin(CheckedInStream& in, u64 decodedLimit, Use use) {
     constexpr u64 largest = 64 << 20;
     const u64 position = in.GetPos();
     const u64 size = ZVSmartFormat::ReadBlockFrame(in).blockSize;
@@ -25,10 +25,17 @@ std::optional<DecodingBlock> DecodingBlock::Begin(CheckedInStream& in, u64 decod
     std::vector<u8> bytes(static_cast<std::size_t>(size));
     u64 byteCount = size;
     in.Read(bytes.data(), &byteCount);
-    auto decode = [bytes = std::move(bytes), decodedSize] {
+    auto decode = [bytes = std::move(bytes), decodedSize, use = std::move(use)] {
         CZVFTReadBufferInStream encoded(bytes.data(), bytes.size());
         Decoded whole;
         whole.isWhole = ReadCompressedBlock(encoded, decodedSize, whole.block);
+        if (whole.isWhole && use) {
+            try {
+                use(whole.block);
+            } catch (...) {
+                return whole;
+            }
+        }
         return whole;
     };
     return DecodingBlock(position, position + size,

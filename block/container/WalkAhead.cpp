@@ -9,6 +9,12 @@ using ZVSmartFormat::CheckedInStream;
 using ZVSmartFormat::DecodedBlock;
 using ZVSmartFormat::u32;
 
+WalkAhead::~WalkAhead() {
+    isEnding = true;
+    geoBlocks.blocks.clear();
+    floors.blocks.clear();
+}
+
 void WalkAhead::Begin(CheckedInStream& in, Section& section, const Find& find) noexcept {
     Decode(in, section, 0, threads, find);
 }
@@ -35,7 +41,11 @@ void WalkAhead::Decode(CheckedInStream& in, Section& section, u32 first, std::si
         for (u32 number = first; number - first < threads && number >= first; ++number) {
             if (working >= room) return;
             if (blocks.contains(number) || !find(number)) continue;
-            std::optional<DecodingBlock> begun = DecodingBlock::Begin(in, decodedLimit);
+            DecodingBlock::Use use;
+            if (section.use) {
+                use = [&section, number](const DecodedBlock& block) { section.use(number, block); };
+            }
+            std::optional<DecodingBlock> begun = DecodingBlock::Begin(in, decodedLimit, use);
             if (!begun) continue;
             blocks.emplace(number, std::move(*begun));
             ++working;

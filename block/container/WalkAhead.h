@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <map>
@@ -19,9 +20,19 @@ class WalkAhead {
     /// Of each section so many blocks are decoded ahead.
     WalkAhead(unsigned int threads, ZVSmartFormat::u64 decodedLimit)
         : threads(threads), decodedLimit(decodedLimit) {}
+    /// Waits for the threads.
+    ~WalkAhead();
+    WalkAhead(const WalkAhead&) = delete;
+    WalkAhead& operator=(const WalkAhead&) = delete;
+
+    /// Whether what threads are still at is not wanted any more.
+    bool IsEnding() const { return isEnding; }
 
     /// The blocks of a section that are being decoded, and where the walk is in it.
     struct Section {
+        /// What the thread that has decoded a block does with it; may be null.
+        std::function<void(ZVSmartFormat::u32 number, const ZVSmartFormat::DecodedBlock& block)>
+            use;
         ZVSmartFormat::u32 next = 0;
         std::map<ZVSmartFormat::u32, DecodingBlock> blocks;
     };
@@ -48,6 +59,7 @@ class WalkAhead {
 
     unsigned int threads;
     ZVSmartFormat::u64 decodedLimit;
+    std::atomic<bool> isEnding = false;
 };
 
 }  // namespace ZVSmartZvg

@@ -49,6 +49,18 @@ class Budget {
     }
     void GiveBack(std::uint64_t bytes) { memoryLeft += bytes; }
 
+    /// A budget for what a thread does ahead of this one: as much work as is left here, and so much
+    /// memory. What is done counts here when it is taken over.
+    Budget Apart(std::uint64_t memory) const {
+        Budget apart = *this;
+        apart.memoryLeft = std::min(memoryLeft, memory);
+        return apart;
+    }
+    /// @{
+    std::uint64_t WorkLeft() const { return workLeft; }
+    std::uint64_t MemoryLeft() const { return memoryLeft; }
+    /// @}
+
     /// The largest decoded block that a reader should take of a file of this size.
     std::uint64_t BlockLimit(std::uint64_t fileBytes) const;
 

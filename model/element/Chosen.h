@@ -25,6 +25,8 @@ class Chosen {
 
     /// Whether the selection leads through most of the file, in its order.
     bool IsWalk() const { return !selection.floor && elements.empty(); }
+    /// Whether it means the whole file, but perhaps for its rooms.
+    bool IsWhole() const { return IsWalk() && classes.empty() && properties.empty(); }
 
   private:
     template <class OfClass>

@@ -157,8 +157,14 @@ unsigned int OpenedBlock::GeoNumInBlock(unsigned int block) {
     return Counted("geometry block", block, [&] { return reader.GetGeoNumInBlock(block); });
 }
 
-void OpenedBlock::BeginWalk(bool geometry) {
-    if (walks == 0) reader.SetReadAhead(threads, geometry);
+void OpenedBlock::BeginWalk(bool geometry, const GeoBlockUse& use) {
+    if (walks == 0) {
+        if (use) {
+            reader.SetGeoReadAhead(threads, use);
+        } else {
+            reader.SetReadAhead(threads, geometry);
+        }
+    }
     ++walks;
 }
 
@@ -169,8 +175,18 @@ void OpenedBlock::EndWalk() {
 /// Does `act`, which may decode, and charges what that takes.
 template <class Act>
 auto OpenedBlock::Decoding(Act act) {
-    const bool isAlone = walks == 0 || threads <= 1;
-    return isAlone ? limits.Timed(act) : limits.TimedWithThreads(act);
+    return IsReadAhead() ? limits.TimedWithThreads(act) : limits.Timed(act);
+}
+
+void OpenedBlock::AwaitGeoBlock(unsigned int number) {
+    lastGeoBlock = number;
+    Decoding([&] {
+        try {
+            return reader.GetGeoNumInBlock(number);
+        } catch (const CZVFTStreamException&) {
+            return 0U;
+        }
+    });
 }
 
 /// What `count()` says of the records of `what`; decoding them may take much.

@@ -22,6 +22,8 @@ namespace ZVSmartModel {
 /// "FLOOR:POS" or "BLOCK:POS".
 std::string PlaceText(unsigned int table, unsigned int position);
 
+using GeoBlockUse = ZVSmartZvg::CZVLGBlockReader::GeoBlockUse;
+
 /// An input, opened; see OpenInput for files.
 class OpenedFile {
   public:
@@ -196,9 +198,14 @@ class OpenedBlock {
     /// Most of the file is about to be asked for in its order, until EndWalk, and with `geometry`
     /// its bodies as well. Such calls may be nested. See FileWalk.
     /// @{
-    void BeginWalk(bool geometry);
+    void BeginWalk(bool geometry, const GeoBlockUse& use);
     void EndWalk();
     /// @}
+    /// Whether such a walk goes on and threads decode for it.
+    bool IsReadAhead() const { return walks != 0 && threads > 1; }
+    /// Has a geometry block decoded, so that what is decoded ahead is what follows it. Tells
+    /// nothing: whoever reads a geometry of it is told what is wrong with it.
+    void AwaitGeoBlock(unsigned int number);
     /// Whether a thread other than the caller's may read the file.
     bool MayUseThreads() const { return threads > 1 && !file.IsHosts(); }
 
@@ -239,8 +246,11 @@ class FileWalk {
     /// What of the file is asked for.
     enum class Through { Elements, Bodies, Nothing };
 
-    FileWalk(OpenedBlock& block, Through through) : block(block), through(through) {
-        if (through != Through::Nothing) block.BeginWalk(through == Through::Bodies);
+    /// `use` may be null; else threads hand it what geometry blocks they decode ahead, until the
+    /// walk ends.
+    FileWalk(OpenedBlock& block, Through through, const GeoBlockUse& use = nullptr)
+        : block(block), through(through) {
+        if (through != Through::Nothing) block.BeginWalk(through == Through::Bodies, use);
     }
     ~FileWalk() {
         if (through != Through::Nothing) block.EndWalk();

@@ -173,13 +173,15 @@ void ThrowIfNamed(const Selection& selection, const OpenedBlock& block) {
 
 }  // namespace
 
-std::size_t ForEachChosen(OpenedBlock& block, const ExportOptions& options,
-                          FileWalk::Through through, ProgressPace& pace,
+std::size_t ForEachChosen(OpenedBlock& block, const ExportOptions& options, ProgressPace& pace,
+                          const GeoBlockUse& ahead,
                           const std::function<void(const ChosenComponent&)>& use) {
     const Chosen chosen(options.selection);
     const std::pair floors = block.FindFloors(options.selection.floor);
     const unsigned int first = floors.first, end = floors.second;  // clang captures no bindings
-    const FileWalk walk(block, chosen.IsWalk() ? through : FileWalk::Through::Nothing);
+    const auto through = ahead ? FileWalk::Through::Bodies : FileWalk::Through::Elements;
+    const FileWalk walk(block, chosen.IsWalk() ? through : FileWalk::Through::Nothing,
+                        chosen.IsWhole() ? ahead : nullptr);
     std::size_t taken = 0;
     for (unsigned int floor = first; floor < end; ++floor) {
         const std::wstring floorName = block.FloorName(floor);
@@ -212,15 +214,14 @@ ExportModel ReadExport(OpenedBlock& block, const ExportOptions& options, Progres
     model.source = SourceOf(block);
     SceneReader scene(block, options.salvage);
     Groups groups(model);
-    ForEachChosen(
-        block, options, FileWalk::Through::Bodies, pace, [&](const ChosenComponent& chosen) {
-            const auto& [index, floorName, comp] = chosen;
-            block.Limits().Memory(bytesOfComponent + 5 * (BytesOf(comp) - sizeof comp));
-            scene.Add(comp);
-            model.components.push_back({groups.Of(index.floorIndex, floorName, comp),
-                                        ComponentName(comp),
-                                        ComponentExtras(index, comp, options.properties)});
-        });
+    ForEachChosen(block, options, pace, scene.Ahead(), [&](const ChosenComponent& chosen) {
+        const auto& [index, floorName, comp] = chosen;
+        block.Limits().Memory(bytesOfComponent + 5 * (BytesOf(comp) - sizeof comp));
+        scene.Add(comp);
+        model.components.push_back({groups.Of(index.floorIndex, floorName, comp),
+                                    ComponentName(comp),
+                                    ComponentExtras(index, comp, options.properties)});
+    });
     model.missingGeometries = scene.MissingGeometries();
     model.scene = scene.Take();
     return model;

@@ -57,10 +57,11 @@ struct ChosenComponent {
     const ZVSmartZvg::SZVLGZvgComp& comp;
 };
 
-/// Hands each component that is selected to `use`, and returns their number. `through` is what of
-/// the file is asked for. Throws as the above.
-std::size_t ForEachChosen(OpenedBlock& block, const ExportOptions& options,
-                          FileWalk::Through through, ProgressPace& pace,
+/// Hands each component that is selected to `use`, and returns their number. With `ahead` their
+/// bodies are asked for as well, and it gets what of them is decoded ahead (see FileWalk). Throws
+/// as the above.
+std::size_t ForEachChosen(OpenedBlock& block, const ExportOptions& options, ProgressPace& pace,
+                          const GeoBlockUse& ahead,
                           const std::function<void(const ChosenComponent&)>& use);
 
 /// What a person calls the component.

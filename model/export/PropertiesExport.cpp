@@ -20,8 +20,8 @@ std::size_t EncodeProperties(OpenedBlock& block, const ExportOptions& options,
     std::string text = R"({"schema":1,"source":)" + JsonText(SourceOf(block)) + R"(,"elements":{)";
     UniqueNames names;
     const char* separator = "\n";
-    const std::size_t count = ForEachChosen(
-        block, options, FileWalk::Through::Elements, pace, [&](const ChosenComponent& chosen) {
+    const std::size_t count =
+        ForEachChosen(block, options, pace, nullptr, [&](const ChosenComponent& chosen) {
             Extras element = ComponentExtras(chosen.index, chosen.comp, true);
             element["name"] = ComponentName(chosen.comp);
             block.Limits().Memory(bytesOfName);

@@ -21,8 +21,8 @@ bool IsSide(unsigned int pixels) {
 }
 
 Scene ReadScene(OpenedBlock& block, bool rooms, ProgressPace& pace) {
-    const FileWalk walk(block, FileWalk::Through::Bodies);
     SceneReader reader(block);
+    const FileWalk walk(block, FileWalk::Through::Bodies, reader.Ahead());
     const unsigned int floors = block.Reader().GetFloorNum();
     for (unsigned int floor = 0; floor < floors; ++floor) {
         block.ForEachComp(floor, [&](const SZVLGCompIndex&, const SZVLGZvgComp& comp) {

@@ -15,7 +15,7 @@ class BodyReader {
   public:
     /// `block` is borrowed.
     explicit BodyReader(OpenedBlock& block)
-        : block(block), geos(block), shapes(block, geos, {true, false}) {}
+        : block(block), geos(block), shapes(block, geos, {true}) {}
 
     /// See ReadBody.
     Body Read(ElementIndex index, const BodyOptions& options);

@@ -11,7 +11,6 @@
 #include "model/element/ElementRecord.h"
 #include "model/element/Utf8.h"
 #include "model/scene/BodyReader.h"
-#include "model/scene/Normals.h"
 #include "model/scene/PointMath.h"
 #include "model/scene/RecordWalk.h"
 #include "model/scene/SceneBuilder.h"
@@ -26,7 +25,10 @@ namespace {
 class ShapesMaker {
   public:
     ShapesMaker(OpenedBlock& block, StoredGeos& geos, const BodyOptions& options)
-        : block(block), stored(block, geos, {options.curves, true}), options(options) {}
+        : block(block), stored(block, geos, {options.curves, true, &options}), options(options) {}
+
+    /// See StoredShapes.
+    GeoBlockUse Ahead() { return stored.Ahead(); }
 
     void Add(ElementIndex element, const SZVLGCompView& comp, const Look& ownLook) {
         stored.Visit(ReferencedNames(comp), [&](const std::wstring& name, StoredShape& shape,
@@ -55,7 +57,6 @@ class ShapesMaker {
         Shape& added = shapes.shapes.emplace_back();
         added.key = ToUtf8(name);
         added.surfaces = std::move(shape.surfaces);
-        for (Triangles& surface : added.surfaces) AddNormals(surface, options, block.Limits());
         for (const RecordCurve& curve : shape.curves) {
             added.curves.push_back(
                 PlacedCurve(curve, identityTransform, options.chordError, block.Limits()));
@@ -108,7 +109,8 @@ Shapes ReadShapes(const BlockFile& file, const Selection& selection, const BodyO
         ShapesMaker maker(block, BodyReader::Of(imp, block).Geos(), options);
         const auto floors = block.FindFloors(selection.floor);
         const FileWalk walk(
-            block, chosen.IsWalk() ? FileWalk::Through::Bodies : FileWalk::Through::Nothing);
+            block, chosen.IsWalk() ? FileWalk::Through::Bodies : FileWalk::Through::Nothing,
+            chosen.IsWhole() ? maker.Ahead() : nullptr);
         ShapeProgress told(progress, floors);
         const bool anyProperty = !selection.properties.empty();
         ElementReader reader({anyProperty ? SZVLGCompParts() : NoProperties(), false});

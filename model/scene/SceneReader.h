@@ -23,6 +23,9 @@ class SceneReader {
     explicit SceneReader(OpenedBlock& block, bool salvage = false)
         : block(block), geos(block), shapes(block, geos, {false, salvage}) {}
 
+    /// See StoredShapes.
+    GeoBlockUse Ahead() { return shapes.Ahead(); }
+
     /// Adds a component with its body; components are numbered in the order in which they come.
     /// Throws Error Damaged for a geometry that cannot be decoded, and for more placements
     /// than a scene can have. A name under which no geometry is stored is counted and left out.

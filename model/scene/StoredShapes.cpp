@@ -4,9 +4,6 @@
 #include <optional>
 #include <utility>
 
-#include "model/element/RecordBytes.h"
-#include "model/scene/RecordSurfaces.h"
-
 namespace ZVSmartModel {
 
 using namespace ZVSmartZvg;
@@ -31,18 +28,15 @@ StoredShape* StoredShapes::Find(const std::wstring& name) {
     }
     auto known = byPlace.find(*place);
     if (known == byPlace.end()) {
-        known = byPlace.emplace(*place, Read(*place)).first;
-        keptBytes += known->second.bytes;
+        known = byPlace.emplace(*place, Kept{Read(*place)}).first;
+        keptBytes += known->second.shape.bytes;
     }
     known->second.lastUse = ++uses;
     return &known->second.shape;
 }
 
-StoredShapes::Kept StoredShapes::Read(u64 place) {
-    Budget& limits = block.Limits();
-    Kept kept;
-    kept.shape.place = place;
-    kept.bytes = sizeof kept;
+StoredShape StoredShapes::Read(u64 place) {
+    if (std::optional<StoredShape> made = ahead.Take(place)) return std::move(*made);
     SZVLGZvgGeo geo;
     try {
         geos.Read(place, geo);
@@ -50,14 +44,11 @@ StoredShapes::Kept StoredShapes::Read(u64 place) {
         throw;
     } catch (const Error& error) {
         if (!wants.salvage || error.GetStatus() != Status::Damaged) throw;
-        return kept;
+        StoredShape nothing;
+        nothing.place = place;
+        return nothing;
     }
-    kept.bytes += BytesOf(geo);  // about what stays of it
-    limits.Memory(kept.bytes);
-    kept.shape.surfaces = SurfacesOf(geo, limits);
-    if (wants.curves) kept.shape.curves = CurvesOf(geo);
-    kept.shape.placements = PlacementsIn(geo);
-    return kept;
+    return ShapeOf(place, geo, wants, block.Limits());
 }
 
 void StoredShapes::Trim(u64 mostBytes) {
@@ -70,7 +61,7 @@ void StoredShapes::Trim(u64 mostBytes) {
     for (const auto& [lastUse, place] : byUse) {
         if (keptBytes <= mostBytes / 2) return;
         const auto oldest = byPlace.find(place);
-        keptBytes -= oldest->second.bytes;
+        keptBytes -= oldest->second.shape.bytes;
         byPlace.erase(oldest);
     }
 }

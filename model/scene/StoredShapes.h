@@ -7,40 +7,32 @@
 #include <unordered_set>
 #include <vector>
 
-#include "ZVSmartModel/Body.h"
 #include "ZVSmartZvg/Comp.h"
 #include "model/element/OpenedBlock.h"
-#include "model/scene/RecordCurves.h"
 #include "model/scene/RecordWalk.h"
+#include "model/scene/ShapesAhead.h"
 #include "model/scene/StoredGeos.h"
+#include "model/scene/StoredShape.h"
 
 namespace ZVSmartModel {
-
-/// What is read of one stored geometry, in its own coordinates.
-struct StoredShape {
-    std::uint64_t place = 0;  ///< as StoredGeos has it
-    std::vector<Triangles> surfaces;
-    std::vector<RecordCurve> curves;
-    NamedPlacements placements;
-};
 
 /// The shapes that components place. Each stored geometry is read once, whatever names lead to it,
 /// and kept until `Trim`. Untrusted files are safe: walks end (see WalkPlacements), and what is
 /// kept is charged to the block's budget.
 class StoredShapes {
   public:
-    struct Wants {
-        bool curves = false;
-        bool salvage = false;  ///< a geometry that cannot be read is left out; the block remembers
-    };
     /// Gets a shape, the name that it is placed under, and its coordinates to the model's. It may
     /// take what it likes out of the shape.
     using Use = std::function<void(const std::wstring& name, StoredShape& shape,
                                    const ZVSmartZvg::CZVIMTransf& toModel)>;
 
     /// `block` and `geos` are borrowed.
-    StoredShapes(OpenedBlock& block, StoredGeos& geos, const Wants& wants)
-        : block(block), geos(geos), wants(wants) {}
+    StoredShapes(OpenedBlock& block, StoredGeos& geos, const ShapeWants& wants)
+        : block(block), geos(geos), wants(wants), ahead(block, wants) {}
+
+    /// What a FileWalk is given, which ends before this object does, so that the shapes that it
+    /// comes to next are made ahead.
+    GeoBlockUse Ahead() { return ahead.Use(); }
 
     /// Hands to `use` what the component's body consists of. Throws Error Damaged for a geometry
     /// that cannot be read. A name under which no geometry is stored is counted and left out.
@@ -61,16 +53,16 @@ class StoredShapes {
   private:
     struct Kept {
         StoredShape shape;
-        std::uint64_t bytes = 0;
         std::uint64_t lastUse = 0;
     };
 
     StoredShape* Find(const std::wstring& name);
-    Kept Read(std::uint64_t place);
+    StoredShape Read(std::uint64_t place);
 
     OpenedBlock& block;
     StoredGeos& geos;
-    Wants wants;
+    const ShapeWants wants;
+    ShapesAhead ahead;
     std::unordered_map<std::uint64_t, Kept> byPlace;
     std::uint64_t keptBytes = 0;
     std::uint64_t uses = 0;

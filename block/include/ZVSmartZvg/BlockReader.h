@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -85,6 +86,21 @@ class ZVLG_API CZVLGBlockReader {
     /// encoded and decoded, of at most 64 MiB each; larger ones are decoded when they are asked
     /// for. Throws std::bad_alloc where memory runs out.
     void SetReadAhead(unsigned int threads, bool geometry = false);
+
+    /// Reads a geometry of one block into `geo`, which is fresh, by its number there. False where
+    /// there is none. Throws CZVFTStreamException, with `geo` partly filled, where it is damaged.
+    using ReadGeoOfBlock = std::function<bool(unsigned int i, SZVLGZvgGeo& geo)>;
+    /// Gets a geometry block that was decoded ahead, by its number, and how many geometries it has.
+    /// `read` holds until this returns.
+    using GeoBlockUse =
+        std::function<void(unsigned int block, unsigned int geoNum, const ReadGeoOfBlock& read)>;
+
+    /// As `SetReadAhead` with `geometry`, where each geometry block that is decoded ahead is also
+    /// handed to `use`, by the thread that has decoded it: several at once, and none of them the
+    /// caller's. Whoever asks for a block waits until `use` has returned, and so does what ends
+    /// reading ahead; from then on `read` gives false. A block that is decoded when it is asked for
+    /// `use` does not get, so it must not be relied on. What it throws is lost.
+    void SetGeoReadAhead(unsigned int threads, const GeoBlockUse& use);
 
     /// What hid behind the answer to the last query, `Init` included. For all but None and Absent
     /// `finding` is replaced by the place, from the file's base, and the reason in one line;

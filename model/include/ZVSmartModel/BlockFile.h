@@ -70,7 +70,9 @@ struct OpenOptions {
     /// there is none but the caller's. Answers do not depend on it, and the file, or the host's
     /// stream, is read by the calling thread alone; of two files that are compared each is read by
     /// a thread of its own where both have more than 1. Each thread takes a floor and a geometry
-    /// block, encoded and decoded, of at most 64 MiB each, beside what `cacheBytes` says.
+    /// block, encoded and decoded, of at most 64 MiB each, beside what `cacheBytes` says. Where all
+    /// bodies are wanted it makes the shapes of that block as well, of at most 64 MiB, and as much
+    /// again waits in all to be placed.
     unsigned int threads = 1;
 };
 
