@@ -57,10 +57,6 @@ LastMiss::Subject GeoBlockSubject(u32 block) {
     return {"geometry block", block};
 }
 
-}  // namespace
-
-namespace {
-
 // What a distant stream is asked for beyond what is read. With the 8 KiB that a request may bring
 // for its ends' sake, opening a file and reading an element and its body stay below 128 KiB of
 // that.
