@@ -1,7 +1,8 @@
 #include "component/IdentityKey.h"
 
 #include <algorithm>
-#include <cwchar>
+#include <array>
+#include <cstddef>
 
 #include "stream/ByteOrder.h"
 #include "stream/WideText.h"
@@ -14,13 +15,33 @@ bool HasGuid(const SerialKey& key) {
     return key.guid != SerialGuid();
 }
 
+/// In the order of its digits.
+std::array<u8, 16> BytesOf(const SerialGuid& guid) {
+    std::array<u8, 16> bytes;
+    ZVSmartFormat::StoreBigEndian(guid.Data1, bytes.data());
+    ZVSmartFormat::StoreBigEndian(guid.Data2, bytes.data() + 4);
+    ZVSmartFormat::StoreBigEndian(guid.Data3, bytes.data() + 6);
+    std::copy(std::begin(guid.Data4), std::end(guid.Data4), bytes.begin() + 8);
+    return bytes;
+}
+
 std::string GuidKey(const SerialGuid& guid) {
-    u8 bytes[16];
-    ZVSmartFormat::StoreBigEndian(guid.Data1, bytes);
-    ZVSmartFormat::StoreBigEndian(guid.Data2, bytes + 4);
-    ZVSmartFormat::StoreBigEndian(guid.Data3, bytes + 6);
-    std::copy(std::begin(guid.Data4), std::end(guid.Data4), bytes + 8);
-    return 'g' + std::string(reinterpret_cast<const char*>(bytes), sizeof bytes);
+    const std::array<u8, 16> bytes = BytesOf(guid);
+    return 'g' + std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+}
+
+/// 8-4-4-4-12 digits.
+std::wstring GuidText(const SerialGuid& guid) {
+    constexpr wchar_t digits[] = L"0123456789ABCDEF";
+    std::wstring text;
+    text.reserve(36);
+    for (const u8 byte : BytesOf(guid)) {
+        text += digits[byte >> 4];
+        text += digits[byte & 0xF];
+        const std::size_t length = text.size();
+        if (length == 8 || length == 13 || length == 18 || length == 23) text += L'-';
+    }
+    return text;
 }
 
 /// Length first, so that texts in a row cannot run into each other.
@@ -55,12 +76,7 @@ std::string IdentityKey(const SZVLGZvgGeoId& row) {
 std::wstring GetGeoIdentification(const SZVLGZvgGeoId& row) {
     if (row.guidName.name == L"none") return row.textA;
     if (!row.guidName.name.empty()) return row.guidName.name;
-    const SerialGuid& guid = row.guidName.guid;
-    wchar_t text[37];
-    std::swprintf(text, 37, L"%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X", guid.Data1,
-                  guid.Data2, guid.Data3, guid.Data4[0], guid.Data4[1], guid.Data4[2],
-                  guid.Data4[3], guid.Data4[4], guid.Data4[5], guid.Data4[6], guid.Data4[7]);
-    return text;
+    return GuidText(row.guidName.guid);
 }
 
 }  // namespace ZVSmartZvg

@@ -17,9 +17,10 @@ class DecodingBlock {
 
     /// Begins with the block at the stream's position and leaves the stream behind it. None, with
     /// the stream anywhere, where there seems to be no block, or one of more than 64 MiB, encoded
-    /// or decoded, or one that announces more than `decodedLimit` bytes. Where it decodes, the same
-    /// thread then does `use`, if there is one; what that throws is lost. Throws what the stream
-    /// throws, and std::system_error where the system gives no thread.
+    /// or decoded, or one that announces more than `decodedLimit` bytes, or where a program is
+    /// built without threads. Where it decodes, the same thread then does `use`, if there is one;
+    /// what that throws is lost. Throws what the stream throws, and std::system_error where the
+    /// system gives no thread.
     static std::optional<DecodingBlock> Begin(ZVSmartFormat::CheckedInStream& in,
                                               ZVSmartFormat::u64 decodedLimit, Use use = nullptr);
 

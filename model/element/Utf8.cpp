@@ -2,7 +2,6 @@
 
 #include <bit>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 
 namespace ZVSmartModel {
@@ -166,10 +165,11 @@ void AppendEscape(std::string& out, char32_t character) {
         default:
             break;
     }
-    char digits[16];
-    std::snprintf(digits, sizeof digits, character < 0x100 ? "\\x%02X" : "\\u%04X",
-                  static_cast<unsigned int>(character));
-    out += digits;
+    constexpr char digits[] = "0123456789ABCDEF";
+    out += character < 0x100 ? "\\x" : "\\u";
+    for (int shift = character < 0x100 ? 4 : 12; shift >= 0; shift -= 4) {
+        out += digits[character >> shift & 0xF];
+    }
 }
 
 }  // namespace

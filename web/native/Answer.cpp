@@ -1,8 +1,9 @@
 #include "web/native/Answer.h"
 
+#include <array>
 #include <bit>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <optional>
 
@@ -65,8 +66,8 @@ Json& Json::Real(double number) {
     if (!std::isfinite(number)) return Null();
     Separate();
     std::array<char, 32> digits;
-    std::snprintf(digits.data(), digits.size(), "%.17g", number);
-    text += digits.data();
+    text.append(digits.data(),
+                std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
     return *this;
 }
 
@@ -133,6 +134,15 @@ void Write(Json& json, const Element& element) {
     WriteProperties(json, element.properties);
     WriteMaterials(json, element.materials);
     json.Close('}');
+}
+
+void Write(Json& json, const std::vector<Damage>& damages) {
+    json.Open('[');
+    for (const Damage& damage : damages) {
+        json.Open('{').Key("position").Number(damage.position);
+        json.Key("reason").Text(damage.reason).Close('}');
+    }
+    json.Close(']');
 }
 
 void Answer::Append(const void* first, std::size_t byteCount) {

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "ZVSmartModel/BlockFile.h"
 #include "ZVSmartModel/Element.h"
 
 namespace ZVSmartModel::Web {
@@ -18,7 +19,7 @@ class Json {
     Json& Key(std::string_view name);
     Json& Text(std::string_view utf8);
     Json& Number(std::uint64_t number);
-    /// With as many digits as tell it from every other; null where it is not finite.
+    /// With the fewest digits that tell it from every other; null where it is not finite.
     Json& Real(double number);
     Json& Truth(bool value);
     Json& Null();
@@ -34,6 +35,8 @@ class Json {
 
 /// All of an element as an object.
 void Write(Json& json, const Element& element);
+/// What is damaged, as an array.
+void Write(Json& json, const std::vector<Damage>& damages);
 
 /// What a call answers: a text, numbers as little-endian arrays, or both.
 class Answer {

@@ -1,7 +1,6 @@
 #include "web/native/CallRequest.h"
 
 #include <charconv>
-#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <string_view>
@@ -37,19 +36,13 @@ class Texts {
     std::uint32_t left;
 };
 
-double RealOf(const std::string& text) {
-    char* end = nullptr;
-    const double number = std::strtod(text.c_str(), &end);
-    if (text.empty() || end != text.c_str() + text.size()) throw Misfit(text);
-    return number;
-}
-
-unsigned int CountOf(const std::string& text) {
-    unsigned int count = 0;
+template <class Number>
+Number NumberOf(const std::string& text) {
+    Number number = 0;
     const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, count);
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
     if (error != std::errc() || stop != end) throw Misfit(text);
-    return count;
+    return number;
 }
 
 /// Of "FLOOR:POS".
@@ -93,10 +86,13 @@ constexpr Field fields[] = {
     {"name", [](Request& to, Texts& from) { to.name = from.Next(); }},
     {"text", [](Request& to, Texts& from) { to.text = from.Next(); }},
     {"normals", [](Request& to, Texts& from) { to.body.normals = NormalsOf(from.Next()); }},
-    {"creaseAngle", [](Request& to, Texts& from) { to.body.creaseAngle = RealOf(from.Next()); }},
-    {"chordError", [](Request& to, Texts& from) { to.body.chordError = RealOf(from.Next()); }},
+    {"creaseAngle",
+     [](Request& to, Texts& from) { to.body.creaseAngle = NumberOf<double>(from.Next()); }},
+    {"chordError",
+     [](Request& to, Texts& from) { to.body.chordError = NumberOf<double>(from.Next()); }},
     {"curves", [](Request& to, Texts& from) { to.body.curves = from.Next() == "true"; }},
-    {"elementsAtOnce", [](Request& to, Texts& from) { to.elementsAtOnce = CountOf(from.Next()); }},
+    {"elementsAtOnce",
+     [](Request& to, Texts& from) { to.elementsAtOnce = NumberOf<unsigned int>(from.Next()); }},
     {"doubles", [](Request& to, Texts& from) { to.takesDoubles = from.Next() == "true"; }},
 };
 

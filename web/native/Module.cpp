@@ -1,10 +1,8 @@
 #include "web/native/Module.h"
 
 #include <memory>
-#include <new>
 #include <utility>
 
-#include "ZVSmartModel/Verify.h"
 #include "web/native/SceneWalk.h"
 #include "web/native/Search.h"
 #include "web/native/Session.h"
@@ -38,73 +36,26 @@ void WriteInfo(Json& json, const FileInfo& info) {
     json.Key("identifications").Number(info.identifications).Close('}');
 }
 
-void WriteDamages(Json& json, const std::vector<Damage>& damages) {
-    json.Open('[');
-    for (const Damage& damage : damages) {
-        json.Open('{').Key("position").Number(damage.position);
-        json.Key("reason").Text(damage.reason).Close('}');
-    }
-    json.Close(']');
-}
-
-/// A call that answers one JSON text, which `write(json)` writes.
-template <class Write>
-int AskForText(Session* session, Write write) {
-    return session->Ask([&](Answer& answer) {
-        Json json;
-        write(json);
-        answer.Put(json.Written());
-    });
-}
-
 }  // namespace
 
-Session* zvg_begin(double bytes, int unlimited) {
-    OpenOptions options;
-    options.unlimited = unlimited != 0;
-    options.cacheBytes = 12 << 20;  // what a module's memory grows by once, it never gives back
-    return new (std::nothrow) Session(static_cast<std::uint64_t>(bytes), options);
-}
-
-void zvg_end(Session* session) {
-    delete session;
-}
-
-int zvg_bring(Session* session, double position, const std::uint8_t* bytes, std::uint32_t size) {
-    return session->Do([&](Answer&) {
-        if (!session->Stream().Add(static_cast<std::uint64_t>(position), bytes, size)) {
-            throw Error(Status::Usage, "bytes that begin within a block");
-        }
-    });
-}
-
-const std::uint8_t* zvg_answer(Session* session) {
-    return session->LastAnswer().Bytes().data();
-}
-
-std::uint32_t zvg_answer_size(Session* session) {
-    return static_cast<std::uint32_t>(session->LastAnswer().Bytes().size());
-}
-
 int zvg_open(Session* session) {
-    return AskForText(session, [&](Json& json) {
+    return session->AskForText([&](Json& json) {
         session->Open();
         WriteInfo(json, session->File().Head());
     });
 }
 
 int zvg_floors(Session* session) {
-    return AskForText(session, [&](Json& json) { WriteFloors(json, session->File().Floors()); });
+    return session->AskForText([&](Json& json) { WriteFloors(json, session->File().Floors()); });
 }
 
 int zvg_find(Session* session, const std::uint8_t* request, std::uint32_t size) {
-    return AskForText(session, [&](Json& json) {
-        WriteFound(json, session->File(), Request::Of(request, size));
-    });
+    return session->AskForText(
+        [&](Json& json) { WriteFound(json, session->File(), Request::Of(request, size)); });
 }
 
 int zvg_element(Session* session, std::uint32_t floor, std::uint32_t position) {
-    return AskForText(session, [&](Json& json) {
+    return session->AskForText([&](Json& json) {
         Write(json, session->File().Read({floor, position}));
     });
 }
@@ -119,15 +70,7 @@ int zvg_preview(Session* session) {
 }
 
 int zvg_damage(Session* session) {
-    return AskForText(session,
-                      [&](Json& json) { WriteDamages(json, session->File().DamageMet()); });
-}
-
-int zvg_verify(Session* session) {
-    return AskForText(session, [&](Json& json) {
-        session->Stream().Seek(0);
-        WriteDamages(json, VerifyFile(session->Stream()));
-    });
+    return session->AskForText([&](Json& json) { Write(json, session->File().DamageMet()); });
 }
 
 Scene* zvg_scene(Session* session, const std::uint8_t* request, std::uint32_t size) {

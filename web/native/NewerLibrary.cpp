@@ -2,7 +2,18 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
+#include <cstdint>
+
+// The host rounds right, and what the compiler's library has for it would be a tenth of the module.
+extern "C" {
+/// What the text, a decimal number, stands for.
+__attribute__((import_module("env"), import_name("number_of_text"))) double NumberOfText(
+    const char* text, std::uint32_t size);
+/// Writes the shortest text, at most 24 bytes, of a number that is not negative; returns its
+/// length.
+__attribute__((import_module("env"), import_name("text_of_number"))) std::uint32_t TextOfNumber(
+    double number, char* text);
+}
 
 namespace {
 
@@ -33,11 +44,18 @@ const char* EndOfNumber(const char* first, const char* last) {
 std::from_chars_result std::from_chars(const char* first, const char* last, double& value) {
     const char* const end = EndOfNumber(first, last);
     if (end == first) return {first, errc::invalid_argument};
-    const string text(first, end);
-    const double number = strtod(text.c_str(), nullptr);  // musl rounds right, in any locale
-    const string_view mantissa = string_view(text).substr(0, text.find_first_of("eE"));
+    const string_view text(first, static_cast<size_t>(end - first));
+    const double number = NumberOfText(first, static_cast<uint32_t>(text.size()));
+    const string_view mantissa = text.substr(0, text.find_first_of("eE"));
     const bool isNothing = mantissa.find_first_of("123456789") == string_view::npos;
     if (isinf(number) || (number == 0 && !isNothing)) return {end, errc::result_out_of_range};
     value = number;
     return {end, errc()};
+}
+
+std::to_chars_result std::to_chars(char* first, char* last, double value) {
+    constexpr std::ptrdiff_t longest = 25;
+    if (last - first < longest) return {last, errc::value_too_large};
+    if (signbit(value)) *first++ = '-';
+    return {first + TextOfNumber(abs(value), first), errc()};
 }

@@ -37,9 +37,11 @@ strong_ordering operator<=>(const basic_string<Unit>& a, const basic_string<Unit
 /// As the standard has it, but that words for what is no number are not taken.
 from_chars_result from_chars(const char* first, const char* last, double& value);
 
-// The module writes no numbers by these. They let sources compile, and are nowhere defined, so that
-// a module which calls them does not link.
+/// The same, for finite numbers and with room for 25 bytes.
 to_chars_result to_chars(char* first, char* last, double value);
+
+// The module writes no numbers by this. It lets sources compile, and is nowhere defined, so that a
+// module which calls it does not link.
 to_chars_result to_chars(char* first, char* last, double value, chars_format format);
 #endif
 

@@ -38,6 +38,16 @@ class Session {
         return Settle(Do(act));
     }
 
+    /// The same for one JSON text, which `write(json)` writes.
+    template <class Write>
+    int AskForText(Write write) {
+        return Ask([&](Answer& to) {
+            Json json;
+            write(json);
+            to.Put(json.Written());
+        });
+    }
+
     /// The same without the file. What `act` throws becomes a status, and an answer that tells it.
     template <class Act>
     int Do(Act act) {

@@ -99,6 +99,8 @@ export interface OpenOptions extends FetchOptions {
   unlimited?: boolean;
   /** The WebAssembly module, where it does not lie beside this package's code. */
   wasm?: ModuleSource;
+  /** The same for the module that `verify` takes, and no other call. */
+  verifier?: ModuleSource;
 }
 
 /**
@@ -141,6 +143,7 @@ class OpenedFile implements BlockFile {
   constructor(
     private readonly session: Session,
     readonly info: Info,
+    private readonly verifier: ModuleSource | undefined,
   ) {}
 
   get floors(): Promise<Floor[]> {
@@ -209,8 +212,8 @@ class OpenedFile implements BlockFile {
   }
 
   async verify(): Promise<Damage[]> {
-    await this.session.bringAll();
-    return this.session.askForJson<Damage[]>((calls, session) => calls.zvg_verify(session));
+    const instance = await instantiate(this.verifier, "verifier");
+    return this.session.verify(instance);
   }
 
   damage(): Promise<Damage[]> {
@@ -233,7 +236,8 @@ export async function open(source: Source, options: OpenOptions = {}): Promise<B
   let session: Session | undefined;
   try {
     session = new Session(await starting, reader, options.unlimited ?? false);
-    return new OpenedFile(session, await session.askForJson((calls, it) => calls.zvg_open(it)));
+    const info = await session.askForJson<Info>((calls, it) => calls.zvg_open(it));
+    return new OpenedFile(session, info, options.verifier);
   } catch (error) {
     await (session ? session.close() : reader.close?.());
     throw error;

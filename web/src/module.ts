@@ -18,6 +18,7 @@ interface Exports {
   zvg_element(session: number, floor: number, position: number): number;
   zvg_preview(session: number): number;
   zvg_damage(session: number): number;
+  /** Of the verifier alone, which has no other call that reads a file. */
   zvg_verify(session: number): number;
   zvg_scene(session: number, request: number, size: number): number;
   zvg_scene_next(scene: number): number;
@@ -46,13 +47,17 @@ export class Instance {
   }
 }
 
-const besideThis = new URL("./zvg.wasm", import.meta.url);
-let shared: Promise<WebAssembly.Module> | undefined;
+/** The modules, as they lie beside this. */
+const addresses = {
+  reader: new URL("./zvg.wasm", import.meta.url),
+  verifier: new URL("./zvg-verify.wasm", import.meta.url),
+};
+const shared: { [Part in keyof typeof addresses]?: Promise<WebAssembly.Module> } = {};
 
 async function compile(source: ModuleSource): Promise<WebAssembly.Module> {
   if (source instanceof WebAssembly.Module) return source;
   if (typeof source !== "string" && !(source instanceof URL)) return WebAssembly.compile(source);
-  const address = new URL(source, besideThis);
+  const address = new URL(source, import.meta.url);
   if (address.protocol === "file:" && typeof process !== "undefined" && process.versions?.node) {
     const { readFile } = await import("node:fs/promises");
     return WebAssembly.compile(await readFile(address));
@@ -66,7 +71,15 @@ async function compile(source: ModuleSource): Promise<WebAssembly.Module> {
   return WebAssembly.compile(await response.arrayBuffer());
 }
 
-/** What the module asks of a system: the time, which it counts its work by; else there is none. */
+/** The shortest text of a number that is not negative, as std::to_chars writes it. */
+function shortestText(number: number): string {
+  const fixed = String(number);
+  const scientific = number.toExponential().replace(/(\D)(\d)$/, "$10$2");
+  return fixed.includes("e") || scientific.length < fixed.length ? scientific : fixed;
+}
+
+/** What the module asks of a system: the time, which it counts its work by, and numbers as text; else
+ * there is none. */
 function systemOf(module: WebAssembly.Module, memory: () => WebAssembly.Memory): WebAssembly.Imports {
   const noSystem = 52;
   const known: Record<string, (...args: never[]) => number> = {
@@ -75,6 +88,11 @@ function systemOf(module: WebAssembly.Module, memory: () => WebAssembly.Memory):
       new DataView(memory().buffer).setBigUint64(at >>> 0, nanoseconds, true);
       return 0;
     },
+    number_of_text: (at: number, size: number) =>
+      Number(new TextDecoder().decode(new Uint8Array(memory().buffer, at >>> 0, size))),
+    text_of_number: (number: number, at: number) =>
+      new TextEncoder().encodeInto(shortestText(number), new Uint8Array(memory().buffer, at >>> 0, 24))
+        .written,
     emscripten_notify_memory_growth: () => 0,
     proc_exit: () => {
       throw new WebAssembly.RuntimeError("the module gave up");
@@ -87,13 +105,16 @@ function systemOf(module: WebAssembly.Module, memory: () => WebAssembly.Memory):
   return imports;
 }
 
-/** A fresh instance. The module itself is compiled once, unless another one is named. */
-export async function instantiate(source?: ModuleSource): Promise<Instance> {
-  if (source === undefined && shared === undefined) {
-    shared = compile(besideThis);
-    shared.catch(() => (shared = undefined)); // the next call tries again
-  }
-  const module = await (source === undefined ? shared! : compile(source));
+/** A fresh instance. The package's own modules are compiled once, unless `source` names another. */
+export async function instantiate(
+  source?: ModuleSource,
+  part: keyof typeof addresses = "reader",
+): Promise<Instance> {
+  const compiled = source === undefined ? (shared[part] ??= compile(addresses[part])) : compile(source);
+  const module = await compiled.catch((error: unknown) => {
+    if (shared[part] === compiled) delete shared[part]; // the next call tries again
+    throw error;
+  });
   let calls: Exports | undefined;
   const instance = await WebAssembly.instantiate(module, systemOf(module, () => calls!.memory));
   calls = instance.exports as unknown as Exports;

@@ -46,7 +46,7 @@ export class Session {
   constructor(
     readonly instance: Instance,
     private readonly reader: RangeReader,
-    unlimited: boolean,
+    private readonly unlimited: boolean,
   ) {
     this.pointer = instance.calls.zvg_begin(reader.size, unlimited ? 1 : 0) >>> 0;
     if (this.pointer === 0) throw new BlockFileError("internal", "out of memory");
@@ -76,12 +76,14 @@ export class Session {
     return this.ask(call, (answer) => JSON.parse(new TextDecoder().decode(answer)) as Result);
   }
 
-  /** Brings the whole file, for a call that will read all of it. */
-  bringAll(): Promise<void> {
+  /** Hands the whole file to the verifier, and reads what it answers. Its memory goes with it. */
+  verify<Result>(verifier: Instance): Promise<Result> {
     return this.inTurn(async () => {
+      const session = new Session(verifier, this.reader, this.unlimited);
       for (let at = 0; at < this.reader.size; at += mostRequest) {
-        await this.fetch(at, Math.min(this.reader.size, at + mostRequest));
+        await session.fetch(at, Math.min(this.reader.size, at + mostRequest));
       }
+      return session.askForJson<Result>((calls, it) => calls.zvg_verify(it));
     });
   }
 

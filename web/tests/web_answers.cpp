@@ -65,8 +65,8 @@ int main(int argc, char** argv) {
     TellScene(session, {});
     TellScene(session, {"normals", "flat", "doubles", "true"});
     TellScene(session, {"elementsAtOnce", "5"});
-    Tell(session, zvg_verify(session));
     Tell(session, zvg_damage(session));
+    Tell(session, zvg_verify(session));
     zvg_end(session);
     return 0;
 }

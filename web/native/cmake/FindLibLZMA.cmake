@@ -37,4 +37,10 @@ target_compile_definitions(lzma_decoder PRIVATE ${has} TUKLIB_FAST_UNALIGNED_ACC
                            PACKAGE_NAME="xz" PACKAGE_BUGREPORT="" PACKAGE_URL=""
                            INTERFACE LZMA_API_STATIC)
 target_compile_options(lzma_decoder PRIVATE -std=gnu99 -w)
+# What runs once a block, or never, is small.
+foreach(file check/sha256 common/block_header_decoder common/filter_common common/index_hash
+    common/stream_decoder common/stream_flags_decoder simple/arm simple/arm64 simple/armthumb
+    simple/ia64 simple/powerpc simple/simple_coder simple/sparc simple/x86)
+  set_source_files_properties(${ZVG_XZ_SOURCES}/src/liblzma/${file}.c PROPERTIES COMPILE_OPTIONS -Os)
+endforeach()
 add_library(LibLZMA::LibLZMA ALIAS lzma_decoder)
