@@ -74,14 +74,22 @@ class Budget {
     }
 
     /// The same where other threads of the process work for this one: the time that has passed, or
-    /// what all threads have worked where that is less.
-    template <class Act>
-    auto TimedWithThreads(Act act) {
+    /// what all threads have worked where that is less; but for `apart()` steps of it, asked for
+    /// afterwards, which are charged by what they do.
+    /// @{
+    template <class Act, class Apart>
+    auto TimedWithThreads(Act act, Apart apart) {
         const std::uint64_t begun = ClockSteps(), worked = ProcessSteps();
         auto result = act();
-        Work(std::min(ClockSteps() - begun, ProcessSteps() - worked));
+        const std::uint64_t taken = std::min(ClockSteps() - begun, ProcessSteps() - worked);
+        Work(taken - std::min<std::uint64_t>(taken, apart()));
         return result;
     }
+    template <class Act>
+    auto TimedWithThreads(Act act) {
+        return TimedWithThreads(act, [] { return 0; });
+    }
+    /// @}
 
     /// The processor time that this thread has taken, in steps.
     static std::uint64_t ProcessorSteps();

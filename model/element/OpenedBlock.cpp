@@ -178,15 +178,17 @@ auto OpenedBlock::Decoding(Act act) {
     return IsReadAhead() ? limits.TimedWithThreads(act) : limits.Timed(act);
 }
 
-void OpenedBlock::AwaitGeoBlock(unsigned int number) {
+void OpenedBlock::AwaitGeoBlock(unsigned int number, const std::function<std::uint64_t()>& apart) {
     lastGeoBlock = number;
-    Decoding([&] {
-        try {
-            return reader.GetGeoNumInBlock(number);
-        } catch (const CZVFTStreamException&) {
-            return 0U;
-        }
-    });
+    limits.TimedWithThreads(
+        [&] {
+            try {
+                return reader.GetGeoNumInBlock(number);
+            } catch (const CZVFTStreamException&) {
+                return 0U;
+            }
+        },
+        apart);
 }
 
 /// What `count()` says of the records of `what`; decoding them may take much.

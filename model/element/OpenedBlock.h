@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -203,9 +204,10 @@ class OpenedBlock {
     /// @}
     /// Whether such a walk goes on and threads decode for it.
     bool IsReadAhead() const { return walks != 0 && threads > 1; }
-    /// Has a geometry block decoded, so that what is decoded ahead is what follows it. Tells
-    /// nothing: whoever reads a geometry of it is told what is wrong with it.
-    void AwaitGeoBlock(unsigned int number);
+    /// Has a geometry block decoded, so that what is decoded ahead is what follows it, and charges
+    /// what that takes but for `apart()` steps. Tells nothing: whoever reads a geometry of it is
+    /// told what is wrong with it.
+    void AwaitGeoBlock(unsigned int number, const std::function<std::uint64_t()>& apart);
     /// Whether a thread other than the caller's may read the file.
     bool MayUseThreads() const { return threads > 1 && !file.IsHosts(); }
 

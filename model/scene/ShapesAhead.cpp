@@ -25,6 +25,7 @@ GeoBlockUse ShapesAhead::Use() {
 void ShapesAhead::Make(u32 number, u32 geoNum, const CZVLGBlockReader::ReadGeoOfBlock& read,
                        Budget limits) {
     constexpr u64 bytesPerStep = 8;  // as whoever reads a geometry is charged for it
+    const u64 begun = Budget::ProcessorSteps();
     MadeBlock made;
     try {
         for (u32 i = 0; i < geoNum; ++i) {
@@ -44,6 +45,7 @@ void ShapesAhead::Make(u32 number, u32 geoNum, const CZVLGBlockReader::ReadGeoOf
         // The rest is made when it is asked for.
     } catch (const ZVSmartFormat::CZVFTStreamException&) {
     }
+    made.steps = Budget::ProcessorSteps() - begun;
     Keep(number, std::move(made));
 }
 
@@ -60,7 +62,9 @@ void ShapesAhead::Keep(u32 number, MadeBlock made) {
 std::optional<StoredShape> ShapesAhead::Take(u64 place) {
     if (!block.IsReadAhead()) return std::nullopt;
     const auto number = static_cast<u32>(place >> 32);
-    if (std::exchange(reached, number) != number) block.AwaitGeoBlock(number);
+    if (std::exchange(reached, number) != number) {
+        block.AwaitGeoBlock(number, [&] { return TakeSteps(number); });
+    }
     std::optional<MadeShape> made = TakeMade(number, static_cast<u32>(place));
     if (!made) return std::nullopt;
     block.Limits().Work(made->work);
@@ -77,6 +81,14 @@ std::optional<ShapesAhead::MadeShape> ShapesAhead::TakeMade(u32 number, u32 inBl
     made->second.bytes -= taken.mapped().memory;
     keptBytes -= taken.mapped().memory;
     return std::move(taken.mapped());
+}
+
+/// What waiting for a block must not charge, as each shape that is taken is charged by itself:
+/// once.
+std::uint64_t ShapesAhead::TakeSteps(u32 number) {
+    const std::lock_guard<std::mutex> alone(mutex);
+    const auto made = blocks.find(number);
+    return made == blocks.end() ? 0 : std::exchange(made->second.steps, 0);
 }
 
 }  // namespace ZVSmartModel

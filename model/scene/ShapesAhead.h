@@ -37,12 +37,14 @@ class ShapesAhead {
     struct MadeBlock {
         std::unordered_map<std::uint32_t, MadeShape> shapes;  ///< by number in the block
         std::uint64_t bytes = 0;
+        std::uint64_t steps = 0;  ///< of processor time that making them took
     };
 
     void Make(std::uint32_t number, std::uint32_t geoNum,
               const ZVSmartZvg::CZVLGBlockReader::ReadGeoOfBlock& read, Budget limits);
     void Keep(std::uint32_t number, MadeBlock made);
     std::optional<MadeShape> TakeMade(std::uint32_t number, std::uint32_t inBlock);
+    std::uint64_t TakeSteps(std::uint32_t number);
 
     OpenedBlock& block;
     const ShapeWants wants;
