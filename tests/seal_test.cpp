@@ -55,7 +55,7 @@ TEST(Seal, TellsOfEveryByte) {
     std::size_t unseen = 0;
     for (u8& byte : file) {
         byte ^= 0x10;
-        unseen += Verified(file).empty();
+        unseen += VerifiedAlone(file).empty();
         byte ^= 0x10;
     }
     EXPECT_GT(unseen, 100U) << "what is without a seal is not seen";
@@ -64,7 +64,7 @@ TEST(Seal, TellsOfEveryByte) {
     for (std::size_t i = 0; i < file.size(); ++i)
         for (const u8 flip : Bytes{0x01, 0x80, 0xFF}) {
             file[i] ^= flip;
-            const Findings findings = Verified(file);
+            const Findings findings = VerifiedAlone(file);
             EXPECT_FALSE(findings.empty()) << "byte " << i;
             const bool isOneWound = findings.size() == 1 || (i != text && i != coded);
             EXPECT_TRUE(isOneWound) << findings.back().reason;
