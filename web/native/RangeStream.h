@@ -33,7 +33,9 @@ class RangeStream : public ZVSmartFormat::CZVFTInStream {
     const std::optional<ByteRange>& Miss() const { return miss; }
     void ForgetMiss() { miss.reset(); }
 
-    /// Forgets the blocks that were used least lately, down to `most` bytes.
+    /// Forgets blocks down to `most` bytes: those that were read least lately. What was brought
+    /// ahead and is yet to be read outlasts them in up to three quarters of that space, as a walk
+    /// reads other parts of the file until it gets there.
     void Trim(std::uint64_t most);
 
     /// False where not all that the file has of it is there.
@@ -46,6 +48,7 @@ class RangeStream : public ZVSmartFormat::CZVFTInStream {
     struct Block {
         std::vector<std::uint8_t> bytes;
         std::uint64_t lastUse = 0;
+        bool wasRead = false;
     };
 
     std::uint64_t size;
