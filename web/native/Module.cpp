@@ -19,14 +19,10 @@ class ZVSmartModel::Web::Scene {
 
 namespace {
 
-void WriteFloors(Json& json, const std::vector<Floor>& floors) {
-    json.Open('[');
-    for (const Floor& floor : floors) {
-        json.Open('{').Key("name").Text(floor.name).Key("order").Number(floor.order);
-        json.Key("elevation").Real(floor.elevation).Key("height").Real(floor.height);
-        json.Key("elements").Number(floor.elements).Close('}');
-    }
-    json.Close(']');
+void WriteFloor(Json& json, const Floor& floor) {
+    json.Open('{').Key("name").Text(floor.name).Key("order").Number(floor.order);
+    json.Key("elevation").Real(floor.elevation).Key("height").Real(floor.height);
+    json.Key("elements").Number(floor.elements).Close('}');
 }
 
 void WriteInfo(Json& json, const FileInfo& info) {
@@ -46,7 +42,16 @@ int zvg_open(Session* session) {
 }
 
 int zvg_floors(Session* session) {
-    return session->AskForText([&](Json& json) { WriteFloors(json, session->File().Floors()); });
+    return session->AskForText([&](Json& json) {
+        json.Open('[');
+        for (const Floor& floor : session->File().Floors()) WriteFloor(json, floor);
+        json.Close(']');
+    });
+}
+
+int zvg_floor(Session* session, std::uint32_t floor) {
+    return session->AskForText(
+        [&](Json& json) { WriteFloor(json, session->File().ReadFloor(floor)); });
 }
 
 int zvg_find(Session* session, const std::uint8_t* request, std::uint32_t size) {

@@ -31,6 +31,7 @@ ZVG_WEB_CALL std::uint32_t zvg_answer_size(ZVSmartModel::Web::Session* session);
 /// Opens the file, and answers what it says of itself.
 ZVG_WEB_CALL int zvg_open(ZVSmartModel::Web::Session* session);
 ZVG_WEB_CALL int zvg_floors(ZVSmartModel::Web::Session* session);
+ZVG_WEB_CALL int zvg_floor(ZVSmartModel::Web::Session* session, std::uint32_t floor);
 /// The elements that a request finds, in short; see Search.h.
 ZVG_WEB_CALL int zvg_find(ZVSmartModel::Web::Session* session, const std::uint8_t* request,
                           std::uint32_t size);

@@ -112,6 +112,8 @@ export interface BlockFile {
   readonly info: Info;
   /** All floors, in the file's order. Reads each floor. */
   readonly floors: Promise<Floor[]>;
+  /** One of them, by its number; "not-found" where there is none. */
+  floor(number: number): Promise<Floor>;
   /** The elements of a floor. */
   rows(floor: number): Promise<Row[]>;
   /** The element at a place. */
@@ -153,6 +155,10 @@ class OpenedFile implements BlockFile {
       this.floorsRead = asked;
     }
     return this.floorsRead;
+  }
+
+  floor(number: number): Promise<Floor> {
+    return this.session.askForJson<Floor>((calls, session) => calls.zvg_floor(session, number));
   }
 
   rows(floor: number): Promise<Row[]> {

@@ -14,6 +14,7 @@ interface Exports {
   zvg_answer_size(session: number): number;
   zvg_open(session: number): number;
   zvg_floors(session: number): number;
+  zvg_floor(session: number, floor: number): number;
   zvg_find(session: number, request: number, size: number): number;
   zvg_element(session: number, floor: number, position: number): number;
   zvg_preview(session: number): number;

@@ -48,6 +48,7 @@ async function answersOf(bytes) {
   lend(bytes, (at, size) => calls.zvg_bring(session, 0, at, size));
   tell(calls.zvg_open(session));
   tell(calls.zvg_floors(session));
+  for (let floor = 0; tell(calls.zvg_floor(session, floor)); ++floor);
   tell(calls.zvg_find(session, 0, 0));
   for (let floor = 0; floor < 64; ++floor) {
     for (let position = 0; position < 1000; ++position) {
@@ -151,6 +152,8 @@ test("a file is asked as the guide says", async () => {
   const file = await open(new Blob([read("house.zvg")]));
   const floors = await file.floors;
   assert.equal(floors.length, file.info.floors);
+  assert.deepEqual(await Promise.all(floors.map((_, number) => file.floor(number))), floors);
+  await assert.rejects(file.floor(floors.length), { status: "not-found" });
   assert.equal((await file.find({})).length, floors.reduce((sum, floor) => sum + floor.elements, 0));
   const [wall, ...others] = await file.find({ classNames: ["IfcWall"] });
   assert.ok(others.every(({ className }) => className === "IfcWall"));

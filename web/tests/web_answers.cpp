@@ -55,6 +55,8 @@ int main(int argc, char** argv) {
     zvg_bring(session, 0, bytes.data(), static_cast<std::uint32_t>(bytes.size()));
     Tell(session, zvg_open(session));
     Tell(session, zvg_floors(session));
+    for (std::uint32_t floor = 0; Tell(session, zvg_floor(session, floor)); ++floor) {
+    }
     Tell(session, zvg_find(session, nullptr, 0));
     for (std::uint32_t floor = 0; floor < 64; ++floor) {
         for (std::uint32_t position = 0; position < 1000; ++position) {

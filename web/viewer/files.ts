@@ -122,7 +122,6 @@ export class Files {
       await model.link.ask("open", source, this.origin);
       await this.draw(model);
       if (!this.selection.models.includes(model)) return;
-      model.levels = await model.link.ask("floors");
       byId("message").hidden = true;
       if (model.elementCount === 0) say(`${name} holds no elements.`);
       await this.checkDamage(model);

@@ -44,7 +44,7 @@ export type BatchName = (typeof batchNames)[number];
 /** A floor as the page lists it. */
 export interface FloorList {
   floor: number;
-  name: string;
+  level: Floor;
   guids: string[];
   names: string[];
   classNames: string[];
@@ -83,7 +83,6 @@ export interface FileCalls {
   /** The next part of a floor; null behind the last. */
   next(): FloorPart | null;
   origin(): number[] | null;
-  floors(): Floor[];
   element(floor: number, position: number): Element;
   /** Where elements stand that bear a text anywhere. */
   find(text: string): At[];

@@ -77,7 +77,7 @@ export class Model {
   /** Tells models apart, whatever their names. */
   readonly number = made++;
   readonly floors: ModelFloor[] = [];
-  /** What the head of the file and its floors say; there once all was read. */
+  /** What the floors that came say of themselves. */
   levels: Floor[] = [];
   elementCount = 0;
   missing = 0;
@@ -94,9 +94,10 @@ export class Model {
   ) {}
 
   /** Takes a floor's elements, and answers their floor. Their instances are added by the drawing. */
-  addFloor({ floor, name, guids, names, classNames, classOf }: FloorList): ModelFloor {
+  addFloor({ floor, level, guids, names, classNames, classOf }: FloorList): ModelFloor {
+    this.levels[floor] = level;
     const added = {
-      number: floor, name, begin: this.elementCount, guids, names, classNames, classOf,
+      number: floor, name: level.name, begin: this.elementCount, guids, names, classNames, classOf,
     };
     this.floors.push(added);
     this.elementCount += guids.length;

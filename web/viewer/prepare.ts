@@ -106,6 +106,17 @@ class KnownShapes {
   }
 }
 
+/** A chunk's placements, each with the place of its shape among those of its element. */
+function* placedOf({ placements: { count, elements, shapes } }: SceneChunk) {
+  const own = new Map<number, number>();
+  for (let i = 0; i < count; ++i) {
+    const element = elements[i]!, shape = shapes[i]!;
+    if (i > 0 && element !== elements[i - 1]) own.clear();
+    if (!own.has(shape)) own.set(shape, own.size);
+    yield { i, element, shape, which: own.get(shape)! };
+  }
+}
+
 /** Larger ones are not copied to where they stand. */
 const mostPointsOnce = 3000;
 
@@ -131,12 +142,22 @@ export class Preparer {
     }
     return found;
   }
-  /** Takes a spent shape anew; `shape` comes from another walk, with that one's numbers of looks. */
-  restore(number: number, shape: Shape, looks: Look[]): void {
-    const same = looks.map((look) => this.looks.indexOf(packed(look)));
-    const surfaces = shape.surfaces.map((surface) =>
-      ({ ...surface, look: surface.look === null ? null : same[surface.look]! }));
-    this.shapes.keep(number, piecesOf({ ...shape, surfaces }));
+  /** Takes spent shapes anew, out of a walk over the elements that they were drawn for. */
+  async restore(spent: Map<number, Spent>, walk: AsyncIterable<SceneChunk>): Promise<void> {
+    const numbers = new Map<string, number>();
+    for (const [number, { at, which }] of spent) numbers.set([...at, which].join(), number);
+    const shapes: Shape[] = [], same: number[] = []; // by the walk's own numbers
+    for await (const chunk of walk) {
+      for (const look of chunk.looks) same[look.number] = this.looks.indexOf(packed(look));
+      for (const shape of chunk.shapes) shapes[shape.number] = shape;
+      for (const { element, which, shape } of placedOf(chunk)) {
+        const number = numbers.get([chunk.floor, element, which].join());
+        if (number === undefined) continue;
+        const surfaces = shapes[shape]!.surfaces.map((surface) =>
+          ({ ...surface, look: surface.look === null ? null : same[surface.look]! }));
+        this.shapes.keep(number, piecesOf({ ...shapes[shape]!, surfaces }));
+      }
+    }
   }
 
   /** `rooms` tells which positions of the floor are rooms, which are drawn as glass. */
@@ -148,22 +169,17 @@ export class Preparer {
       glass: new Addition(glass, false),
     };
     const uses = new Map<number, number>(chunk.shapes.map(({ number }) => [number, 0]));
-    const { count, matrices, shapes, looks, elements } = chunk.placements;
+    const { matrices, shapes, looks } = chunk.placements;
     for (const shape of shapes) if (uses.has(shape)) uses.set(shape, uses.get(shape)! + 1);
     for (const shape of chunk.shapes) this.shapes.keep(shape.number, piecesOf(shape));
-    /** The shapes of one element so far, each with its place among them. */
-    const own = new Map<number, number>();
-    for (let i = 0; i < count; ++i) {
+    for (const { i, element, shape: number, which } of placedOf(chunk)) {
       const placed = matrices.subarray(12 * i, 12 * i + 12);
-      const element = elements[i]!, number = shapes[i]!;
-      if (i > 0 && element !== elements[i - 1]) own.clear();
-      if (!own.has(number)) own.set(number, own.size);
       const pieces = this.shapes.piecesOf(number);
       if (!placed.every(Number.isFinite) || pieces === undefined) continue;
       const isOnce = uses.get(number) === 1
         && pieces.every(({ part }) => part!.points.length < 3 * mostPointsOnce);
       this.place(pieces, placed, looks[i]!, element, rooms.has(element), isOnce, additions);
-      if (isOnce) this.shapes.spend(number, [chunk.floor, element], own.get(number)!);
+      if (isOnce) this.shapes.spend(number, [chunk.floor, element], which);
     }
     const result = {
       solid: additions.solid.taken(), edges: additions.edges.taken(), glass: additions.glass.taken(),

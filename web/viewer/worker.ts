@@ -80,10 +80,9 @@ class FileWorker implements Asynchronous<FileCalls> {
       classOf[position] = number;
       if (isRoom(className)) rooms.add(position);
     });
-    const first = rows.length > 0 ? await this.opened.element(floor, 0) : null;
     return {
       floor,
-      name: first?.floorName ?? "",
+      level: await this.opened.floor(floor),
       guids: rows.map(({ guid }) => guid),
       names: rows.map(({ name }) => name),
       classNames: [...numbers.keys()],
@@ -91,22 +90,16 @@ class FileWorker implements Asynchronous<FileCalls> {
     };
   }
 
-  /** Asks again for shapes that a floor places and that were let go with a floor before. */
+  /** Asks again for shapes that a floor places and that were let go with a part before. */
   private async restoreSpent(chunk: SceneChunk): Promise<void> {
-    for (const [number, { which, at: [floor, position] }] of this.preparer.spentOf(chunk)) {
-      const again = this.opened.scene({ elements: [{ floor, position }] }, { normals: "smooth" });
-      for await (const { shapes, looks } of again) {
-        const shape = shapes[which];
-        if (shape) this.preparer.restore(number, shape, looks);
-      }
-    }
+    const spent = this.preparer.spentOf(chunk);
+    if (spent.size === 0) return;
+    const elements = Array.from(spent.values(), ({ at: [floor, position] }) => ({ floor, position }));
+    await this.preparer.restore(spent, this.opened.scene({ elements }, { normals: "smooth" }));
   }
 
   async origin() {
     return this.preparer.origin as number[] | null;
-  }
-  floors() {
-    return this.opened.floors;
   }
   element(floor: number, position: number) {
     return this.opened.element(floor, position);
