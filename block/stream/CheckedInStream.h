@@ -34,7 +34,7 @@ class CheckedInStream final : public CZVFTInStream {
     const u8* Take(u64 byteCount) {
         if (byteCount > taken.size()) {
             if (byteCount > BytesLeft()) ThrowOutOfData();
-            taken.resize(static_cast<std::size_t>(byteCount));
+            taken = std::vector<u8>(static_cast<std::size_t>(byteCount));
         }
         Read(taken.data(), &byteCount);
         return taken.data();

@@ -9,6 +9,7 @@ import pytest
 
 pytest.importorskip("distributed")
 
+import zvg
 from zvg import farm
 
 HOUSE = pathlib.Path(__file__).parents[2] / "examples" / "house.ifc"
@@ -19,6 +20,7 @@ def states(report):
         return {pathlib.Path(row["source"]).name: row["state"] for row in csv.DictReader(file)}
 
 
+@pytest.mark.skipif("IFC" not in zvg.import_formats(), reason="no importer reads IFC here")
 def test_packs_once_verifies_and_catalogues(tmp_path, capsys):
     models, blocks = tmp_path / "models", tmp_path / "blocks"
     (models / "below").mkdir(parents=True)

@@ -19,7 +19,7 @@ ROOT = pathlib.Path(__file__).parents[2]
 @pytest.mark.parametrize("page", ["README.md", "docs/PYTHON.md"])
 def test_pages_run(page, tmp_path, monkeypatch, capsys):
     monkeypatch.chdir(tmp_path)
-    remote = types.SimpleNamespace(open=lambda url: open(pathlib.Path(url).name, "rb"))
+    remote = types.SimpleNamespace(open=lambda url, **_: open(pathlib.Path(url).name, "rb"))
     monkeypatch.setitem(sys.modules, "fsspec", remote)
     zvg.pack(shutil.copy(ROOT / "examples" / "house.ifc", tmp_path), "house.zvg")
     (tmp_path / "models").mkdir()
