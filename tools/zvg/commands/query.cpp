@@ -123,6 +123,7 @@ void RunQuery(const QueryArguments& arguments, const CommonOptions& common) {
     Progress line(common.quiet);
     QueryOptions options;
     options.open.unlimited = common.noLimit;
+    options.threads = common.threads;
     const std::vector<std::string> files = InputFiles(PathsOf(arguments.files));
     Query query(files, arguments.sql, options, line.Shares());
     const auto print = common.json       ? PrintJson
@@ -163,6 +164,7 @@ void RegisterQuery(CLI::App& app, CommonOptions& common) {
         command->add_flag("--csv", arguments->csv, "Comma-separated values, with a heading");
     command->add_flag("--table", arguments->table, "Columns below their names, for people")
         ->excludes(csv);
+    AddThreadsOption(*command, common.threads);
     AddLimitOption(*command, common);
     command->footer(
         "Examples:\n"
