@@ -3,9 +3,12 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <new>
+#include <system_error>
 #include <thread>
 
 #include "model/element/ProgressPace.h"
@@ -44,10 +47,15 @@ unsigned int ThreadsOf(const QueryOptions& options) {
     return std::clamp(wanted, 1U, most);
 }
 
-/// Threads that have no other file to read decode ahead in the one there is.
-OpenOptions OpenOptionsOf(const QueryOptions& options, std::size_t files) {
+/// Threads that have no other file to read decode ahead in the one there is, unless to begin them
+/// takes longer than that.
+OpenOptions OpenOptionsOf(const QueryOptions& options, const std::vector<std::string>& files) {
+    constexpr std::uintmax_t least = 32 << 10;
     OpenOptions open = options.open;
-    if (files == 1 && open.threads == 1) open.threads = ThreadsOf(options);
+    if (files.size() != 1 || open.threads != 1) return open;
+    std::error_code error;
+    const std::uintmax_t bytes = std::filesystem::file_size(files[0], error);
+    if (!error && bytes >= least) open.threads = ThreadsOf(options);
     return open;
 }
 
@@ -88,7 +96,7 @@ class Query::Imp {
         : progress(given),
           pace(progress),
           tables(AllTables()),
-          files(found, OpenOptionsOf(options, found.size()), 2 * ThreadsOf(options) + 2),
+          files(found, OpenOptionsOf(options, found), 2 * ThreadsOf(options) + 2),
           session{files, ThreadsOf(options), [this](unsigned int done) { Tell(done); }} {
         Open();
         Prepare(sql);

@@ -39,8 +39,8 @@ struct FileFault {
 struct QueryOptions {
     /// How files are opened; a single file takes `threads` from below where it says 1 here.
     OpenOptions open;
-    /// How many files are read at once, or how many threads decode ahead in a single one; 0 for as
-    /// many as the machine has processors.
+    /// How many files are read at once, or how many threads decode ahead in a single one of 32 KiB
+    /// or more; 0 for as many as the machine has processors.
     unsigned int threads = 0;
 };
 
