@@ -8,7 +8,7 @@ import { createServer } from "node:http";
 import { createRequire } from "node:module";
 import { tmpdir } from "node:os";
 import { basename, join, resolve } from "node:path";
-import { gzipSync } from "node:zlib";
+import { brotliCompressSync } from "node:zlib";
 import { starter } from "./browser.mjs";
 
 const folder = resolve(process.env.ZVG_PACKAGE);
@@ -124,7 +124,7 @@ async function serve(pages, sent) {
     const part = first ? bytes.subarray(Number(first), Number(last) + 1) : bytes;
     sent.bytes += part.length;
     const isPage = request.headers["sec-fetch-dest"] === "document";
-    const headers = isPage ? { "content-type": "text/html", "content-encoding": "gzip" } : {};
+    const headers = isPage ? { "content-type": "text/html", "content-encoding": "br" } : {};
     if (first) {
       headers["content-range"] = `bytes ${first}-${Number(first) + part.length - 1}/${bytes.length}`;
     }
@@ -154,8 +154,8 @@ try {
     }
   }
   const sent = { bytes: 0 };
-  const pages = { "/viewer": gzipSync(readFileSync(join(folder, "../viewer.html"))),
-    "/plain": gzipSync(await plainHtml()) };
+  const pages = { "/viewer": brotliCompressSync(readFileSync(join(folder, "../viewer.html"))),
+    "/plain": brotliCompressSync(await plainHtml()) };
   const server = await serve({ ...pages, ...files }, sent);
   for (let round = 0; round < rounds; ++round) {
     for (const each of cases) {
