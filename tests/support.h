@@ -294,11 +294,12 @@ struct Miss {
 Miss LastMissOf(CZVLGBlockReader& reader);
 
 using Findings = std::vector<SZVLGBlockFinding>;
-/// What the verifier tells of a file that begins some bytes into its stream.
-Findings VerifiedAlone(const Bytes& file, u64 base = 0, unsigned int threads = 0);
-/// The same, which is to be the same where threads help. To begin them takes longer than all the
-/// rest, so where thousands of files differ in a byte one in many is looked at in this way.
+/// What the verifier tells of a file that begins some bytes into its stream, without threads and,
+/// which is to be the same, with them.
 Findings Verified(const Bytes& file, u64 base = 0);
+/// The same without threads: to begin them takes longer than all the rest, so where thousands of
+/// files differ in a byte one in many is verified with them.
+Findings VerifiedAlone(const Bytes& file);
 
 /// Asks everything about whatever `file` is, however many records it has, and verifies it.
 void Exercise(const Bytes& file);

@@ -332,7 +332,9 @@ Miss LastMissOf(CZVLGBlockReader& reader) {
     return {kind, finding.position, finding.reason};
 }
 
-Findings VerifiedAlone(const Bytes& file, u64 base, unsigned int threads) {
+namespace {
+
+Findings VerifiedBy(unsigned int threads, const Bytes& file, u64 base) {
     const Bytes placed = Bytes(base, 0xEE) + file;
     CZVFTReadBufferInStream in(placed.data(), placed.size());
     in.Seek(base);
@@ -343,12 +345,18 @@ Findings VerifiedAlone(const Bytes& file, u64 base, unsigned int threads) {
     return findings;
 }
 
+}  // namespace
+
+Findings VerifiedAlone(const Bytes& file) {
+    return VerifiedBy(0, file, 0);
+}
+
 Findings Verified(const Bytes& file, u64 base) {
-    Findings findings = VerifiedAlone(file, base);
+    Findings findings = VerifiedBy(0, file, base);
     const auto isSame = [](const SZVLGBlockFinding& a, const SZVLGBlockFinding& b) {
         return a.position == b.position && a.reason == b.reason;
     };
-    const Findings inThreads = VerifiedAlone(file, base, 3);
+    const Findings inThreads = VerifiedBy(3, file, base);
     if (!std::equal(findings.begin(), findings.end(), inThreads.begin(), inThreads.end(), isSame))
         throw std::logic_error("the verifier finds something else where threads help it");
     return findings;
