@@ -136,6 +136,28 @@ test("a file that is chosen is drawn, and an element that is clicked says all of
     await file.close();
   }));
 
+test("what the file places is drawn, a shape of the ground floor on the next as well", { skip }, () =>
+  visitHolding([["house.zvg", read("house.zvg")]], async (page) => {
+    const drawn = await page.evaluate(() => {
+      const [model] = zvgViewer.models();
+      const isDrawn = (element) => Object.values(model.instances)
+        .some((batch) => !batch.of(element).next().done);
+      return Array.from({ length: model.elementCount }, (_, element) => element).filter(isDrawn);
+    });
+    const { open } = await import(join(folder, "dist/index.js"));
+    const file = await open(read("house.zvg"));
+    const placed = new Set();
+    let begin = 0;
+    for (const [floor, { elements }] of (await file.floors).entries()) {
+      for await (const { placements } of file.scene({ floor })) {
+        for (const position of placements.elements) placed.add(begin + position);
+      }
+      begin += elements;
+    }
+    await file.close();
+    assert.deepEqual(drawn, [...placed].sort((a, b) => a - b));
+  }));
+
 test("by address a file comes in ranges, the first floor before the rest", { skip }, () =>
   serve({ "/files/large.zvg": read("large.zvg") }, async (address, asked) => {
     await visit(`${address}/?src=/files/large.zvg`, async (page) => {
