@@ -32,30 +32,43 @@ const mostPointsTogether = 50_000;
 
 const unmoved = new Float32Array([1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0]);
 
-function moved(m: Float32Array, points: Float32Array): Float32Array {
-  const result = new Float32Array(points.length);
-  for (let i = 0; i < points.length; i += 3) {
-    for (let row = 0; row < 3; ++row) {
-      result[i + row] = m[4 * row]! * points[i]! + m[4 * row + 1]! * points[i + 1]!
-        + m[4 * row + 2]! * points[i + 2]! + m[4 * row + 3]!;
-    }
+/** Puts points where a matrix moves them, and answers the box around them there. */
+function putMoved(m: Float32Array, points: Float32Array, to: Numbers<Float32Array>): number[] {
+  const a = m[0]!, b = m[1]!, c = m[2]!, d = m[3]!, e = m[4]!, f = m[5]!, g = m[6]!, h = m[7]!;
+  const i = m[8]!, j = m[9]!, k = m[10]!, l = m[11]!;
+  let at = to.grow(points.length);
+  const { array } = to;
+  let lowX = Infinity, lowY = Infinity, lowZ = Infinity;
+  let highX = -Infinity, highY = -Infinity, highZ = -Infinity;
+  for (let from = 0; from < points.length; from += 3, at += 3) {
+    const px = points[from]!, py = points[from + 1]!, pz = points[from + 2]!;
+    array[at] = a * px + b * py + c * pz + d;
+    array[at + 1] = e * px + f * py + g * pz + h;
+    array[at + 2] = i * px + j * py + k * pz + l;
+    const x = array[at]!, y = array[at + 1]!, z = array[at + 2]!;
+    if (x < lowX) lowX = x;
+    if (y < lowY) lowY = y;
+    if (z < lowZ) lowZ = z;
+    if (x > highX) highX = x;
+    if (y > highY) highY = y;
+    if (z > highZ) highZ = z;
   }
-  return result;
+  return [lowX, lowY, lowZ, highX, highY, highZ];
 }
 
-function turned(m: Float32Array, normals: Int8Array): Int8Array {
-  const result = new Int8Array(normals.length);
-  for (let i = 0; i < normals.length; i += 4) {
+function putTurned(m: Float32Array, normals: Int8Array, to: Numbers<Int8Array>): void {
+  let at = to.grow(normals.length);
+  const { array } = to;
+  for (let i = 0; i < normals.length; i += 4, at += 4) {
     const nx = normals[i]!, ny = normals[i + 1]!, nz = normals[i + 2]!;
     const x = m[0]! * nx + m[1]! * ny + m[2]! * nz;
     const y = m[4]! * nx + m[5]! * ny + m[6]! * nz;
     const z = m[8]! * nx + m[9]! * ny + m[10]! * nz;
     const scale = 127 / (Math.sqrt(x * x + y * y + z * z) || 1);
-    result[i] = Math.round(x * scale);
-    result[i + 1] = Math.round(y * scale);
-    result[i + 2] = Math.round(z * scale);
+    array[at] = Math.round(x * scale);
+    array[at + 1] = Math.round(y * scale);
+    array[at + 2] = Math.round(z * scale);
   }
-  return result;
 }
 
 function isMirror(m: Float32Array): boolean {
@@ -63,24 +76,47 @@ function isMirror(m: Float32Array): boolean {
     + m[2]! * (m[4]! * m[9]! - m[5]! * m[8]!) < 0;
 }
 
+/** Geometries one behind the other. */
+class Bodies {
+  readonly points = new Numbers(new Float32Array(1024));
+  readonly parts = new Numbers(new Uint8Array(1024));
+  readonly normals = new Numbers(new Int8Array(1024));
+  readonly indices = new Numbers(new Uint32Array(1024));
+
+  take(others: Bodies): void {
+    this.points.take(others.points);
+    this.parts.take(others.parts);
+    this.normals.take(others.normals);
+    this.indices.take(others.indices);
+  }
+}
+
+/** What instances are of, and how they look. */
+class Instances {
+  readonly elements = new Numbers(new Uint32Array(64));
+  readonly colours = new Numbers(new Uint32Array(64));
+  readonly boxes = new Numbers(new Float32Array(384));
+
+  take(others: Instances): void {
+    this.elements.take(others.elements);
+    this.colours.take(others.colours);
+    this.boxes.take(others.boxes);
+  }
+}
+
 /** What one floor adds to one batch. */
 export class Addition {
   private count = 0;
-  private instances = 0;
   private readonly sizes = new Numbers(new Uint32Array(64));
   private readonly parted = new Numbers(new Uint8Array(64));
   private readonly boxes = new Numbers(new Float32Array(192));
-  private readonly points = new Numbers(new Float32Array(1024));
-  private readonly parts = new Numbers(new Uint8Array(1024));
-  private readonly normals = new Numbers(new Int8Array(1024));
-  private readonly indices = new Numbers(new Uint32Array(1024));
+  private readonly bodies = new Bodies();
   private readonly geometryOf = new Numbers(new Uint32Array(64));
-  private readonly elementOf = new Numbers(new Uint32Array(64));
-  private readonly colours = new Numbers(new Uint32Array(64));
   private readonly matrices = new Numbers(new Float32Array(768));
-  private readonly instanceBoxes = new Numbers(new Float32Array(384));
-  private together: { part: Part; element: number; colour: number }[] = [];
-  private pointsTogether = 0;
+  private readonly instances = new Instances();
+  /** Copies that are drawn together, and are not among the others yet. */
+  private readonly copies = new Bodies();
+  private readonly copied = new Instances();
 
   /** `first` is the number of the batch's next geometry. */
   constructor(private first: number, private readonly isEdges: boolean) {}
@@ -90,89 +126,89 @@ export class Addition {
   }
 
   /** Adds a geometry that may be placed often, and answers its number. */
-  addGeometry(part: Part): number {
-    this.put([part], false);
+  addGeometry({ points, normals, indices }: Part): number {
+    this.bodies.points.put(points);
+    this.bodies.parts.fill(0, points.length / 3);
+    if (normals !== null) this.bodies.normals.put(normals);
+    this.bodies.indices.put(indices);
+    this.number(points.length / 3, indices.length, boxAround(points), false);
     return this.nextGeometry - 1;
   }
 
   addInstance(geometry: number, element: number, colour: number, matrix: Float32Array,
     box: ArrayLike<number>): void {
     this.geometryOf.put([geometry]);
-    this.elementOf.put([element]);
-    this.colours.put([colour]);
     this.matrices.put(matrix);
-    this.instanceBoxes.put(boxMoved(matrix, box));
-    this.instances += 1;
+    this.instances.elements.put([element]);
+    this.instances.colours.put([colour]);
+    this.instances.boxes.put(boxMoved(matrix, box));
   }
 
-  /** Adds what is placed once: moved there, and drawn with others in one go. */
-  addOnce({ look, points, normals, indices }: Part, element: number, colour: number,
-    matrix: Float32Array): void {
-    if (isMirror(matrix) && !this.isEdges) {
-      for (let i = 0; i < indices.length; i += 3) {
-        [indices[i + 1], indices[i + 2]] = [indices[i + 2]!, indices[i + 1]!];
+  /** Adds a copy of a part: moved to where it stands, and drawn with others in one go. With a box
+   * around the part its own is as wide as that of an instance, so that views are fitted alike. */
+  addCopy({ points, normals, indices }: Part, element: number, colour: number,
+    matrix: Float32Array, box: ArrayLike<number> | null): void {
+    const { copies, copied } = this;
+    const count = points.length / 3;
+    if (copies.parts.length + count > mostPointsTogether) this.flush();
+    const begin = copies.parts.length;
+    copies.parts.fill(copied.elements.length, count);
+    const around = putMoved(matrix, points, copies.points);
+    copied.boxes.put(box === null ? around : boxMoved(matrix, box));
+    if (normals !== null) putTurned(matrix, normals, copies.normals);
+    let at = copies.indices.length;
+    copies.indices.put(indices, begin);
+    if (!this.isEdges && isMirror(matrix)) {
+      const { array } = copies.indices;
+      for (; at < copies.indices.length; at += 3) {
+        [array[at + 1], array[at + 2]] = [array[at + 2]!, array[at + 1]!];
       }
     }
-    const part = {
-      look, points: moved(matrix, points), normals: normals && turned(matrix, normals), indices,
-    };
-    if (this.pointsTogether + points.length / 3 > mostPointsTogether) this.flush();
-    this.together.push({ part, element, colour });
-    this.pointsTogether += points.length / 3;
-    if (this.together.length === mostTogether) this.flush();
+    copied.elements.fill(element, 1);
+    copied.colours.fill(colour, 1);
+    if (copied.elements.length === mostTogether) this.flush();
   }
 
   taken(): BatchAddition {
     this.flush();
+    const { bodies, instances } = this;
     return {
       geometries: {
         count: this.count,
         sizes: this.sizes.taken(),
         parted: this.parted.taken(),
         boxes: this.boxes.taken(),
-        points: this.points.taken(),
-        parts: this.parts.taken(),
-        normals: this.isEdges ? null : this.normals.taken(),
-        indices: this.indices.taken(),
+        points: bodies.points.taken(),
+        parts: bodies.parts.taken(),
+        normals: this.isEdges ? null : bodies.normals.taken(),
+        indices: bodies.indices.taken(),
       },
-      instances: this.instances,
+      instances: instances.elements.length,
       geometryOf: this.geometryOf.taken(),
-      elementOf: this.elementOf.taken(),
-      colours: this.colours.taken(),
+      elementOf: instances.elements.taken(),
+      colours: instances.colours.taken(),
       matrices: this.matrices.taken(),
-      boxes: this.instanceBoxes.taken(),
+      boxes: instances.boxes.taken(),
     };
   }
 
+  /** Puts the copies into one geometry. */
   private flush(): void {
-    if (this.together.length === 0) return;
-    this.put(this.together.map(({ part }) => part), true);
-    for (const { part, element, colour } of this.together) {
-      this.addInstance(this.nextGeometry - 1, element, colour, unmoved, boxAround(part.points));
-    }
-    this.together = [];
-    this.pointsTogether = 0;
+    const { copies, copied } = this;
+    const count = copied.elements.length;
+    if (count === 0) return;
+    this.number(copies.parts.length, copies.indices.length, boxAround(copies.points.view()), true);
+    this.geometryOf.fill(this.nextGeometry - 1, count);
+    for (let i = 0; i < count; ++i) this.matrices.put(unmoved);
+    this.bodies.take(copies);
+    this.instances.take(copied);
   }
 
-  /** Puts parts into one geometry. */
-  private put(parts: Part[], isParted: boolean): void {
-    this.parted.put([Number(isParted)]);
-    let points = 0, indices = 0;
-    const box = [Infinity, Infinity, Infinity, -Infinity, -Infinity, -Infinity];
-    parts.forEach((part, number) => {
-      const count = part.points.length / 3;
-      this.points.put(part.points);
-      this.parts.fill(number, count);
-      if (part.normals !== null) this.normals.put(part.normals);
-      this.indices.put(part.indices, points);
-      points += count;
-      indices += part.indices.length;
-      boxAround(part.points).forEach((at, i) => {
-        box[i] = i < 3 ? Math.min(box[i]!, at) : Math.max(box[i]!, at);
-      });
-    });
+  /** Numbers a geometry of which all has been put. */
+  private number(points: number, indices: number, box: number[], isParted: boolean): void {
     this.sizes.put([points, indices]);
     this.boxes.put(box);
+    this.parted.put([Number(isParted)]);
     this.count += 1;
   }
 }

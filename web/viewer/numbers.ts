@@ -3,7 +3,7 @@ type NumberArray = Float32Array | Uint32Array | Int8Array | Uint8Array;
 /** Grows as numbers are put behind each other. */
 export class Numbers<Kind extends NumberArray> {
   length = 0;
-  constructor(private array: Kind) {}
+  constructor(public array: Kind) {}
 
   /** Puts values, each greater by `more`. */
   put(values: ArrayLike<number>, more = 0): void {
@@ -16,8 +16,13 @@ export class Numbers<Kind extends NumberArray> {
     const begin = this.grow(count);
     this.array.fill(value, begin, begin + count);
   }
-  /** Makes room behind what is there, and answers where it begins. */
-  private grow(count: number): number {
+  /** Puts what stands in others, which are empty then. */
+  take(others: Numbers<Kind>): void {
+    this.put(others.view());
+    others.length = 0;
+  }
+  /** Makes room behind what is there, to be written to in `array`, and answers where it begins. */
+  grow(count: number): number {
     const begin = this.length;
     this.length += count;
     if (this.length > this.array.length) {
@@ -27,6 +32,10 @@ export class Numbers<Kind extends NumberArray> {
       this.array = grown;
     }
     return begin;
+  }
+  /** What was put, where it stands. */
+  view(): Kind {
+    return this.array.subarray(0, this.length) as Kind;
   }
   /** A copy that is as long as what was put. */
   taken(): Kind {

@@ -61,7 +61,7 @@ function turnedOutwards({ look, points, normals, indices }: Part): Part {
 
 /** What of a shape is drawn, and where it is in its batch once it was placed. */
 interface Piece {
-  part: Part | null;
+  part: Part;
   box: number[];
   batch: BatchName;
   /** -1 until it is placed. */
@@ -96,6 +96,9 @@ class KnownShapes {
     }
     this.spent.set([floor, position, which + 1], 3 * number);
   }
+  forget(): void {
+    this.pieces.clear();
+  }
   piecesOf(number: number): Piece[] | undefined {
     return this.pieces.get(number);
   }
@@ -117,18 +120,24 @@ function* placedOf({ placements: { count, elements, shapes } }: SceneChunk) {
   }
 }
 
-/** Larger ones are not copied to where they stand. */
-const mostPointsOnce = 3000;
+/** Larger pieces are not copied to where they stand, by how often their shape stands on a floor: a copy
+ * of a small one takes the graphics card far less time than a call, but more memory. */
+const mostPoints = { once: 3000, often: 64 } as const;
+type Copied = keyof typeof mostPoints;
+/** What copies of what stands often may have together. */
+const mostPointsOften = 4_000_000;
 
 /**
  * Makes of what a file answers what a page draws: a shape's surfaces joined by their looks, its
  * edges, and placements relative to an origin, since graphics cards calculate in 32 bits. What a
- * floor places once is drawn together with others of its kind, since calls cost more than copies.
+ * floor places once, or what is small, is copied to where it stands and drawn together with others of
+ * its kind, since calls cost more than copies.
  */
 export class Preparer {
   private readonly looks: number[] = [];
   private readonly shapes = new KnownShapes();
   private readonly counts: Record<BatchName, number> = { solid: 0, edges: 0, glass: 0 };
+  private pointsOften = 0;
 
   /** `origin` is that of what is drawn already; else the first placement gives it. */
   constructor(public origin: readonly number[] | null) {}
@@ -168,18 +177,22 @@ export class Preparer {
       solid: new Addition(solid, false), edges: new Addition(edges, true),
       glass: new Addition(glass, false),
     };
-    const uses = new Map<number, number>(chunk.shapes.map(({ number }) => [number, 0]));
+    const uses = new Map(chunk.shapes.map(({ number }) => [number, { all: 0, left: 0 }]));
     const { matrices, shapes, looks } = chunk.placements;
-    for (const shape of shapes) if (uses.has(shape)) uses.set(shape, uses.get(shape)! + 1);
+    for (const shape of shapes) {
+      const use = uses.get(shape);
+      if (use !== undefined) use.left = ++use.all;
+    }
     for (const shape of chunk.shapes) this.shapes.keep(shape.number, piecesOf(shape));
     for (const { i, element, shape: number, which } of placedOf(chunk)) {
       const placed = matrices.subarray(12 * i, 12 * i + 12);
       const pieces = this.shapes.piecesOf(number);
       if (!placed.every(Number.isFinite) || pieces === undefined) continue;
-      const isOnce = uses.get(number) === 1
-        && pieces.every(({ part }) => part!.points.length < 3 * mostPointsOnce);
-      this.place(pieces, placed, looks[i]!, element, rooms.has(element), isOnce, additions);
-      if (isOnce) this.shapes.spend(number, [chunk.floor, element], which);
+      const use = uses.get(number);
+      const copied = this.copiedAs(pieces, use?.all === 1 ? "once" : "often");
+      this.place(pieces, placed, looks[i]!, element, rooms.has(element), copied, additions);
+      // What was here before comes again, and is kept.
+      if (copied && use && --use.left === 0) this.shapes.spend(number, [chunk.floor, element], which);
     }
     const result = {
       solid: additions.solid.taken(), edges: additions.edges.taken(), glass: additions.glass.taken(),
@@ -190,8 +203,28 @@ export class Preparer {
     return result;
   }
 
+  /** Nothing more comes. */
+  end(): void {
+    this.shapes.forget();
+  }
+
+  /** As what pieces are copied to where they stand next; null where they are not. */
+  private copiedAs(pieces: Piece[], standing: Copied): Copied | null {
+    let points = 0;
+    for (const { part, geometry } of pieces) {
+      const own = part.points.length / 3;
+      if (geometry >= 0 || own >= mostPoints[standing]) return null;
+      points += own;
+    }
+    if (standing === "often") {
+      this.pointsOften += points;
+      if (this.pointsOften > mostPointsOften) return null;
+    }
+    return standing;
+  }
+
   private place(pieces: Piece[], placed: Float64Array, look: number, element: number,
-    isRoom: boolean, isOnce: boolean, additions: Additions): void {
+    isRoom: boolean, copied: Copied | null, additions: Additions): void {
     this.origin ??= [placed[3]!, placed[7]!, placed[11]!].map((at) => Math.round(at / 10) * 10);
     const matrix = new Float32Array(placed);
     for (let row = 0; row < 3; ++row) {
@@ -199,18 +232,20 @@ export class Preparer {
     }
     for (const piece of pieces) {
       const isEdges = piece.batch === "edges";
-      const own = isEdges ? 0xff000000 : this.looks[piece.part?.look ?? look] ?? 0xffb0b0b0;
+      const own = isEdges ? 0xff000000 : this.looks[piece.part.look ?? look] ?? 0xffb0b0b0;
       const colour = isRoom && !isEdges ? ((own & 0xffffff) | 0x50000000) >>> 0 : own;
       // A piece stands in the batch that its first placement asks for; that others of the same shape
       // are looked through and this one is not is not met in files.
-      if (piece.geometry < 0 && colour >>> 24 < 255) piece.batch = "glass";
-      const addition = additions[piece.batch];
-      if (isOnce) addition.addOnce(piece.part!, element, colour, matrix);
-      else {
+      const name = piece.geometry < 0 && colour >>> 24 < 255 ? "glass" : piece.batch;
+      const addition = additions[name];
+      if (copied) {
+        addition.addCopy(piece.part, element, colour, matrix, copied === "once" ? null : piece.box);
+      } else {
         if (piece.geometry < 0) {
-          piece.geometry = addition.addGeometry(piece.part!);
+          piece.batch = name;
+          piece.geometry = addition.addGeometry(piece.part);
           // Its look is still asked for.
-          piece.part = { look: piece.part!.look, points: none, normals: null, indices: noIndices };
+          piece.part = { look: piece.part.look, points: none, normals: null, indices: noIndices };
         }
         addition.addInstance(piece.geometry, element, colour, matrix, piece.box);
       }

@@ -57,7 +57,10 @@ class FileWorker implements Asynchronous<FileCalls> {
 
   private async readNext(): Promise<FloorPart | null> {
     const { done, value: chunk } = await this.walk!.next();
-    if (done) return null;
+    if (done) {
+      this.preparer.end();
+      return null;
+    }
     const { floor, missing, endsFloor } = chunk;
     let list: FloorList | null = null;
     if (this.rooms === null) {
