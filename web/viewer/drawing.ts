@@ -46,6 +46,10 @@ export class Drawing {
   private readonly sky = new HemisphereLight(0xffffff, 0xcfcac2, 2.5);
   private isDark = false;
   private isAsked = false;
+  /** Something has changed behind the last frame. */
+  private isStale = false;
+  /** Edges come with the next frame, however many they are. */
+  private isLast = false;
   private instances = 0;
   /** Instances in the last frame. */
   private drawnInstances = 0;
@@ -78,11 +82,13 @@ export class Drawing {
 
   /** Draws a frame soon. */
   invalidate(): void {
+    this.isStale = true;
     if (this.isAsked) return;
     this.isAsked = true;
     requestAnimationFrame(() => {
       this.isAsked = false;
-      const waits = this.showsEdges && this.instances > manyEdges;
+      if (!this.isStale) return;
+      const waits = this.showsEdges && this.instances > manyEdges && !this.isLast;
       this.frame(this.showsEdges && !waits);
       if (waits) this.awaitRest();
     });
@@ -90,11 +96,12 @@ export class Drawing {
 
   /** Draws a frame with its edges when nothing happens for a while. */
   private awaitRest(): void {
+    this.endRest();
+    this.rest = setTimeout(() => requestAnimationFrame(() => this.frame()), restPause);
+  }
+  private endRest(): void {
     clearTimeout(this.rest);
-    this.rest = setTimeout(() => {
-      this.rest = undefined;
-      requestAnimationFrame(() => this.frame());
-    }, restPause);
+    this.rest = undefined;
   }
 
   add(model: Model): void {
@@ -143,6 +150,7 @@ export class Drawing {
   finish(model: Model): void {
     for (const batch of Object.values(this.drawn.get(model)!.batches)) batch.finish();
     this.send(model);
+    this.isLast = true;
     this.invalidate();
   }
 
@@ -263,6 +271,11 @@ export class Drawing {
   private render(camera: PerspectiveCamera | OrthographicCamera, withEdges: boolean): void {
     const { renderer } = this;
     this.drawnInstances = this.instances;
+    this.isStale = false;
+    if (withEdges) {
+      this.isLast = false;
+      this.endRest();
+    }
     const isCut = this.planes.length > 0;
     const { solid, solidCut, cap, edges, ghost, glass } = this.materials;
     for (const each of [solid, solidCut, cap, edges, ghost, glass]) each.clippingPlanes = this.planes;
