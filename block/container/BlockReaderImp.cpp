@@ -224,7 +224,7 @@ bool ReadGeoRecord(const DecodedBlock& block, const Section& records, u32 i, u32
 void CZVLGBlockReader::Imp::SetReadAhead(unsigned int threads, bool geometry,
                                          const GeoBlockUse& use) {
     walk.reset();
-    if (threads <= 1 || !isOpen) return;
+    if (!ZVSmartFormat::hasThreads || threads <= 1 || !isOpen) return;
     walk = std::make_unique<WalkAhead>(std::min(threads, ZVSmartFormat::mostCoders), decodedLimit);
     if (use) {
         walk->geoBlocks.use = [use, &ahead = *walk, version = head.version, most = recordLimit](
@@ -304,7 +304,7 @@ const PlacedFloor* CZVLGBlockReader::Imp::FetchFloor(u32 floor, MemoryBudget& me
     if (const PlacedFloor* const cached = floors.Find(floor, ++uses)) return cached;
     const PositionGuard guard(stream);
     CheckedInStream in(stream);
-    if (walk) LookAheadOfFloor(in, floor);
+    if (IsReadAhead()) LookAheadOfFloor(in, floor);
     Expect(floorSection.EntryPosition(floor), entriesBytes);
     u64 position = 0;
     if (!FindRecord(in, floorSection, floor, position)) {
@@ -316,7 +316,7 @@ const PlacedFloor* CZVLGBlockReader::Imp::FetchFloor(u32 floor, MemoryBudget& me
     FloorFields fields = ReadFloorFields(in, memory);
     position = in.GetPos() - basePos;
     DecodedBlock decoded;
-    const bool isThere = walk && WalkAhead::Take(walk->floors, floor, decoded);
+    const bool isThere = IsReadAhead() && WalkAhead::Take(walk->floors, floor, decoded);
     if (!isThere && !ReadBlock(in, FloorSubject(floor), decoded)) return nullptr;
     const u64 byteCount = decoded.Size();
     const PlacedFloor* const inserted = floors.Insert(
@@ -435,7 +435,7 @@ const GeoBlock* CZVLGBlockReader::Imp::FetchGeoBlock(u32 block) {
     if (const GeoBlock* const cached = geoBlocks.Find(block, ++uses)) return cached;
     const PositionGuard guard(stream);
     CheckedInStream in(stream);
-    if (walk) LookAheadOfGeoBlock(in, block);
+    if (IsReadAhead()) LookAheadOfGeoBlock(in, block);
     Expect(geoSection.EntryPosition(block), entriesBytes);
     u64 position = 0;
     if (!FindRecord(in, geoSection, block, position)) {
@@ -446,7 +446,7 @@ const GeoBlock* CZVLGBlockReader::Imp::FetchGeoBlock(u32 block) {
     in.Seek(position);
     GeoBlock fetched;
     fetched.position = position - basePos;
-    const bool isThere = walk && WalkAhead::Take(walk->geoBlocks, block, fetched.block);
+    const bool isThere = IsReadAhead() && WalkAhead::Take(walk->geoBlocks, block, fetched.block);
     if (!isThere && !ReadBlock(in, GeoBlockSubject(block), fetched.block)) return nullptr;
     RecordInStream content(fetched.block.Data(), fetched.block.Size());
     fetched.records = ReadSection(content, 0);

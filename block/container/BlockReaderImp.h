@@ -93,6 +93,8 @@ class CZVLGBlockReader::Imp {
     u32 SumDecodedSizes();
     bool ReadBlock(ZVSmartFormat::CheckedInStream& in, const LastMiss::Subject& subject,
                    ZVSmartFormat::DecodedBlock& block);
+    /// Whether there is a `walk`.
+    bool IsReadAhead() const { return ZVSmartFormat::hasThreads && walk != nullptr; }
     bool SeekFloor(ZVSmartFormat::CheckedInStream& in, u32 floor);
     bool SeekGeoBlock(ZVSmartFormat::CheckedInStream& in, u32 block);
     void LookAheadOfFloor(ZVSmartFormat::CheckedInStream& in, u32 floor);

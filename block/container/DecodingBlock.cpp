@@ -15,18 +15,8 @@ using ZVSmartFormat::DecodedBlock;
 using ZVSmartFormat::u64;
 using ZVSmartFormat::u8;
 
-namespace {
-
-#if defined(__EMSCRIPTEN__) && !defined(__EMSCRIPTEN_PTHREADS__)
-constexpr bool hasThreads = false;  // and the code for them need not be sent
-#else
-constexpr bool hasThreads = true;
-#endif
-
-}  // namespace
-
 std::optional<DecodingBlock> DecodingBlock::Begin(CheckedInStream& in, u64 decodedLimit, Use use) {
-    if constexpr (!hasThreads) return std::nullopt;
+    if constexpr (!ZVSmartFormat::hasThreads) return std::nullopt;
     constexpr u64 largest = 64 << 20;
     const u64 position = in.GetPos();
     const u64 size = ZVSmartFormat::ReadBlockFrame(in).blockSize;

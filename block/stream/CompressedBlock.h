@@ -13,6 +13,12 @@ namespace ZVSmartFormat {
 /// How many threads may compress or decompress blocks of one file.
 constexpr unsigned int mostCoders = 64;
 
+#if defined(__EMSCRIPTEN__) && !defined(__EMSCRIPTEN_PTHREADS__)
+constexpr bool hasThreads = false;  // and the code for them need not be sent
+#else
+constexpr bool hasThreads = true;
+#endif
+
 /// The decoded bytes of one block.
 class DecodedBlock {
   public:

@@ -25,6 +25,12 @@ std::string PlaceText(unsigned int table, unsigned int position);
 
 using GeoBlockUse = ZVSmartZvg::CZVLGBlockReader::GeoBlockUse;
 
+#if defined(__EMSCRIPTEN__) && !defined(__EMSCRIPTEN_PTHREADS__)
+constexpr bool hasThreads = false;  // and what only they do is left out of what is sent
+#else
+constexpr bool hasThreads = true;
+#endif
+
 /// An input, opened; see OpenInput for files.
 class OpenedFile {
   public:
@@ -203,7 +209,7 @@ class OpenedBlock {
     void EndWalk();
     /// @}
     /// Whether such a walk goes on and threads decode for it.
-    bool IsReadAhead() const { return walks != 0 && threads > 1; }
+    bool IsReadAhead() const { return hasThreads && walks != 0 && threads > 1; }
     /// Has a geometry block decoded, so that what is decoded ahead is what follows it, and charges
     /// what that takes but for `apart()` steps. Tells nothing: whoever reads a geometry of it is
     /// told what is wrong with it.

@@ -15,6 +15,7 @@ constexpr u64 mostBytes = 64 << 20;
 }  // namespace
 
 GeoBlockUse ShapesAhead::Use() {
+    if constexpr (!hasThreads) return nullptr;
     return [this, limits = block.Limits().Apart(mostBytes)](
                u32 number, u32 geoNum, const CZVLGBlockReader::ReadGeoOfBlock& read) {
         Make(number, geoNum, read, limits);
