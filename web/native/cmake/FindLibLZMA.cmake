@@ -36,6 +36,7 @@ target_compile_definitions(lzma_decoder PRIVATE ${has} TUKLIB_FAST_UNALIGNED_ACC
                            TUKLIB_SYMBOL_PREFIX=lzma_ SIZEOF_SIZE_T=4
                            PACKAGE_NAME="xz" PACKAGE_BUGREPORT="" PACKAGE_URL=""
                            INTERFACE LZMA_API_STATIC)
+set_target_properties(lzma_decoder PROPERTIES UNITY_BUILD OFF)
 target_compile_options(lzma_decoder PRIVATE -std=gnu99 -w)
 # What runs once a block, or never, is small.
 foreach(file check/sha256 common/block_header_decoder common/filter_common common/index_hash
