@@ -23,12 +23,6 @@
 #include "tools/zvg-import/ParentLink.h"
 #include "tools/zvg/output/OutOfMemory.h"
 
-#ifdef ZVG_COUNTED
-extern "C" {
-#include <gcov.h>
-}
-#endif
-
 namespace ZVSmartModel::Tool {
 
 namespace {
@@ -167,15 +161,9 @@ int Run(const std::vector<std::string_view>& words) {
     }
     input.preview = preview.get();
     if (job->drawPreview && path.empty()) LoadWhatDraws();  // for the cage lets nothing in
-#ifdef ZVG_COUNTED
-    const int end = Pack(input);
-    __gcov_dump();
-    std::_Exit(end);
-#else
     EnterCage({true, true});
     // Without taking down what an importer holds: that would cost time, and may crash as well.
     std::_Exit(Pack(input));
-#endif
 }
 
 }  // namespace
