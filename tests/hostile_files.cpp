@@ -277,12 +277,12 @@ Bytes CrossingShapes(u32 count) {
 
 const std::vector<HostileFile>& HostileFiles() {
     static const std::vector<HostileFile> files = {
-        {"rows", [] { return RowsFile(100, 20000); }},
+        {"rows", [] { return RowsFile(60, 20000); }},
         {"many_rows", [] { return RowsFile(3, 50000); }},
         {"long_class",
          [] {
              const std::wstring name(300000, L'c');
-             return ComponentsFile(2000, [&](SZVLGZvgComp& comp) { comp.classLevel3Name = name; });
+             return ComponentsFile(1400, [&](SZVLGZvgComp& comp) { comp.classLevel3Name = name; });
          }},
         {"properties", [] { return PropertiesFile(1, 400000); }},
         {"many_properties", [] { return PropertiesFile(100, 8000); }},
