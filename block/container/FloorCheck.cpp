@@ -90,11 +90,14 @@ void FloorCheck::ChargeRows(const ReferenceRows& references, MemoryBudget& memor
 }
 
 void FloorCheck::ReadComponents(RecordInStream& content, const Place& place) {
+    constexpr u64 mostKept = 64 * 1024;
     Identities identities;
+    PropertyList propertyMemory;  // which is used again, but for what is large
     CheckSection(content, place, componentTable, findings, [&](u32 i) {
         MemoryBudget memory;
         FieldReader<RecordInStream> reader(content, memory);
         SZVLGZvgComp comp;
+        comp.compProperties.swap(propertyMemory);
         EntryRows classRows;
         ReferenceRows references;
         VisitComponentEntry(reader, comp, classRows, references, version);
@@ -102,6 +105,9 @@ void FloorCheck::ReadComponents(RecordInStream& content, const Place& place) {
         const auto component = [&] { return ComponentName(place, i); };
         classes.CheckRows(classRows, component, tally);
         CheckReferences(references, component);
+        if (ZVSmartFormat::defaultRecordMemory - memory.Left() <= mostKept) {
+            propertyMemory.swap(comp.compProperties);
+        }
         ChargeRows(references, memory);
     });
     identities.Tell(
