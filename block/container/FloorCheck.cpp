@@ -90,7 +90,7 @@ void FloorCheck::ChargeRows(const ReferenceRows& references, MemoryBudget& memor
 }
 
 void FloorCheck::ReadComponents(RecordInStream& content, const Place& place) {
-    constexpr u64 mostKept = 64 * 1024;
+    constexpr u64 mostKept = 64 << 10;
     Identities identities;
     PropertyList propertyMemory;  // which is used again, but for what is large
     CheckSection(content, place, componentTable, findings, [&](u32 i) {
