@@ -90,7 +90,7 @@ class HostileFiles : public ToolFixture {
         if (status == 2 && err.find("this build") != std::string::npos) return;
         EXPECT_EQ(status, c.status) << err;
         EXPECT_NE(err.find(c.says), std::string::npos) << err;
-        if (std::string(c.command).find("--json") != std::string::npos) CheckJson();
+        if (std::string(c.command).find("--json") != std::string::npos) CheckJson(c.command);
         if (status == 0) return;
         EXPECT_NE(err.find(input), std::string::npos) << err;
         EXPECT_FALSE(std::filesystem::exists(folder + "x.obj"));
@@ -98,10 +98,10 @@ class HostileFiles : public ToolFixture {
     }
 
     /// Output that ends early is well-formed all the same, a list ends where it is said to.
-    void CheckJson() {
+    void CheckJson(std::string_view command) {
         const nlohmann::json answer = nlohmann::json::parse(out, nullptr, false);
         ASSERT_FALSE(answer.is_discarded());
-        if (!answer.contains("components")) return;
+        if (!command.starts_with("list")) return;
         const std::size_t count = answer["components"].size();
         EXPECT_GT(count, 0U);
         const std::string next = "component 0:" + std::to_string(count);
