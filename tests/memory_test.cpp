@@ -210,4 +210,33 @@ TEST(Memory, WhatIsSavedIsRead) {
     EXPECT_EQ(AllComps(file).size(), 5U);
 }
 
+/// However many threads decode ahead: two large blocks are on their way, and one is looked at.
+TEST(Memory, BlocksThatAreDecodedAheadAreBounded) {
+    constexpr u64 large = 40 * mebibyte;
+    constexpr ZVSmartLzma::CZVFTEncodeOpt quick{0, 4096};
+    Parts parts = PartsOf(SampleFile(0));
+    parts.geoBlocks.assign(6, {{}, Encoded(Bytes(large), &quick)});
+    const Bytes file = PutTogether(parts);
+    const auto peakOf = [&](const auto& goThrough) {
+        CZVFTReadBufferInStream in(file.data(), file.size());
+        AllocHooks::ResetPeak();
+        const std::size_t before = AllocHooks::BytesInUse();
+        goThrough(in);
+        return AllocHooks::PeakBytes() - before;
+    };
+    const std::size_t verified = peakOf([&](CZVFTReadBufferInStream& in) {
+        std::vector<SZVLGBlockFinding> findings;
+        CZVLGBlockVerifier().Verify(&in, file.size(), findings, 16);
+    });
+    const std::size_t walked = peakOf([](CZVFTReadBufferInStream& in) {
+        CZVLGBlockReader reader;
+        reader.Init(&in, 1, 1);
+        reader.SetReadAhead(16, true);
+        for (u32 i = 0; i < 6; ++i) reader.GetGeoNumInBlock(i);
+    });
+    EXPECT_LE(verified, 3 * large + mebibyte);
+    EXPECT_LE(walked, 3 * large + mebibyte);
+    EXPECT_GT(walked, large);
+}
+
 }  // namespace

@@ -21,7 +21,7 @@ constexpr u64 anySize = std::numeric_limits<ZVSmartFormat::u32>::max();
 void BlocksAhead::Begin(Advance next) {
     advance = std::move(next);
     ahead.clear();
-    isGoingOn = threads > 1;
+    isGoingOn = queued != 0;
 }
 
 bool BlocksAhead::Read(CheckedInStream& in, DecodedBlock& block) {
@@ -38,16 +38,19 @@ bool BlocksAhead::Read(CheckedInStream& in, DecodedBlock& block) {
     return true;
 }
 
-/// Begins to decode what the threads have room for. The stream stands where a block is asked for.
+/// Queues as many blocks as there may be. The stream stands where a block is asked for.
 void BlocksAhead::LookAhead(CheckedInStream& in) {
     const ZVSmartFormat::PositionGuard guard(in);
     try {
         if (!ahead.empty()) in.Seek(ahead.back().End());
-        while (ahead.size() < threads) {
+        u64 bytes = 0;
+        for (const DecodingBlock& block : ahead) bytes += block.Bytes();
+        while (ahead.size() < queued && bytes < mostQueuedBytes) {
             if (!ahead.empty()) advance(in);
-            std::optional<DecodingBlock> next = DecodingBlock::Begin(in, anySize);
+            std::optional<DecodingBlock> next = DecodingBlock::Begin(in, threads, anySize);
             isGoingOn = next.has_value();
             if (!isGoingOn) return;
+            bytes += next->Bytes();
             ahead.push_back(std::move(*next));
         }
     } catch (const std::exception&) {

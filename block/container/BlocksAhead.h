@@ -1,11 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <deque>
 #include <functional>
 
 #include "container/DecodingBlock.h"
 #include "stream/CheckedInStream.h"
 #include "stream/CompressedBlock.h"
+#include "stream/WorkerThreads.h"
 
 namespace ZVSmartZvg {
 
@@ -19,7 +21,8 @@ class BlocksAhead {
 
     /// With `threads` of 0 or 1 no thread is begun, and blocks are decoded when they are asked for;
     /// otherwise so many are decoded at once.
-    explicit BlocksAhead(unsigned int threads) : threads(threads) {}
+    explicit BlocksAhead(unsigned int threads)
+        : queued(threads > 1 ? std::size_t{queuedPerThread} * threads : 0), threads(threads) {}
 
     /// Another section begins. Blocks follow each other in it as `next` says; should one not, no
     /// more are decoded ahead.
@@ -31,10 +34,11 @@ class BlocksAhead {
   private:
     void LookAhead(ZVSmartFormat::CheckedInStream& in);
 
-    unsigned int threads;
+    const std::size_t queued;
     Advance advance;
     std::deque<DecodingBlock> ahead;  ///< in the order in which they lie there
     bool isGoingOn = false;
+    ZVSmartFormat::WorkerThreads threads;
 };
 
 }  // namespace ZVSmartZvg

@@ -1,7 +1,7 @@
 #include "container/DecodingBlock.h"
 
 #include <algorithm>
-#include <chrono>
+#include <future>
 #include <utility>
 #include <vector>
 
@@ -14,43 +14,59 @@ using ZVSmartFormat::CZVFTReadBufferInStream;
 using ZVSmartFormat::DecodedBlock;
 using ZVSmartFormat::u64;
 using ZVSmartFormat::u8;
+using ZVSmartFormat::WorkerThreads;
 
-std::optional<DecodingBlock> DecodingBlock::Begin(CheckedInStream& in, u64 decodedLimit, Use use) {
-    if constexpr (!ZVSmartFormat::hasThreads) return std::nullopt;
-    constexpr u64 largest = 64 << 20;
-    const u64 position = in.GetPos();
-    const u64 size = ZVSmartFormat::ReadBlockFrame(in).blockSize;
-    const u64 decodedSize = ZVSmartFormat::DecodedSizeOfBlock(in);
-    const u64 most = std::min(largest, decodedLimit);
-    if (size > largest || decodedSize == 0 || decodedSize > most) return std::nullopt;
-    std::vector<u8> bytes(static_cast<std::size_t>(size));
-    u64 byteCount = size;
-    in.Read(bytes.data(), &byteCount);
-    auto decode = [bytes = std::move(bytes), decodedSize, use = std::move(use)] {
+struct DecodingBlock::Job {
+    std::vector<u8> bytes;  // encoded; until it is decoded
+    u64 decodedSize = 0;
+    Use use;
+    DecodedBlock block;
+    std::promise<bool> isWhole;
+
+    void Do() noexcept;
+};
+
+void DecodingBlock::Job::Do() noexcept {
+    try {
         CZVFTReadBufferInStream encoded(bytes.data(), bytes.size());
-        Decoded whole;
-        whole.isWhole = ReadCompressedBlock(encoded, decodedSize, whole.block);
-        if (whole.isWhole && use) {
-            try {
-                use(whole.block);
-            } catch (...) {
-                return whole;
-            }
+        const bool decodes = ReadCompressedBlock(encoded, decodedSize, block);
+        bytes = {};
+        try {
+            if (decodes && use) use(block);
+        } catch (...) {
+            // The block is there all the same.
         }
-        return whole;
-    };
-    return DecodingBlock(position, position + size,
-                         std::async(std::launch::async, std::move(decode)));
+        isWhole.set_value(decodes);
+    } catch (...) {
+        isWhole.set_exception(std::current_exception());
+    }
 }
 
-bool DecodingBlock::IsDone() const {
-    return decoded.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+std::optional<DecodingBlock> DecodingBlock::Begin(CheckedInStream& in, WorkerThreads& threads,
+                                                  u64 decodedLimit, Use use) {
+    if constexpr (!ZVSmartFormat::hasThreads) return std::nullopt;
+    DecodingBlock begun;
+    begun.position = in.GetPos();
+    u64 size = ZVSmartFormat::ReadBlockFrame(in).blockSize;
+    begun.end = begun.position + size;
+    begun.decodedSize = ZVSmartFormat::DecodedSizeOfBlock(in);
+    const u64 most = std::min(mostQueuedBytes, decodedLimit);
+    if (size > mostQueuedBytes || begun.decodedSize == 0 || begun.decodedSize > most)
+        return std::nullopt;
+    begun.job = std::make_shared<Job>();
+    begun.job->bytes.resize(static_cast<std::size_t>(size));
+    in.Read(begun.job->bytes.data(), &size);
+    begun.job->decodedSize = begun.decodedSize;
+    begun.job->use = std::move(use);
+    threads.Do([wanted = std::weak_ptr<Job>(begun.job)] {
+        if (const std::shared_ptr<Job> job = wanted.lock()) job->Do();
+    });
+    return begun;
 }
 
 bool DecodingBlock::Take(DecodedBlock& block) {
-    Decoded whole = decoded.get();
-    if (!whole.isWhole) return false;
-    block = std::move(whole.block);
+    if (!job->isWhole.get_future().get()) return false;
+    block = std::move(job->block);
     return true;
 }
 

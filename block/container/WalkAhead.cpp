@@ -1,6 +1,5 @@
 #include "container/WalkAhead.h"
 
-#include <cstddef>
 #include <utility>
 
 namespace ZVSmartZvg {
@@ -8,6 +7,7 @@ namespace ZVSmartZvg {
 using ZVSmartFormat::CheckedInStream;
 using ZVSmartFormat::DecodedBlock;
 using ZVSmartFormat::u32;
+using ZVSmartFormat::u64;
 
 WalkAhead::~WalkAhead() {
     isEnding = true;
@@ -16,39 +16,38 @@ WalkAhead::~WalkAhead() {
 }
 
 void WalkAhead::Begin(CheckedInStream& in, Section& section, const Find& find) noexcept {
-    Decode(in, section, 0, threads, find);
+    Queue(in, section, 0, find);
 }
 
 void WalkAhead::LookAhead(CheckedInStream& in, Section& section, u32 number,
                           const Find& find) noexcept {
     auto& blocks = section.blocks;
-    const bool isDecoding = blocks.contains(number);
-    const bool isInOrder = isDecoding || number == section.next;
+    const bool isInOrder = number == section.next || blocks.contains(number);
     section.next = number + 1;
     if (!isInOrder) return;
     blocks.erase(blocks.begin(), blocks.lower_bound(number));  // passed over
-    // What is not there yet the caller decodes.
-    Decode(in, section, number + 1, isDecoding ? threads : threads - 1, find);
+    Queue(in, section, number + 1, find);
 }
 
-/// Begins with the section's blocks from `first` on, as long as fewer than `room` are at work.
-void WalkAhead::Decode(CheckedInStream& in, Section& section, u32 first, std::size_t room,
-                       const Find& find) noexcept {
+/// Queues the section's blocks from `first` on. What is not there yet before them the caller
+/// decodes.
+void WalkAhead::Queue(CheckedInStream& in, Section& section, u32 first, const Find& find) noexcept {
     auto& blocks = section.blocks;
-    std::size_t working = 0;
-    for (const auto& [number, block] : blocks) working += !block.IsDone();
+    u64 bytes = 0;
+    for (const auto& [number, block] : blocks) bytes += block.Bytes();
     try {
-        for (u32 number = first; number - first < threads && number >= first; ++number) {
-            if (working >= room) return;
+        for (u32 number = first; number - first < queued && number >= first; ++number) {
+            if (bytes >= mostQueuedBytes) return;
             if (blocks.contains(number) || !find(number)) continue;
             DecodingBlock::Use use;
             if (section.use) {
                 use = [&section, number](const DecodedBlock& block) { section.use(number, block); };
             }
-            std::optional<DecodingBlock> begun = DecodingBlock::Begin(in, decodedLimit, use);
+            std::optional<DecodingBlock> begun =
+                DecodingBlock::Begin(in, threads, decodedLimit, use);
             if (!begun) continue;
+            bytes += begun->Bytes();
             blocks.emplace(number, std::move(*begun));
-            ++working;
         }
     } catch (...) {
         return;

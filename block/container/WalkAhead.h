@@ -1,13 +1,13 @@
 #pragma once
 
 #include <atomic>
-#include <cstddef>
 #include <functional>
 #include <map>
 
 #include "container/DecodingBlock.h"
 #include "stream/CheckedInStream.h"
 #include "stream/CompressedBlock.h"
+#include "stream/WorkerThreads.h"
 
 namespace ZVSmartZvg {
 
@@ -17,9 +17,9 @@ namespace ZVSmartZvg {
 /// calling thread alone.
 class WalkAhead {
   public:
-    /// Of each section so many blocks are decoded ahead.
+    /// So many blocks are decoded at once.
     WalkAhead(unsigned int threads, ZVSmartFormat::u64 decodedLimit)
-        : threads(threads), decodedLimit(decodedLimit) {}
+        : queued(queuedPerThread * threads), decodedLimit(decodedLimit), threads(threads) {}
     /// Waits for the threads.
     ~WalkAhead();
     WalkAhead(const WalkAhead&) = delete;
@@ -28,7 +28,7 @@ class WalkAhead {
     /// Whether what threads are still at is not wanted any more.
     bool IsEnding() const { return isEnding; }
 
-    /// The blocks of a section that are being decoded, and where the walk is in it.
+    /// The blocks of a section that are queued, and where the walk is in it.
     struct Section {
         /// What the thread that has decoded a block does with it; may be null.
         std::function<void(ZVSmartFormat::u32 number, const ZVSmartFormat::DecodedBlock& block)>
@@ -41,7 +41,7 @@ class WalkAhead {
     /// Moves the stream to a block by its number; false where it need not be decoded. May throw.
     using Find = std::function<bool(ZVSmartFormat::u32 number)>;
 
-    /// Begins to decode the section's first blocks. Passes on nothing that is wrong: who asks for a
+    /// Queues the section's first blocks. Passes on nothing that is wrong: who asks for a
     /// block is told. Leaves the stream anywhere.
     void Begin(ZVSmartFormat::CheckedInStream& in, Section& section, const Find& find) noexcept;
 
@@ -54,12 +54,13 @@ class WalkAhead {
                      ZVSmartFormat::DecodedBlock& block);
 
   private:
-    void Decode(ZVSmartFormat::CheckedInStream& in, Section& section, ZVSmartFormat::u32 first,
-                std::size_t room, const Find& find) noexcept;
+    void Queue(ZVSmartFormat::CheckedInStream& in, Section& section, ZVSmartFormat::u32 first,
+               const Find& find) noexcept;
 
-    unsigned int threads;
+    const ZVSmartFormat::u32 queued;  // of each section
     ZVSmartFormat::u64 decodedLimit;
     std::atomic<bool> isEnding = false;
+    ZVSmartFormat::WorkerThreads threads;  // which use the sections
 };
 
 }  // namespace ZVSmartZvg

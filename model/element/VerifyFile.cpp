@@ -15,12 +15,6 @@ using namespace ZVSmartZvg;
 
 namespace {
 
-/// Twice as many blocks as processors, for some are decoded and wait while one is checked.
-unsigned int ForAllProcessors() {
-    const unsigned int processors = std::thread::hardware_concurrency();
-    return processors > 1 ? 2 * processors : processors;
-}
-
 /// Tells how far a stream has been read, and notes where it does not deliver.
 class WatchedStream : public ZVSmartFormat::CZVFTInStream {
   public:
@@ -49,7 +43,7 @@ class WatchedStream : public ZVSmartFormat::CZVFTInStream {
 std::vector<Damage> Faults(OpenedFile file, const Progress& progress, unsigned int threads,
                            BlockCounts* counts) try {
     constexpr unsigned long long wholeFile = std::numeric_limits<unsigned long long>::max();
-    if (threads == 0) threads = ForAllProcessors();
+    if (threads == 0) threads = std::thread::hardware_concurrency();
 
     WatchedStream stream(file.Stream(), progress);
     std::vector<SZVLGBlockFinding> findings;

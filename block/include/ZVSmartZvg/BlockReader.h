@@ -76,15 +76,17 @@ class ZVLG_API CZVLGBlockReader {
               unsigned int floorCacheLimit = 0);
 
     /// Says that most of the open file is about to be asked for, floors and geometry blocks each by
-    /// ascending numbers: while one is looked at, so many threads, up to 64, decode the floors that
-    /// come next, and as many the geometry blocks; with `geometry` they begin at once, else when
-    /// the first is asked for. With 0 or 1 threads, and with the next `Init` or `CleanInnerBuffer`,
-    /// that ends, and what was decoded ahead is forgotten. Without this call there is no thread.
+    /// ascending numbers: while one is looked at, so many threads, up to 64, decode the floors and
+    /// the geometry blocks that come next, two of each for each thread; with `geometry` they begin
+    /// at once, else when the first is asked for. With 0 or 1 threads, and with the next `Init` or
+    /// `CleanInnerBuffer`, that ends, and what was decoded ahead is forgotten. Without this call
+    /// there is no thread.
     ///
     /// Answers do not depend on it: what is wrong with a block is told to whoever asks for it. The
-    /// stream is read by the calling thread alone, a few blocks ahead. Each thread takes a block,
-    /// encoded and decoded, of at most 64 MiB each; larger ones are decoded when they are asked
-    /// for. Throws std::bad_alloc where memory runs out.
+    /// stream is read by the calling thread alone, a few blocks ahead. Once the floors,
+    /// or the blocks, that were read ahead take 64 MiB, encoded and decoded, no more are, and one
+    /// of more than that is decoded when it is asked for. Throws std::bad_alloc where memory runs
+    /// out.
     void SetReadAhead(unsigned int threads, bool geometry = false);
 
     /// Reads a geometry of one block into `geo`, which is fresh, by its number there. False where

@@ -40,8 +40,8 @@ class ZVLG_API CZVLGBlockVerifier {
     /// The same with `threads`, up to 64, that decode the next blocks while the calling thread
     /// checks one; a `byteCount` of all ones means all to the stream's end. The findings do not
     /// depend on threads, and `in` is read by the calling thread alone. With 0 or 1 no thread is
-    /// ever begun. With more, each of them takes a block's memory, encoded and decoded, of at most
-    /// 64 MiB each: larger blocks are decoded when it is their turn.
+    /// ever begun. With more, two blocks for each are in memory, and no more once they take 64 MiB,
+    /// encoded and decoded; a block of more than that is decoded when it is its turn.
     ///
     /// `counts`, if given, is filled; what it says of a file with findings means nothing.
     bool Verify(ZVSmartFormat::CZVFTInStream* in, unsigned long long byteCount,

@@ -69,10 +69,10 @@ struct OpenOptions {
     /// bodies, an export, a comparison, a plan. 0 takes as many as there are processors; with 1
     /// there is none but the caller's. Answers do not depend on it, and the file, or the host's
     /// stream, is read by the calling thread alone; of two files that are compared each is read by
-    /// a thread of its own where both have more than 1. Each thread takes a floor and a geometry
-    /// block, encoded and decoded, of at most 64 MiB each, beside what `cacheBytes` says. Where all
-    /// bodies are wanted it makes the shapes of that block as well, of at most 64 MiB, and as much
-    /// again waits in all to be placed.
+    /// a thread of its own where both have more than 1. For each thread two floors and two
+    /// geometry blocks are in memory beside what `cacheBytes` says, and no more once the floors, or
+    /// the blocks, take 64 MiB. Where all bodies are wanted a thread makes the shapes of its block
+    /// as well, of at most 64 MiB, and as much again waits in all to be placed.
     unsigned int threads = 1;
 };
 

@@ -24,9 +24,9 @@ struct BlockCounts {
 /// wrong, in the order in which it was met, at most a thousand; empty for a sound file. What is no
 /// block file is damaged, too. Untrusted files are safe.
 ///
-/// With more than one of `threads`, up to 64, they decode ahead of the calling one, a block each; 0
-/// takes twice as many as there are processors, since some wait with a decoded block. What is
-/// returned does not depend on them. `counts`, if given, is filled for a sound file.
+/// With more than one of `threads`, up to 64, they decode ahead of the calling one, two
+/// blocks for each in memory; 0 takes as many as there are processors. What is returned does not
+/// depend on them. `counts`, if given, is filled for a sound file.
 ///
 /// Throws Error: InputOutput where the file cannot be opened or the system does not deliver it,
 /// which tells nothing about the file; Internal where memory runs out; Cancelled.
