@@ -88,6 +88,43 @@ TEST(Coder, OptionsAndFastModeChangeTheBytesAlone) {
     }
 }
 
+/// Records of a count, a flag, a name that many share and a value of their own, in UTF-16.
+Bytes Records(u32 count) {
+    std::mt19937 random(1);
+    Bytes records;
+    const auto add = [&](const std::string& text) {
+        for (const char unit : text) records.insert(records.end(), {0, static_cast<u8>(unit)});
+    };
+    for (u32 i = 0; i < count; ++i) {
+        records = std::move(records) + BigEndian(i) + Bytes{1};
+        for (const char* name : {"Reference", "IsExternal", "LoadBearing", "FireRating", "Width"}) {
+            add(std::string("Pset_WallCommon.") + name + '=');
+            add(std::to_string(random() % (name[0] == 'W' ? 1000 : 3)));
+        }
+    }
+    return records;
+}
+
+TEST(Coder, SearchesTextsInTheirOwnWay) {
+    // The byte of the LZMA data's properties, (pb * 5 + lp) * 9 + lc, behind the block's header and
+    // the first chunk's.
+    const auto parameters = [](const Bytes& encoded) {
+        return encoded[12 + (encoded[12] + 1U) * 4 + 5];
+    };
+    constexpr u8 even = (1 * 5 + 1) * 9 + 3, byPreset = (2 * 5 + 0) * 9 + 3;
+    const CZVFTEncodeOpt weak{0, 0};
+    const Bytes records = Records(500), numbers = Content(records.size());
+    const Bytes encoded = Encoded(records);
+    EXPECT_LE(encoded.size(), 3500U) << "where the preset alone comes to 3,808";
+    EXPECT_EQ(parameters(encoded), even);
+    EXPECT_EQ(parameters(Encoded(records, &weak)), even);
+    EXPECT_EQ(parameters(Encoded(Bytes{7} + records)), even) << "wherever it begins";
+    EXPECT_EQ(parameters(Encoded(numbers)), byPreset);
+    EXPECT_EQ(parameters(Encoded(records + numbers)), byPreset) << "half of it";
+    Bytes decoded;
+    EXPECT_TRUE(Decodes(encoded, decoded) && decoded == records);
+}
+
 /// Takes some bytes in all and no more.
 class FullStream : public CZVFTAllocBufferOutStream {
   public:

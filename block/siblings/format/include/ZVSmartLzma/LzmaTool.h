@@ -11,6 +11,8 @@ using ZVSmartFormat::u64;
 /// How to compress. The default record means the coder's defaults.
 struct CZVFTEncodeOpt {
     /// 0 to 9, as the presets of xz; anything above 9 takes the default (6, or 2 in fast mode).
+    /// Where most of the input is UTF-16, as in a floor's components, what repeats is looked for
+    /// in another way, which suits it better; any decoder reads that as well.
     u32 level = 0xFFFFFFFF;
     /// Dictionary in bytes, 4 KiB to 64 MiB (clamped); 0 takes the default: the input's size,
     /// between 4 KiB and 4 MiB (2 MiB in fast mode).
