@@ -21,6 +21,12 @@ void Check(bool good, const char* what) {
 std::size_t EncodeInto(View content, const CoderSettings& settings, Bytes& out) {
     lzma_options_lzma options;
     Check(!lzma_lzma_preset(&options, settings.preset), "preset");
+    if (settings.asRecords) {
+        options.lp = options.pb = 1;
+        options.mf = LZMA_MF_HC4;
+        options.nice_len = 128;
+        options.depth = 48;
+    }
     options.dict_size = static_cast<std::uint32_t>(
         std::clamp<std::size_t>(content.size(), 4096, settings.dictionaryCap));
     lzma_filter filters[] = {{LZMA_FILTER_LZMA2, &options}, {LZMA_VLI_UNKNOWN, nullptr}};

@@ -16,8 +16,10 @@ using View = std::span<const ZVSmartFormat::u8>;
 struct CoderSettings {
     ZVSmartFormat::u32 preset = 6;
     ZVSmartFormat::u32 dictionaryCap = 4 << 20;
+    bool asRecords = false;  ///< searched as the library does it in floors
 };
 constexpr CoderSettings defaultSettings{};
+constexpr CoderSettings floorSettings{6, 4 << 20, true};
 constexpr CoderSettings fastSettings{2, 2 << 20};
 
 /// One liblzma call: `content` as an .xz stream with CRC64 in `out`, which has room. Returns the

@@ -27,7 +27,8 @@ constexpr CoderSettings studied[] = {{0, 256 << 10}, {1, 1 << 20},
                                      {6, 64 << 10},  {6, 256 << 10},
                                      {6, 1 << 20},   {6, 4 << 20},
                                      {6, 8 << 20},   {7, 16 << 20},
-                                     {9, 64 << 20},  {9U | 1U << 31, 4 << 20}};
+                                     {9, 64 << 20},  {9U | 1U << 31, 4 << 20},
+                                     floorSettings};
 constexpr int turns = 3;
 
 struct Result {
@@ -60,8 +61,11 @@ void Study(const char* file, const char* kind, const std::vector<Block>& blocks)
     for (std::size_t i = 0; i < results.size(); ++i) {
         const bool extreme = (studied[i].preset & 1U << 31) != 0;
         std::printf("%s\t%s\t%u%s\t%u\t%zu\t%.1f\t%.2f\n", file, kind, studied[i].preset & 31,
-                    extreme ? "e" : "", studied[i].dictionaryCap >> 10, results[i].bytes,
-                    Median(results[i].encode), Median(results[i].decode));
+                    studied[i].asRecords ? " as records"
+                    : extreme            ? "e"
+                                         : "",
+                    studied[i].dictionaryCap >> 10, results[i].bytes, Median(results[i].encode),
+                    Median(results[i].decode));
     }
 }
 
