@@ -139,6 +139,61 @@ TEST(Body, PlacedShapesByLook) {
     EXPECT_EQ(FailureOf([&] { ReadShapes(file, {}, {}, cancel); }), Status::Cancelled);
 }
 
+TEST(Body, AHostThatAsksInPartsGetsAShapeOnce) {
+    SZVLGZvgGeo places = Grid(3);
+    places.namedTransfs = {{L"shape", Transf({1, 0, 0, 5, 0, 1, 0, 0, 0, 0, 1, 0})}};
+    Bytes bytes = Saved(4, 1, [&](CZVLGBlockSaver& saver) {
+        saver.AddIdentificationGeo(L"shape", Cube());
+        saver.AddIdentificationGeo(L"places", places);
+        saver.AddIdentificationGeo(L"other", Grid(4));
+        for (const wchar_t* floor : {L"0", L"1", L"2"}) {
+            SZVLGZvgComp comp = Comp(SerialKey(std::wstring(L"on ") + floor));
+            comp.classLevel1Name = floor;
+            comp.geoRefs.resize(1);
+            for (const wchar_t* name : {L"shape", L"places", L"other"}) {
+                comp.geoRefs[0].geoIds.emplace_back().guidName = SerialKey(std::wstring(name));
+                if (*floor == L'2') break;
+            }
+            saver.AddComp(comp);
+        }
+    });
+    CZVFTReadBufferInStream in(bytes.data(), bytes.size());
+    OpenOptions options;
+    options.cacheBytes = 1;
+    const BlockFile file(in, options);
+    std::vector<std::string> keys;
+    const KnownShape isKnown = [&](const std::string& key) {
+        return std::find(keys.begin(), keys.end(), key) != keys.end();
+    };
+    const auto read = [&](const char* floor, const KnownShape& known) {
+        Selection part;
+        part.floor = floor;
+        return ReadShapes(file, part, {}, {}, known);
+    };
+    const Shapes first = read("0", isKnown);
+    for (const Shape& shape : first.shapes) {
+        keys.push_back(shape.key);
+        EXPECT_EQ(shape.surfaces.size(), 1U) << shape.key;
+    }
+    EXPECT_EQ(keys, (std::vector<std::string>{"shape", "places", "other"}));
+    const Shapes second = read("1", isKnown);
+    ASSERT_EQ(second.placements.size(), 4U);
+    for (std::size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(second.placements[i].toWorld, first.placements[i].toWorld);
+        const Shape& shape = second.shapes[second.placements[i].shape];
+        EXPECT_EQ(shape.key, first.shapes[first.placements[i].shape].key);
+        EXPECT_EQ(shape.surfaces.empty(), shape.key != "places");  // which is read for the other
+    }
+    EXPECT_EQ(read("1", nullptr).shapes.at(0).surfaces.size(), 1U);
+
+    // It is not read again: the first block is not there any more.
+    constexpr u8 xz[] = {0xFD, '7', 'z', 'X', 'Z'};
+    *std::search(bytes.begin(), bytes.end(), std::begin(xz), std::end(xz)) = 0;
+    EXPECT_EQ(read("2", isKnown).placements.size(), 1U);
+    EXPECT_TRUE(file.DamageMet().empty());
+    EXPECT_TRUE(read("2", nullptr).placements.empty());
+}
+
 TEST(Body, CurvesKeepToTheChordError) {
     const CZVIMPosition center(1, 2, 3);
     SZVLGZvgGeo geo;

@@ -24,8 +24,11 @@ namespace {
 /// Gathers shapes as they are met and their placements.
 class ShapesMaker {
   public:
-    ShapesMaker(OpenedBlock& block, StoredGeos& geos, const BodyOptions& options)
-        : block(block), stored(block, geos, {options.curves, true, &options}), options(options) {}
+    ShapesMaker(OpenedBlock& block, StoredGeos& geos, const BodyOptions& options,
+                const KnownShape& isKnown)
+        : block(block),
+          stored(block, geos, {options.curves, true, &options, isKnown ? &isKnown : nullptr}),
+          options(options) {}
 
     /// See StoredShapes.
     GeoBlockUse Ahead() { return stored.Ahead(); }
@@ -53,7 +56,8 @@ class ShapesMaker {
     /// None where there is nothing to draw.
     std::optional<std::uint32_t> NumberOf(const std::wstring& name, StoredShape& shape) {
         const auto [known, isNew] = numbers.try_emplace(shape.place);
-        if (!isNew || (shape.surfaces.empty() && shape.curves.empty())) return known->second;
+        const bool isNothing = shape.surfaces.empty() && shape.curves.empty() && !shape.isKnown;
+        if (!isNew || isNothing) return known->second;
         Shape& added = shapes.shapes.emplace_back();
         added.key = ToUtf8(name);
         added.surfaces = std::move(shape.surfaces);
@@ -102,11 +106,16 @@ class ShapeProgress {
 
 Shapes ReadShapes(const BlockFile& file, const Selection& selection, const BodyOptions& options,
                   const Progress& progress) {
+    return ReadShapes(file, selection, options, progress, nullptr);
+}
+
+Shapes ReadShapes(const BlockFile& file, const Selection& selection, const BodyOptions& options,
+                  const Progress& progress, const KnownShape& isKnown) {
     BodyReader::Check(options);
     const Chosen chosen(selection);
     BlockFile::Imp& imp = file.Internals();
     return imp.Ask([&](OpenedBlock& block) {
-        ShapesMaker maker(block, BodyReader::Of(imp, block).Geos(), options);
+        ShapesMaker maker(block, BodyReader::Of(imp, block).Geos(), options, isKnown);
         const auto floors = block.FindFloors(selection.floor);
         const FileWalk walk(
             block, chosen.IsWalk() ? FileWalk::Through::Bodies : FileWalk::Through::Nothing,

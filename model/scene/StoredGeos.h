@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "ZVSmartZvg/Geo.h"
@@ -25,6 +26,12 @@ class StoredGeos {
     /// cannot be read.
     void Read(std::uint64_t place, ZVSmartZvg::SZVLGZvgGeo& geo);
 
+    /// Of places whose geometry was read and places no others.
+    /// @{
+    void NotePlain(std::uint64_t place) { plain.insert(place); }
+    bool IsPlain(std::uint64_t place) const { return plain.contains(place); }
+    /// @}
+
   private:
     void Fill();
 
@@ -34,6 +41,7 @@ class StoredGeos {
     /// names already. Empty until something is sought; a power of two, at most two thirds full.
     std::vector<std::uint32_t> slots;
     std::wstring name;  ///< of a candidate; one text for all is faster
+    std::unordered_set<std::uint64_t> plain;
 };
 
 }  // namespace ZVSmartModel

@@ -15,6 +15,7 @@ namespace ZVSmartModel {
 struct StoredShape {
     std::uint64_t place = 0;  ///< as StoredGeos has it
     std::uint64_t bytes = 0;  ///< about what it takes
+    bool isKnown = false;     ///< who wants it has it: nothing was read
     std::vector<Triangles> surfaces;
     std::vector<RecordCurve> curves;
     NamedPlacements placements;
@@ -25,7 +26,8 @@ struct ShapeWants {
     bool curves = false;
     bool salvage = false;  ///< a geometry that cannot be read is left out; the block remembers
     const BodyOptions* normals =
-        nullptr;  ///< borrowed: surfaces get the normals that these ask for
+        nullptr;                        ///< borrowed: surfaces get the normals that these ask for
+    const KnownShape* known = nullptr;  ///< borrowed: shapes that need not be read again
 };
 
 /// Makes the shape of a record that lies at `place`. What is kept of it, and the work on it, is

@@ -4,6 +4,8 @@
 #include <optional>
 #include <utility>
 
+#include "model/element/Utf8.h"
+
 namespace ZVSmartModel {
 
 using namespace ZVSmartZvg;
@@ -28,14 +30,26 @@ StoredShape* StoredShapes::Find(const std::wstring& name) {
     }
     auto known = byPlace.find(*place);
     if (known == byPlace.end()) {
-        known = byPlace.emplace(*place, Kept{Read(*place)}).first;
+        known = byPlace.emplace(*place, Kept{Read(*place, name)}).first;
         keptBytes += known->second.shape.bytes;
     }
     known->second.lastUse = ++uses;
     return &known->second.shape;
 }
 
-StoredShape StoredShapes::Read(u64 place) {
+/// Reads what is known nowhere. What places others is read for their sake.
+StoredShape StoredShapes::Read(u64 place, const std::wstring& name) {
+    if (wants.known == nullptr) return ReadRecord(place);
+    StoredShape shape;
+    shape.isKnown = geos.IsPlain(place) && (*wants.known)(ToUtf8(name));
+    if (!shape.isKnown) return ReadRecord(place);
+    shape.place = place;
+    shape.bytes = sizeof shape;
+    block.Limits().Memory(shape.bytes);
+    return shape;
+}
+
+StoredShape StoredShapes::ReadRecord(u64 place) {
     if (std::optional<StoredShape> made = ahead.Take(place)) return std::move(*made);
     SZVLGZvgGeo geo;
     try {
@@ -48,7 +62,9 @@ StoredShape StoredShapes::Read(u64 place) {
         nothing.place = place;
         return nothing;
     }
-    return ShapeOf(place, geo, wants, block.Limits());
+    StoredShape shape = ShapeOf(place, geo, wants, block.Limits());
+    if (wants.known != nullptr && shape.placements.empty()) geos.NotePlain(place);
+    return shape;
 }
 
 void StoredShapes::Trim(u64 mostBytes) {

@@ -57,7 +57,8 @@ class StoredShapes {
     };
 
     StoredShape* Find(const std::wstring& name);
-    StoredShape Read(std::uint64_t place);
+    StoredShape Read(std::uint64_t place, const std::wstring& name);
+    StoredShape ReadRecord(std::uint64_t place);
 
     OpenedBlock& block;
     StoredGeos& geos;

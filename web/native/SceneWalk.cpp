@@ -84,7 +84,8 @@ Shapes SceneWalk::Read(const BlockFile& file) {
         const unsigned int behind = std::min(end, file.ElementCount(next));
         for (unsigned int at = position; at < behind; ++at) here.elements.push_back({next, at});
     }
-    return ReadShapes(file, here, request.body);
+    return ReadShapes(file, here, request.body, {},
+                      [this](const std::string& key) { return shapes.contains(key); });
 }
 
 /// A floor's answer, as it grows.

@@ -9,7 +9,7 @@ using namespace ZVSmartModel::Web;
 Session* zvg_begin(double bytes, int unlimited) {
     OpenOptions options;
     options.unlimited = unlimited != 0;
-    options.cacheBytes = 20 << 20;  // what a module's memory grows by once, it never gives back
+    options.cacheBytes = 12 << 20;  // what a module's memory grows by once, it never gives back
     return new (std::nothrow) Session(static_cast<std::uint64_t>(bytes), options);
 }
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -127,5 +128,16 @@ struct Shapes {
 /// above 4,000,000 placements, Usage as above, and NotFound for a floor that is not there.
 ZVSM_API Shapes ReadShapes(const BlockFile& file, const Selection& selection = {},
                            const BodyOptions& options = {}, const Progress& progress = {});
+
+/// Whether the host has a shape already, by its key.
+using KnownShape = std::function<bool(const std::string& key)>;
+
+/// The same for a host that asks for a file part by part: of a shape of which `isKnown`, which must
+/// not ask the file, says true for the key that it came with, only the key may come, without
+/// surfaces and curves. It is not read again then where it was read by such a call before and
+/// places no others.
+ZVSM_API Shapes ReadShapes(const BlockFile& file, const Selection& selection,
+                           const BodyOptions& options, const Progress& progress,
+                           const KnownShape& isKnown);
 
 }  // namespace ZVSmartModel
