@@ -49,19 +49,22 @@ std::optional<DecodingBlock> DecodingBlock::Begin(CheckedInStream& in, WorkerThr
     begun.position = in.GetPos();
     u64 size = ZVSmartFormat::ReadBlockFrame(in).blockSize;
     begun.end = begun.position + size;
-    begun.decodedSize = ZVSmartFormat::DecodedSizeOfBlock(in);
+    const u64 decodedSize = ZVSmartFormat::DecodedSizeOfBlock(in);
     const u64 most = std::min(mostQueuedBytes, decodedLimit);
-    if (size > mostQueuedBytes || begun.decodedSize == 0 || begun.decodedSize > most)
-        return std::nullopt;
+    if (size > mostQueuedBytes || decodedSize == 0 || decodedSize > most) return std::nullopt;
     begun.job = std::make_shared<Job>();
     begun.job->bytes.resize(static_cast<std::size_t>(size));
     in.Read(begun.job->bytes.data(), &size);
-    begun.job->decodedSize = begun.decodedSize;
+    begun.job->decodedSize = decodedSize;
     begun.job->use = std::move(use);
     threads.Do([wanted = std::weak_ptr<Job>(begun.job)] {
         if (const std::shared_ptr<Job> job = wanted.lock()) job->Do();
     });
     return begun;
+}
+
+u64 DecodingBlock::Bytes() const {
+    return end - position + job->decodedSize;
 }
 
 bool DecodingBlock::Take(DecodedBlock& block) {

@@ -39,7 +39,7 @@ class DecodingBlock {
     ZVSmartFormat::u64 End() const { return end; }
     /// @}
     /// What it takes in memory, encoded and decoded.
-    ZVSmartFormat::u64 Bytes() const { return end - position + decodedSize; }
+    ZVSmartFormat::u64 Bytes() const;
 
     /// Waits for the decoded block, once. False, with `block` unchanged, where it does not decode.
     bool Take(ZVSmartFormat::DecodedBlock& block);
@@ -49,7 +49,7 @@ class DecodingBlock {
 
     DecodingBlock() = default;
 
-    ZVSmartFormat::u64 position = 0, end = 0, decodedSize = 0;
+    ZVSmartFormat::u64 position = 0, end = 0;
     std::shared_ptr<Job> job;
 };
 
