@@ -59,13 +59,12 @@ void Study(const char* file, const char* kind, const std::vector<Block>& blocks)
     for (int turn = 0; turn < turns; ++turn)
         for (std::size_t i = 0; i < results.size(); ++i) Run(decoded, studied[i], results[i]);
     for (std::size_t i = 0; i < results.size(); ++i) {
-        const bool extreme = (studied[i].preset & 1U << 31) != 0;
+        const char* variant = "";
+        if (studied[i].asRecords) variant = " as records";
+        if ((studied[i].preset & 1U << 31) != 0) variant = "e";
         std::printf("%s\t%s\t%u%s\t%u\t%zu\t%.1f\t%.2f\n", file, kind, studied[i].preset & 31,
-                    studied[i].asRecords ? " as records"
-                    : extreme            ? "e"
-                                         : "",
-                    studied[i].dictionaryCap >> 10, results[i].bytes, Median(results[i].encode),
-                    Median(results[i].decode));
+                    variant, studied[i].dictionaryCap >> 10, results[i].bytes,
+                    Median(results[i].encode), Median(results[i].decode));
     }
 }
 

@@ -2,7 +2,12 @@
 
 #include <malloc.h>
 
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "bench/Pairs.h"
 #include "bench/Payload.h"
@@ -11,16 +16,24 @@ using namespace bench;
 
 namespace {
 
+/// Those that the library took for a block: its bytes say so.
+CoderSettings SettingsOf(View decoded, View encoded) {
+    for (const CoderSettings& settings : {defaultSettings, floorSettings})
+        if (std::ranges::equal(Encoded(decoded, settings), encoded)) return settings;
+    std::fprintf(stderr, "write_cost: the library has other settings\n");
+    std::exit(1);
+}
+
 void RegisterPart(const std::shared_ptr<Payload>& payload, Part part) {
     const Bytes file = Written(*payload, part);
     const auto sink = std::make_shared<MemorySink>(2 * file.size() + (1 << 20));
-    FileParts parts = ReadFileParts(file);
-    const auto floors = std::make_shared<std::vector<Bytes>>(DecodedBlocks(parts.floors));
-    parts.floors.clear();
-    const auto others = std::make_shared<std::vector<Bytes>>(DecodedBlocks(parts.All()));
+    const auto blocks = std::make_shared<std::vector<std::pair<Bytes, CoderSettings>>>();
     std::size_t largest = 0;
-    for (const auto& blocks : {floors, others})
-        for (const Bytes& block : *blocks) largest = std::max(largest, block.size());
+    for (const Block& block : ReadFileParts(file).All()) {
+        const Bytes decoded = Decoded(block.encoded, block.decodedSize);
+        blocks->emplace_back(decoded, SettingsOf(decoded, block.encoded));
+        largest = std::max(largest, decoded.size());
+    }
     const auto out = std::make_shared<Bytes>(EncodedBound(largest));
     RegisterPair(
         std::string("write.") + PartName(part), payload->name,
@@ -28,11 +41,9 @@ void RegisterPart(const std::shared_ptr<Payload>& payload, Part part) {
             sink->Rewind();
             WritePayload(*payload, part, sink->Stream());
         },
-        [floors, others, out] {
-            for (const Bytes& block : *floors)
-                benchmark::DoNotOptimize(EncodeInto(block, floorSettings, *out));
-            for (const Bytes& block : *others)
-                benchmark::DoNotOptimize(EncodeInto(block, defaultSettings, *out));
+        [blocks, out] {
+            for (const auto& [block, settings] : *blocks)
+                benchmark::DoNotOptimize(EncodeInto(block, settings, *out));
         });
 }
 

@@ -75,7 +75,8 @@ u64 BytesLeft(CZVFTInStream& in) {
 
 /// Whether content consists of records of UTF-16, as components with their properties: in samples
 /// of it more than two thirds of the bytes belong to pairs of which the first alone is zero and
-/// which such a pair follows. Of geometry a tenth does at most, of a table of names the half.
+/// which such a pair follows. In files of real models a seventh does of geometry, three fifths of
+/// a table of names.
 bool IsMostlyTexts(const u8* data, u64 byteCount) {
     constexpr u64 samples = 16, sampleBytes = 256, looksAt = 4;
     if (byteCount < looksAt) return false;
